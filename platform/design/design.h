@@ -1,0 +1,96 @@
+// The user's design as names: modules, instances and nets with their widths, read through Yosys. It answers which net
+// a name means and which names are near; drivers and connections are the business of platform/insert.
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+#include <functional>
+#include <memory>
+
+namespace ost {
+
+/// What `ost_design read` was told. File names are wire text as typed.
+struct DesignSource {
+  QStringList files;          ///< Verilog, SystemVerilog (.sv, .svh) or one Yosys JSON netlist, in order.
+  QStringList fileLists;      ///< Names of file lists, read after `files`.
+  QString top;                ///< Empty: found by Yosys.
+  QStringList includeDirs;
+  QStringList defines;        ///< NAME or NAME=VALUE.
+  QStringList blackBoxes;     ///< Modules whose bodies are not elaborated.
+  int timeLimitSeconds = 600;
+  qint64 memoryLimitBytes = qint64(8) << 30;
+};
+
+/// A name resolved against the design: a whole net, one bit or a range of it.
+struct NetSelection {
+  QString instancePath;   ///< "u_sys/u_rx", empty for the top module.
+  QString module;         ///< Yosys' name of the module that declares the net.
+  QString net;            ///< Name of the net in that module, as Yosys writes it.
+  QVector<int> bits;      ///< Positions in the netlist's bit list (0 = least significant), leftmost named bit first.
+  QStringList bitNames;   ///< The full name of each bit in the same order: "u_sys/u_rx/state[3]", or the bare name.
+  bool isVector = false;  ///< True when the name stands for a bus (several bits, or a whole vector net).
+  QString canonicalName;  ///< The name in the one form that the service stores and shows.
+};
+
+/// One net in a listing.
+struct NetName {
+  QString name;  ///< Hierarchical, with "/".
+  int width;     ///< Bits.
+};
+
+/// Design flags from the module attribute (* ostrel_role = "..." *): the roles found anywhere in the hierarchy.
+struct DesignRoles {
+  bool dcu = false;         ///< "dcu": the design holds a serdes block that the serdes core can watch.
+  bool j2w = false;         ///< "j2w": the design uses the serdes' JTAG path itself.
+  bool jtag2wb = false;     ///< "jtag2wb": the design offers a JTAG-to-Wishbone connection.
+  bool jtag2wbCore = false; ///< "jtag2wb_core": it holds a JTAG-to-Wishbone core of its own.
+};
+
+class Design {
+ public:
+  /// Reads the sources with Yosys. Null on failure, with a text for the user in `error` (file and line where Yosys
+  /// gives them). `idle` is called while Yosys runs, a few times a second at least, and may be empty; returning false
+  /// cancels.
+  static std::shared_ptr<const Design> read(const DesignSource& source, QString& error,
+                                            const std::function<bool()>& idle = {});
+  ~Design();
+
+  const DesignSource& source() const;
+  QString topModule() const;
+  const DesignRoles& roles() const;
+  int moduleCount() const;    ///< Modules that the hierarchy uses.
+  int instanceCount() const;  ///< Instances below the top.
+  qint64 netCount() const;    ///< Public nets over all instances.
+  qint64 netBitCount() const;
+
+  /// Resolves a hierarchical name, with an optional `[bit]` or `[left:right]`. False with the reason and the nearest
+  /// existing names in `error`.
+  bool resolve(const QString& name, NetSelection& selection, QString& error) const;
+  /// True when the name stands for a net; quicker than resolve() and without texts.
+  bool exists(const QString& name) const;
+  /// Up to `count` existing net names near `name`, best first.
+  QStringList nearest(const QString& name, int count = 3) const;
+  /// Calls `visit` for every net of the hierarchy in a stable order until it returns false.
+  void forEachNet(const std::function<bool(const NetName&)>& visit) const;
+
+  /// Names (wire text) of all files that took part, include files among them where Yosys tells them.
+  QStringList dependencies() const;
+  /// True when one of dependencies() has changed since the design was read.
+  bool isStale() const;
+  /// A digest of the sources and options, 64 hex digits; equal digests mean the same design.
+  QByteArray digest() const;
+
+  /// The Yosys script lines (one command a line) that read and elaborate the sources up to `proc`, for the full
+  /// netlist: platform/insert appends its own passes.
+  QByteArray elaborationScript() const;
+
+ private:
+  Design();
+  struct Private;
+  std::unique_ptr<Private> d;
+};
+
+}  // namespace ost

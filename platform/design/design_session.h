@@ -1,0 +1,42 @@
+// The one design that is loaded in this process, and the options of `ost_design` that outlive a read.
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <memory>
+
+#include "framework/ist_com_data.h"
+#include "platform/design/design.h"
+
+namespace ost {
+
+class ISTCOMDATA_API DesignSession {
+ public:
+  static DesignSession& instance();
+
+  /// Null when no design is loaded.
+  std::shared_ptr<const Design> design() const;
+
+  /// Reads and makes current; on failure the design before stays. Sources that are already loaded and have not changed
+  /// are not read again.
+  bool read(const DesignSource& source, QString& error);
+  /// The design named by $OST_DESIGN (a Yosys JSON netlist, or a file list), when none is loaded yet.
+  bool readFromEnvironment(QString& error);
+  /// Reads again when a source file has changed. True when the design in force is up to date.
+  bool refresh(QString& error);
+  void close();
+
+  bool proveInsertions() const;  ///< `ost_design prove on`, or $OST_PROVE.
+  void setProveInsertions(bool on);
+
+  /// Called while Yosys runs; set by the service. Returning false cancels the read.
+  void setIdleHook(std::function<bool()> hook);
+
+ private:
+  DesignSession();
+  ~DesignSession();
+  struct Private;
+  std::unique_ptr<Private> d;
+};
+
+}  // namespace ost

@@ -1,0 +1,15 @@
+// The capture map: the plan as JSON beside the instrumented design, from which a reader configures the core and
+// decodes its samples.
+#pragma once
+
+#include <QByteArray>
+
+#include "platform/insert/insert_plan.h"
+
+namespace ost {
+
+QByteArray captureMapJson(const InsertPlan& plan);
+/// Reads and checks a capture map; nothing in it is trusted. False with the place and the reason in `error`.
+bool readCaptureMap(const QByteArray& json, InsertPlan& plan, QString& error);
+
+}  // namespace ost

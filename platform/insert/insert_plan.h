@@ -1,0 +1,112 @@
+// The plan of an insertion: everything that the hardware and its reader need to know, resolved to single bits of the
+// design. Made from the project by the planner; read by the rules, the Verilog generator, the netlist change and the
+// capture map. Nothing in it refers back to the project.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include "platform/istdata/project_model.h"
+
+namespace ost {
+
+/// One bit of a net in one instance of the design.
+struct NetBit {
+  QString instancePath;  ///< "u_sys/u_rx", empty for the top module.
+  QString net;           ///< As Yosys names it in the module.
+  int bit = 0;           ///< Position in the netlist's bit list, 0 = least significant.
+  QString name;          ///< Full name as shown: "u_sys/u_rx/state[3]".
+
+  bool operator==(const NetBit& other) const {
+    return bit == other.bit && net == other.net && instancePath == other.instancePath;
+  }
+};
+
+/// An entry of the trace list as the user sees it: bits in display order, leftmost (most significant) first.
+struct PlanProbe {
+  QString name;
+  QVector<int> positions;  ///< Index of each bit in PlanCore::probeBits.
+};
+
+/// Hardware class of a unit. Operators change at run time within a class; another class needs a new insertion.
+enum class UnitClass {
+  Match,   ///< == != .RE. .FE. with don't-cares
+  Order,   ///< == != < <= > >=
+  Serial,  ///< .SC.
+};
+
+struct PlanUnit {
+  QString name;
+  UnitClass unitClass = UnitClass::Match;
+  Operator op = Operator::Equal;
+  Radix radix = Radix::Bin;
+  QString valueText;
+  int width = 1;             ///< Bits compared; the pattern's length for Serial.
+  QVector<int> inputs;       ///< Index into PlanCore::triggerBits, least significant first; one entry for Serial.
+  QByteArray value;          ///< `width` characters '0'/'1', least significant first ('0' where don't-care).
+  QByteArray mask;           ///< '1' = compared (or watched for edges), least significant first.
+};
+
+/// One step of a sequence: a truth table over the expression's units, to be met `count` times.
+struct PlanStep {
+  QByteArray truthTable;  ///< 2^units characters '0'/'1'; the index has unit i of the expression at bit i.
+  int count = 1;
+};
+
+struct PlanExpression {
+  QString name;
+  QString text;
+  bool blockRam = false;     ///< EBR; otherwise slices.
+  int maxSequenceDepth = 1;  ///< Steps built into the hardware.
+  int maxEventCount = 1;     ///< Largest step count the hardware can hold.
+  QVector<int> units;        ///< Index into PlanCore::units, in the order of the truth table's address bits.
+  QVector<PlanStep> steps;
+};
+
+struct PlanCore {
+  QString name;
+  NetBit sampleClock;
+  bool hasSampleEnable = false;
+  NetBit sampleEnable;
+  bool sampleEnableActiveLow = false;
+  bool hasTriggerEnable = false;
+  NetBit triggerEnable;
+  bool triggerEnableActiveLow = false;
+
+  QVector<NetBit> probeBits;    ///< Each traced bit once; index 0 is bit 0 of the sample word's probe field.
+  QVector<PlanProbe> probes;    ///< In trace order, buses flattened to their own name; references point at shared bits.
+  QVector<NetBit> triggerBits;  ///< Each bit that a unit looks at, once.
+
+  int depth = 1024;          ///< Samples, a power of two.
+  bool distributedRam = false;
+  bool distRamDisabled = false;
+  int timestampBits = 0;     ///< 0 = no timestamps.
+  bool includeTrigger = false;
+  int windows = 1;           ///< Windows of one capture.
+  int windowSamples = 1024;  ///< Samples of a window, a power of two; windows * windowSamples <= depth.
+
+  QVector<PlanUnit> units;
+  QVector<PlanExpression> expressions;
+  bool eventCounter = false;
+  int eventCount = 1;        ///< Trigger at this many completions of an expression (chosen value; the most it can hold).
+
+  bool triggerOutIo = false, triggerOutNet = false;
+  QString triggerOutName;
+  bool triggerOutActiveLow = false;
+  int triggerOutMinPulse = 0;
+
+  int probeWidth() const { return probeBits.size(); }
+  /// Bits of one stored sample: probes from bit 0, then unit states (IncludeTrigger), then the timestamp on top.
+  int sampleBits() const { return probeBits.size() + (includeTrigger ? units.size() : 0) + timestampBits; }
+};
+
+struct InsertPlan {
+  QString projectName;       ///< Base name of the project file, or "untitled".
+  QString topModule;
+  QByteArray projectHash;    ///< 16 hex digits over the plan itself; built into the hardware and the capture map.
+  QVector<PlanCore> cores;
+};
+
+}  // namespace ost

@@ -1,0 +1,27 @@
+// Runs an insertion from plan to output folder.
+#pragma once
+
+#include <functional>
+
+#include "platform/design/design.h"
+#include "platform/insert/insert_plan.h"
+#include "platform/insert/netlist.h"
+
+namespace ost {
+
+struct InsertionHooks {
+  std::function<void(const QString& line)> progress;  ///< One line a stage, without a line feed.
+  std::function<bool()> idle;                         ///< Called while Yosys runs; false cancels.
+};
+
+struct InsertionRequest {
+  QString outputDirectory;  ///< File name (Unicode), replaced as a whole after success.
+  bool proveEquivalence = false;
+};
+
+/// Writes the instrumented design, the core's Verilog, file list and capture map. On failure nothing in the output
+/// folder has changed and `error` says why.
+bool runInsertion(const InsertPlan& plan, const Design& design, std::shared_ptr<const Netlist> netlist,
+                  const InsertionRequest& request, const InsertionHooks& hooks, QString& error);
+
+}  // namespace ost

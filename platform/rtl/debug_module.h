@@ -1,0 +1,44 @@
+// Generates the Verilog module `ostrel_debug` for a plan: the JTAG hub and one ostrel_core for each planned core. The
+// inserter places exactly one instance of it, named ostrel_debug_i, in the design's top module.
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QPair>
+#include <QString>
+
+#include "platform/insert/insert_plan.h"
+
+namespace ost {
+
+/// A port of ostrel_debug. Names: jtag_tck, jtag_tms, jtag_tdi (inputs), jtag_tdo (output); for core i: c<i>_clk,
+/// c<i>_probe (probeBits, bit 0 first), c<i>_trig (triggerBits; absent without bits), c<i>_sample_en, c<i>_trig_en
+/// (only when used), c<i>_trig_out (output, only when the core has a trigger output).
+struct DebugPort {
+  enum Role { Tck, Tms, Tdi, Tdo, SampleClock, Probe, Trigger, SampleEnable, TriggerEnable, TriggerOut };
+  QByteArray name;
+  Role role;
+  int core = -1;  ///< Index into the plan's cores; -1 for the JTAG pins.
+  int width = 1;
+  bool output = false;
+};
+
+QList<DebugPort> debugModulePorts(const InsertPlan& plan);
+
+/// The module's text.
+QByteArray debugModuleVerilog(const InsertPlan& plan);
+
+/// The parametrised core's Verilog: file name and contents, in reading order. Built into the library.
+QList<QPair<QString, QByteArray>> coreVerilogFiles();
+
+/// Resources that a core takes, as `synth_xilinx -flatten` of Yosys counts them.
+struct ResourceEstimate {
+  int luts = 0;
+  int flipFlops = 0;
+  int blockRams = 0;        ///< RAMB18 halves counted as 0.5 are rounded up.
+  qint64 memoryBits = 0;    ///< depth * sample bits plus expression tables.
+};
+ResourceEstimate estimateCore(const PlanCore& core);
+ResourceEstimate estimateHub(const InsertPlan& plan);
+
+}  // namespace ost

@@ -1,0 +1,31 @@
+// The design-rule check of a project: every finding at once, each with its number, severity, object and way out.
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <functional>
+#include <memory>
+
+#include "platform/design/design.h"
+#include "platform/insert/netlist.h"
+#include "platform/istdata/project.h"
+
+namespace ost {
+
+struct Finding {
+  enum Severity { Error, Warning };
+  int number = 0;       ///< Stable, shown as "DRC-<number>".
+  Severity severity = Error;
+  QString object;       ///< "core c1", "core c1, unit TU2", ...
+  QString text;         ///< What is wrong.
+  QString wayOut;       ///< What to do about it, in the user's commands.
+};
+
+/// Checks the enabled cores. `netlist` may be null: the rules that need drivers are then left out.
+QList<Finding> checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist);
+
+/// The report shown to the user: a line for each finding, errors first, and a closing count.
+QString designRuleReport(const QList<Finding>& findings);
+bool hasErrors(const QList<Finding>& findings);
+
+}  // namespace ost
