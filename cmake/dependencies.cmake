@@ -11,6 +11,12 @@ target_include_directories(ost_tcl SYSTEM INTERFACE ${OST_TCL_INCLUDE})
 target_compile_definitions(ost_tcl INTERFACE USE_TCL_STUBS)
 target_link_libraries(ost_tcl INTERFACE ${OST_TCL_STUB})
 
+# A program that brings its own interpreter (unit tests, benches): libtcl itself, no stubs.
+find_library(OST_TCL_LIBRARY NAMES tcl8.6 tcl8.5 tcl REQUIRED)
+add_library(ost_tcl_embedded INTERFACE)
+target_include_directories(ost_tcl_embedded SYSTEM INTERFACE ${OST_TCL_INCLUDE})
+target_link_libraries(ost_tcl_embedded INTERFACE ${OST_TCL_LIBRARY})
+
 # Qt Core without silent conversions from and to 8-bit text.
 add_library(ost_qt INTERFACE)
 target_link_libraries(ost_qt INTERFACE Qt5::Core)

@@ -1,0 +1,121 @@
+// The dispatcher: from a command's words to the handler of its sub-command, and what a host may ask about the
+// command that is running.
+#include <cstring>
+#include <exception>
+
+#include "framework/tcl_cmdex.h"
+#include "platform/tclcmdex/call_record.h"
+#include "platform/tclcmdex/help_text.h"
+#include "platform/tclcmdex/host.h"
+#include "platform/tclcmdex/tcl_access.h"
+
+namespace tcl_cmdex {
+
+namespace {
+
+/// Keeps the interpreter's memory while a handler runs that may delete it (`interp delete {}` from a served event).
+class InterpreterHold {
+ public:
+  explicit InterpreterHold(Tcl_Interp* interp) : interp_(interp) { Tcl_Preserve(interp_); }
+  ~InterpreterHold() { Tcl_Release(interp_); }
+  InterpreterHold(const InterpreterHold&) = delete;
+  InterpreterHold& operator=(const InterpreterHold&) = delete;
+
+ private:
+  Tcl_Interp* const interp_;
+};
+
+/// The entry of the command as typed; `::ost_core` is ost_core. Null when it was renamed.
+const TclCmd* findCommand(const TclCmdMap& table, const char* word) {
+  for (const char* qualifier; (qualifier = std::strstr(word, "::")) != nullptr;) word = qualifier + 2;
+  const auto found = table.commands.find(word);
+  return found != table.commands.end() ? &found->second : nullptr;
+}
+
+int refuseRenamedCommand(Tcl_Interp* interp, const TclCmdMap& table, const char* word) {
+  std::string text = "\"" + std::string(word) + "\" is not a command of the table \"" + table.name +
+                     "\": call a command by the name it was registered with (use \"interp alias\" for another name)";
+  setResult(interp, text);
+  Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "COMMAND", word, static_cast<char*>(nullptr));
+  return TCL_ERROR;
+}
+
+/// `<command> help ?sub-command?`
+int showHelp(Tcl_Interp* interp, const TclCmd& command, int argc, const char** argv) {
+  if (argc > 3) {
+    setResult(interp,
+              "wrong # args: should be \"" + std::string(argv[0]) + " " + std::string(argv[1]) + " ?sub-command?\"");
+    setErrorCodeWords(interp, "TCL", "WRONGARGS", "");
+    return TCL_ERROR;
+  }
+  if (argc < 3) {
+    setResult(interp, commandHelp(command));
+    return TCL_OK;
+  }
+  const auto sub = command.subCommands.find(argv[2]);
+  if (sub == command.subCommands.end()) return refuseSubCommand(interp, command, argv[2]);
+  setResult(interp, sub->second.help);
+  return TCL_OK;
+}
+
+int reportInternalError(Tcl_Interp* interp, const TclCmd& entry, const char* text) {
+  setResult(interp, "internal error in \"" + entry.name + "\": " + text);
+  setErrorCodeWords(interp, "OST", "INTERNAL", entry.name);
+  return TCL_ERROR;
+}
+
+int callHandler(Tcl_Interp* interp, const TclCmd& entry, int argc, const char** argv) {
+  if (entry.handler == nullptr) return reportInternalError(interp, entry, "it has no handler");
+  CommandContext context = {&entry, entry.clientData};
+  try {
+    return entry.handler(&context, interp, argc, argv);
+  } catch (const std::exception& failure) {
+    return reportInternalError(interp, entry, failure.what());
+  } catch (...) {
+    return reportInternalError(interp, entry, "an exception without a text");
+  }
+}
+
+}  // namespace
+
+int TclCmdExInvoker(ClientData tableData, Tcl_Interp* interp, int argc, const char** argv) {
+  if (!tclIsReady(interp)) return TCL_ERROR;
+  const TclCmdMap& table = *static_cast<const TclCmdMap*>(tableData);
+  const TclCmd* command = findCommand(table, argv[0]);
+  if (command == nullptr) return refuseRenamedCommand(interp, table, argv[0]);
+  if (argc < 2) return showHelp(interp, *command, argc, argv);
+
+  const auto sub = command->subCommands.find(argv[1]);
+  if (sub == command->subCommands.end())
+    return isHelpWord(argv[1]) ? showHelp(interp, *command, argc, argv) : refuseSubCommand(interp, *command, argv[1]);
+
+  InterpreterHold hold(interp);
+  CallRecord record(interp);
+  return callHandler(interp, sub->second, argc - 1, argv + 1);
+}
+
+Tcl_Interp* currentInterpreter() {
+  const CallRecord* record = CallRecord::innermost();
+  return record != nullptr ? record->interp : nullptr;
+}
+
+bool servePendingEvents() {
+  Tcl_Interp* interp = currentInterpreter();
+  if (!tclIsReady(interp)) return true;
+  // Bounded, so that an event that always arms the next one cannot hold up the task that serves it.
+  const int mostEvents = 64;
+  if (interp == nullptr) {
+    for (int i = 0; i < mostEvents && Tcl_DoOneEvent(TCL_ALL_EVENTS | TCL_DONT_WAIT) != 0; ++i) continue;
+    return true;
+  }
+  if (Tcl_InterpDeleted(interp)) return false;
+  // Scripts of events leave their results in the interpreter; the running command keeps its own.
+  Tcl_SavedResult saved;
+  Tcl_SaveResult(interp, &saved);
+  for (int i = 0; i < mostEvents && !Tcl_InterpDeleted(interp); ++i)
+    if (Tcl_DoOneEvent(TCL_ALL_EVENTS | TCL_DONT_WAIT) == 0) break;
+  Tcl_RestoreResult(interp, &saved);
+  return Tcl_InterpDeleted(interp) == 0;
+}
+
+}  // namespace tcl_cmdex
