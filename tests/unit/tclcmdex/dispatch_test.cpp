@@ -1,6 +1,7 @@
 // The dispatcher in a real interpreter: help, refusals with their errorCode, nested calls, exceptions, deletion of the
 // interpreter, and the console.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <stdexcept>
 
@@ -163,11 +164,14 @@ TEST_F(Dispatch, RegistersAgainInPlace) {
 
 TEST_F(Dispatch, WritesConsoleTextToStdoutOrTheHostsSink) {
   const std::string file = ::testing::TempDir() + "tclcmdex_console.txt";
+  const int realStdout = dup(STDOUT_FILENO);  // Closing Tcl's channel closes the descriptor under it.
   // The standard channel is closed and a file takes its place, as a redirected console does.
   EXPECT_EQ(run("set saved [open " + file + " w+]; fconfigure $saved -encoding utf-8; close stdout; set out [open " +
                 file + " a]; fconfigure $out -encoding utf-8; ost_core say caf\\u00e9; seek $saved 0; read $saved"),
             "0|caf\xc3\xa9");
   EXPECT_EQ(run("close $out; set r [ost_core say lost]"), "0|") << "with stdout closed";
+  dup2(realStdout, STDOUT_FILENO);
+  close(realStdout);
 
   std::string seen;
   setConsoleSink([](void* user, Tcl_Interp*, const char* text, int) { *static_cast<std::string*>(user) += text; },
