@@ -172,6 +172,7 @@ TEST_F(Dispatch, WritesConsoleTextToStdoutOrTheHostsSink) {
   EXPECT_EQ(run("close $out; set r [ost_core say lost]"), "0|") << "with stdout closed";
   dup2(realStdout, STDOUT_FILENO);
   close(realStdout);
+  unlink(file.c_str());
 
   std::string seen;
   setConsoleSink([](void* user, Tcl_Interp*, const char* text, int) { *static_cast<std::string*>(user) += text; },
