@@ -79,6 +79,8 @@ struct PlanCore {
   QVector<PlanProbe> probes;    ///< In trace order, buses flattened to their own name; references point at shared bits.
   QVector<NetBit> triggerBits;  ///< Each bit that a unit looks at, once.
 
+  Radix displayRadix = Radix::Bin;  ///< The core's DefaultRadix, in which a reader shows vectors.
+
   int depth = 1024;          ///< Samples, a power of two.
   bool distributedRam = false;
   bool distRamDisabled = false;
