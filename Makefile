@@ -1,0 +1,35 @@
+# The ways to build and check, by job. Everything lands below build/; the work is done by CMake and its presets.
+OST_WERROR ?= OFF
+JOBS ?= $(shell nproc)
+
+.PHONY: help build release test demo asan clean
+
+help:
+	@echo "make build   build the package into build/dev (usable as TCLLIBPATH=build/dev/lib)"
+	@echo "make test    build and run all tests"
+	@echo "make demo    build, insert a debug core into examples/, simulate it and show its capture"
+	@echo "make asan    run the tests on a build with address and undefined-behaviour checks"
+	@echo "make release build optimised for installing, into build/release"
+	@echo "make clean   remove build/"
+
+build: build/dev.built
+release: build/release.built
+
+# Always run; the file is never made. CMake decides what is out of date.
+build/%.built:
+	@tools/bootstrap
+	@mkdir -p build
+	@cmake --preset $* -DOST_WERROR=$(OST_WERROR) >build/$*.log 2>&1 || { cat build/$*.log; exit 1; }
+	@cmake --build --preset $* -j $(JOBS)
+
+test: build/dev.built
+	@ctest --preset dev -j 2
+
+asan: build/asan.built
+	@ctest --preset asan -j 2
+
+demo: build/dev.built
+	@examples/demo/run build/dev
+
+clean:
+	rm -rf build
