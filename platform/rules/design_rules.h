@@ -14,11 +14,11 @@ namespace ost {
 
 struct Finding {
   enum Severity { Error, Warning };
-  int number = 0;       ///< Stable, shown as "DRC-<number>".
+  int number = 0;  ///< Stable, shown as "DRC-<number>".
   Severity severity = Error;
-  QString object;       ///< "core c1", "core c1, unit TU2", ...
-  QString text;         ///< What is wrong.
-  QString wayOut;       ///< What to do about it, in the user's commands.
+  QString object;  ///< "core c1", "core c1, unit TU2", ...
+  QString text;    ///< What is wrong.
+  QString wayOut;  ///< What to do about it, in the user's commands.
 };
 
 /// Checks the enabled cores. `netlist` may be null: the rules that need drivers are then left out.

@@ -1,0 +1,147 @@
+// Checks of one core's sampling: clock, enables, traced signals and capture settings; and the texts that all share.
+#include "platform/rules/core_check.h"
+
+#include "platform/istdata/trace_tree.h"
+
+namespace ost {
+
+namespace {
+
+/// Calls `visit` for every captured bit, in order. References stand for bits that are captured already.
+template <typename Visit>
+void forEachSignal(const QList<TraceNode*>& nodes, const Visit& visit) {
+  for (const TraceNode* node : nodes) {
+    if (node->kind == mero::ostrel::TRACE_NODE_SIGNAL) visit(*node);
+    if (node->kind == mero::ostrel::TRACE_NODE_BUS) forEachSignal(node->children, visit);
+  }
+}
+
+}  // namespace
+
+QString counted(qint64 count, const char* noun) {
+  return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(noun), count == 1 ? QString() : QStringLiteral("s"));
+}
+
+void FindingList::add(DesignRule rule, const QString& object, const QString& text, const Fills& fills) {
+  const RuleRow& row = ruleRow(rule);
+  ++counts_[int(rule)];
+  Finding finding;
+  finding.number = int(rule);
+  finding.severity = row.severity;
+  finding.object = object;
+  finding.text = text;
+  finding.wayOut = QLatin1String(row.wayOut);
+  for (const auto& fill : fills) finding.wayOut.replace(fill.first, fill.second);
+  findings_.append(finding);
+}
+
+CoreCheck::CoreCheck(const Core& core, const Design& design, FindingList& findings)
+    : core_(core), design_(design), findings_(findings) {}
+
+QString CoreCheck::object(const QString& part) const {
+  const QString core = QLatin1String("core ") + core_.name;
+  return part.isEmpty() ? core : core + QLatin1String(", ") + part;
+}
+
+void CoreCheck::report(DesignRule rule, const QString& part, const QString& text,
+                       const FindingList::Fills& fills) const {
+  FindingList::Fills all = fills;
+  all.append({QStringLiteral("<core>"), core_.name});
+  findings_.add(rule, object(part), text, all);
+}
+
+void CoreCheck::reportVanished(DesignRule rule, const QString& part, const QString& title, const QString& name,
+                               const FindingList::Fills& fills) const {
+  QString text = title + QLatin1String(" \"") + name + QLatin1String("\" is not in the design");
+  if (findings_.isShown(rule)) {
+    const QStringList nearest = design_.nearest(name);
+    if (!nearest.isEmpty()) text += QLatin1String("; nearest: ") + nearest.join(QStringLiteral(", "));
+  }
+  report(rule, part, text, fills);
+}
+
+void CoreCheck::checkSampling() {
+  checkSampleClock();
+  checkEnable(core_.options.sampleEnable, core_.options.sampleEnableSignal, "sample enable", "SampleEnable");
+  checkEnable(core_.options.triggerEnable, core_.options.triggerEnableSignal, "trigger enable", "TriggerEnable");
+  checkTracedSignals();
+  checkCaptureSettings();
+}
+
+void CoreCheck::checkSampleClock() {
+  const QString& name = core_.options.sampleClock;
+  QString error;
+  if (name.isEmpty()) {
+    report(DesignRule::NoSampleClock, QString(), QStringLiteral("no sample clock is set"));
+  } else if (!design_.resolve(name, clock_, error)) {
+    reportVanished(DesignRule::SampleClockVanished, QString(), QStringLiteral("sample clock"), name);
+  } else if (clock_.bits.size() != 1) {
+    report(DesignRule::SampleClockWide, QString(),
+           QStringLiteral("sample clock \"%1\" has %2").arg(name, counted(clock_.bits.size(), "bit")),
+           {{QStringLiteral("<bit>"), clock_.bitNames.value(clock_.bitNames.size() - 1)}});
+  } else {
+    hasClock_ = true;
+  }
+}
+
+void CoreCheck::checkEnable(bool on, const QString& signal, const char* title, const char* option) {
+  if (!on) return;
+  const QString what = QLatin1String(title);
+  const FindingList::Fills fills = {{QStringLiteral("<enable>"), QLatin1String(option)}};
+  NetSelection selection;
+  QString error;
+  if (signal.isEmpty()) {
+    report(DesignRule::EnableWithoutSignal, what, what + QLatin1String(" is on but has no signal"), fills);
+  } else if (!design_.resolve(signal, selection, error)) {
+    reportVanished(DesignRule::EnableSignalVanished, what, QStringLiteral("signal"), signal, fills);
+  } else if (selection.bits.size() != 1) {
+    report(
+        DesignRule::EnableSignalWide, what,
+        QStringLiteral("signal \"%1\" has %2").arg(signal, counted(selection.bits.size(), "bit")),
+        fills + FindingList::Fills{{QStringLiteral("<bit>"), selection.bitNames.value(selection.bitNames.size() - 1)}});
+  } else {
+    watched_.append({object(what), selection});
+  }
+}
+
+void CoreCheck::checkTracedSignals() {
+  bool any = false;
+  forEachSignal(core_.trace->nodes, [&](const TraceNode& node) {
+    any = true;
+    NetSelection selection;
+    QString error;
+    if (design_.exists(node.name) && design_.resolve(node.name, selection, error))
+      traced_.append({object(), selection});
+    else
+      reportVanished(DesignRule::TracedSignalVanished, QString(), QStringLiteral("traced signal"), node.name,
+                     {{QStringLiteral("<signal>"), node.name}});
+  });
+  if (!any) report(DesignRule::NothingTraced, QString(), QStringLiteral("nothing is traced"));
+}
+
+void CoreCheck::checkCaptureSettings() const {
+  using mero::ostrel::istCore;
+  const CoreOptions& options = core_.options;
+  const int depth = options.bufferDepth;
+  // Changing the depth later can leave the numbers that were checked against it behind.
+  const auto misfit = [&](const char* option, const QString& text) {
+    report(DesignRule::CaptureSettings, QString(), text + QStringLiteral(" with a buffer depth of %1").arg(depth),
+           {{QStringLiteral("<option>"), QLatin1String(option)}});
+  };
+  const int fewest = istCore::getMinTimestampBitsByDepth(depth), most = istCore::getMaxTimestampBitsByDepth(depth);
+  if (options.timestamp && (options.timestampBits < fewest || options.timestampBits > most))
+    misfit("TimestampBits", QStringLiteral("a timestamp of %1 does not go (%2 to %3)")
+                                .arg(counted(options.timestampBits, "bit"))
+                                .arg(fewest)
+                                .arg(most));
+  if (options.captureMode == 0) return;
+  if (!istCore::isValidMinSamplePerTrigsValueByDepth(depth, core_.samplesPerTrigger))
+    misfit("MinimumSamplesPerTrigger",
+           QStringLiteral("%1 per trigger do not go").arg(counted(core_.samplesPerTrigger, "sample")));
+  else if (!istCore::isValidNumberOfTrigsValueByDepth(depth, core_.samplesPerTrigger, options.triggerCount))
+    misfit("NumberofTriggers",
+           QStringLiteral("%1 of %2 do not go")
+               .arg(counted(options.triggerCount, "trigger"), counted(core_.samplesPerTrigger, "sample")));
+}
+
+}  // namespace ost

@@ -1,0 +1,130 @@
+// Runs the checks over the whole project and writes the report.
+#include "platform/rules/design_rules.h"
+
+#include <algorithm>
+
+#include "platform/rules/core_check.h"
+
+namespace ost {
+
+namespace {
+
+void checkProject(const mero::ostrel::istProject& project, bool anyEnabled, FindingList& findings) {
+  const QString object = QStringLiteral("project");
+  if (project.cores.empty())
+    findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("it has no core"));
+  else if (!anyEnabled)
+    findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("none of its cores is enabled"));
+  if (project.wishbone)
+    findings.add(DesignRule::WishboneNotSupported, object,
+                 QStringLiteral("a Wishbone master cannot be inserted: not supported yet"));
+  if (project.serdes)
+    findings.add(DesignRule::SerdesNotSupported, object,
+                 QStringLiteral("a serdes core cannot be inserted: not supported yet"));
+}
+
+/// What the top module has of that name: "a net", "an instance", or empty.
+QString thingInTop(const Design& design, const QString& name) {
+  if (design.exists(name)) return QStringLiteral("a net or port");
+  const QString prefix = name + QLatin1Char('/');
+  bool isInstance = false;
+  design.forEachNet([&](const NetName& net) {
+    isInstance = net.name.startsWith(prefix);
+    return !isInstance;
+  });
+  return isInstance ? QStringLiteral("an instance") : QString();
+}
+
+void checkTriggerOutputs(const std::vector<const Core*>& cores, const Design& design, FindingList& findings) {
+  QHash<QString, QString> coreOfName;
+  for (const Core* core : cores) {
+    if (!core->options.triggerOut) continue;
+    const QString object = QLatin1String("core ") + core->name + QLatin1String(", trigger output");
+    const QString& name = core->options.triggerOutName;
+    const FindingList::Fills fills = {{QStringLiteral("<core>"), core->name}};
+    if (mero::ostrel::istCore::isValidTriggerOutNetName(name) != 0) {
+      findings.add(
+          DesignRule::TriggerOutName, object,
+          name.isEmpty() ? QStringLiteral("it has no name") : QStringLiteral("\"%1\" is not a usable name").arg(name),
+          fills);
+      continue;
+    }
+    const QString thing = thingInTop(design, name);
+    if (!thing.isEmpty())
+      findings.add(DesignRule::TriggerOutNameInDesign, object,
+                   QStringLiteral("module %1 has %2 \"%3\" already").arg(design.topModule(), thing, name), fills);
+    if (coreOfName.contains(name))
+      findings.add(DesignRule::TriggerOutNameTwice, object,
+                   QStringLiteral("\"%1\" is the trigger output of core %2 already").arg(name, coreOfName.value(name)),
+                   fills);
+    else
+      coreOfName.insert(name, core->name);
+  }
+}
+
+QString severityWord(Finding::Severity severity) {
+  return severity == Finding::Error ? QStringLiteral("error") : QStringLiteral("warning");
+}
+
+}  // namespace
+
+QList<Finding> checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist) {
+  std::vector<const Core*> cores;
+  for (const auto& core : project.cores)
+    if (core->enabled) cores.push_back(core.get());
+
+  FindingList findings;
+  checkProject(project, !cores.empty(), findings);
+  checkTriggerOutputs(cores, design, findings);
+  qint64 totalBits = 0;
+  for (const Core* core : cores) {
+    CoreCheck check(*core, design, findings);
+    check.checkSampling();
+    check.checkUnits();
+    check.checkExpressions();
+    check.checkMemory();
+    if (netlist) check.checkNets(*netlist);
+    totalBits += check.bufferBits();
+  }
+  if (totalBits > kMemoryBudgetBits)
+    findings.add(DesignRule::MemoryTotal, QStringLiteral("project"),
+                 QStringLiteral("the buffers of %1 take %2 bits (depth x width)")
+                     .arg(counted(qint64(cores.size()), "core"))
+                     .arg(totalBits));
+  return findings.findings();
+}
+
+QString designRuleReport(const QList<Finding>& findings) {
+  QList<const Finding*> ordered;
+  for (const Finding& finding : findings) ordered.append(&finding);
+  std::stable_sort(ordered.begin(), ordered.end(), [](const Finding* a, const Finding* b) {
+    return a->severity != b->severity ? a->severity == Finding::Error : a->number < b->number;
+  });
+
+  QString report;
+  int errors = 0, shown = 0;
+  for (int i = 0; i < ordered.size(); ++i) {
+    const Finding& finding = *ordered.at(i);
+    const bool firstOfRule = i == 0 || ordered.at(i - 1)->number != finding.number;
+    const bool lastOfRule = i + 1 == ordered.size() || ordered.at(i + 1)->number != finding.number;
+    shown = firstOfRule ? 1 : shown + 1;
+    errors += finding.severity == Finding::Error;
+    const QString begin =
+        QStringLiteral("DRC-%1 %2: ").arg(finding.number, 2, 10, QLatin1Char('0')).arg(severityWord(finding.severity));
+    if (shown <= kShownFindingsOfARule)
+      report += begin + finding.object + QLatin1String(": ") + finding.text + QLatin1String(" (") + finding.wayOut +
+                QLatin1String(")\n");
+    else if (lastOfRule)
+      report += begin + QStringLiteral("%1 more of this rule\n").arg(shown - kShownFindingsOfARule);
+  }
+  if (findings.isEmpty()) return QStringLiteral("Design rules: no findings.\n");
+  return report + QStringLiteral("Design rules: %1, %2.\n")
+                      .arg(counted(errors, "error"), counted(findings.size() - errors, "warning"));
+}
+
+bool hasErrors(const QList<Finding>& findings) {
+  return std::any_of(findings.begin(), findings.end(),
+                     [](const Finding& finding) { return finding.severity == Finding::Error; });
+}
+
+}  // namespace ost

@@ -1,0 +1,68 @@
+// Checks of the memory that a core's buffer takes.
+#include <QSet>
+
+#include "platform/rules/core_check.h"
+
+namespace ost {
+
+namespace {
+
+/// 18-Kbit block RAMs for a buffer, in the best of the shapes that one block can have.
+qint64 blockRamsFor(int depth, int width) {
+  static const struct {
+    int depth, width;
+  } shapes[] = {{16384, 1}, {8192, 2}, {4096, 4}, {2048, 9}, {1024, 18}, {512, 36}};
+  qint64 best = -1;
+  for (const auto& shape : shapes) {
+    const qint64 blocks = qint64((depth + shape.depth - 1) / shape.depth) * ((width + shape.width - 1) / shape.width);
+    if (best < 0 || blocks < best) best = blocks;
+  }
+  return best;
+}
+
+}  // namespace
+
+int CoreCheck::sampleBits() const {
+  // The tree holds each bit as one signal; further uses of it are references.
+  int bits = 0;
+  for (const ResolvedName& name : traced_) bits += name.selection.bits.size();
+  if (core_.options.includeTrigger) bits += int(core_.dataset.units().size());
+  if (core_.options.timestamp) bits += core_.options.timestampBits;
+  return bits;
+}
+
+void CoreCheck::checkMemory() const {
+  const CoreOptions& options = core_.options;
+  const int width = sampleBits();
+  if (width == 0) return;
+  const qint64 bits = bufferBits();
+  const QString asked =
+      QStringLiteral("the buffer of %1 x %2 bits asks for %3 bits").arg(options.bufferDepth).arg(width).arg(bits);
+
+  const bool distributed = options.implementation == 1 && !options.distRamDisabled;
+  if (options.implementation == 1 && options.distRamDisabled)
+    report(DesignRule::DistributedRamForbidden, QString(),
+           QStringLiteral("Implementation is DRAM and DistRAMDisable is on: the buffer becomes block RAM"));
+  if (distributed && bits > kDistributedRamBits)
+    report(DesignRule::DistributedRamSize, QString(), asked + QLatin1String(" of distributed RAM"));
+  if (!distributed) {
+    const qint64 blocks = blockRamsFor(options.bufferDepth, width);
+    if (blocks * kBlockRamBits > 2 * bits)
+      report(DesignRule::BlockRamWaste, QString(),
+             asked + QStringLiteral(" and takes %1 of 18 Kbit, %2 bits")
+                         .arg(counted(blocks, "block RAM"))
+                         .arg(blocks * kBlockRamBits));
+  }
+
+  const qint64 used = qint64(options.triggerCount) * core_.samplesPerTrigger;
+  if (options.captureMode != 0 && used < options.bufferDepth)
+    report(DesignRule::BufferPartlyUsed, QString(),
+           QStringLiteral("%1 of %2 use %3 of %4 buffered samples")
+               .arg(counted(options.triggerCount, "trigger"), counted(core_.samplesPerTrigger, "sample"))
+               .arg(used)
+               .arg(options.bufferDepth),
+           {{QStringLiteral("<triggers>"), QString::number(options.bufferDepth / qMax(1, core_.samplesPerTrigger))},
+            {QStringLiteral("<depth>"), QString::number(used)}});
+}
+
+}  // namespace ost

@@ -1,0 +1,93 @@
+// The rows of the rule table.
+#include "platform/rules/rule_table.h"
+
+namespace ost {
+
+const std::vector<RuleRow>& ruleTable() {
+  constexpr Finding::Severity E = Finding::Error, W = Finding::Warning;
+  using R = DesignRule;
+  static const std::vector<RuleRow> table = {
+      {R::NoCoreEnabled, E, "No core is enabled",
+       "ost_core add <name>, or name existing cores in ost_project run -insert_core <name>"},
+      {R::WishboneNotSupported, E, "The project has a Wishbone master: not supported yet", "ost_core del_wishbone"},
+      {R::SerdesNotSupported, E, "The project has a serdes core: not supported yet", "ost_core del_serdes"},
+
+      {R::NoSampleClock, E, "A core has no sample clock", "ost_trace trc_option -core <core> SampleClk=<net>"},
+      {R::SampleClockVanished, E, "The sample clock is not in the design",
+       "ost_trace trc_option -core <core> SampleClk=<net>"},
+      {R::SampleClockWide, E, "The sample clock is wider than a bit",
+       "ost_trace trc_option -core <core> SampleClk=<bit>"},
+      {R::NothingTraced, E, "A core traces nothing", "ost_trace add_sig -core <core> {<signals>}"},
+      {R::TracedSignalVanished, E, "A traced signal is not in the design",
+       "ost_trace del_sig -core <core> {<signal>}, then ost_trace add_sig with its new name"},
+      {R::EnableWithoutSignal, E, "Sample or trigger enable is on without a signal",
+       "ost_trace trc_option -core <core> <enable>Sig=<net>, or <enable>=off"},
+      {R::EnableSignalVanished, E, "The signal of sample or trigger enable is not in the design",
+       "ost_trace trc_option -core <core> <enable>Sig=<net>, or <enable>=off"},
+      {R::EnableSignalWide, E, "The signal of sample or trigger enable is wider than a bit",
+       "ost_trace trc_option -core <core> <enable>Sig=<bit>"},
+      {R::CaptureSettings, E, "Timestamp bits, samples per trigger or number of triggers do not fit the buffer depth",
+       "ost_trace trc_option -core <core> <option>=<value>"},
+
+      {R::UnitWithoutSignals, E, "A trigger unit has no signals",
+       "ost_tu set -core <core> -name <unit> -set_sig {<signals>}, or ost_tu remove -core <core> <unit>"},
+      {R::UnitWithoutValue, E, "A trigger unit has no value", "ost_tu set -core <core> -name <unit> -val <value>"},
+      {R::UnitSignalVanished, E, "A signal of a trigger unit is not in the design",
+       "ost_tu set -core <core> -name <unit> -set_sig {<signals>}"},
+      {R::UnitValue, E, "Operator, value and width of a trigger unit do not fit",
+       "ost_tu set -core <core> -name <unit> -val <value>, or -radix, -op or -set_sig"},
+
+      {R::NoExpression, E, "A core has no trigger expression", "ost_te add -core <core> -expression <expression>"},
+      {R::ExpressionUnreadable, E, "A trigger expression cannot be read",
+       "ost_te set -core <core> -expression <expression> <name>"},
+      {R::ExpressionUnknownUnit, E, "A trigger expression names unknown trigger units",
+       "ost_tu add -core <core> -name <unit> {{<signals>} <operator> <value>}, or ost_te set -core <core> -expression "
+       "<expression> <name>"},
+      {R::ExpressionTooDeep, E, "A trigger expression has more steps than its max_seq_depth",
+       "ost_te set -core <core> -max_seq_depth <steps> <name>"},
+      {R::ExpressionCountsTooFar, E, "A trigger expression counts further than its max_event_count",
+       "ost_te set -core <core> -max_event_count <count> <name>"},
+      {R::ExpressionTooManyUnits, E, "A trigger expression uses more than 12 different trigger units",
+       "compare several signals in one unit, then ost_te set -core <core> -expression <expression> <name>"},
+
+      {R::TriggerOutName, E, "The trigger output has no usable name",
+       "ost_trace trig_option -core <core> OutNetName=<name>, or TriggerOut=off"},
+      {R::TriggerOutNameInDesign, E, "The top module has a net, port or instance of the trigger output's name",
+       "ost_trace trig_option -core <core> OutNetName=<name>"},
+      {R::TriggerOutNameTwice, E, "Two cores have trigger outputs of one name",
+       "ost_trace trig_option -core <core> OutNetName=<name>"},
+
+      {R::BlockRamWaste, W, "The buffer takes more than twice the block RAM that depth and width ask for",
+       "ost_trace trc_option -core <core> Implementation=DRAM, or a greater BufferDepth"},
+      {R::BufferPartlyUsed, W, "Number of triggers times samples per trigger leaves a part of the buffer unused",
+       "ost_trace trc_option -core <core> NumberofTriggers=<triggers> (needs TriggerEnable=on), or "
+       "BufferDepth=<depth>"},
+      {R::MemoryTotal, W, "The buffers of all cores take more than 4 Mbit",
+       "a smaller BufferDepth, fewer traced signals, or fewer cores in ost_project run -insert_core <name>"},
+      {R::DistributedRamSize, W, "A buffer of more than 64 Kbit is to be distributed RAM",
+       "ost_trace trc_option -core <core> Implementation=EBR"},
+      {R::DistributedRamForbidden, W, "The buffer is to be distributed RAM, which DistRAMDisable forbids",
+       "ost_trace trc_option -core <core> Implementation=EBR, or DistRAMDisable=off"},
+
+      {R::NetUndriven, E, "A net that the core looks at has no driver",
+       "drive the net in the design, or take it out of the core"},
+      {R::NetConstant, W, "A net that the core looks at is constant", "take the net out of the core"},
+      {R::ClockCrossing, W, "A net that the core looks at is clocked by another clock than the sample clock",
+       "ost_core add <name> for a core of its own with SampleClk=<clock>"},
+      {R::ForeignSampleClock, W, "The sample clock clocks none of the traced registers",
+       "ost_trace trc_option -core <core> SampleClk=<clock>"},
+      {R::SampleClockStands, E, "The sample clock is constant or has no driver",
+       "ost_trace trc_option -core <core> SampleClk=<net>"},
+      {R::SampleClockTraced, W, "The core looks at its own sample clock, which always reads the same",
+       "take the net out of the core"},
+  };
+  return table;
+}
+
+const RuleRow& ruleRow(DesignRule rule) {
+  for (const RuleRow& row : ruleTable())
+    if (row.rule == rule) return row;
+  Q_UNREACHABLE();
+}
+
+}  // namespace ost
