@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "framework/ist_data.h"
+#include "platform/istdata/names.h"
 #include "platform/istdata/project_model.h"
+#include "platform/istdata/trace_tree.h"
 
 namespace mero {
 namespace ostrel {
@@ -32,12 +34,21 @@ class ISTDATA_API istDataset {
   ost::TriggerExpression* addExpression(ost::TriggerExpression expression);
   void renameExpression(ost::TriggerExpression* expression, const QString& newName);
   void removeExpression(ost::TriggerExpression* expression);
+  /// Sets text and used units, which the caller has parsed out of it.
+  void setExpressionText(ost::TriggerExpression* expression, const QString& text, const QStringList& units);
+
+  /// Names of the expressions that use the unit, in order.
+  QStringList expressionsUsing(const QString& unitName) const;
+  QString freeUnitName();
+  QString freeExpressionName();
 
  private:
   std::vector<std::unique_ptr<istTU>> units_;
   std::vector<std::unique_ptr<ost::TriggerExpression>> expressions_;
   QHash<QString, istTU*> unitByName_;
   QHash<QString, ost::TriggerExpression*> expressionByName_;
+  QHash<QString, int> unitUses_;  ///< Expressions that use a unit, by its name.
+  ost::DefaultNames unitNames_{"TU"}, expressionNames_{"TE"};
 };
 
 }  // namespace ostrel
@@ -45,12 +56,8 @@ class ISTDATA_API istDataset {
 
 namespace ost {
 
-/// The trace tree of a core. A signal node (kind 4) is one bit and bears its full bit name; a bus (kind 2) has a name
-/// of its own; a reference (kind 3) targets the signal node that captures the same bit.
-class TraceTree;
-
 /// One debug core.
-class Core : public mero::ostrel::istCore {
+class ISTDATA_API Core : public mero::ostrel::istCore {
  public:
   explicit Core(const QString& coreName);
   ~Core();
@@ -67,8 +74,12 @@ namespace mero {
 namespace ostrel {
 
 /// The project itself.
-class istProject {
+class ISTDATA_API istProject {
  public:
+  istProject();
+  ~istProject();
+  ost::Core* findCore(const QString& coreName) const;
+
   QString fileName;  ///< Wire text; empty while untitled.
   bool changed = false;
   std::vector<std::unique_ptr<ost::Core>> cores;

@@ -27,22 +27,22 @@ struct CoreOptions {
   bool triggerEnable = false;
   QString triggerEnableSignal;
   int triggerEnablePolarity = 0;
-  int triggerCount = 1;       ///< NumberofTriggers; windows of one capture in multiple mode.
-  int bufferDepth = 1024;     ///< Samples.
-  int implementation = 0;     ///< 0 EBR, 1 DRAM.
+  int triggerCount = 1;    ///< NumberofTriggers; windows of one capture in multiple mode.
+  int bufferDepth = 1024;  ///< Samples.
+  int implementation = 0;  ///< 0 EBR, 1 DRAM.
   bool timestamp = false;
   int timestampBits = 32;
-  int captureMode = 0;        ///< 0 single, 1 multiple. The samples of a window are istCore::samplesPerTrigger.
+  int captureMode = 0;  ///< 0 single, 1 multiple. The samples of a window are istCore::samplesPerTrigger.
   bool includeTrigger = false;
   bool distRamDisabled = false;
-  int defaultRadix = 0;       ///< A Radix.
+  int defaultRadix = 0;  ///< A Radix.
   bool eventCounter = false;
   int eventCounterValue = 2;
   bool triggerOut = false;
-  int triggerOutType = 0;     ///< 0 IO, 1 NET, 2 BOTH.
+  int triggerOutType = 0;  ///< 0 IO, 1 NET, 2 BOTH.
   QString triggerOutName;
   int triggerOutPolarity = 0;
-  int triggerOutMinPulse = 0; ///< Samples; 0 = as long as the condition holds.
+  int triggerOutMinPulse = 0;  ///< Samples; 0 = as long as the condition holds.
 };
 
 /// A trigger unit: `signalNames` are single bits or vectors; their concatenation, first name leftmost, is compared.
@@ -56,8 +56,9 @@ struct TriggerUnit {
 
 struct TriggerExpression {
   QString name;
-  QString text;
-  int ram = 0;              ///< 1 EBR, 0 slices.
+  QString text;       ///< Empty: not written yet.
+  QStringList units;  ///< The units that `text` uses, each once.
+  int ram = 0;        ///< 1 EBR, 0 slices.
   int maxSequenceDepth = 1;
   int maxEventCount = 1;
 };

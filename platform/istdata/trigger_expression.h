@@ -17,11 +17,13 @@
 #include <QStringList>
 #include <QVector>
 
+#include "framework/ist_data.h"
+
 namespace ost {
 
-constexpr int kMaxExpressionNesting = 64;   ///< Parentheses and "!" inside one another.
-constexpr int kMaxExpressionUnits = 12;     ///< Different units in one expression: its truth table has 2^units rows.
-constexpr int kMaxExpressionLength = 65535; ///< Characters.
+constexpr int kMaxExpressionNesting = 64;    ///< Parentheses and "!" inside one another.
+constexpr int kMaxExpressionUnits = 12;      ///< Different units in one expression: its truth table has 2^units rows.
+constexpr int kMaxExpressionLength = 65535;  ///< Characters.
 constexpr int kMaxSequenceDepth = 16;
 constexpr int kMaxEventCount = 65536;
 
@@ -36,9 +38,9 @@ struct ParsedExpression {
 };
 
 /// Parses `text`. False with a reason in `error` that names the column (from 1) and what was expected there.
-bool parseTriggerExpression(const QString& text, ParsedExpression& expression, QString& error);
+ISTDATA_API bool parseTriggerExpression(const QString& text, ParsedExpression& expression, QString& error);
 
 /// `text` with every use of the unit `oldName` replaced by `newName`; everything else stays as written.
-QString renameUnitInExpression(const QString& text, const QString& oldName, const QString& newName);
+ISTDATA_API QString renameUnitInExpression(const QString& text, const QString& oldName, const QString& newName);
 
 }  // namespace ost

@@ -1,0 +1,153 @@
+// Operators, radices and the digits of trigger unit values.
+#include "platform/istdata/unit_value.h"
+
+#include <vector>
+
+#include "platform/istdata/names.h"
+
+namespace ost {
+
+namespace {
+
+struct OperatorName {
+  Operator op;
+  const char* text;
+};
+
+const OperatorName kOperators[] = {
+    {Operator::Equal, "=="},        {Operator::NotEqual, "!="},      {Operator::Greater, ">"},
+    {Operator::GreaterEqual, ">="}, {Operator::Less, "<"},           {Operator::LessEqual, "<="},
+    {Operator::RisingEdge, ".RE."}, {Operator::FallingEdge, ".FE."}, {Operator::SerialCompare, ".SC."},
+};
+
+const char* const kRadices[] = {"Bin", "Oct", "Dec", "Hex"};  // in the order of the enumeration
+
+bool isEdge(Operator op) {
+  return op == Operator::RisingEdge || op == Operator::FallingEdge;
+}
+
+/// Decimal digits to bits, least significant first and without leading zeros.
+QByteArray decimalBits(const QString& digits) {
+  const quint64 kBase = 1000000000;  // nine digits at a time
+  std::vector<quint32> words;        // little-endian
+  for (int i = 0; i < digits.size();) {
+    const int count = (digits.size() - i) % 9 ? (digits.size() - i) % 9 : 9;
+    quint64 carry = digits.mid(i, count).toULongLong();
+    for (quint32& word : words) {
+      carry += word * kBase;
+      word = quint32(carry);
+      carry >>= 32;
+    }
+    if (carry) words.push_back(quint32(carry));
+    i += count;
+  }
+  QByteArray bits;
+  for (quint32 word : words)
+    for (int i = 0; i < 32; ++i) bits += char('0' + ((word >> i) & 1));
+  while (bits.endsWith('0')) bits.chop(1);
+  return bits;
+}
+
+/// Binary, octal or hexadecimal digits to bits and mask, least significant first. False at a digit that does not
+/// belong there.
+bool digitBits(int bitsPerDigit, const QString& digits, bool allowDontCare, QByteArray& value, QByteArray& mask) {
+  for (int i = digits.size() - 1; i >= 0; --i) {
+    const char c = digits[i].toLower().toLatin1();
+    if ((c == 'x') && allowDontCare) {
+      value.append(QByteArray(bitsPerDigit, '0'));
+      mask.append(QByteArray(bitsPerDigit, '0'));
+      continue;
+    }
+    const int digit = c >= '0' && c <= '9' ? c - '0' : c >= 'a' && c <= 'f' ? c - 'a' + 10 : 16;
+    if (digit >= 1 << bitsPerDigit) return false;
+    for (int bit = 0; bit < bitsPerDigit; ++bit) value.append(char('0' + ((digit >> bit) & 1)));
+    mask.append(QByteArray(bitsPerDigit, '1'));
+  }
+  return true;
+}
+
+QString digitRule(Radix radix, bool allowDontCare) {
+  static const char* const rules[] = {"0 and 1", "0 to 7", "0 to 9", "0 to 9 and A to F"};
+  return QString("%1 digits are %2%3.")
+      .arg(radixText(radix), rules[int(radix)], allowDontCare ? ", and x for don't-care" : "");
+}
+
+}  // namespace
+
+bool operatorFromText(const QString& text, Operator& op) {
+  for (const OperatorName& entry : kOperators) {
+    if (text.compare(QLatin1String(entry.text), Qt::CaseInsensitive) != 0) continue;
+    op = entry.op;
+    return true;
+  }
+  return false;
+}
+
+QString operatorText(Operator op) {
+  return QLatin1String(kOperators[int(op)].text);
+}
+
+bool radixFromText(const QString& text, Radix& radix) {
+  for (int i = 0; i < 4; ++i) {
+    if (text != QLatin1String(kRadices[i])) continue;
+    radix = Radix(i);
+    return true;
+  }
+  return false;
+}
+
+QString radixText(Radix radix) {
+  return QLatin1String(kRadices[int(radix)]);
+}
+
+bool parseUnitValue(Operator op, Radix radix, const QString& digits, int width, QByteArray& value, QByteArray& mask,
+                    QString& error) {
+  const bool serial = op == Operator::SerialCompare, decimal = radix == Radix::Dec;
+  const bool allowDontCare = (op == Operator::Equal || op == Operator::NotEqual) && !decimal;
+  const int bitsPerDigit = radix == Radix::Bin ? 1 : radix == Radix::Oct ? 3 : 4;
+  value.clear();
+  mask.clear();
+  if (digits.isEmpty()) {
+    error = "The value is empty: " + digitRule(radix, allowDontCare);
+  } else if (width < 1 || width > kMaxUnitWidth) {
+    error = QString("A unit compares 1 to %1 bits, not %2.").arg(kMaxUnitWidth).arg(width);
+  } else if (serial && width != 1) {
+    error = QString("%1 watches one signal, not %2 bits.").arg(operatorText(op)).arg(width);
+  } else if (serial && decimal) {
+    error = QString("%1 takes a bit pattern: give it in radix bin, oct or hex.").arg(operatorText(op));
+  } else if (serial && digits.size() > kMaxSerialPattern / bitsPerDigit) {
+    error = QString("A %1 pattern has at most %2 samples.").arg(operatorText(op)).arg(kMaxSerialPattern);
+  } else if (digits.size() > kMaxUnitWidth + bitsPerDigit) {
+    error = QString("The value has too many digits for %1 bits.").arg(width);
+  } else if (decimal) {
+    for (QChar c : digits)
+      if (c < '0' || c > '9')
+        error = QString("%1 is not a decimal number. ").arg(quoted(digits)) + digitRule(radix, false);
+    if (error.isEmpty()) value = decimalBits(digits);
+    mask = QByteArray(qMax(width, value.size()), '1');
+  } else if (!digitBits(bitsPerDigit, digits, allowDontCare, value, mask)) {
+    error = QString("%1 does not fit here: ").arg(quoted(digits)) + digitRule(radix, allowDontCare);
+  }
+  if (!error.isEmpty()) return false;
+  if (serial) return true;
+
+  for (int bit = width; bit < value.size(); ++bit) {
+    if (value[bit] == '0') continue;
+    error = QString("The value %1 needs more than the %2 bits that are compared.").arg(quoted(digits)).arg(width);
+    return false;
+  }
+  const bool extendsDontCare = digits[0] == 'x' || digits[0] == 'X';
+  while (value.size() < width) value.append('0');
+  while (mask.size() < width) mask.append(extendsDontCare ? '0' : '1');
+  value.truncate(width);
+  mask.truncate(width);
+  if (!isEdge(op)) return true;
+  if (!value.contains('1')) {
+    error = QString("With %1 the value is a mask of the bits to watch; it must have a 1.").arg(operatorText(op));
+    return false;
+  }
+  mask = value;
+  return true;
+}
+
+}  // namespace ost
