@@ -29,7 +29,7 @@ void FindingList::add(DesignRule rule, const QString& object, const QString& tex
   finding.number = int(rule);
   finding.severity = row.severity;
   finding.object = object;
-  finding.text = text;
+  finding.text = text.endsWith(QLatin1Char('.')) ? text.chopped(1) : text;  // the way out follows on the line
   finding.wayOut = QLatin1String(row.wayOut);
   for (const auto& fill : fills) finding.wayOut.replace(fill.first, fill.second);
   findings_.append(finding);

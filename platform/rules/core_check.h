@@ -45,12 +45,12 @@ class CoreCheck {
   void checkMemory() const;
   void checkNets(const Netlist& netlist) const;
 
-  /// Bits of one stored sample, as far as they resolve.
-  int sampleBits() const;
-  /// depth * sampleBits(), in bits.
-  qint64 bufferBits() const { return qint64(core_.options.bufferDepth) * sampleBits(); }
+  /// Memory that the buffer asks for: samples times bits of a stored sample, as far as names resolve.
+  qint64 bufferBits() const { return qint64(bufferedSamples()) * sampleBits(); }
 
  private:
+  int sampleBits() const;
+  int bufferedSamples() const;
   void checkSampleClock();
   void checkTracedSignals();
   void checkEnable(bool on, const QString& signal, const char* title, const char* option);

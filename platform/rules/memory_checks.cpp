@@ -1,6 +1,4 @@
 // Checks of the memory that a core's buffer takes.
-#include <QSet>
-
 #include "platform/rules/core_check.h"
 
 namespace ost {
@@ -28,16 +26,24 @@ int CoreCheck::sampleBits() const {
   for (const ResolvedName& name : traced_) bits += name.selection.bits.size();
   if (core_.options.includeTrigger) bits += int(core_.dataset.units().size());
   if (core_.options.timestamp) bits += core_.options.timestampBits;
+  // With several windows each sample bears a bit that tells where its window begins.
+  if (bits > 0 && core_.options.captureMode != 0 && core_.options.triggerCount > 1) ++bits;
   return bits;
+}
+
+int CoreCheck::bufferedSamples() const {
+  const qint64 used = qint64(core_.options.triggerCount) * core_.samplesPerTrigger;
+  return core_.options.captureMode == 0 ? core_.options.bufferDepth
+                                        : int(qMin(used, qint64(core_.options.bufferDepth)));
 }
 
 void CoreCheck::checkMemory() const {
   const CoreOptions& options = core_.options;
   const int width = sampleBits();
   if (width == 0) return;
+  const int samples = bufferedSamples();
   const qint64 bits = bufferBits();
-  const QString asked =
-      QStringLiteral("the buffer of %1 x %2 bits asks for %3 bits").arg(options.bufferDepth).arg(width).arg(bits);
+  const QString asked = QStringLiteral("the buffer of %1 x %2 bits asks for %3 bits").arg(samples).arg(width).arg(bits);
 
   const bool distributed = options.implementation == 1 && !options.distRamDisabled;
   if (options.implementation == 1 && options.distRamDisabled)
@@ -46,7 +52,7 @@ void CoreCheck::checkMemory() const {
   if (distributed && bits > kDistributedRamBits)
     report(DesignRule::DistributedRamSize, QString(), asked + QLatin1String(" of distributed RAM"));
   if (!distributed) {
-    const qint64 blocks = blockRamsFor(options.bufferDepth, width);
+    const qint64 blocks = blockRamsFor(samples, width);
     if (blocks * kBlockRamBits > 2 * bits)
       report(DesignRule::BlockRamWaste, QString(),
              asked + QStringLiteral(" and takes %1 of 18 Kbit, %2 bits")
@@ -54,15 +60,14 @@ void CoreCheck::checkMemory() const {
                          .arg(blocks * kBlockRamBits));
   }
 
-  const qint64 used = qint64(options.triggerCount) * core_.samplesPerTrigger;
-  if (options.captureMode != 0 && used < options.bufferDepth)
+  if (samples < options.bufferDepth)
     report(DesignRule::BufferPartlyUsed, QString(),
-           QStringLiteral("%1 of %2 use %3 of %4 buffered samples")
+           QStringLiteral("%1 of %2 use %3 of %4 samples of the buffer depth")
                .arg(counted(options.triggerCount, "trigger"), counted(core_.samplesPerTrigger, "sample"))
-               .arg(used)
+               .arg(samples)
                .arg(options.bufferDepth),
            {{QStringLiteral("<triggers>"), QString::number(options.bufferDepth / qMax(1, core_.samplesPerTrigger))},
-            {QStringLiteral("<depth>"), QString::number(used)}});
+            {QStringLiteral("<depth>"), QString::number(samples)}});
 }
 
 }  // namespace ost

@@ -75,11 +75,14 @@ QString faultText(const NetFault& fault) {
 
 void CoreCheck::checkNets(const Netlist& netlist) const {
   NetBit clock;
+  bool clockRuns = false;
   if (hasClock_) {
     const NetBit named = netBits(clock_).first();
     BitDriver driver;
     clock = netlist.canonical(named);
-    if (netlist.driver(named, driver) && (driver.kind == BitDriver::Undriven || driver.kind == BitDriver::Constant))
+    clockRuns =
+        netlist.driver(named, driver) && driver.kind != BitDriver::Undriven && driver.kind != BitDriver::Constant;
+    if (!clockRuns)
       report(DesignRule::SampleClockStands, QString(),
              QStringLiteral("sample clock \"%1\" %2")
                  .arg(named.name, QLatin1String(driver.kind == BitDriver::Constant ? "is constant" : "has no driver")));
@@ -94,7 +97,7 @@ void CoreCheck::checkNets(const Netlist& netlist) const {
       if (!netlist.driver(bit, driver)) continue;
       if (driver.kind == BitDriver::Undriven) faults.add(DesignRule::NetUndriven, name.object, bit);
       if (driver.kind == BitDriver::Constant) faults.add(DesignRule::NetConstant, name.object, bit);
-      if (!hasClock_) continue;
+      if (!clockRuns) continue;
       if (netlist.canonical(bit) == clock) faults.add(DesignRule::SampleClockTraced, name.object, bit);
       const bool isRegister = driver.kind == BitDriver::FlipFlop || driver.kind == BitDriver::Memory;
       if (!isRegister || !driver.hasClock) continue;
