@@ -1,5 +1,5 @@
 // Test bench of frame_link. `frame_link_world` is everything around the design: clocks, two senders, the receiver that
-// checks what arrives, and a host. It can surround an instrumented design as well. `tb` joins it to the design as it is.
+// checks what arrives, and a host. It can surround an instrumented design as well; `tb` joins it to the design itself.
 `timescale 1ns / 1ps
 
 // Sends frames of pseudo-random length, payload and pace. Every word that the link has to deliver is remembered.
@@ -155,6 +155,7 @@ module frame_link_world (
   reg [7:0] host_out, scratch;
   reg host_drive;
   assign host_data = host_drive ? host_out : 8'bz;
+  pullup pull_ups[7:0] (host_data);  // so that an idle bus has a level
   always @(posedge clk)
     if (rst) begin
       host_addr  <= 3'd0;

@@ -1,0 +1,24 @@
+// The instrumented design in the same world as the source, its JTAG pins driven by ost_capture.
+`timescale 1ns / 1ps
+
+module debug_tb;
+  wire clk, rst, ref_clk, rx0_valid, rx1_valid, tx_lane, tx_last, tx_valid, tx_ready;
+  wire host_write, host_read, alive;
+  wire [7:0] rx0_data, rx1_data, tx_data, host_data;
+  wire [2:0] host_addr;
+  wire tck, tms, tdi, tdo;
+
+  frame_link_world world (
+      .clk(clk), .rst(rst), .ref_clk(ref_clk), .rx0_data(rx0_data), .rx0_valid(rx0_valid), .rx1_data(rx1_data),
+      .rx1_valid(rx1_valid), .tx_data(tx_data), .tx_lane(tx_lane), .tx_last(tx_last), .tx_valid(tx_valid),
+      .tx_ready(tx_ready), .host_addr(host_addr), .host_write(host_write), .host_read(host_read),
+      .host_data(host_data), .alive(alive)
+  );
+  frame_link dut (
+      .clk(clk), .rst(rst), .ref_clk(ref_clk), .rx0_data(rx0_data), .rx0_valid(rx0_valid), .rx1_data(rx1_data),
+      .rx1_valid(rx1_valid), .tx_data(tx_data), .tx_lane(tx_lane), .tx_last(tx_last), .tx_valid(tx_valid),
+      .tx_ready(tx_ready), .host_addr(host_addr), .host_write(host_write), .host_read(host_read),
+      .host_data(host_data), .alive(alive), .jtag_tck(tck), .jtag_tms(tms), .jtag_tdi(tdi), .jtag_tdo(tdo)
+  );
+  ostrel_jtag_sim jtag (.tck(tck), .tms(tms), .tdi(tdi), .tdo(tdo), .trst(), .srst());
+endmodule
