@@ -3,20 +3,13 @@
 #
 #   tclsh tools/write_reference.tcl <docs folder> <help folder>
 package require Tcl 8.5
+source [file join [file dirname [info script]] live_table.tcl]
 
 proc writeFile {name text} {
     set out [open $name w]
     fconfigure $out -encoding utf-8
     puts -nonewline $out $text
     close $out
-}
-
-# The sub-commands as the dispatcher names them to a user who mistyped one.
-proc subCommands {command} {
-    if {![catch {$command ?} message] || ![regexp {: must be ([^(]*)} $message -> list]} {
-        error "\"$command ?\" does not list the sub-commands: $message"
-    }
-    return [lsort [string map {", or " " " " or " " " "," ""} $list]]
 }
 
 # "  ost_core add - Add a core\n  Usage:\n    ost_core add <core name>\n" in its two halves.
@@ -29,12 +22,8 @@ proc splitHelp {name help} {
 }
 
 lassign $argv docsFolder helpFolder
-set before [info commands]
-set version [package require ost_tclwrapper]
-set commands {}
-foreach command [lsort [info commands ost_*]] {
-    if {$command ni $before} {lappend commands $command}
-}
+set commands [packageCommands]
+set version [package present ost_tclwrapper]
 file delete -force -- $helpFolder
 file mkdir $docsFolder $helpFolder
 

@@ -4,7 +4,7 @@ package require Tcl 8.5
 
 set root [file dirname [file dirname [file dirname [file normalize [info script]]]]]
 set ::env(OST_DESIGN) [file join $root examples/frame_link/files.f]
-package require ost_tclwrapper
+source [file join $root tools/live_table.tcl]
 
 set differences 0
 array set seen {}
@@ -21,11 +21,9 @@ proc expect {status args} {
 }
 
 set subCommands {}
-foreach command {ost_project ost_core ost_serdes ost_trace ost_tu ost_te} {
+foreach command [packageCommands] {
     expect ok $command
-    catch {$command ?} message
-    regexp {: must be ([^(]*)} $message -> list
-    foreach sub [string map {", or " " " " or " " " "," ""} $list] {lappend subCommands $command $sub}
+    foreach sub [subCommands $command] {lappend subCommands $command $sub}
 }
 # Without a project, with an option that no one knows, and with too many words.
 foreach {command sub} $subCommands {
