@@ -1,0 +1,81 @@
+// One module's nets and drivers, read from the netlist's text on demand and kept small: a flat design is one module with
+// half a million nets.
+#pragma once
+
+#include <QHash>
+#include <deque>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/insert/netlist_text.h"
+
+namespace ost {
+
+/// What drives a bit within its module.
+struct LocalDriver {
+  enum Kind { None, InputPort, InOutPort, Cell };
+  Kind kind = None;
+  int cell = -1;  ///< For Cell: index into ModuleIndex::cells().
+};
+
+enum class CellKind : unsigned char { Logic, FlipFlop, Latch, MemoryRead, MemoryBlock, Instance };
+
+struct IndexedCell {
+  size_t offset;   ///< Of its object in the text.
+  int instance;    ///< Index into NetlistModule::instances, -1 for a cell of Yosys' own.
+  CellKind kind;
+};
+
+/// A cell's connections, read in full for the one cell that is looked at.
+struct CellConnections {
+  QHash<QByteArray, QVector<int>> ports;
+  QHash<QByteArray, QByteArray> parameters;
+  TextSpan typeSpan;       ///< The type's string with its quotes.
+  size_t connections = 0;  ///< Offset of the connections' object.
+  size_t directions = 0;   ///< Offset of the port_directions' object, 0 when missing.
+};
+CellConnections readCell(const NetlistText& netlist, size_t offset);
+
+class ModuleIndex {
+ public:
+  ModuleIndex(const NetlistText& netlist, const NetlistModule& module);
+
+  /// The bits of a net; false when the module does not declare it.
+  bool netBits(const QByteArray& net, QVector<int>& bits) const;
+  /// A name for a bit: the source's rather than one of Yosys' own, the first in the netlist's order. False for constants.
+  bool nameOf(int bit, QByteArray& net, int& position) const;
+  /// The position's index as the source counts it; -1 when the net is a scalar.
+  int sourceIndex(const QByteArray& net, int position) const;
+
+  LocalDriver driver(int bit) const;
+  /// Other instances that a bit meets at an inout port; they count as drivers when there is no other.
+  std::vector<int> inOutCells(int bit) const;
+  const std::vector<IndexedCell>& cells() const { return cells_; }
+  int highestBit() const { return highestBit_; }
+  /// True when a net, cell or memory of the module bears the name.
+  bool nameTaken(const QByteArray& name) const;
+
+ private:
+  struct Net {
+    std::string_view name;  ///< Unescaped.
+    size_t object;          ///< Offset of the net's object.
+    bool hidden;
+  };
+  std::string_view keep(std::string_view rawKey);
+  void readNets(size_t offset);
+  void readCells(const NetlistModule& module);
+  void noteDriver(int bit, int code, bool weak);
+  const Net* findNet(const QByteArray& name) const;
+
+  const NetlistText& netlist_;
+  std::vector<Net> nets_;        // in the order of their names
+  std::vector<IndexedCell> cells_;
+  std::vector<int> driver_;      // by bit: 0 none, 1 input, 2 inout, 3.. cell
+  std::unordered_multimap<int, int> inOutCells_;
+  std::vector<std::string_view> cellNames_;  // of public cells and memories, sorted
+  mutable std::vector<int> netOfBit_;        // by bit: index into nets_ + 1; filled on first use
+  std::deque<std::string> unescaped_;
+  int highestBit_ = 1;
+};
+
+}  // namespace ost

@@ -1,0 +1,258 @@
+// Loads the full netlist and follows bits through the hierarchy to what drives them.
+#include "platform/insert/netlist.h"
+
+#include <unistd.h>
+
+#include <set>
+
+#include "platform/design/yosys.h"
+#include "platform/insert/netlist_private.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+namespace {
+
+/// The clock of a sequential cell's output bit; empty when that output has none.
+QVector<int> clockOf(const CellConnections& cell, CellKind kind, int bit) {
+  const char* port = cell.ports.contains("CLK") ? "CLK" : "C";
+  if (kind == CellKind::FlipFlop) return cell.ports.value(port);
+  if (kind == CellKind::MemoryRead)
+    return cell.parameters.value("CLK_ENABLE").endsWith('1') ? cell.ports.value("CLK") : QVector<int>();
+  // All read ports of the memory in one cell: port i has bit i, counted from the right, of the parameter.
+  const QVector<int> data = cell.ports.value("RD_DATA"), clocks = cell.ports.value("RD_CLK");
+  const QByteArray enables = cell.parameters.value("RD_CLK_ENABLE");
+  const int readPort = clocks.isEmpty() ? 0 : data.indexOf(bit) / std::max(1, data.size() / clocks.size());
+  if (readPort < clocks.size() && readPort < enables.size() && enables[enables.size() - 1 - readPort] == '1')
+    return {clocks[readPort]};
+  return {};
+}
+
+}  // namespace
+
+Netlist::Netlist() : d(new Private) {}
+Netlist::~Netlist() = default;
+
+std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& error,
+                                             const std::function<bool()>& idle) {
+  const int scratch = openScratchFile(error);
+  if (scratch < 0) return nullptr;
+  YosysJob job;
+  job.script = design.elaborationScript();
+  if (!job.script.endsWith('\n')) job.script += '\n';
+  job.script += "write_json /proc/self/fd/3\n";
+  job.files = {scratch};
+  job.timeLimitSeconds = design.source().timeLimitSeconds;
+  job.memoryLimitBytes = design.source().memoryLimitBytes;
+  job.idle = idle;
+  const YosysResult run = runYosys(job);
+  std::shared_ptr<Netlist> netlist(new Netlist);
+  const bool loaded = run.ok && netlist->d->text.open(scratch, design.topModule().toLatin1(), error);
+  close(scratch);
+  if (!run.ok) error = run.error;
+  if (!loaded) return nullptr;
+  return netlist;
+}
+
+const ModuleIndex& Netlist::Private::index(int module) const {
+  std::unique_ptr<ModuleIndex>& known = indexes[module];
+  if (!known) known.reset(new ModuleIndex(text, text.module(module)));
+  return *known;
+}
+
+bool Netlist::Private::findInstance(const QString& path, PlacedBit& place) const {
+  place.module = text.top();
+  place.path.clear();
+  if (path.isEmpty()) return true;
+  // An escaped instance name may hold a "/" itself, so a part that is no instance is joined with the next one.
+  QByteArray name;
+  for (const QByteArray& part : path.toLatin1().split('/')) {
+    name = name.isEmpty() ? part : name + '/' + part;
+    const NetlistModule& module = text.module(place.module);
+    const int instance = module.instanceByName.value(name, -1);
+    if (instance < 0) continue;
+    const int below = module.instances[size_t(instance)].module;
+    if (below < 0) return false;
+    place.path.push_back(instance);
+    place.module = below;
+    name.clear();
+  }
+  return name.isEmpty();
+}
+
+bool Netlist::Private::place(const NetBit& bit, PlacedBit& place) const {
+  QVector<int> bits;
+  if (!findInstance(bit.instancePath, place) || !index(place.module).netBits(bit.net.toLatin1(), bits)) return false;
+  if (bit.bit < 0 || bit.bit >= bits.size()) return false;
+  place.bit = bits[bit.bit];
+  return true;
+}
+
+bool Netlist::Private::climb(const PlacedBit& inner, PlacedBit& outer) const {
+  if (inner.path.empty()) return false;
+  PlacedBit above;
+  above.path.assign(inner.path.begin(), inner.path.end() - 1);
+  above.module = text.top();
+  for (const int step : above.path) above.module = text.module(above.module).instances[size_t(step)].module;
+  const NetlistInstance& instance = text.module(above.module).instances[size_t(inner.path.back())];
+  CellConnections cell;
+  for (const NetlistPort& port : text.module(inner.module).portList) {
+    if (port.direction == NetlistPort::Output) continue;
+    const int position = port.bits.indexOf(inner.bit);
+    if (position < 0) continue;
+    if (cell.connections == 0) cell = readCell(text, instance.cell);
+    const QVector<int> connected = cell.ports.value(port.name);
+    if (position >= connected.size()) continue;
+    above.bit = connected[position];
+    outer = above;
+    return true;
+  }
+  return false;
+}
+
+bool Netlist::Private::descend(const PlacedBit& outer, const IndexedCell& cell, PlacedBit& inner) const {
+  const int below = text.module(outer.module).instances[size_t(cell.instance)].module;
+  if (below < 0 || text.module(below).blackBox) return false;
+  const CellConnections connections = readCell(text, cell.offset);
+  for (const NetlistPort& port : text.module(below).portList) {
+    if (port.direction == NetlistPort::Input) continue;
+    const int position = connections.ports.value(port.name).indexOf(outer.bit);
+    if (position < 0 || position >= port.bits.size()) continue;
+    inner.path = outer.path;
+    inner.path.push_back(cell.instance);
+    inner.module = below;
+    inner.bit = port.bits[position];
+    return true;
+  }
+  return false;
+}
+
+PlacedBit Netlist::Private::source(const PlacedBit& start, LocalDriver& driver) const {
+  // A net may branch at inouts, and a ring of feed-through modules has no end: look at each place once. An inout of a
+  // black box, or of the top, counts only when nothing else drives the net.
+  std::vector<PlacedBit> pending{start};
+  std::set<std::pair<std::vector<int>, int>> seen;
+  PlacedBit weakPlace = start, next;
+  LocalDriver weak;
+  while (!pending.empty()) {
+    const PlacedBit place = pending.back();
+    pending.pop_back();
+    if (!seen.emplace(place.path, place.bit).second) continue;
+    const ModuleIndex& local = index(place.module);
+    driver = local.driver(place.bit);
+    if (isConstantBit(place.bit)) return place;
+    if (driver.kind == LocalDriver::Cell) {
+      const IndexedCell& cell = local.cells()[size_t(driver.cell)];
+      if (cell.kind != CellKind::Instance || !descend(place, cell, next)) return place;
+      pending.push_back(next);
+      continue;
+    }
+    if (driver.kind == LocalDriver::InputPort) {
+      if (place.path.empty()) return place;
+      if (climb(place, next)) pending.push_back(next);
+      continue;
+    }
+    if (driver.kind == LocalDriver::InOutPort && climb(place, next)) pending.push_back(next);
+    if (driver.kind == LocalDriver::InOutPort && place.path.empty()) {
+      weak = driver;
+      weakPlace = place;
+    }
+    for (const int candidate : local.inOutCells(place.bit)) {
+      if (descend(place, local.cells()[size_t(candidate)], next)) {
+        pending.push_back(next);
+      } else if (weak.kind == LocalDriver::None) {
+        weak.kind = LocalDriver::Cell;
+        weak.cell = candidate;
+        weakPlace = place;
+      }
+    }
+  }
+  driver = weak;
+  return weak.kind == LocalDriver::None ? topmost(start) : weakPlace;
+}
+
+PlacedBit Netlist::Private::topmost(PlacedBit place) const {
+  PlacedBit above;
+  while (!isConstantBit(place.bit) && climb(place, above)) place = above;
+  return place;
+}
+
+NetBit Netlist::Private::named(const PlacedBit& place) const {
+  NetBit bit;
+  int module = text.top();
+  for (const int step : place.path) {
+    const NetlistInstance& instance = text.module(module).instances[size_t(step)];
+    if (!bit.instancePath.isEmpty()) bit.instancePath += QLatin1Char('/');
+    bit.instancePath += wireFromBytes(instance.name);
+    module = instance.module;
+  }
+  QByteArray net;
+  if (!index(module).nameOf(place.bit, net, bit.bit)) return bit;
+  bit.net = wireFromBytes(net);
+  bit.name = bit.instancePath.isEmpty() ? bit.net : bit.instancePath + QLatin1Char('/') + bit.net;
+  const int shown = index(module).sourceIndex(net, bit.bit);
+  if (shown >= 0) bit.name += QStringLiteral("[%1]").arg(shown);
+  return bit;
+}
+
+bool Netlist::driver(const NetBit& bit, BitDriver& result) const {
+  result = BitDriver();
+  PlacedBit place;
+  if (!d->place(bit, place)) return false;
+  LocalDriver local;
+  place = d->source(place, local);
+  if (isConstantBit(place.bit)) {
+    result.kind = place.bit == kBitZ ? BitDriver::Undriven : BitDriver::Constant;
+    return true;
+  }
+  switch (local.kind) {
+    case LocalDriver::None:
+      return true;
+    case LocalDriver::InputPort:
+    case LocalDriver::InOutPort:
+      result.kind = BitDriver::TopPort;
+      return true;
+    case LocalDriver::Cell:
+      break;
+  }
+  const IndexedCell& cell = d->index(place.module).cells()[size_t(local.cell)];
+  QVector<int> clock;
+  switch (cell.kind) {
+    case CellKind::Instance:
+      result.kind = BitDriver::BlackBox;
+      break;
+    case CellKind::Latch:
+      result.kind = BitDriver::Latch;
+      break;
+    case CellKind::Logic:
+      result.kind = BitDriver::Combinational;
+      break;
+    case CellKind::FlipFlop:
+    case CellKind::MemoryRead:
+    case CellKind::MemoryBlock:
+      clock = clockOf(readCell(d->text, cell.offset), cell.kind, place.bit);
+      result.kind = cell.kind == CellKind::FlipFlop ? BitDriver::FlipFlop
+                    : clock.isEmpty()               ? BitDriver::Combinational
+                                                    : BitDriver::Memory;
+      break;
+  }
+  if (!clock.isEmpty()) {
+    PlacedBit clockPlace = place;
+    clockPlace.bit = clock.first();
+    LocalDriver ignored;
+    clockPlace = d->source(clockPlace, ignored);
+    result.hasClock = !isConstantBit(clockPlace.bit);
+    if (result.hasClock) result.clock = d->named(clockPlace);
+  }
+  return true;
+}
+
+NetBit Netlist::canonical(const NetBit& bit) const {
+  PlacedBit place;
+  if (!d->place(bit, place)) return bit;
+  LocalDriver local;
+  const PlacedBit source = d->source(place, local);
+  const NetBit named = isConstantBit(source.bit) ? NetBit() : d->named(source);
+  return named.net.isEmpty() ? bit : named;
+}
+
+}  // namespace ost

@@ -1,0 +1,39 @@
+// What Netlist keeps: the text with its outline, and the indexes of the modules that were asked about.
+#pragma once
+
+#include <map>
+
+#include "platform/insert/module_index.h"
+#include "platform/insert/netlist.h"
+
+namespace ost {
+
+/// A bit of one instance: the way down from the top as instance indexes, the module there, and the bit's id in it.
+struct PlacedBit {
+  std::vector<int> path;  ///< Each an index into NetlistModule::instances of the module above.
+  int module = -1;
+  int bit = kBitX;
+};
+
+struct Netlist::Private {
+  NetlistText text;
+  mutable std::map<int, std::unique_ptr<ModuleIndex>> indexes;
+
+  const ModuleIndex& index(int module) const;
+
+  /// The instance that "u_a/u_b" names. False when there is none.
+  bool findInstance(const QString& path, PlacedBit& place) const;
+  bool place(const NetBit& bit, PlacedBit& place) const;
+  /// The parent's bit at a port bit of the instance; false at the top or when it is not connected there.
+  bool climb(const PlacedBit& inner, PlacedBit& outer) const;
+  /// The child's bit behind an output or inout of the instance `cell` that connects to `bit`; false when none does.
+  bool descend(const PlacedBit& outer, const IndexedCell& cell, PlacedBit& inner) const;
+  /// Where the bit is driven, following ports both ways.
+  PlacedBit source(const PlacedBit& start, LocalDriver& driver) const;
+  /// The same bit seen from as far up as it goes through inputs and inouts.
+  PlacedBit topmost(PlacedBit place) const;
+
+  NetBit named(const PlacedBit& place) const;
+};
+
+}  // namespace ost
