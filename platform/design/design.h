@@ -10,16 +10,18 @@
 #include <functional>
 #include <memory>
 
+#include "framework/ist_com_data.h"
+
 namespace ost {
 
 /// What `ost_design read` was told. File names are wire text as typed.
 struct DesignSource {
-  QStringList files;          ///< Verilog, SystemVerilog (.sv, .svh) or one Yosys JSON netlist, in order.
-  QStringList fileLists;      ///< Names of file lists, read after `files`.
-  QString top;                ///< Empty: found by Yosys.
+  QStringList files;      ///< Verilog, SystemVerilog (.sv, .svh) or one Yosys JSON netlist, in order.
+  QStringList fileLists;  ///< Names of file lists, read after `files`.
+  QString top;            ///< Empty: found by Yosys.
   QStringList includeDirs;
-  QStringList defines;        ///< NAME or NAME=VALUE.
-  QStringList blackBoxes;     ///< Modules whose bodies are not elaborated.
+  QStringList defines;     ///< NAME or NAME=VALUE.
+  QStringList blackBoxes;  ///< Modules whose bodies are not elaborated.
   int timeLimitSeconds = 600;
   qint64 memoryLimitBytes = qint64(8) << 30;
 };
@@ -27,13 +29,17 @@ struct DesignSource {
 /// A name resolved against the design: a whole net, one bit or a range of it.
 struct NetSelection {
   QString instancePath;   ///< "u_sys/u_rx", empty for the top module.
-  QString module;         ///< Yosys' name of the module that declares the net.
-  QString net;            ///< Name of the net in that module, as Yosys writes it.
+  QString module;         ///< Yosys' name of the module that declares the net, as in its JSON netlist.
+  QString net;            ///< Name of the net in that module, as a Yosys JSON netlist writes it.
   QVector<int> bits;      ///< Positions in the netlist's bit list (0 = least significant), leftmost named bit first.
   QStringList bitNames;   ///< The full name of each bit in the same order: "u_sys/u_rx/state[3]", or the bare name.
   bool isVector = false;  ///< True when the name stands for a bus (several bits, or a whole vector net).
   QString canonicalName;  ///< The name in the one form that the service stores and shows.
 };
+
+/// The cells on an instance path, top down, as the keys of a Yosys JSON netlist. A component of the path that begins
+/// with a backslash is an escaped identifier and ends with a blank; only names that would be misread are written so.
+ISTCOMDATA_API QStringList instancePathKeys(const QString& instancePath);
 
 /// One net in a listing.
 struct NetName {
@@ -43,13 +49,13 @@ struct NetName {
 
 /// Design flags from the module attribute (* ostrel_role = "..." *): the roles found anywhere in the hierarchy.
 struct DesignRoles {
-  bool dcu = false;         ///< "dcu": the design holds a serdes block that the serdes core can watch.
-  bool j2w = false;         ///< "j2w": the design uses the serdes' JTAG path itself.
-  bool jtag2wb = false;     ///< "jtag2wb": the design offers a JTAG-to-Wishbone connection.
-  bool jtag2wbCore = false; ///< "jtag2wb_core": it holds a JTAG-to-Wishbone core of its own.
+  bool dcu = false;          ///< "dcu": the design holds a serdes block that the serdes core can watch.
+  bool j2w = false;          ///< "j2w": the design uses the serdes' JTAG path itself.
+  bool jtag2wb = false;      ///< "jtag2wb": the design offers a JTAG-to-Wishbone connection.
+  bool jtag2wbCore = false;  ///< "jtag2wb_core": it holds a JTAG-to-Wishbone core of its own.
 };
 
-class Design {
+class ISTCOMDATA_API Design {
  public:
   /// Reads the sources with Yosys. Null on failure, with a text for the user in `error` (file and line where Yosys
   /// gives them). `idle` is called while Yosys runs, a few times a second at least, and may be empty; returning false
@@ -84,8 +90,10 @@ class Design {
   QByteArray digest() const;
 
   /// The Yosys script lines (one command a line) that read and elaborate the sources up to `proc`, for the full
-  /// netlist: platform/insert appends its own passes.
+  /// netlist: platform/insert appends its own passes. To be run in workingDirectory(), which relative names of include
+  /// files and of memory contents mean, while this object lives.
   QByteArray elaborationScript() const;
+  QString workingDirectory() const;
 
  private:
   Design();

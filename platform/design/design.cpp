@@ -1,0 +1,397 @@
+// The loaded design: reading it through Yosys, and what can be asked of it.
+#include "platform/design/design.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <mutex>
+
+#include "platform/design/name_index.h"
+#include "platform/design/source_plan.h"
+#include "platform/design/source_stamp.h"
+#include "platform/design/yosys.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+namespace {
+
+// Without processes and internal cells the netlist is some thirty times smaller, with the same names and instances.
+const char kNamesOnly[] =
+    "delete */p:*\n"
+    "select -set ost_cells */t:$* */t:$paramod* %d\n"
+    "delete @ost_cells\n"
+    "write_json /proc/self/fd/3\n";
+
+struct Descriptor {
+  int fd;
+  explicit Descriptor(int file) : fd(file) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (fd >= 0) close(fd);
+  }
+};
+
+// The words of a Makefile rule's right side, whose blanks are escaped.
+QList<QByteArray> dependencyWords(int fd) {
+  QFile file;
+  lseek(fd, 0, SEEK_SET);
+  if (!file.open(fd, QIODevice::ReadOnly, QFileDevice::DontCloseHandle)) return {};
+  QByteArray text = file.readAll().trimmed();
+  text = text.mid(text.indexOf(": ") + 2);
+  QList<QByteArray> words;
+  QByteArray word;
+  for (int i = 0; i < text.size(); ++i) {
+    if (text[i] == '\\' && i + 1 < text.size() && text[i + 1] == ' ') {
+      word += text[++i];
+    } else if (text[i] == ' ') {
+      words.append(word);
+      word.clear();
+    } else {
+      word += text[i];
+    }
+  }
+  words.append(word);
+  return words;
+}
+
+// Yosys' text of a well-known failure, said in the user's terms.
+QString explain(const QString& error, const DesignSource& source) {
+  static const QRegularExpression missing(QString::fromLatin1(
+      "Module `\\\\?(.+)' referenced in module `\\\\?(.+)' in cell `\\\\?(.+)' is not part of the design"));
+  const QRegularExpressionMatch undefined = missing.match(error);
+  if (undefined.hasMatch()) {
+    return QString::fromLatin1(
+               "The module \"%1\" (instance \"%3\" of module \"%2\") is not defined: add the file that declares it, or "
+               "take it as a black box with -blackbox %1")
+        .arg(undefined.captured(1), undefined.captured(2), undefined.captured(3));
+  }
+  if (!source.top.isEmpty() && error.startsWith(QLatin1String("Module `")) &&
+      error.contains(QLatin1String("' not found"))) {
+    return QString::fromLatin1("The design has no module \"%1\" to be the top; name another with -top").arg(source.top);
+  }
+  return error;
+}
+
+QString cleanText(const QByteArray& text) {
+  QString clean = wireFromBytes(text);
+  for (QChar& c : clean) {
+    if (c.unicode() < 32 || c.unicode() == 127) c = QLatin1Char('?');
+  }
+  return clean;
+}
+
+}  // namespace
+
+struct Design::Private {
+  DesignSource source;
+  QString workingDirectory;
+  std::unique_ptr<SourcePlan> plan;
+  NameIndex index;
+  DesignRoles roles;
+  int usedModules = 0;
+  mutable std::mutex stampLock;
+  mutable std::vector<SourceStamp> stamps;
+  QByteArray digest;
+
+  const ModuleEntry& top() const { return index.modules[size_t(index.top)]; }
+
+  QByteArray hierarchyLine(const QByteArray& topKey) const {
+    // With black boxes, modules may stay undefined: which ones is checked against the list.
+    QByteArray line = plan->isNetlist() || !source.blackBoxes.isEmpty() ? "hierarchy " : "hierarchy -check ";
+    return line + (topKey.isEmpty() ? QByteArray("-auto-top\n") : "-top " + topKey + '\n');
+  }
+
+  bool load(QString& error, const std::function<bool()>& idle);
+  bool loadNetlist(QString& error);
+  bool loadVerilog(QString& error, const std::function<bool()>& idle, QStringList& readFiles);
+  void readRoles();
+  QByteArray fullName(const NameHit& hit, const QByteArray& select) const;
+};
+
+bool Design::Private::load(QString& error, const std::function<bool()>& idle) {
+  plan = SourcePlan::make(source, workingDirectory, error);
+  if (!plan) return false;
+  // Taken before Yosys reads: a file that changes meanwhile is stale, not missed.
+  for (const QString& file : plan->files()) stamps.push_back(SourceStamp::take(file));
+  QStringList readFiles;
+  if (!(plan->isNetlist() ? loadNetlist(error) : loadVerilog(error, idle, readFiles))) return false;
+  for (const QString& file : qAsConst(readFiles)) stamps.push_back(SourceStamp::take(file));
+
+  QCryptographicHash hash(QCryptographicHash::Sha256);
+  const auto addWord = [&hash](const QByteArray& word) { hash.addData(QByteArray::number(word.size()) + ':' + word); };
+  addWord(top().key);
+  for (const QString& define : plan->defines()) addWord(define.toLatin1());
+  addWord("black boxes");
+  for (const QString& module : qAsConst(source.blackBoxes)) addWord(module.toLatin1());
+  for (const SourceStamp& stamp : stamps) addWord(stamp.hash);
+  digest = hash.result().toHex();
+
+  for (const ModuleEntry& module : index.modules) usedModules += module.used;
+  readRoles();
+  return true;
+}
+
+bool Design::Private::loadNetlist(QString& error) {
+  const Descriptor file(::open(QFile::encodeName(plan->files().first()).constData(), O_RDONLY | O_CLOEXEC));
+  if (file.fd < 0) {
+    error = QString::fromLatin1("Cannot read \"%1\"").arg(plan->firstFileAsTyped());
+    return false;
+  }
+  return readNameIndex(file.fd, plan->firstFileAsTyped(), index, error) && index.complete(source.top.toLatin1(), error);
+}
+
+bool Design::Private::loadVerilog(QString& error, const std::function<bool()>& idle, QStringList& readFiles) {
+  const Descriptor netlist(openScratchFile(error)), dependencies(openScratchFile(error));
+  if (netlist.fd < 0 || dependencies.fd < 0) return false;
+  YosysJob job;
+  QByteArray topKey;
+  if (!source.top.isEmpty()) {
+    topKey = yosysWord('\\' + source.top.toLatin1());
+    if (topKey.isEmpty() || topKey.startsWith('"')) {
+      error = QString::fromLatin1("\"%1\" cannot be the name of the top module").arg(source.top);
+      return false;
+    }
+  }
+  job.script = plan->readLines(!topKey.isEmpty()) + hierarchyLine(topKey) + kNamesOnly;
+  job.workingDirectory = workingDirectory;
+  job.timeLimitSeconds = source.timeLimitSeconds;
+  job.memoryLimitBytes = source.memoryLimitBytes;
+  job.idle = idle;
+  job.files << netlist.fd << dependencies.fd;
+  job.dependencyFile = 1;
+  const YosysResult result = runYosys(job);
+  if (!result.ok) {
+    error = explain(cleanText(plan->inUsersWords(result.error.toLatin1())), source);
+    return false;
+  }
+  if (lseek(netlist.fd, 0, SEEK_END) <= 0) {
+    error = QString::fromLatin1("Yosys wrote no netlist");
+    return false;
+  }
+  if (!readNameIndex(netlist.fd, QString::fromLatin1("the netlist made by Yosys"), index, error)) {
+    if (index.modules.empty()) error = QString::fromLatin1("The sources declare no module");
+    return false;
+  }
+  if (!index.complete(QByteArray(), error)) return false;
+  for (const QByteArray& type : qAsConst(index.unknownTypes)) {
+    const QString name = wireFromBytes(type);
+    if (source.blackBoxes.contains(name)) continue;
+    error = QString::fromLatin1(
+                "The module \"%1\" is not defined: add the file that declares it, or take it as a black box with "
+                "-blackbox %1")
+                .arg(name);
+    return false;
+  }
+  const QStringList given = plan->files();
+  for (const QByteArray& word : dependencyWords(dependencies.fd)) {
+    const QString file = plan->realFile(word);
+    if (word.isEmpty() || word == "/dev/stdin" || word.startsWith("/proc/self/")) continue;
+    if (!given.contains(file) && !readFiles.contains(file)) readFiles.append(file);
+  }
+  return true;
+}
+
+void Design::Private::readRoles() {
+  for (const ModuleEntry& module : index.modules) {
+    if (!module.used || module.roles.isEmpty()) continue;
+    QByteArray words = module.roles;
+    for (const QByteArray& word : words.replace(',', ' ').split(' ')) {
+      roles.dcu |= word == "dcu";
+      roles.j2w |= word == "j2w";
+      roles.jtag2wb |= word == "jtag2wb";
+      roles.jtag2wbCore |= word == "jtag2wb_core";
+    }
+  }
+}
+
+// The plain form where it leads back to the same net, the escaped form otherwise.
+QByteArray Design::Private::fullName(const NameHit& hit, const QByteArray& select) const {
+  const std::string_view net = index.view(hit.net->name);
+  const QByteArray path = joinPath(index, hit.path);
+  const QByteArray plain = (path.isEmpty() ? path : path + '/') + componentText(net, false) + select;
+  if (!index.slashNames) {
+    // Without '/' in names only a net that spells its brackets itself can stand in the way.
+    if (select.isEmpty()) return plain;
+    const std::string spelt = std::string(net) + select.toStdString();
+    if (!index.findNet(*hit.module, spelt)) return plain;
+  } else {
+    NameHit back;
+    if (findName(index, std::string_view(plain.constData(), size_t(plain.size())), back, nullptr) &&
+        back.net == hit.net && back.path == hit.path && back.selected == !select.isEmpty()) {
+      return plain;
+    }
+  }
+  QByteArray escaped;
+  for (const InstanceEntry* instance : hit.path) escaped += componentText(index.view(instance->name), true) + '/';
+  return escaped + componentText(net, true) + select;
+}
+
+Design::Design() : d(new Private) {}
+Design::~Design() = default;
+
+std::shared_ptr<const Design> Design::read(const DesignSource& source, QString& error,
+                                           const std::function<bool()>& idle) {
+  std::shared_ptr<Design> design(new Design);
+  design->d->source = source;
+  design->d->workingDirectory = QDir::currentPath();
+  if (!design->d->load(error, idle)) return nullptr;
+  return design;
+}
+
+const DesignSource& Design::source() const {
+  return d->source;
+}
+QString Design::workingDirectory() const {
+  return d->workingDirectory;
+}
+
+QString Design::topModule() const {
+  const ModuleEntry& top = d->top();
+  return wireFromBytes(top.hdlName.isEmpty() ? top.key : top.hdlName);
+}
+
+const DesignRoles& Design::roles() const {
+  return d->roles;
+}
+int Design::moduleCount() const {
+  return d->usedModules;
+}
+int Design::instanceCount() const {
+  return static_cast<int>(qMin<qint64>(d->top().instancesBelow, std::numeric_limits<int>::max()));
+}
+qint64 Design::netCount() const {
+  return d->top().netsBelow;
+}
+qint64 Design::netBitCount() const {
+  return d->top().bitsBelow;
+}
+
+bool Design::resolve(const QString& name, NetSelection& selection, QString& error) const {
+  const QByteArray typed = name.toLatin1();
+  NameHit hit;
+  if (!findName(d->index, std::string_view(typed.constData(), size_t(typed.size())), hit, &error)) {
+    const QStringList near = nearest(name);
+    if (!near.isEmpty()) {
+      error += QString::fromLatin1("; nearest: %1").arg(near.join(QString::fromLatin1(", ")));
+    }
+    return false;
+  }
+  const NetEntry& net = *hit.net;
+  const qint64 last = qint64(net.offset) + net.width - 1;
+  if (!hit.selected) {
+    hit.left = net.upto ? net.offset : qint32(last);
+    hit.right = net.upto ? qint32(last) : net.offset;
+  }
+  NetSelection found;
+  found.instancePath = wireFromBytes(joinPath(d->index, hit.path));
+  found.module = wireFromBytes(hit.module->key);
+  found.net = wireFromBytes(yosysKey(d->index.view(net.name)));
+  const qint32 step = hit.left <= hit.right ? 1 : -1;
+  for (qint64 index = hit.left;; index += step) {
+    const qint64 place = index - net.offset;
+    found.bits.append(int(net.upto ? net.width - 1 - place : place));
+    found.bitNames.append(
+        wireFromBytes(d->fullName(hit, net.width == 1 ? QByteArray() : '[' + QByteArray::number(index) + ']')));
+    if (index == hit.right) break;
+  }
+  found.isVector = found.bits.size() > 1;
+  if (found.bits.size() == net.width) {
+    found.canonicalName = wireFromBytes(d->fullName(hit, QByteArray()));
+  } else if (found.isVector) {
+    found.canonicalName =
+        wireFromBytes(d->fullName(hit, '[' + QByteArray::number(hit.left) + ':' + QByteArray::number(hit.right) + ']'));
+  } else {
+    found.canonicalName = found.bitNames.first();
+  }
+  selection = found;
+  return true;
+}
+
+bool Design::exists(const QString& name) const {
+  const QByteArray typed = name.toLatin1();
+  NameHit hit;
+  return findName(d->index, std::string_view(typed.constData(), size_t(typed.size())), hit, nullptr);
+}
+
+QStringList Design::nearest(const QString& name, int count) const {
+  return nearestNames(d->index, name.toLatin1(), count);
+}
+
+void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const {
+  struct Level {
+    const ModuleEntry* module;
+    size_t nextInstance;
+  };
+  NameHit hit;
+  std::vector<Level> stack{{&d->top(), 0}};
+  bool entering = true;
+  while (!stack.empty()) {
+    Level& level = stack.back();
+    if (entering) {
+      hit.module = level.module;
+      const QByteArray path = joinPath(d->index, hit.path);
+      for (const NetEntry& net : level.module->nets) {
+        hit.net = &net;
+        QByteArray name;
+        if (d->index.slashNames) {
+          name = d->fullName(hit, QByteArray());
+        } else {
+          name = (path.isEmpty() ? path : path + '/') + d->index.bytes(net.name);
+        }
+        if (!visit(NetName{wireFromBytes(name), net.width})) return;
+      }
+    }
+    if (level.nextInstance < level.module->instances.size()) {
+      const InstanceEntry& instance = level.module->instances[level.nextInstance++];
+      hit.path.push_back(&instance);
+      stack.push_back({&d->index.modules[size_t(instance.module)], 0});
+      entering = true;
+    } else {
+      stack.pop_back();
+      if (!hit.path.empty()) hit.path.pop_back();
+      entering = false;
+    }
+  }
+}
+
+QStringList Design::dependencies() const {
+  QStringList names;
+  for (const SourceStamp& stamp : d->stamps) names.append(wireFromFile(stamp.file));
+  return names;
+}
+
+bool Design::isStale() const {
+  const std::lock_guard<std::mutex> lock(d->stampLock);
+  for (SourceStamp& stamp : d->stamps) {
+    if (!stamp.holds()) return true;
+  }
+  return false;
+}
+
+QByteArray Design::digest() const {
+  return d->digest;
+}
+
+QByteArray Design::elaborationScript() const {
+  return d->plan->readLines(true) + d->hierarchyLine('\\' + topModule().toLatin1()) + "proc\n";
+}
+
+QStringList instancePathKeys(const QString& instancePath) {
+  QStringList keys;
+  const QByteArray path = instancePath.toLatin1();
+  for (int at = 0; at < path.size();) {
+    const bool escaped = path[at] == '\\';
+    const int end = path.indexOf(escaped ? ' ' : '/', at);
+    const QByteArray name = path.mid(at + escaped, (end < 0 ? path.size() : end) - at - escaped);
+    keys.append(wireFromBytes(yosysKey(std::string_view(name.constData(), size_t(name.size())))));
+    at = end < 0 ? path.size() : end + 1 + escaped;
+  }
+  return keys;
+}
+
+}  // namespace ost

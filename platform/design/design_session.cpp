@@ -1,0 +1,115 @@
+// The one design in force and what decides when Yosys runs again.
+#include "platform/design/design_session.h"
+
+#include <QDir>
+
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+
+struct DesignSession::Private {
+  std::shared_ptr<const Design> design;
+  std::function<bool()> idleHook;
+  bool reading = false;
+  bool prove = false;
+
+  bool read(const DesignSource& source, QString& error) {
+    if (reading) {
+      error = QString::fromLatin1("A design is being read already; wait until it is done");
+      return false;
+    }
+    struct Flag {
+      bool& value;
+      explicit Flag(bool& flag) : value(flag) { value = true; }
+      ~Flag() { value = false; }
+    } flag(reading);
+    std::shared_ptr<const Design> fresh = Design::read(source, error, idleHook);
+    if (!fresh) return false;
+    design = fresh;
+    return true;
+  }
+};
+
+namespace {
+
+bool sameSource(const DesignSource& a, const DesignSource& b) {
+  return a.files == b.files && a.fileLists == b.fileLists && a.top == b.top && a.includeDirs == b.includeDirs &&
+         a.defines == b.defines && a.blackBoxes == b.blackBoxes;
+}
+
+}  // namespace
+
+DesignSession::DesignSession() : d(new Private) {
+  const QByteArray prove = qgetenv("OST_PROVE").toLower();
+  d->prove = prove == "1" || prove == "on" || prove == "yes" || prove == "true";
+}
+
+DesignSession::~DesignSession() = default;
+
+DesignSession& DesignSession::instance() {
+  static DesignSession session;
+  return session;
+}
+
+std::shared_ptr<const Design> DesignSession::design() const {
+  return d->design;
+}
+
+bool DesignSession::read(const DesignSource& source, QString& error) {
+  const std::shared_ptr<const Design> loaded = d->design;
+  if (!d->reading && loaded && sameSource(loaded->source(), source) &&
+      loaded->workingDirectory() == QDir::currentPath() && !loaded->isStale()) {
+    return true;
+  }
+  return d->read(source, error);
+}
+
+bool DesignSession::readFromEnvironment(QString& error) {
+  if (d->design) return true;
+  const QString name = wireFromBytes(qgetenv("OST_DESIGN"));
+  if (name.isEmpty()) {
+    error = QString::fromLatin1(
+        "No design is loaded: read one with \"ost_design read FILE...\" (package ost_platform), or name a file list or "
+        "a "
+        "Yosys JSON netlist in the environment variable OST_DESIGN");
+    return false;
+  }
+  DesignSource source;
+  const QByteArray suffix = name.mid(name.lastIndexOf(QLatin1Char('.'))).toLower().toLatin1();
+  const bool design = suffix == ".json" || suffix == ".v" || suffix == ".sv";
+  (design ? source.files : source.fileLists).append(name);
+  if (d->read(source, error)) return true;
+  error = QString::fromLatin1("OST_DESIGN: %1").arg(error);
+  return false;
+}
+
+bool DesignSession::refresh(QString& error) {
+  const std::shared_ptr<const Design> loaded = d->design;
+  if (!loaded) {
+    error = QString::fromLatin1("No design is loaded");
+    return false;
+  }
+  if (!loaded->isStale()) return true;
+  // Relative names mean the folder of the first read, wherever the process stands now.
+  const QString here = QDir::currentPath();
+  QDir::setCurrent(loaded->workingDirectory());
+  const bool done = d->read(loaded->source(), error);
+  QDir::setCurrent(here);
+  return done;
+}
+
+void DesignSession::close() {
+  d->design.reset();
+}
+
+bool DesignSession::proveInsertions() const {
+  return d->prove;
+}
+void DesignSession::setProveInsertions(bool on) {
+  d->prove = on;
+}
+void DesignSession::setIdleHook(std::function<bool()> hook) {
+  d->idleHook = std::move(hook);
+}
+
+}  // namespace ost

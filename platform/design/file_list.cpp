@@ -1,0 +1,121 @@
+// Reads file lists; see the header for their grammar.
+#include "platform/design/file_list.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+namespace {
+
+constexpr int kMaxNesting = 16;
+constexpr qint64 kMaxListBytes = 16 << 20;
+
+// The words of a line. False when a quote is left open.
+bool splitLine(const QByteArray& line, QList<QByteArray>& words) {
+  int at = 0;
+  while (true) {
+    while (at < line.size() && (line[at] == ' ' || line[at] == '\t' || line[at] == '\r')) ++at;
+    if (at >= line.size() || line[at] == '#' || line.mid(at, 2) == "//") return true;
+    QByteArray word;
+    bool quoted = false;
+    for (; at < line.size(); ++at) {
+      const char c = line[at];
+      if (c == '"') {
+        quoted = !quoted;
+      } else if (!quoted && (c == ' ' || c == '\t' || c == '\r')) {
+        break;
+      } else {
+        word += c;
+      }
+    }
+    if (quoted) return false;
+    words.append(word);
+  }
+}
+
+class Reader {
+ public:
+  explicit Reader(FileListContent& content) : content_(content) {}
+
+  bool read(const QString& list, QString& error, int nesting) {
+    QFile file(fileFromWire(list));
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
+      error = QString::fromLatin1("Cannot read the file list \"%1\": no such readable file").arg(list);
+      return false;
+    }
+    if (file.size() > kMaxListBytes) {
+      error = QString::fromLatin1("The file list \"%1\" is larger than 16 MB").arg(list);
+      return false;
+    }
+    content_.lists.append(list);
+    folder_ = list.left(list.lastIndexOf(QLatin1Char('/')) + 1);
+    int number = 0;
+    for (const QByteArray& line : file.readAll().split('\n')) {
+      ++number;
+      QList<QByteArray> words;
+      QString reason;
+      if (line.contains('\0') || !splitLine(line, words)) {
+        reason = QString::fromLatin1("a quote is left open, or it is no text");
+      } else if (take(words, reason, error, nesting)) {
+        continue;
+      }
+      if (error.isEmpty()) error = QString::fromLatin1("%1:%2: %3").arg(list).arg(number).arg(reason);
+      return false;
+    }
+    return true;
+  }
+
+ private:
+  QString absolute(const QByteArray& name, const QString& folder) const {
+    return name.startsWith('/') ? wireFromBytes(name) : folder + wireFromBytes(name);
+  }
+
+  bool take(const QList<QByteArray>& words, QString& reason, QString& error, int nesting) {
+    for (int i = 0; i < words.size(); ++i) {
+      const QByteArray& word = words.at(i);
+      if (word == "-f") {
+        if (++i >= words.size()) {
+          reason = QString::fromLatin1("-f wants a file list after it");
+          return false;
+        }
+        if (nesting >= kMaxNesting) {
+          reason = QString::fromLatin1("file lists are nested deeper than 16 (does one name itself?)");
+          return false;
+        }
+        const QString outer = folder_;
+        if (!read(absolute(words.at(i), outer), error, nesting + 1)) return false;
+        folder_ = outer;
+      } else if (word.startsWith("+incdir+")) {
+        for (const QByteArray& dir : word.mid(8).split('+')) {
+          if (!dir.isEmpty()) content_.includeDirs.append(absolute(dir, folder_));
+        }
+      } else if (word.startsWith("+define+")) {
+        for (const QByteArray& define : word.mid(8).split('+')) {
+          if (!define.isEmpty()) content_.defines.append(wireFromBytes(define));
+        }
+      } else if (word.startsWith('-') || word.startsWith('+')) {
+        reason = QString::fromLatin1(
+                     "\"%1\" is not known: use a file name, +incdir+, +define+ or -f (a file whose name "
+                     "begins so is written with ./ before it)")
+                     .arg(wireFromBytes(word));
+        return false;
+      } else if (!word.isEmpty()) {
+        content_.files.append(absolute(word, folder_));
+      }
+    }
+    return true;
+  }
+
+  FileListContent& content_;
+  QString folder_;  ///< Of the list being read, with its closing '/'.
+};
+
+}  // namespace
+
+bool readFileList(const QString& absoluteName, FileListContent& content, QString& error) {
+  return Reader(content).read(absoluteName, error, 0);
+}
+
+}  // namespace ost

@@ -1,0 +1,368 @@
+// Reads the names out of a Yosys JSON netlist as a stream: memory grows with the public names, not with the file.
+#include <rapidjson/error/en.h>
+#include <rapidjson/reader.h>
+#include <unistd.h>
+
+#include <QHash>
+#include <algorithm>
+#include <limits>
+
+#include "platform/design/name_index.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+namespace {
+
+constexpr int kMaxJsonDepth = 64;
+constexpr rapidjson::SizeType kMaxNameLength = 65535;
+constexpr int kMaxWidth = 1 << 24;
+
+// A RapidJSON input stream over a descriptor.
+class FileStream {
+ public:
+  typedef char Ch;
+  explicit FileStream(int fd) : fd_(fd), buffer_(1 << 16) { refill(); }
+  Ch Peek() const { return at_ < have_ ? buffer_[at_] : '\0'; }
+  Ch Take() {
+    const Ch c = Peek();
+    if (at_ < have_ && ++at_ == have_) refill();
+    return c;
+  }
+  size_t Tell() const { return before_ + at_; }
+  bool atEnd() const { return at_ >= have_; }
+
+  // For streams that are written in place; never called.
+  Ch* PutBegin() { return nullptr; }
+  void Put(Ch) {}
+  void Flush() {}
+  size_t PutEnd(Ch*) { return 0; }
+
+ private:
+  void refill() {
+    before_ += have_;
+    at_ = 0;
+    ssize_t got;
+    do got = ::read(fd_, buffer_.data(), buffer_.size());
+    while (got < 0 && errno == EINTR);
+    have_ = got > 0 ? static_cast<size_t>(got) : 0;
+  }
+  int fd_;
+  std::vector<char> buffer_;
+  size_t at_ = 0, have_ = 0, before_ = 0;
+};
+
+// Where the reader stands: the levels of {"modules": {M: {section: {item: {key: [..]}}}}}.
+enum Level { kRoot = 1, kModules, kModule, kSection, kItem, kItemValue };
+
+class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> {
+ public:
+  explicit Handler(NameIndex& index) : index_(index) {}
+
+  QString problem;  ///< Set when a callback returned false.
+  bool sawModules = false;
+  /// Cell types by number, and for each instance the number of its type, in the order of the modules' instances.
+  QVector<QByteArray> types;
+
+  bool Null() { return scalar(Scalar()); }
+  bool Bool(bool) { return scalar(Scalar()); }
+  bool Double(double) { return scalar(Scalar()); }
+  bool Int(int value) { return scalar(Scalar(value)); }
+  bool Uint(unsigned value) { return scalar(Scalar(value)); }
+  bool Int64(int64_t value) { return scalar(Scalar(value)); }
+  bool Uint64(uint64_t value) { return scalar(value > uint64_t(1) << 62 ? Scalar() : Scalar(int64_t(value))); }
+  bool String(const char* text, rapidjson::SizeType length, bool) { return scalar(Scalar(text, length)); }
+
+  bool Key(const char* text, rapidjson::SizeType length, bool) {
+    if (!inModules_ && depth_ == kRoot) {
+      rootKey_ = QByteArray(text, static_cast<int>(length));
+      return true;
+    }
+    if (!inModules_) return true;
+    if (length > kMaxNameLength) return fail("a name is longer than 65535 bytes");
+    switch (depth_) {
+      case kModules:
+        return beginModule(QByteArray(text, static_cast<int>(length)));
+      case kModule:
+        section_ = sectionOf(std::string_view(text, length));
+        return true;
+      case kSection:
+        if (section_ == kNets || section_ == kCells || section_ == kMemories || section_ == kAttributes) {
+          item_.assign(text, length);
+        }
+        key_ = kOther;
+        width_ = -1;
+        offset_ = 0;
+        upto_ = hidden_ = false;
+        type_.clear();
+        return true;
+      case kItem:
+        key_ = keyOf(std::string_view(text, length));
+        return true;
+      default:
+        return true;
+    }
+  }
+
+  bool StartObject() {
+    if (++depth_ > kMaxJsonDepth) return fail("it is nested deeper than 64 levels");
+    if (depth_ == kModules && rootKey_ == "modules" && !arrays_) {
+      if (sawModules) return fail("\"modules\" stands twice");
+      inModules_ = sawModules = true;
+    }
+    return !inModules_ || arrays_ == 0 || fail("an object stands where a bit of a net was expected");
+  }
+  bool EndObject(rapidjson::SizeType) {
+    if (inModules_ && depth_ == kItem && !endItem()) return false;
+    if (depth_ == kModules) {
+      inModules_ = false;
+      rootKey_.clear();
+    }
+    --depth_;
+    return true;
+  }
+  bool StartArray() {
+    ++arrays_;
+    if (++depth_ > kMaxJsonDepth) return fail("it is nested deeper than 64 levels");
+    if (depth_ == kModules && rootKey_ == "modules") return fail("\"modules\" is not an object");
+    if (inModules_ && depth_ <= kItem) return fail("a list stands where an object was expected");
+    if (depth_ == kItemValue && collecting()) width_ = 0;
+    return true;
+  }
+  bool EndArray(rapidjson::SizeType) {
+    --arrays_;
+    --depth_;
+    return true;
+  }
+
+ private:
+  enum Section { kUnread, kAttributes, kCells, kNets, kMemories };
+  enum ItemKey { kOther, kBits, kOffset, kUpto, kHidden, kType };
+
+  struct Scalar {
+    enum { None, Number, Text } kind = None;
+    int64_t number = 0;
+    std::string_view text;
+    Scalar() {}
+    explicit Scalar(int64_t value) : kind(Number), number(value) {}
+    Scalar(const char* data, rapidjson::SizeType length) : kind(Text), text(data, length) {}
+  };
+
+  static Section sectionOf(std::string_view name) {
+    return name == "netnames"     ? kNets
+           : name == "cells"      ? kCells
+           : name == "attributes" ? kAttributes
+           : name == "memories"   ? kMemories
+                                  : kUnread;
+  }
+  static ItemKey keyOf(std::string_view name) {
+    return name == "bits"        ? kBits
+           : name == "offset"    ? kOffset
+           : name == "upto"      ? kUpto
+           : name == "hide_name" ? kHidden
+           : name == "type"      ? kType
+                                 : kOther;
+  }
+  bool collecting() const { return inModules_ && section_ == kNets && key_ == kBits && arrays_ == 1; }
+  ModuleEntry& module() { return index_.modules.back(); }
+
+  bool fail(const char* text) {
+    problem = QString::fromLatin1(text);
+    if (!index_.modules.empty()) {
+      problem += QString::fromLatin1(" (module \"%1\"").arg(wireFromBytes(module().key));
+      if (depth_ >= kItem && !item_.empty()) {
+        problem += QString::fromLatin1(", \"%1\"").arg(QString::fromLatin1(item_.data(), int(item_.size())));
+      }
+      problem += QLatin1Char(')');
+    }
+    return false;
+  }
+
+  bool beginModule(const QByteArray& key) {
+    if (known_.contains(key)) return fail("a module stands twice");
+    known_.insert(key, true);
+    index_.modules.emplace_back();
+    module().key = key;
+    section_ = kUnread;
+    item_.clear();
+    return true;
+  }
+
+  bool scalar(const Scalar& value) {
+    if (!inModules_) {
+      return depth_ != kRoot || rootKey_ != "modules" || fail("\"modules\" is not an object");
+    }
+    if (depth_ == kModules) return fail("a module is not an object");
+    if (depth_ == kSection && section_ == kAttributes) return attribute(value);
+    if (depth_ == kSection && section_ != kUnread) return fail("an entry is not an object");
+    if (depth_ == kItemValue && collecting()) return bit(value);
+    if (depth_ != kItem) return true;
+    if (section_ == kNets) {
+      switch (key_) {
+        case kBits:
+          return fail("\"bits\" is not a list");
+        case kOffset:
+          if (value.kind != Scalar::Number || value.number < -(1 << 30) || value.number > (1 << 30)) {
+            return fail("\"offset\" is not a number of a sensible size");
+          }
+          offset_ = static_cast<qint32>(value.number);
+          return true;
+        case kUpto:
+        case kHidden:
+          if (value.kind != Scalar::Number || value.number < 0 || value.number > 1) {
+            return fail("\"upto\" or \"hide_name\" is neither 0 nor 1");
+          }
+          (key_ == kUpto ? upto_ : hidden_) = value.number == 1;
+          return true;
+        default:
+          return true;
+      }
+    }
+    if (section_ == kCells && key_ == kType) {
+      if (value.kind != Scalar::Text || value.text.empty()) return fail("a cell's \"type\" is not a name");
+      if (value.text.size() > kMaxNameLength) return fail("a cell's \"type\" is longer than 65535 bytes");
+      type_.assign(value.text);
+    }
+    return true;
+  }
+
+  bool bit(const Scalar& value) {
+    const bool good = value.kind == Scalar::Number
+                          ? value.number >= 0
+                          : value.kind == Scalar::Text &&
+                                (value.text == "0" || value.text == "1" || value.text == "x" || value.text == "z");
+    if (!good) return fail("a net's bit is neither a number nor \"0\", \"1\", \"x\" or \"z\"");
+    return ++width_ <= kMaxWidth || fail("a net has more than 16777216 bits");
+  }
+
+  bool attribute(const Scalar& value) {
+    if (item_ == "hdlname" && value.kind == Scalar::Text) {
+      const bool guarded = !value.text.empty() && value.text[0] == '\\';
+      module().hdlName = QByteArray(value.text.data(), int(value.text.size())).mid(guarded ? 1 : 0);
+    } else if (item_ == "ostrel_role" && value.kind == Scalar::Text) {
+      module().roles = QByteArray(value.text.data(), int(value.text.size()));
+    } else if (item_ == "top") {
+      module().topAttribute = isTrue(value);
+    } else if (item_ == "blackbox" || item_ == "whitebox") {
+      module().bodyless |= isTrue(value);
+    }
+    return true;
+  }
+
+  static bool isTrue(const Scalar& value) {
+    return value.kind == Scalar::Number ? value.number != 0 : value.text.find('1') != std::string_view::npos;
+  }
+
+  // The name as the source spells it, in the common text. Yosys guards some public names with a backslash.
+  bool keepName(NameRef& ref) {
+    std::string_view name = item_;
+    if (name.size() > 1 && name[0] == '\\' &&
+        (name[1] == '$' || name[1] == '\\' || (name[1] >= '0' && name[1] <= '9'))) {
+      name.remove_prefix(1);
+    }
+    if (name.empty()) return fail("a name is empty");
+    for (const char c : name) {
+      if (static_cast<unsigned char>(c) <= ' ' || c == 0x7f) return fail("a name holds a blank or a control character");
+      index_.slashNames |= c == '/';
+    }
+    index_.slashNames |= name[0] == '\\';
+    if (size_t(index_.text.size()) + name.size() > size_t(std::numeric_limits<int>::max()) - 64) {
+      return fail("its names take more than 2 GB");
+    }
+    ref.at = static_cast<quint32>(index_.text.size());
+    ref.length = static_cast<quint32>(name.size());
+    index_.text.append(name.data(), static_cast<int>(name.size()));
+    return true;
+  }
+
+  bool endItem() {
+    if (section_ == kNets) {
+      if (width_ < 0) return fail("a net has no \"bits\"");
+      if (hidden_ || width_ == 0) return true;
+      NetEntry net;
+      net.width = width_;
+      net.offset = offset_;
+      net.upto = upto_;
+      if (!keepName(net.name)) return false;
+      module().nets.push_back(net);
+    } else if (section_ == kCells) {
+      if (type_.empty()) return fail("a cell has no \"type\"");
+      if (type_[0] == '$' && type_.compare(0, 8, "$paramod") != 0) return true;
+      InstanceEntry instance;
+      if (!keepName(instance.name)) return false;
+      const QByteArray type(type_.data(), int(type_.size()));
+      const auto found = typeNumber_.constFind(type);
+      instance.module = found != typeNumber_.constEnd() ? *found : types.size();
+      if (found == typeNumber_.constEnd()) {
+        typeNumber_.insert(type, types.size());
+        types.append(type);
+      }
+      module().instances.push_back(instance);
+    } else if (section_ == kMemories) {
+      NameRef name;
+      if (item_[0] == '$') return true;
+      if (!keepName(name)) return false;
+      module().memories.push_back(name);
+    }
+    return true;
+  }
+
+  NameIndex& index_;
+  QHash<QByteArray, bool> known_;
+  QHash<QByteArray, int> typeNumber_;
+  QByteArray rootKey_;
+  bool inModules_ = false;
+  int depth_ = 0, arrays_ = 0;
+  Section section_ = kUnread;
+  ItemKey key_ = kOther;
+  std::string item_, type_;
+  int width_ = -1;
+  qint32 offset_ = 0;
+  bool upto_ = false, hidden_ = false;
+};
+
+}  // namespace
+
+bool readNameIndex(int fd, const QString& fileName, NameIndex& index, QString& error) {
+  if (lseek(fd, 0, SEEK_SET) != 0) {
+    error = QString::fromLatin1("Cannot read \"%1\"").arg(fileName);
+    return false;
+  }
+  FileStream stream(fd);
+  Handler handler(index);
+  rapidjson::Reader reader;
+  const rapidjson::ParseResult result =
+      reader.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(stream, handler);
+  if (result.IsError()) {
+    const QString what = result.Code() == rapidjson::kParseErrorTermination
+                             ? handler.problem
+                             : QString::fromLatin1(rapidjson::GetParseError_En(result.Code()));
+    error = QString::fromLatin1("\"%1\" is not a usable Yosys JSON netlist: %2, at byte %3")
+                .arg(fileName, what)
+                .arg(qulonglong(result.Offset()));
+    return false;
+  }
+  if (!handler.sawModules || index.modules.empty()) {
+    error = QString::fromLatin1("\"%1\" holds no module").arg(fileName);
+    return false;
+  }
+  index.text.squeeze();
+
+  // Cell types may name modules that come later in the file.
+  QHash<QByteArray, int> moduleNumber;
+  for (size_t i = 0; i < index.modules.size(); ++i) moduleNumber.insert(index.modules[i].key, int(i));
+  QVector<int> moduleOfType;
+  for (const QByteArray& type : qAsConst(handler.types)) {
+    moduleOfType.append(moduleNumber.value(type, -1));
+    if (moduleOfType.last() < 0) index.unknownTypes.append(type);
+  }
+  for (ModuleEntry& module : index.modules) {
+    auto& all = module.instances;
+    for (InstanceEntry& instance : all) instance.module = moduleOfType.at(instance.module);
+    all.erase(std::remove_if(all.begin(), all.end(), [](const InstanceEntry& i) { return i.module < 0; }), all.end());
+    all.shrink_to_fit();
+    module.nets.shrink_to_fit();
+  }
+  return true;
+}
+
+}  // namespace ost

@@ -1,0 +1,150 @@
+// Names near one that does not exist: first in the scope that the name leads to, then the same leaf elsewhere. Every
+// module is looked at once, however often it is instantiated.
+#include <algorithm>
+#include <array>
+
+#include "platform/design/name_index.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+namespace {
+
+constexpr size_t kMaxCompared = 64;  // Bytes of a name that count.
+
+unsigned char folded(char c) {
+  return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + 32 : c == '.' ? '/' : c);
+}
+
+// A set of the characters in a name; many differences between two sets mean a large distance.
+quint64 characterSet(std::string_view name) {
+  quint64 set = 0;
+  for (const char c : name.substr(0, kMaxCompared)) set |= quint64(1) << (folded(c) & 63);
+  return set;
+}
+
+// Edits (insertions, deletions, changes, swaps of neighbours) between two names without regard to case, or limit + 1.
+int editDistance(std::string_view a, std::string_view b, int limit) {
+  a = a.substr(0, kMaxCompared);
+  b = b.substr(0, kMaxCompared);
+  if (std::abs(int(a.size()) - int(b.size())) > limit) return limit + 1;
+  std::array<int, kMaxCompared + 1> before2{}, before{}, now{};
+  for (size_t j = 0; j <= b.size(); ++j) before[j] = int(j);
+  for (size_t i = 1; i <= a.size(); ++i) {
+    now[0] = int(i);
+    int best = now[0];
+    for (size_t j = 1; j <= b.size(); ++j) {
+      const unsigned char x = folded(a[i - 1]), y = folded(b[j - 1]);
+      now[j] = std::min({before[j] + 1, now[j - 1] + 1, before[j - 1] + (x != y)});
+      if (i > 1 && j > 1 && x == folded(b[j - 2]) && folded(a[i - 2]) == y)
+        now[j] = std::min(now[j], before2[j - 2] + 1);
+      best = std::min(best, now[j]);
+    }
+    if (best > limit) return limit + 1;
+    before2 = before;
+    before = now;
+  }
+  return before[b.size()];
+}
+
+struct Candidate {
+  int cost;
+  int module;
+  const NetEntry* net;
+};
+
+class Search {
+ public:
+  Search(const NameIndex& index, int count) : index_(index), count_(size_t(count)) {}
+
+  // Offers the nets of a module that are within `limit` edits of `name`; `extra` is added to their cost.
+  void offer(int module, std::string_view name, int limit, int extra) {
+    const quint64 set = characterSet(name);
+    for (const NetEntry& net : index_.modules[size_t(module)].nets) {
+      if (full() && worst() <= extra) return;
+      const int bound = full() ? std::min(limit, worst() - extra) : limit;
+      const std::string_view other = index_.view(net.name);
+      if (std::abs(int(std::min(other.size(), kMaxCompared)) - int(std::min(name.size(), kMaxCompared))) > bound)
+        continue;
+      if (__builtin_popcountll(set ^ characterSet(other)) > 2 * bound) continue;
+      const int distance = editDistance(name, other, bound);
+      if (distance <= bound) insert({distance + extra, module, &net});
+    }
+  }
+
+  QStringList names(const std::vector<const InstanceEntry*>& scopePath, int scope) const {
+    QStringList list;
+    for (const Candidate& candidate : best_) {
+      std::vector<const InstanceEntry*> path;
+      if (candidate.module == scope) {
+        path = scopePath;
+      } else {
+        for (int m = candidate.module; m != index_.top; m = index_.modules[size_t(m)].parent) {
+          const ModuleEntry& entry = index_.modules[size_t(m)];
+          path.push_back(&index_.modules[size_t(entry.parent)].instances[size_t(entry.parentInstance)]);
+        }
+        std::reverse(path.begin(), path.end());
+      }
+      const QByteArray joined = joinPath(index_, path);
+      const std::string_view net = index_.view(candidate.net->name);
+      const bool escaped = net.find('/') != std::string_view::npos && !joined.isEmpty();
+      list.append(wireFromBytes((joined.isEmpty() ? joined : joined + '/') + componentText(net, escaped)));
+    }
+    return list;
+  }
+
+ private:
+  bool full() const { return best_.size() >= count_; }
+  int worst() const { return best_.back().cost; }
+  void insert(const Candidate& candidate) {
+    for (const Candidate& other : best_) {
+      if (other.net == candidate.net) return;
+    }
+    const auto place = std::upper_bound(best_.begin(), best_.end(), candidate,
+                                        [](const Candidate& a, const Candidate& b) { return a.cost < b.cost; });
+    best_.insert(place, candidate);
+    if (best_.size() > count_) best_.pop_back();
+  }
+
+  const NameIndex& index_;
+  size_t count_;
+  std::vector<Candidate> best_;
+};
+
+}  // namespace
+
+QStringList nearestNames(const NameIndex& index, const QByteArray& name, int count) {
+  if (count <= 0 || name.isEmpty()) return QStringList();
+  std::string_view rest(name.constData(), size_t(name.size()));
+  while (!rest.empty() && rest.back() == ']' && rest.rfind('[') != std::string_view::npos && rest.rfind('[') > 0) {
+    rest = rest.substr(0, rest.rfind('['));
+  }
+  // Walk down as far as the name leads; '.' is taken as a separator too.
+  int scope = index.top;
+  std::vector<const InstanceEntry*> path;
+  for (bool moved = true; moved;) {
+    moved = false;
+    for (size_t at = std::min(rest.size(), size_t(1024)); at-- > 1;) {
+      if (rest[at] != '/' && rest[at] != '.') continue;
+      const InstanceEntry* instance = index.findInstance(index.modules[size_t(scope)], rest.substr(0, at));
+      if (!instance) continue;
+      path.push_back(instance);
+      scope = instance->module;
+      rest = rest.substr(at + 1);
+      moved = true;
+      break;
+    }
+  }
+  const auto limitFor = [](std::string_view text) { return std::max(2, int(std::min(text.size(), kMaxCompared)) / 3); };
+  Search search(index, count);
+  search.offer(scope, rest, limitFor(rest), 0);
+  // Elsewhere the leaf must be closer, and what is nearer the top comes first.
+  const size_t cut = rest.find_last_of("/.");
+  const std::string_view leaf = cut == std::string_view::npos ? rest : rest.substr(cut + 1);
+  for (size_t i = 0; i < index.modules.size() && !leaf.empty(); ++i) {
+    if (index.modules[i].used && int(i) != scope) search.offer(int(i), leaf, limitFor(leaf) / 2, 1);
+  }
+  if (leaf.size() != rest.size()) search.offer(scope, leaf, limitFor(leaf) / 2, 1);
+  return search.names(path, scope);
+}
+
+}  // namespace ost

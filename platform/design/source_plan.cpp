@@ -1,0 +1,223 @@
+// Turns a DesignSource into checked files and Yosys lines.
+#include "platform/design/source_plan.h"
+
+#include <errno.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <algorithm>
+
+#include "platform/design/file_list.h"
+#include "platform/design/yosys.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+namespace {
+
+const char kHereEnd[] = "OST_END_OF_DEFINES";
+
+// Yosys expands patterns in the names of files to read and has no escapes: anything but these is reached by a link.
+bool isPlainPath(const QByteArray& path) {
+  for (const char c : path) {
+    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    if (!letter && static_cast<unsigned char>(c) < 0x80 && !strchr("_./+,=@%-", c)) return false;
+  }
+  return path.startsWith('/');
+}
+
+QString absoluteFile(const QString& wire, const QString& workingDirectory) {
+  return QDir::cleanPath(QDir(workingDirectory).absoluteFilePath(fileFromWire(wire)));
+}
+
+bool isIdentifier(const QString& text) {
+  static const QRegularExpression pattern(QString::fromLatin1("\\A[A-Za-z_][A-Za-z0-9_$]*\\z"));
+  return pattern.match(text).hasMatch();
+}
+
+bool checkDefine(const QString& define, QString& error) {
+  const int equals = define.indexOf(QLatin1Char('='));
+  const QString name = define.left(equals), value = equals < 0 ? QString() : define.mid(equals + 1);
+  if (!isIdentifier(name)) {
+    error = QString::fromLatin1("\"%1\" is not a macro definition: write NAME or NAME=VALUE").arg(define);
+    return false;
+  }
+  for (const QChar c : value) {
+    if (c.unicode() < 32 || c.unicode() == 127) {
+      error = QString::fromLatin1("The value of the macro \"%1\" holds a control character or a line end").arg(name);
+      return false;
+    }
+  }
+  if (!value.endsWith(QLatin1Char('\\'))) return true;
+  error = QString::fromLatin1("The value of the macro \"%1\" ends with a backslash").arg(name);
+  return false;
+}
+
+bool checkReadable(const QString& file, const QString& wire, QString& error) {
+  const QFileInfo info(file);
+  const char* reason = !info.exists()       ? "no such file"
+                       : info.isDir()       ? "it is a folder"
+                       : !info.isFile()     ? "it is not a regular file"
+                       : !info.isReadable() ? "permission denied"
+                                            : nullptr;
+  if (!reason) return true;
+  error = QString::fromLatin1("Cannot read \"%1\": %2").arg(wire, QString::fromLatin1(reason));
+  return false;
+}
+
+}  // namespace
+
+std::unique_ptr<SourcePlan> SourcePlan::make(const DesignSource& source, const QString& workingDirectory,
+                                             QString& error) {
+  std::unique_ptr<SourcePlan> plan(new SourcePlan);
+  plan->workingDirectory_ = workingDirectory;
+  QStringList files = source.files, directories = source.includeDirs;
+  plan->defines_ = source.defines;
+  plan->blackBoxes_ = source.blackBoxes;
+  FileListContent lists;
+  for (const QString& list : source.fileLists) {
+    if (!readFileList(wireFromFile(absoluteFile(list, workingDirectory)), lists, error)) return nullptr;
+  }
+  files += lists.files;
+  directories += lists.includeDirs;
+  plan->defines_ += lists.defines;
+
+  if (files.isEmpty()) {
+    error = source.fileLists.isEmpty()
+                ? QString::fromLatin1("No source file was given")
+                : QString::fromLatin1("The file list \"%1\" names no source file").arg(source.fileLists.first());
+    return nullptr;
+  }
+  for (const QString& define : qAsConst(plan->defines_)) {
+    if (!checkDefine(define, error)) return nullptr;
+  }
+  for (const QString& module : qAsConst(plan->blackBoxes_)) {
+    if (isIdentifier(module)) continue;
+    error = QString::fromLatin1("\"%1\" is not a module name that can be a black box").arg(module);
+    return nullptr;
+  }
+  for (const QString& directory : qAsConst(directories)) {
+    const QString absolute = absoluteFile(directory, workingDirectory);
+    if (!QFileInfo(absolute).isDir()) {
+      error = QString::fromLatin1("The include folder \"%1\" does not exist").arg(directory);
+      return nullptr;
+    }
+    if (!plan->addIncludeDir(absolute, directory, error)) return nullptr;
+  }
+  for (const QString& file : qAsConst(files)) {
+    const QString absolute = absoluteFile(file, workingDirectory);
+    if (!checkReadable(absolute, file, error)) return nullptr;
+    plan->netlist_ |= absolute.endsWith(QLatin1String(".json"), Qt::CaseInsensitive);
+    plan->files_.append(absolute);
+    plan->wireNames_.insert(absolute, file);
+    if (!plan->addScriptName(absolute, file, error)) return nullptr;
+  }
+  if (plan->netlist_ && files.size() > 1) {
+    error = QString::fromLatin1("A Yosys JSON netlist is a whole design: give it alone, without other files");
+    return nullptr;
+  }
+  for (const QString& list : qAsConst(lists.lists)) plan->files_.append(fileFromWire(list));
+  std::sort(plan->rewrites_.begin(), plan->rewrites_.end(),
+            [](const auto& a, const auto& b) { return a.first.size() > b.first.size(); });
+  return plan;
+}
+
+QByteArray SourcePlan::link(const QString& target, const char* kind, const QByteArray& suffix, QString& error) {
+  if (!linkFolder_) linkFolder_.reset(new QTemporaryDir(QDir::tempPath() + QString::fromLatin1("/ost-XXXXXX")));
+  const QByteArray folder = QFile::encodeName(linkFolder_->path());
+  const QByteArray name = folder + '/' + kind + QByteArray::number(links_.size()) + suffix;
+  const QByteArray real = QFile::encodeName(target);
+  if (!linkFolder_->isValid() || !isPlainPath(folder) || symlink(real.constData(), name.constData()) != 0) {
+    error = QString::fromLatin1("Cannot link \"%1\" into the temporary folder \"%2\": %3; set TMPDIR to another folder")
+                .arg(wireFromFile(target), wireFromFile(QDir::tempPath()), QString::fromLatin1(strerror(errno)));
+    return QByteArray();
+  }
+  links_.append(qMakePair(name, real));
+  return name;
+}
+
+bool SourcePlan::addIncludeDir(const QString& directory, const QString& wire, QString& error) {
+  QByteArray name = QFile::encodeName(directory);
+  if (!isPlainPath(name)) name = link(directory, "dir", QByteArray(), error);
+  if (name.isEmpty()) return false;
+  includeDirs_.append(name);
+  rewrites_.append(qMakePair(name, wire.toLatin1()));
+  return true;
+}
+
+bool SourcePlan::addScriptName(const QString& file, const QString& wire, QString& error) {
+  File entry;
+  entry.scriptName = QFile::encodeName(file);
+  const QByteArray suffix = entry.scriptName.mid(entry.scriptName.lastIndexOf('.')).toLower();
+  entry.systemVerilog = suffix == ".sv" || suffix == ".svh";
+  if (!isPlainPath(entry.scriptName)) {
+    const QString folder = QFileInfo(file).absolutePath();
+    entry.ownIncludeDir = link(folder, "dir", QByteArray(), error);
+    entry.scriptName = link(file, "file", entry.systemVerilog ? ".sv" : netlist_ ? ".json" : ".v", error);
+    if (entry.ownIncludeDir.isEmpty() || entry.scriptName.isEmpty()) return false;
+    rewrites_.append(qMakePair(entry.ownIncludeDir, wireFromFile(folder).toLatin1()));
+  }
+  rewrites_.append(qMakePair(entry.scriptName, wire.toLatin1()));
+  scriptFiles_.append(entry);
+  return true;
+}
+
+QByteArray SourcePlan::readLines(bool deferred) const {
+  if (netlist_) return "read_json " + scriptFiles_.first().scriptName + '\n';
+  // Yosys keeps macros from file to file, so a here document needs no file and takes any value.
+  QByteArray defineLines;
+  if (!defines_.isEmpty()) {
+    defineLines = QByteArray("read_verilog <<") + kHereEnd + '\n';
+    for (const QString& define : defines_) {
+      const int equals = define.indexOf(QLatin1Char('='));
+      defineLines += "`define " + define.left(equals).toLatin1();
+      if (equals >= 0) defineLines += ' ' + define.mid(equals + 1).toLatin1();
+      defineLines += '\n';
+    }
+    defineLines += QByteArray(kHereEnd) + '\n';
+  }
+  const auto readAll = [this](const QByteArray& options) {
+    QByteArray lines;
+    for (const File& file : scriptFiles_) {
+      lines += "read_verilog" + options;
+      if (file.systemVerilog) lines += " -sv";
+      if (!file.ownIncludeDir.isEmpty()) lines += " -I" + file.ownIncludeDir;
+      for (const QByteArray& directory : includeDirs_) lines += " -I" + directory;
+      lines += ' ' + file.scriptName + '\n';
+    }
+    return lines;
+  };
+  const QByteArray defer = deferred ? " -defer" : "";
+  if (blackBoxes_.isEmpty()) return defineLines + readAll(defer);
+  // First all modules as empty shells, of which the wanted black boxes are kept; then the rest in full.
+  QByteArray keep = "select -set ost_keep";
+  for (const QString& module : blackBoxes_) keep += " =" + module.toLatin1();
+  return defineLines + readAll(" -lib") + keep + "\ndelete =* @ost_keep %d\nverilog_defines -reset\n" + defineLines +
+         readAll(defer + " -nooverwrite");
+}
+
+QByteArray SourcePlan::inUsersWords(QByteArray text) const {
+  for (const auto& rewrite : rewrites_) {
+    for (int at = text.indexOf(rewrite.first); at >= 0; at = text.indexOf(rewrite.first, at)) {
+      const int after = at + rewrite.first.size();
+      const char next = after < text.size() ? text.at(after) : ' ';
+      const bool whole = !((next >= 'a' && next <= 'z') || (next >= 'A' && next <= 'Z') ||
+                           (next >= '0' && next <= '9') || next == '_' || next == '.');
+      if (whole) text.replace(at, rewrite.first.size(), rewrite.second);
+      at += whole ? rewrite.second.size() : 1;
+    }
+  }
+  return text;
+}
+
+QString SourcePlan::realFile(const QByteArray& name) const {
+  QByteArray real = name;
+  for (const auto& link : links_) {
+    if (real == link.first || real.startsWith(link.first + '/')) real.replace(0, link.first.size(), link.second);
+  }
+  return QDir::cleanPath(QDir(workingDirectory_).absoluteFilePath(QFile::decodeName(real)));
+}
+
+}  // namespace ost

@@ -1,0 +1,57 @@
+// What a DesignSource comes to: the files with their options once file lists are read, and the Yosys lines that read
+// them. File names that Yosys' script language cannot hold are reached through links in a private folder.
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QTemporaryDir>
+#include <memory>
+
+#include "platform/design/design.h"
+
+namespace ost {
+
+class SourcePlan {
+ public:
+  /// Reads the file lists and checks that every file and folder can be read; relative names mean `workingDirectory`.
+  /// Null with one text for the user in `error`.
+  static std::unique_ptr<SourcePlan> make(const DesignSource& source, const QString& workingDirectory, QString& error);
+
+  bool isNetlist() const { return netlist_; }
+  /// Absolute names of the files that were given, in order, file lists last.
+  const QStringList& files() const { return files_; }
+  QString firstFileAsTyped() const { return wireNames_.value(files_.value(0)); }
+  const QStringList& defines() const { return defines_; }
+
+  /// The lines that read everything. With `deferred` a module is elaborated only once the hierarchy needs it, with the
+  /// parameters it needs; Yosys cannot find the top module by itself then.
+  QByteArray readLines(bool deferred) const;
+  /// `text` of Yosys with the names that readLines() used turned back into what the user typed.
+  QByteArray inUsersWords(QByteArray text) const;
+  /// The absolute file that a name out of Yosys means.
+  QString realFile(const QByteArray& name) const;
+
+ private:
+  QByteArray link(const QString& target, const char* kind, const QByteArray& suffix, QString& error);
+  bool addScriptName(const QString& file, const QString& wire, QString& error);
+  bool addIncludeDir(const QString& directory, const QString& wire, QString& error);
+
+  struct File {
+    QByteArray scriptName;
+    QByteArray ownIncludeDir;  ///< The link to its folder, when the file itself is reached through a link.
+    bool systemVerilog = false;
+  };
+  bool netlist_ = false;
+  QString workingDirectory_;
+  QStringList files_, defines_, blackBoxes_;
+  QHash<QString, QString> wireNames_;  ///< Absolute file to the name as typed.
+  QList<File> scriptFiles_;
+  QList<QByteArray> includeDirs_;                  ///< As the script names them.
+  QList<QPair<QByteArray, QByteArray>> rewrites_;  ///< Script name, name as typed.
+  QList<QPair<QByteArray, QByteArray>> links_;     ///< Link, what it stands for.
+  std::unique_ptr<QTemporaryDir> linkFolder_;
+};
+
+}  // namespace ost
