@@ -1,0 +1,72 @@
+// Checks shared by typed words and project files.
+#include "platform/istdata/project_checks.h"
+
+#include <algorithm>
+
+#include "platform/istdata/trigger_expression.h"
+#include "platform/istdata/unit_value.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+
+bool checkNetName(const QString& name, QString& error) {
+  const bool printable = std::all_of(name.begin(), name.end(), [](QChar c) { return c >= ' ' && c != QChar(0x7f); });
+  if (name.isEmpty())
+    error = "The net name is empty.";
+  else if (name.size() > kMaxNetNameLength)
+    error = QString("The net name %1 has more than %2 characters.").arg(quoted(name)).arg(kMaxNetNameLength);
+  else if (!printable || toWire(toUnicode(name)) != name)
+    error = QString("The net name %1 holds unprintable characters.").arg(quoted(name));
+  return error.isEmpty();
+}
+
+bool checkUnitDigits(const TriggerUnit& unit, QString& error) {
+  if (unit.value.isEmpty()) return true;
+  QByteArray value, mask;
+  const int width = unit.op == Operator::SerialCompare ? 1 : kMaxUnitWidth;
+  return parseUnitValue(unit.op, unit.radix, unit.value, width, value, mask, error);
+}
+
+bool setExpressionText(const mero::ostrel::istDataset& dataset, const QString& text, TriggerExpression& expression,
+                       int& steps, int& largestCount, QString& error) {
+  steps = largestCount = 1;
+  ParsedExpression parsed;
+  if (!text.trimmed().isEmpty()) {
+    if (!parseTriggerExpression(text, parsed, error)) return false;
+    for (const QString& unit : parsed.units) {
+      if (dataset.findUnit(unit)) continue;
+      NearestNames near(unit);
+      for (const auto& known : dataset.units()) near.offer(known->unit.name);
+      error = QString("There is no trigger unit %1 in this core%2; add it first (ost_tu add).")
+                  .arg(quoted(unit), near.hint());
+      return false;
+    }
+    steps = parsed.steps.size();
+    for (const ParsedStep& step : parsed.steps) largestCount = std::max(largestCount, step.count);
+  }
+  expression.text = text;
+  expression.units = parsed.units;
+  return true;
+}
+
+bool isPowerOfTwoUpTo(int value, int largest) {
+  return value >= 1 && value <= largest && !(value & (value - 1));
+}
+
+QStringList fitToBufferDepth(Core& core) {
+  QStringList remarks;
+  CoreOptions& options = core.options;
+  const int depth = options.bufferDepth;
+  const auto fit = [&](const char* option, int& value, int fitting) {
+    if (value == fitting) return;
+    remarks << QString("%1 is now %2 to fit the buffer depth %3.").arg(option).arg(fitting).arg(depth);
+    value = fitting;
+  };
+  fit("TimestampBits", options.timestampBits,
+      qBound(Core::getMinTimestampBitsByDepth(depth), options.timestampBits, Core::getMaxTimestampBitsByDepth(depth)));
+  fit("MinimumSamplesPerTrigger", core.samplesPerTrigger, std::min(core.samplesPerTrigger, depth));
+  fit("NumberofTriggers", options.triggerCount, std::min(options.triggerCount, depth / core.samplesPerTrigger));
+  return remarks;
+}
+
+}  // namespace ost

@@ -1,0 +1,263 @@
+// Reads a project from JSON and checks everything in it.
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <limits>
+
+#include "platform/istdata/json_fields.h"
+#include "platform/istdata/project_checks.h"
+#include "platform/istdata/project_file.h"
+#include "platform/istdata/project_words.h"
+#include "platform/istdata/trigger_expression.h"
+#include "platform/istdata/unit_value.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+
+using namespace mero::ostrel;
+
+namespace {
+
+QString element(const QString& path, int index) {
+  return QString("%1[%2]").arg(path).arg(index);
+}
+
+class ProjectReader {
+ public:
+  std::unique_ptr<istProject> read(const QJsonObject& root);
+  JsonFault fault;
+
+ private:
+  void fail(const QString& path, const QString& what) {
+    if (fault.none()) fault.text = path + ": " + what;
+  }
+  QString netName(JsonFields& fields, const char* key, bool mayBeEmpty);
+  bool checkNet(const QString& name, const QString& path);
+  void readCore(const QJsonValue& value, const QString& path, istProject& project);
+  void readOptions(const QJsonValue& value, const QString& path, Core& core);
+  void readTrace(const QJsonArray& array, const QString& path, TraceTree& tree, TraceNode* bus);
+  void readUnit(const QJsonValue& value, const QString& path, istDataset& dataset);
+  void readExpression(const QJsonValue& value, const QString& path, istDataset& dataset);
+};
+
+bool ProjectReader::checkNet(const QString& name, const QString& path) {
+  QString error;
+  if (checkNetName(name, error)) return true;
+  fail(path, error);
+  return false;
+}
+
+QString ProjectReader::netName(JsonFields& fields, const char* key, bool mayBeEmpty) {
+  const QString name = fields.text(key);
+  if (!(mayBeEmpty && name.isEmpty())) checkNet(name, fields.pathOf(key));
+  return name;
+}
+
+void ProjectReader::readOptions(const QJsonValue& value, const QString& path, Core& core) {
+  JsonFields f(value, path, fault);
+  CoreOptions& o = core.options;
+  o.sampleClock = netName(f, "sample_clock", true);
+  o.sampleEnable = f.flag("sample_enable");
+  o.sampleEnableSignal = netName(f, "sample_enable_signal", true);
+  o.sampleEnablePolarity = f.word("sample_enable_polarity", polarityWords());
+  o.triggerEnable = f.flag("trigger_enable");
+  o.triggerEnableSignal = netName(f, "trigger_enable_signal", true);
+  o.triggerEnablePolarity = f.word("trigger_enable_polarity", polarityWords());
+  o.implementation = f.word("implementation", implementationWords());
+  o.timestamp = f.flag("timestamp");
+  o.captureMode = f.word("capture_mode", captureModeWords());
+  o.includeTrigger = f.flag("include_trigger");
+  o.distRamDisabled = f.flag("dist_ram_disabled");
+  o.defaultRadix = f.word("default_radix", radixWords());
+  o.eventCounter = f.flag("event_counter");
+  o.eventCounterValue = f.number("event_counter_value", 2, 65536);
+  o.triggerOut = f.flag("trigger_out");
+  o.triggerOutType = f.word("trigger_out_type", triggerOutWords());
+  o.triggerOutPolarity = f.word("trigger_out_polarity", polarityWords());
+  o.triggerOutMinPulse = f.number("trigger_out_min_pulse", 0, std::numeric_limits<int>::max());
+  o.triggerOutName = f.text("trigger_out_name");
+  if (!o.triggerOutName.isEmpty() && istCore::isValidTriggerOutNetName(o.triggerOutName) != 0)
+    f.fail(f.pathOf("trigger_out_name"), quoted(o.triggerOutName) + " is not a name for a new net.");
+
+  const auto validNumber = [&](const char* key, const QList<int>& valid) {
+    const int number = f.number(key, 0, 1 << 16);
+    if (fault.none() && !valid.contains(number)) {
+      QStringList texts;
+      for (int v : valid) texts << QString::number(v);
+      f.fail(f.pathOf(key), QString("expected %1, found %2.").arg(texts.join(", ")).arg(number));
+    }
+    return number;
+  };
+  o.bufferDepth = validNumber("buffer_depth", istCore::getValidBufferDepthValues());
+  o.timestampBits = f.number("timestamp_bits", istCore::getMinTimestampBitsByDepth(o.bufferDepth),
+                             istCore::getMaxTimestampBitsByDepth(o.bufferDepth));
+  core.samplesPerTrigger =
+      validNumber("samples_per_trigger", istCore::getValidMinSamplePerTrigsValuesByDepth(o.bufferDepth));
+  o.triggerCount =
+      validNumber("trigger_count", istCore::getValidNumberOfTrigsValuesByDepth(o.bufferDepth, core.samplesPerTrigger));
+  f.refuseOthers();
+}
+
+void ProjectReader::readTrace(const QJsonArray& array, const QString& path, TraceTree& tree, TraceNode* bus) {
+  for (int i = 0; i < array.size() && fault.none(); ++i) {
+    const QJsonValue value = array[i];
+    const QString place = element(path, i);
+    QString error;
+    TraceNode* added = nullptr;
+    if (value.isString()) {
+      const QString name = toWire(value.toString());
+      if (!checkNet(name, place)) return;
+      added = tree.appendSignal(bus, name, error);
+    } else {
+      JsonFields f(value, place, fault);
+      const bool isBus = !f.has("reference");
+      const QString name = netName(f, isBus ? "bus" : "reference", false);
+      const QJsonArray memberList = isBus ? f.list("members") : QJsonArray();
+      f.refuseOthers();
+      if (!fault.none()) return;
+      added = isBus ? tree.appendBus(bus, name, error) : tree.appendReference(bus, name, error);
+      if (added && isBus) readTrace(memberList, place + ".members", tree, added);
+    }
+    if (!added) fail(place, error);
+  }
+}
+
+void ProjectReader::readUnit(const QJsonValue& value, const QString& path, istDataset& dataset) {
+  JsonFields f(value, path, fault);
+  TriggerUnit unit;
+  QString error;
+  unit.name = f.text("name");
+  const QString op = f.text("operator");
+  unit.radix = Radix(f.word("radix", radixWords()));
+  unit.value = f.text("value");
+  const QJsonArray signalNames = f.list("signals");
+  for (int i = 0; i < signalNames.size() && fault.none(); ++i) {
+    const QString place = element(f.pathOf("signals"), i), name = toWire(signalNames[i].toString());
+    if (checkNet(name, place)) unit.signalNames << name;
+  }
+  f.refuseOthers();
+  if (!fault.none()) return;
+  if (!checkName(unit.name, "The unit name", error))
+    f.fail(f.pathOf("name"), error);
+  else if (dataset.findUnit(unit.name))
+    f.fail(f.pathOf("name"), quoted(unit.name) + " is used twice.");
+  else if (!operatorFromText(op, unit.op))
+    f.fail(f.pathOf("operator"), quoted(op) + " is no operator.");
+  else if (!checkUnitDigits(unit, error))
+    f.fail(f.pathOf("value"), error);
+  else
+    dataset.addUnit(std::move(unit));
+}
+
+void ProjectReader::readExpression(const QJsonValue& value, const QString& path, istDataset& dataset) {
+  JsonFields f(value, path, fault);
+  TriggerExpression expression;
+  QString error;
+  expression.name = f.text("name");
+  const QString text = f.text("expression");
+  expression.ram = f.word("ram", expressionRamWords());
+  expression.maxSequenceDepth = f.number("max_sequence_depth", 1, kMaxSequenceDepth);
+  expression.maxEventCount = f.number("max_event_count", 1, kMaxEventCount);
+  f.refuseOthers();
+  if (!fault.none()) return;
+  int steps = 0, largestCount = 0;
+  if (!checkName(expression.name, "The expression name", error))
+    f.fail(f.pathOf("name"), error);
+  else if (dataset.findExpression(expression.name))
+    f.fail(f.pathOf("name"), quoted(expression.name) + " is used twice.");
+  else if (!isPowerOfTwoUpTo(expression.maxSequenceDepth, kMaxSequenceDepth))
+    f.fail(f.pathOf("max_sequence_depth"), "expected a power of two.");
+  else if (!isPowerOfTwoUpTo(expression.maxEventCount, kMaxEventCount))
+    f.fail(f.pathOf("max_event_count"), "expected a power of two.");
+  else if (!setExpressionText(dataset, text, expression, steps, largestCount, error))
+    f.fail(f.pathOf("expression"), error);
+  else
+    dataset.addExpression(std::move(expression));
+}
+
+void ProjectReader::readCore(const QJsonValue& value, const QString& path, istProject& project) {
+  JsonFields f(value, path, fault);
+  const QString name = f.text("name");
+  QString error;
+  if (fault.none() && !checkName(name, "The core name", error)) f.fail(f.pathOf("name"), error);
+  if (fault.none() && project.findCore(name)) f.fail(f.pathOf("name"), quoted(name) + " is used twice.");
+  if (!fault.none()) return;
+  project.cores.emplace_back(new Core(name));
+  Core& core = *project.cores.back();
+  readOptions(f.value("options"), f.pathOf("options"), core);
+  readTrace(f.list("trace"), f.pathOf("trace"), *core.trace, nullptr);
+  if (fault.none() && !core.trace->bindReferences(error)) f.fail(f.pathOf("trace"), error);
+  const QJsonArray units = f.list("units"), expressions = f.list("expressions");
+  for (int i = 0; i < units.size() && fault.none(); ++i)
+    readUnit(units[i], element(f.pathOf("units"), i), core.dataset);
+  for (int i = 0; i < expressions.size() && fault.none(); ++i)
+    readExpression(expressions[i], element(f.pathOf("expressions"), i), core.dataset);
+  f.refuseOthers();
+}
+
+std::unique_ptr<istProject> ProjectReader::read(const QJsonObject& root) {
+  JsonFields f(root, QString(), fault);
+  if (!f.has("format") || f.text("format") != kProjectFormat) {
+    fault.text = QString("it is not a project file (no \"format\": \"%1\").").arg(kProjectFormat);
+    return nullptr;
+  }
+  const QJsonValue version = f.value("version");
+  if (version.isDouble() && version.toDouble() > kProjectFileVersion) {
+    fault.text = QString("it has version %1, written by a newer release; this one reads up to version %2.")
+                     .arg(version.toDouble(), 0, 'g', 15)
+                     .arg(kProjectFileVersion);
+    return nullptr;
+  }
+  f.number("version", 1, kProjectFileVersion);
+  auto project = std::make_unique<istProject>();
+  const QJsonArray cores = f.list("cores");
+  for (int i = 0; i < cores.size() && fault.none(); ++i) readCore(cores[i], element("cores", i), *project);
+  const QJsonValue active = f.value("active_core");
+  if (!active.isNull()) {
+    project->activeCore = project->findCore(f.text("active_core"));
+    if (!project->activeCore) f.fail("active_core", "names no core of the project.");
+  }
+  if (f.has("serdes")) {
+    JsonFields serdes(f.value("serdes"), "serdes", fault);
+    project->serdes.reset(new istSerdesCore);
+    project->serdes->sampleClock = netName(serdes, "sample_clock", true);
+    project->serdes->resetSignal = netName(serdes, "reset_signal", true);
+    serdes.refuseOthers();
+  }
+  if (f.has("wishbone")) {
+    JsonFields wishbone(f.value("wishbone"), "wishbone", fault);
+    project->wishbone.reset(new istWishboneMaster{false});
+    project->wishboneConnected = wishbone.flag("connected");
+    project->wishboneEndian = ENDIAN_MODE(wishbone.word("endian", endianWords()));
+    wishbone.refuseOthers();
+  }
+  f.refuseOthers();
+  return fault.none() ? std::move(project) : nullptr;
+}
+
+}  // namespace
+
+std::unique_ptr<istProject> projectFromJson(const QByteArray& json, QString& error) {
+  if (json.size() > kMaxProjectFileBytes) {
+    error = QString("it is larger than %1 MB.").arg(kMaxProjectFileBytes >> 20);
+    return nullptr;
+  }
+  QJsonParseError parseError;
+  const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
+  if (parseError.error != QJsonParseError::NoError) {
+    const QByteArray before = json.left(parseError.offset);
+    const int column = before.size() - before.lastIndexOf('\n');
+    error = QString("line %1, column %2: %3.").arg(before.count('\n') + 1).arg(column).arg(parseError.errorString());
+    return nullptr;
+  }
+  if (!document.isObject()) {
+    error = "it is not a project file (it holds no JSON object).";
+    return nullptr;
+  }
+  ProjectReader reader;
+  auto project = reader.read(document.object());
+  if (!project) error = reader.fault.text;
+  return project;
+}
+
+}  // namespace ost
