@@ -36,7 +36,7 @@ bool TapDriver::scanInstruction(quint32 value, int width, quint32* captured, QSt
 }
 
 bool TapDriver::scanData(const QByteArray& in, QByteArray* out, QString& error) {
-  return move("100", error) && shift(in, out, error) && move("10", error);
+  return move("100", error) && shift(in, out, error) && move("1000", error);
 }
 
 }  // namespace ost

@@ -17,7 +17,7 @@ class TapDriver {
   /// register held.
   bool scanInstruction(quint32 value, int width, quint32* captured, QString& error);
   /// Shifts `in` (a byte of 0 or 1 for each bit, first shifted first) through the data register; with `out`, appends
-  /// as many bits that came out.
+  /// as many bits that came out. Two cycles in Run-Test/Idle follow, for registers that take their update late.
   bool scanData(const QByteArray& in, QByteArray* out, QString& error);
   bool flush(QString& error) { return port_.flush(error); }
 

@@ -1,0 +1,278 @@
+// The hub's commands in the order that docs/debug-core.md asks for.
+#include "platform/reader/core_reader.h"
+
+#include <chrono>
+
+#include "platform/reader/core_layout.h"
+
+namespace ost {
+namespace {
+
+constexpr int kInfoBits = 256;
+constexpr quint32 kMagic = 0x52545350;
+constexpr int kContractVersion = 1;
+constexpr int kBlocksPerScan = 32;
+constexpr int kTableRowsPerFrame = 1024;
+/// Looks at a status before the sample clock counts as stopped, with the idle cycles between them doubling from 8 to
+/// 1024: about 5000 cycles of TCK in all, so a sample clock up to a thousand times slower than TCK is still seen.
+constexpr int kLooks = 12;
+
+int idleCycles(int look) {
+  return look < 7 ? 8 << look : 1024;
+}
+
+bool refuse(QString& error, const QString& text) {
+  error = text;
+  return false;
+}
+
+/// One row of the table of fields that must agree.
+bool agrees(const QString& coreName, const char* what, quint64 hardware, quint64 map, QString& error) {
+  if (hardware == map) return true;
+  return refuse(error,
+                QStringLiteral("The capture map does not fit the loaded design: %1%2 is %3 in the hardware and %4 "
+                               "in the map. Use the capture map that was written with this design.")
+                    .arg(QLatin1String(what), coreName.isEmpty() ? QString() : QStringLiteral(" of core ") + coreName)
+                    .arg(hardware)
+                    .arg(map));
+}
+
+}  // namespace
+
+bool CoreReader::identify(QString& error) {
+  if (!hub_.open(error)) return false;
+  for (int core = 0; core < plan_.cores.size(); ++core) {
+    const PlanCore& planned = plan_.cores[core];
+    const CoreLayout layout(planned);
+    HubCommand command;
+    command.op = HubOp::Info;
+    command.core = core;
+    HubReply reply;
+    if (!hub_.command(command, QByteArray(), kInfoBits, layout.statusBits, reply, error)) {
+      return core > 0
+                 ? false
+                 : refuse(error, QStringLiteral("A JTAG TAP answers, but no debug core behind it does. Check that the "
+                                                "instrumented design is loaded and the line is undisturbed."));
+    }
+    if (reply.flags.refused)
+      return refuse(error,
+                    QStringLiteral("The loaded design has no core number %1 ('%2'). Use the capture map that was "
+                                   "written with this design.")
+                        .arg(core)
+                        .arg(planned.name));
+    auto field = [&](int first, int last) { return bitsNumber(reply.payload, first, last - first + 1); };
+    const quint64 hash = plan_.projectHash.toULongLong(nullptr, 16);
+    if (!agrees({}, "the magic number", field(0, 31), kMagic, error) ||
+        !agrees({}, "the version of the contract", field(32, 47), kContractVersion, error))
+      return false;
+    if (field(64, 127) != hash)
+      return refuse(
+          error, QStringLiteral("The loaded design was built from another project: its hash is %1, the capture map's "
+                                "%2. Use the capture map that was written with this design.")
+                     .arg(field(64, 127), 16, 16, QLatin1Char('0'))
+                     .arg(hash, 16, 16, QLatin1Char('0')));
+    const struct {
+      const char* what;
+      int first, last;
+      int map;
+    } fields[] = {
+        {"the number of cores", 48, 63, plan_.cores.size()},
+        {"the kind", 128, 135, 1},
+        {"the address width", 136, 143, layout.addressBits},
+        {"the word width", 144, 159, layout.wordBits},
+        {"the block size", 160, 167, bitsFor(layout.blockWords)},
+        {"the timestamp width", 168, 175, planned.timestampBits},
+        {"the number of probe bits", 176, 191, planned.probeWidth()},
+        {"the configuration's length", 192, 223, layout.chainBits},
+        {"the status word's length", 224, 239, layout.statusBits},
+        {"the number of units", 240, 247, planned.units.size()},
+        {"the number of expressions", 248, 255, planned.expressions.size()},
+    };
+    for (const auto& one : fields) {
+      const quint64 mask = (quint64(1) << (one.last - one.first + 1)) - 1;
+      const QString name = one.first == 48 ? QString() : planned.name;
+      if (!agrees(name, one.what, field(one.first, one.last), quint64(one.map) & mask, error)) return false;
+    }
+  }
+  return true;
+}
+
+bool CoreReader::commandStatus(int core, HubReply& reply, QString& error) {
+  HubCommand command;
+  command.core = core;
+  const int bits = CoreLayout(plan_.cores[core]).statusBits;
+  return hub_.command(command, QByteArray(), bits, bits, reply, error);
+}
+
+bool CoreReader::status(int core, CoreStatus& status, QString& error) {
+  HubReply reply;
+  if (!commandStatus(core, reply, error)) return false;
+  // A request that was under way before may be answered by a look that is older than this call: so ask twice.
+  for (int round = 0; round < 2; ++round) {
+    for (int look = 0; look < kLooks && !reply.flags.fresh; ++look) {
+      HubCommand command;
+      command.core = core;
+      if (!hub_.idle(idleCycles(look), error) ||
+          !hub_.look(command, CoreLayout(plan_.cores[core]).statusBits, reply, error))
+        return false;
+    }
+    if (!reply.flags.fresh || round > 0) break;
+    if (!commandStatus(core, reply, error)) return false;
+  }
+  status = parseStatus(plan_.cores[core], reply);
+  return true;
+}
+
+bool CoreReader::stop(int core, QString& error) {
+  HubReply reply;
+  if (!commandStatus(core, reply, error)) return false;
+  if (reply.flags.ready) return true;
+  HubCommand command;
+  command.op = HubOp::Stop;
+  command.core = core;
+  const int bits = CoreLayout(plan_.cores[core]).statusBits;
+  if (!hub_.command(command, QByteArray(), bits, bits, reply, error)) return false;
+  for (int look = 0; look < kLooks && !reply.flags.ready; ++look)
+    if (!hub_.idle(idleCycles(look), error) || !commandStatus(core, reply, error)) return false;
+  if (reply.flags.ready) return true;
+  return refuse(error,
+                QStringLiteral("The core '%1' does not stop: its sample clock '%2' stands still. Start the clock.")
+                    .arg(nameOf(core), plan_.cores[core].sampleClock.name));
+}
+
+bool CoreReader::loadOne(const HubCommand& command, const QByteArray& payload, int statusBits, QString& error) {
+  HubReply reply;
+  if (!hub_.command(command, payload, statusBits, statusBits, reply, error)) return false;
+  if (!reply.flags.refused && reply.flags.configured) return true;
+  return refuse(error, QStringLiteral("The core '%1' refuses its configuration.").arg(nameOf(command.core)));
+}
+
+bool CoreReader::load(int core, const RunSettings& settings, QString& error) {
+  const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
+  HubCommand command;
+  command.core = core;
+  command.op = HubOp::Config;
+  if (!loadOne(command, settings.chain(), statusBits, error)) return false;
+  command.op = HubOp::Table;
+  for (int i = 0; i < settings.core().expressions.size(); ++i) {
+    const PlanExpression& expression = settings.core().expressions[i];
+    if (tableIsInChain(expression)) continue;
+    const QByteArray table = settings.table(i);
+    command.tag = i;
+    const int rows = tableRows(expression), rowBits = expression.maxSequenceDepth;
+    for (command.address = 0; command.address < rows; command.address += kTableRowsPerFrame) {
+      const QByteArray part = table.mid(command.address * rowBits, kTableRowsPerFrame * rowBits);
+      if (!loadOne(command, part, statusBits, error)) return false;
+    }
+  }
+  return true;
+}
+
+bool CoreReader::arm(int core, const RunSettings& settings, QString& error) {
+  HubReply reply;
+  const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
+  if (!stop(core, error)) return false;
+  // A frame that breaks on the line leaves the core unconfigured while its sender may have taken a reply for granted,
+  // so a refused ARM is answered by loading once more.
+  for (int attempt = 0; attempt < 3; ++attempt) {
+    if (!load(core, settings, error) || !commandStatus(core, reply, error)) return false;
+    HubCommand command;
+    command.core = core;
+    command.op = HubOp::Arm;
+    command.tag = (parseStatus(plan_.cores[core], reply).tag + 1) & 0xFF;
+    if (!hub_.command(command, QByteArray(), statusBits, statusBits, reply, error)) return false;
+    if (!reply.flags.refused) return true;
+    // An ARM whose reply was lost was sent again and refused, because the run is on.
+    if (!commandStatus(core, reply, error)) return false;
+    if (reply.flags.armed && parseStatus(plan_.cores[core], reply).tag == command.tag) return true;
+  }
+  return refuse(error, QStringLiteral("The core '%1' refuses to be armed.").arg(nameOf(core)));
+}
+
+WaitResult CoreReader::waitUntilDone(int core, const WaitLimit& limit, QString& error) {
+  const auto start = std::chrono::steady_clock::now();
+  const qint64 firstCycle = hub_.cycles();
+  HubCommand command;
+  command.core = core;
+  const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
+  HubReply reply;
+  if (!commandStatus(core, reply, error)) return WaitResult::Failed;
+  for (int look = 0; !reply.flags.done; ++look) {
+    const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - start;
+    if (waited.count() >= limit.seconds || (limit.cycles > 0 && hub_.cycles() - firstCycle >= limit.cycles))
+      return WaitResult::NotYet;
+    if (!hub_.idle(idleCycles(look), error) || !hub_.look(command, statusBits, reply, error)) return WaitResult::Failed;
+  }
+  return WaitResult::Done;
+}
+
+bool CoreReader::readWords(int core, int tag, int count, BitTable& words, QString& error) {
+  const CoreLayout layout(plan_.cores[core]);
+  const int blockBits = kBlockOverhead + layout.blockWords * layout.wordBits;
+  HubCommand command;
+  command.op = HubOp::Read;
+  command.core = core;
+  command.tag = tag;
+  int failures = 0, blocksWanted = kBlocksPerScan;
+  while (words.rows() < count) {
+    command.address = words.rows();
+    const int blocks = qMin(blocksWanted, (count - words.rows() + layout.blockWords - 1) / layout.blockWords);
+    QByteArray bits;
+    if (!hub_.send(command, QByteArray(), error) || !hub_.scanReply(blocks * blockBits, bits, error)) return false;
+    int good = 0;
+    HubReply reply;
+    for (; good < blocks; ++good) {
+      HubCommand block = command;
+      block.address += good * layout.blockWords;
+      if (!readBlock(bits, good * blockBits, layout.blockWords * layout.wordBits, block, reply) || reply.flags.refused)
+        break;
+      for (int i = 0; i < layout.blockWords && words.rows() < count; ++i)
+        words.append(reply.payload.constData() + i * layout.wordBits);
+    }
+    if (good == blocks) continue;
+    if (good == 0 && readBlock(bits, 0, layout.statusBits, command, reply) && reply.flags.refused)
+      return refuse(
+          error, QStringLiteral("The core '%1' has no capture of this run to read; arm it again.").arg(nameOf(core)));
+    failures = good == 0 ? failures + 1 : 0;
+    if (failures >= HubLink::kAttempts) return refuse(error, unusableLineText("a block of samples"));
+    blocksWanted = qMax(1, good);
+    if (!hub_.recover(error)) return false;
+  }
+  return true;
+}
+
+bool CoreReader::readOut(int core, const RunSettings& settings, Capture& capture, QString& error) {
+  HubReply reply;
+  if (!commandStatus(core, reply, error)) return false;
+  const CoreStatus status = parseStatus(plan_.cores[core], reply);
+  if (!status.flags.done)
+    return refuse(error, QStringLiteral("The core '%1' has not completed its capture.").arg(nameOf(core)));
+  const PlanCore& planned = plan_.cores[core];
+  const CoreLayout layout(planned);
+  const int samples = planned.windowSamples, sampleBits = planned.sampleBits();
+  BitTable words(layout.wordBits);
+  if (!readWords(core, status.tag, settings.windows() * samples, words, error)) return false;
+
+  capture.core = settings.core();
+  capture.table = BitTable(sampleBits);
+  capture.windows.clear();
+  QByteArray bits(layout.wordBits, 0);
+  for (int window = 0; window < settings.windows(); ++window) {
+    const int base = window * samples;
+    int oldest = planned.windows == 1 ? (status.end + 1) % samples : 0;
+    if (planned.windows > 1) {
+      // The lap bit changes where the ring's newest sample meets its oldest.
+      while (oldest < samples && words.at(base + oldest, sampleBits) == words.at(base, sampleBits)) ++oldest;
+      oldest %= samples;
+    }
+    capture.windows.append({base, samples, settings.position()});
+    for (int i = 0; i < samples; ++i) {
+      const int row = base + (oldest + i) % samples;
+      for (int bit = 0; bit < sampleBits; ++bit) bits[bit] = static_cast<char>(words.at(row, bit));
+      capture.table.append(bits.constData());
+    }
+  }
+  return true;
+}
+
+}  // namespace ost

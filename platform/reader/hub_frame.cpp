@@ -1,0 +1,76 @@
+// Check values as docs/debug-core.md, section 2 defines them: CRC-32's polynomial, most significant bit first.
+#include "platform/reader/hub_frame.h"
+
+namespace ost {
+namespace {
+
+constexpr quint32 kPolynomial = 0x04C11DB7u;
+/// What the register holds at the end of a good write frame.
+constexpr quint32 kGoodResidue = 0xC704DD7Bu;
+
+QByteArray commandBits(const HubCommand& command) {
+  return numberBits(static_cast<quint64>(command.op), 4) + numberBits(command.core, 8) + numberBits(command.tag, 8) +
+         numberBits(command.address, 20);
+}
+
+quint32 stepBack(quint32 state, bool bit) {
+  const bool feedback = state & 1;
+  state = (state ^ (feedback ? kPolynomial : 0)) >> 1;
+  return state | (feedback != bit ? 0x80000000u : 0);
+}
+
+QByteArray checkBits(quint32 value) {
+  QByteArray bits;
+  for (int i = 31; i >= 0; --i) bits += static_cast<char>(value >> i & 1);
+  return bits;
+}
+
+}  // namespace
+
+QByteArray numberBits(quint64 value, int count) {
+  QByteArray bits(count, 0);
+  for (int i = 0; i < count && i < 64; ++i) bits[i] = static_cast<char>(value >> i & 1);
+  return bits;
+}
+
+quint64 bitsNumber(const QByteArray& bits, int first, int count) {
+  quint64 value = 0;
+  for (int i = 0; i < count; ++i) value |= quint64(bits[first + i] & 1) << i;
+  return value;
+}
+
+quint32 frameCrc(const QByteArray& bits, quint32 seed) {
+  quint32 crc = seed;
+  for (char bit : bits) {
+    const bool feedback = (crc >> 31) != quint32(bit & 1);
+    crc = (crc << 1) ^ (feedback ? kPolynomial : 0);
+  }
+  return crc;
+}
+
+QByteArray writeFrame(const HubCommand& command, const QByteArray& payload) {
+  quint32 wanted = kGoodResidue;
+  for (int i = payload.size() - 1; i >= 0; --i) wanted = stepBack(wanted, payload[i]);
+  for (int i = 0; i < kCheckBits; ++i) wanted = stepBack(wanted, false);
+  const QByteArray head = commandBits(command);
+  return QByteArray(1, 1) + head + checkBits(frameCrc(head) ^ wanted) + payload;
+}
+
+bool readBlock(const QByteArray& bits, int first, int payloadBits, const HubCommand& expected, HubReply& reply) {
+  const QByteArray block = bits.mid(first, kBlockOverhead + payloadBits);
+  if (block.size() < kBlockOverhead + payloadBits) return false;
+  const QByteArray checked = block.left(block.size() - kCheckBits);
+  if (checkBits(frameCrc(checked)) != block.right(kCheckBits)) return false;
+  if (checked.left(kCommandBits) != commandBits(expected) || !checked[kCommandBits + 7]) return false;
+  const char* flags = checked.constData() + kCommandBits;
+  reply.flags.ready = flags[0];
+  reply.flags.armed = flags[1];
+  reply.flags.done = flags[2];
+  reply.flags.configured = flags[3];
+  reply.flags.fresh = flags[4];
+  reply.flags.refused = flags[5];
+  reply.payload = checked.mid(kCommandBits + kFlagBits);
+  return true;
+}
+
+}  // namespace ost

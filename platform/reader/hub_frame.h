@@ -1,0 +1,48 @@
+// Frames of the debug hub's USER register: commands with their check value ahead, reply blocks with theirs behind.
+// Bits are bytes of 0 or 1 in the order in which they cross the line.
+#pragma once
+
+#include <QByteArray>
+
+namespace ost {
+
+enum class HubOp { Status = 0, Info = 1, Read = 2, Config = 3, Table = 4, Arm = 5, Stop = 6 };
+
+struct HubCommand {
+  HubOp op = HubOp::Status;
+  int core = 0;
+  int tag = 0;      ///< Run's tag (Arm, Read) or expression (Table), 0 to 255.
+  int address = 0;  ///< First word (Read) or row (Table), 20 bits.
+};
+
+constexpr int kCommandBits = 40;
+constexpr int kFlagBits = 8;
+constexpr int kCheckBits = 32;
+/// Bits of a reply block around its payload.
+constexpr int kBlockOverhead = kCommandBits + kFlagBits + kCheckBits;
+
+struct HubFlags {
+  bool ready = false, armed = false, done = false, configured = false, fresh = false, refused = false;
+};
+
+struct HubReply {
+  HubFlags flags;
+  QByteArray payload;
+};
+
+/// `count` bits of `value`, least significant first.
+QByteArray numberBits(quint64 value, int count);
+/// The number that `count` (at most 64) bits from `first` on spell, least significant first.
+quint64 bitsNumber(const QByteArray& bits, int first, int count);
+
+/// The check register over `bits`, started with `seed`.
+quint32 frameCrc(const QByteArray& bits, quint32 seed = 0xFFFFFFFFu);
+
+/// The write scan of a command: start bit, command, check value, payload.
+QByteArray writeFrame(const HubCommand& command, const QByteArray& payload);
+
+/// Takes one reply block from `first` on out of `bits`. False unless its check value is right, it echoes `expected` and
+/// holds the bit that is always 1.
+bool readBlock(const QByteArray& bits, int first, int payloadBits, const HubCommand& expected, HubReply& reply);
+
+}  // namespace ost

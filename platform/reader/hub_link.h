@@ -1,0 +1,51 @@
+// Commands and replies of the debug hub over a TAP, repeated until the reply is right.
+#pragma once
+
+#include "platform/reader/hub_frame.h"
+#include "platform/reader/tap_driver.h"
+
+namespace ost {
+
+/// The instruction that selects the hub's data register.
+struct UserInstruction {
+  int width = 4;
+  quint32 code = 2;
+};
+
+class HubLink {
+ public:
+  explicit HubLink(JtagPort& port, UserInstruction instruction = {}) : tap_(port), instruction_(instruction) {}
+
+  /// Resets the TAP and selects the hub. False when no TAP answers.
+  bool open(QString& error);
+
+  /// Sends a command and reads its reply of `payloadBits`, as often as needed but kAttempts times at most. A refusal is
+  /// a reply like any other; its payload is the status word, of `statusBits`.
+  bool command(const HubCommand& command, const QByteArray& payload, int payloadBits, int statusBits, HubReply& reply,
+               QString& error);
+  /// Reads the reply of `last` again, which was answered before; sends the command again only when that fails.
+  bool look(const HubCommand& last, int payloadBits, HubReply& reply, QString& error);
+  /// Sends `command` once and does not ask for the reply. For commands that must not be repeated blindly.
+  bool send(const HubCommand& command, const QByteArray& payload, QString& error);
+  /// Reads `bits` bits of the reply's blocks in one scan.
+  bool scanReply(int bits, QByteArray& reply, QString& error);
+  bool idle(int cycles, QString& error) { return tap_.idle(cycles, error); }
+  /// Brings the TAP back to a known state after a disturbed scan.
+  bool recover(QString& error);
+
+  int retries() const { return retries_; }
+  void countRetry() { ++retries_; }
+  qint64 cycles() const { return tap_.cycles(); }
+
+  static constexpr int kAttempts = 24;  ///< Of one command before the line is taken as unusable.
+
+ private:
+  TapDriver tap_;
+  UserInstruction instruction_;
+  int retries_ = 0;
+};
+
+/// The text for a line on which kAttempts attempts failed.
+QString unusableLineText(const char* what);
+
+}  // namespace ost

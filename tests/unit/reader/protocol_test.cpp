@@ -1,0 +1,365 @@
+// Frames, settings and the whole protocol against a hub in software, on a clean and on a disturbed line.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "platform/reader/capture_options.h"
+#include "platform/reader/core_reader.h"
+#include "platform/reader/faulty_port.h"
+#include "tests/unit/reader/hub_model.h"
+
+namespace ost {
+namespace {
+
+PlanUnit unitOf(const char* name, UnitClass unitClass, Operator op, Radix radix, const char* text, int width,
+                const char* value, const char* mask) {
+  PlanUnit unit;
+  unit.name = QString::fromLatin1(name);
+  unit.unitClass = unitClass;
+  unit.op = op;
+  unit.radix = radix;
+  unit.valueText = QString::fromLatin1(text);
+  unit.width = width;
+  unit.value = value;
+  unit.mask = mask;
+  return unit;
+}
+
+/// One core: 5 probe bits, a unit of each class, an expression in the chain and one in a memory.
+InsertPlan planWith(int windows, int windowSamples, int probeBits = 5) {
+  InsertPlan plan;
+  plan.projectHash = "0123456789abcdef";
+  PlanCore core;
+  core.name = QStringLiteral("c1");
+  core.sampleClock.name = QStringLiteral("clk");
+  for (int i = 0; i < probeBits; ++i) {
+    NetBit bit;
+    bit.name = QStringLiteral("n[%1]").arg(i);
+    core.probeBits.append(bit);
+    core.probes.append({bit.name, {i}});
+  }
+  core.windows = windows;
+  core.windowSamples = windowSamples;
+  core.depth = windows * windowSamples;
+  core.eventCounter = true;
+  core.eventCount = 5;
+  core.units = {unitOf("M", UnitClass::Match, Operator::Equal, Radix::Bin, "1x0", 3, "001", "101"),
+                unitOf("O", UnitClass::Order, Operator::Less, Radix::Dec, "6", 4, "0110", "1111"),
+                unitOf("S", UnitClass::Serial, Operator::SerialCompare, Radix::Bin, "10x", 3, "001", "011")};
+  core.expressions.resize(2);
+  core.expressions[0].name = QStringLiteral("TE1");
+  core.expressions[0].text = QStringLiteral("M -> O*3");
+  core.expressions[0].maxSequenceDepth = 2;
+  core.expressions[0].maxEventCount = 4;
+  core.expressions[0].units = {0, 1};
+  core.expressions[0].steps = {{"0101", 1}, {"0011", 3}};
+  core.expressions[1].name = QStringLiteral("TE2");
+  core.expressions[1].blockRam = true;
+  core.expressions[1].units = {2};
+  core.expressions[1].steps = {{"01", 1}};
+  plan.cores = {core};
+  return plan;
+}
+
+void fillMemory(ModelCore& core, quint32 seed) {
+  std::mt19937 random(seed);
+  core.words.assign(core.layout.words, QByteArray(core.layout.wordBits, 0));
+  for (QByteArray& word : core.words)
+    for (char& bit : word) bit = static_cast<char>(random() & 1);
+  core.statusTail = QByteArray(core.layout.statusBits - 8, 0);
+}
+
+TEST(HubFrame, TheCheckValueMakesTheFrameGoodAndAnyFlipBad) {
+  HubCommand command;
+  command.op = HubOp::Config;
+  command.tag = 0xA5;
+  command.address = 0x12345;
+  for (int length : {0, 1, 31, 100}) {
+    QByteArray payload;
+    for (int i = 0; i < length; ++i) payload += static_cast<char>((i * 5 / 3) & 1);
+    QByteArray frame = writeFrame(command, payload);
+    ASSERT_EQ(frame.size(), 73 + length);
+    EXPECT_EQ(frameCrc(frame.mid(1)), 0xC704DD7Bu) << length;
+    for (int i = 1; i < frame.size(); ++i) {
+      frame[i] = !frame[i];
+      EXPECT_NE(frameCrc(frame.mid(1)), 0xC704DD7Bu) << length << ' ' << i;
+      frame[i] = !frame[i];
+    }
+  }
+  // The register itself, by the published check value of this polynomial and start for "123456789" (high bits first).
+  QByteArray digits;
+  for (char c : QByteArray("123456789"))
+    for (int i = 7; i >= 0; --i) digits += static_cast<char>(c >> i & 1);
+  EXPECT_EQ(frameCrc(digits), 0x0376E6E7u);
+}
+
+TEST(RunSettings, TheChainHoldsEveryFieldInItsPlace) {
+  InsertPlan plan = planWith(4, 16);
+  RunSettings settings(plan.cores[0]);
+  QString error;
+  ASSERT_TRUE(settings.setPosition(QStringLiteral("25%"), error));
+  ASSERT_TRUE(settings.setWindows(3, error));
+  ASSERT_TRUE(settings.setEventCount(4, error));
+  ASSERT_TRUE(settings.chooseExpressions(QStringLiteral("TE1"), error));
+  QByteArray chain = settings.chain();
+  for (char& bit : chain) bit = static_cast<char>('0' + bit);
+  EXPECT_EQ(chain,
+            "0010"  // pre 4
+            "01"    // last window 2
+            "110"   // 4 events
+            "10"
+            "001"
+            "101"  // M == 1x0
+            "000"
+            "0110"  // O < 6
+            "001"
+            "011"  // S 10x
+            "1"
+            "1"
+            "0001"
+            "00"
+            "10"
+            "01"
+            "11"   // TE1: 2 steps, counts 1 and 3, rows 0 to 3
+            "0");  // TE2 off, its table is in a memory
+  EXPECT_EQ(chain.size(), CoreLayout(plan.cores[0]).chainBits);
+}
+
+TEST(RunSettings, OperatorsWithinTheClassAndEdgesAsEncoded) {
+  const InsertPlan plan = planWith(1, 16);
+  QString error;
+  auto unitBits = [&](const char* op, const char* value, int first, int count) {
+    RunSettings settings(plan.cores[0]);
+    const QString name = first < 11 ? QStringLiteral("M") : QStringLiteral("O");
+    EXPECT_TRUE(settings.setUnit(name, QString::fromLatin1(op), QString::fromLatin1(value), error))
+        << error.toStdString();
+    QByteArray bits = settings.chain().mid(first, count);
+    for (char& bit : bits) bit = static_cast<char>('0' + bit);
+    return bits;
+  };
+  EXPECT_EQ(unitBits("!=", "0x1", 7, 8),
+            "00"
+            "100"
+            "101");
+  EXPECT_EQ(unitBits(".RE.", "011", 7, 8),
+            "01"
+            "000"
+            "110");
+  EXPECT_EQ(unitBits(".fe.", "100", 7, 8),
+            "01"
+            "111"
+            "001");
+  EXPECT_EQ(unitBits(">", "9", 15, 7),
+            "101"
+            "1001");
+  EXPECT_EQ(unitBits(">=", "9", 15, 7),
+            "100"
+            "1001");
+  EXPECT_EQ(unitBits("<=", "9", 15, 7),
+            "001"
+            "1001");
+  EXPECT_EQ(unitBits("!=", "9", 15, 7),
+            "110"
+            "1001");
+
+  RunSettings settings(plan.cores[0]);
+  const QByteArray before = settings.chain();
+  const struct {
+    const char *option, *text, *names;
+  } refused[] = {{"-op", "M=<", ".RE."},          {"-op", "O=.RE.", ">="},    {"-set", "M=12", "'M'"},
+                 {"-op", "M=.RE.", "'1x0'"},      {"-set", "X=1", "M, O, S"}, {"-set", "O=16", "'O'"},
+                 {"-set", "S=1010", "3 samples"}, {"-set", "M", "UNIT="},     {"-set", "M=", "'M'"}};
+  for (const auto& one : refused) {
+    CaptureOptions options;
+    options.changes = {{QString::fromLatin1(one.option), QString::fromLatin1(one.text)}};
+    EXPECT_FALSE(applyRunOptions(options, settings, error)) << one.text;
+    EXPECT_TRUE(error.contains(QString::fromLatin1(one.names))) << one.text << ": " << error.toStdString();
+  }
+  for (const char* position : {"16", "101%", "-1", "x", ""}) {
+    EXPECT_FALSE(settings.setPosition(QString::fromLatin1(position), error)) << position;
+    EXPECT_TRUE(error.contains(QStringLiteral("0 to 15"))) << error.toStdString();
+  }
+  EXPECT_FALSE(settings.chooseExpressions(QStringLiteral("TE1,TE9"), error));
+  EXPECT_TRUE(error.contains(QStringLiteral("TE1, TE2"))) << error.toStdString();
+  EXPECT_FALSE(settings.setEventCount(6, error));
+  EXPECT_FALSE(settings.setWindows(2, error));
+  EXPECT_EQ(settings.chain(), before);
+}
+
+/// Arms, waits and reads with the model's memory filled from `seed`; compares with the ring by hand.
+void captureAndCompare(HubModel& model, JtagPort& port, const InsertPlan& plan, int* retries = nullptr) {
+  HubLink hub(port);
+  CoreReader reader(hub, plan);
+  QString error;
+  RunSettings settings(plan.cores[0]);
+  Capture capture;
+  ModelCore& core = model.cores[0];
+  ASSERT_TRUE(reader.identify(error)) << error.toStdString();
+  ASSERT_TRUE(reader.arm(0, settings, error)) << error.toStdString();
+  EXPECT_EQ(core.arms, 1);
+  EXPECT_EQ(core.chain, settings.chain());
+  EXPECT_EQ(core.tables.left(2), settings.table(1));
+  ASSERT_EQ(reader.waitUntilDone(0, {20, 0}, error), WaitResult::Done) << error.toStdString();
+  ASSERT_TRUE(reader.readOut(0, settings, capture, error)) << error.toStdString();
+  const int ws = plan.cores[0].windowSamples, bits = plan.cores[0].sampleBits();
+  ASSERT_EQ(capture.windows.size(), plan.cores[0].windows);
+  for (int w = 0; w < plan.cores[0].windows; ++w) {
+    int oldest = 0;
+    if (plan.cores[0].windows == 1) {
+      oldest = (int(bitsNumber(core.statusTail, 5, core.layout.positionBits)) + 1) % ws;
+    } else {
+      for (int i = ws - 1; i > 0; --i)
+        if (core.words[w * ws + i][bits] != core.words[w * ws][bits]) oldest = i;
+    }
+    for (int i = 0; i < ws; ++i)
+      for (int b = 0; b < bits; ++b)
+        ASSERT_EQ(capture.table.at(w * ws + i, b), bool(core.words[w * ws + (oldest + i) % ws][b]))
+            << "window " << w << " sample " << i << " bit " << b;
+  }
+  if (retries) *retries = hub.retries();
+}
+
+TEST(Protocol, OneWindowIsUnrolledFromItsEnd) {
+  for (int end : {0, 17, 255}) {
+    const InsertPlan plan = planWith(1, 256, 40);  // several blocks
+    HubModel model(plan);
+    fillMemory(model.cores[0], 1);
+    for (int b = 0; b < 8; ++b) model.cores[0].statusTail[5 + b] = end >> b & 1;
+    captureAndCompare(model, model, plan);
+  }
+}
+
+TEST(Protocol, SeveralWindowsAreUnrolledFromTheirLapBits) {
+  const InsertPlan plan = planWith(8, 64, 7);
+  HubModel model(plan);
+  fillMemory(model.cores[0], 2);
+  const int starts[8] = {0, 1, 63, 5, 32, 0, 2, 62};
+  for (int w = 0; w < 8; ++w)
+    for (int i = 0; i < 64; ++i) model.cores[0].words[w * 64 + i][7] = (w & 1) ^ (i >= starts[w] && starts[w] > 0);
+  captureAndCompare(model, model, plan);
+}
+
+TEST(Protocol, ADisturbedLineIsRetriedAndNeverDeliversWrongSamples) {
+  const struct { double tms, tdi, tdo; } rates[] = {{0, 0, 3e-4}, {0, 3e-4, 0}, {2e-5, 0, 0}, {1e-5, 1e-4, 1e-4}};
+  int retries = 0;
+  for (const auto& rate : rates) {
+    for (quint32 seed = 1; seed <= 6; ++seed) {
+      const InsertPlan plan = planWith(1, 256, 70);
+      HubModel model(plan);
+      fillMemory(model.cores[0], seed);
+      FaultyPort line(model, seed, rate.tms, rate.tdi, rate.tdo);
+      int here = 0;
+      captureAndCompare(model, line, plan, &here);
+      if (HasFatalFailure()) FAIL() << "seed " << seed << " rates " << rate.tms << ' ' << rate.tdi << ' ' << rate.tdo;
+      retries += here;
+    }
+  }
+  EXPECT_GT(retries, 20);
+}
+
+TEST(Protocol, AnUnusableLineEndsInAnError) {
+  const InsertPlan plan = planWith(1, 256, 70);
+  HubModel model(plan);
+  fillMemory(model.cores[0], 1);
+  FaultyPort line(model, 1, 0, 0, 0.02);
+  HubLink hub(line);
+  CoreReader reader(hub, plan);
+  QString error;
+  EXPECT_FALSE(reader.identify(error));
+  EXPECT_TRUE(error.contains(QStringLiteral("undisturbed"))) << error.toStdString();
+}
+
+TEST(Protocol, AnotherDesignsMapIsRefused) {
+  const InsertPlan plan = planWith(1, 256);
+  QString error;
+  InsertPlan other = plan;
+  other.projectHash = "0123456789abcdee";
+  InsertPlan wider = planWith(1, 256, 6);
+  InsertPlan more = plan;
+  more.cores += plan.cores[0];
+  const struct {
+    const InsertPlan* map;
+    const char* text;
+  } cases[] = {{&other, "another project"}, {&wider, "word width"}, {&more, "number of cores"}};
+  for (const auto& one : cases) {
+    HubModel model(plan);
+    fillMemory(model.cores[0], 1);
+    HubLink hub(model);
+    CoreReader reader(hub, *one.map);
+    EXPECT_FALSE(reader.identify(error)) << one.text;
+    EXPECT_TRUE(error.contains(QString::fromLatin1(one.text))) << error.toStdString();
+  }
+}
+
+TEST(Protocol, SaysWhyNothingTriggered) {
+  const InsertPlan plan = planWith(1, 16);
+  HubModel model(plan);
+  fillMemory(model.cores[0], 1);
+  ModelCore& core = model.cores[0];
+  core.cyclesToDone = -1;
+  HubLink hub(model);
+  CoreReader reader(hub, plan);
+  RunSettings settings(plan.cores[0]);
+  CoreStatus status;
+  QString error;
+  ASSERT_TRUE(reader.identify(error)) << error.toStdString();
+  auto reasons = [&]() {
+    EXPECT_TRUE(reader.status(0, status, error)) << error.toStdString();
+    return explainWaiting(settings, status).join(QLatin1Char('\n')).toStdString();
+  };
+  EXPECT_NE(reasons().find("not armed"), std::string::npos);
+  ASSERT_TRUE(reader.arm(0, settings, error));
+  EXPECT_EQ(reader.waitUntilDone(0, {60, 5000}, error), WaitResult::NotYet);
+  core.statusTail = QByteArray(core.layout.statusBits - 8, 0);
+  core.statusTail[0] = core.statusTail[1] = core.statusTail[3] = core.statusTail[4] = 1;
+  core.statusTail[9] = 1;   // expression 0 waits in its second step
+  core.statusTail[10] = 1;  // one event counted
+  const std::string steps = reasons();
+  EXPECT_NE(steps.find("'TE1' (M -> O*3) waits in step 2 of 2, to be met 3 times; it depends on O."), std::string::npos)
+      << steps;
+  EXPECT_NE(steps.find("1 of 5 events"), std::string::npos) << steps;
+  core.statusTail[4] = core.statusTail[1] = 0;
+  EXPECT_NE(reasons().find("No sample since arming"), std::string::npos);
+  core.clockRuns = core.fresh = false;
+  EXPECT_NE(reasons().find("clock 'clk' stands still"), std::string::npos);
+  EXPECT_FALSE(reader.stop(0, error));
+  EXPECT_TRUE(error.contains(QStringLiteral("'clk' stands still"))) << error.toStdString();
+}
+
+TEST(CaptureOptions, WordsAreCheckedAndApplied) {
+  auto parse = [](const char* line, CaptureOptions& options, QString& error) {
+    return parseCaptureOptions(QString::fromLatin1(line).split(QLatin1Char(' '), Qt::SkipEmptyParts), options, error);
+  };
+  CaptureOptions options;
+  QString error;
+  ASSERT_TRUE(parse("-map m -connect fifo:d -set M=111 -op M=!= -position 3 -te TE2 -count 2 -timeout 0.5 -ir 6:0x23",
+                    options, error))
+      << error.toStdString();
+  EXPECT_EQ(options.instruction.width, 6);
+  EXPECT_EQ(options.instruction.code, 0x23u);
+  const InsertPlan plan = planWith(1, 16);
+  RunSettings settings(plan.cores[0]);
+  ASSERT_TRUE(applyRunOptions(options, settings, error)) << error.toStdString();
+  EXPECT_EQ(settings.core().units[0].op, Operator::NotEqual);
+  EXPECT_EQ(settings.core().units[0].value, "111");
+  EXPECT_EQ(settings.position(), 3);
+  EXPECT_FALSE(settings.isEnabled(0));
+  const struct {
+    const char* line;
+    const char* names;
+  } bad[] = {{"-map m", "-connect"},
+             {"-connect fifo:d", "-map"},
+             {"-map m -connect fifo:d -cor c", "'-cor'"},
+             {"-map m -connect", "'-connect'"},
+             {"-map m -connect fifo:d -count 0", "'-count'"},
+             {"-map m -connect fifo:d -timeout x", "'-timeout'"},
+             {"-map m -connect fifo:d -ir 4:16", "WIDTH:CODE"}};
+  for (const auto& one : bad) {
+    CaptureOptions fresh;
+    EXPECT_FALSE(parse(one.line, fresh, error)) << one.line;
+    EXPECT_TRUE(error.contains(QString::fromLatin1(one.names))) << error.toStdString();
+  }
+}
+
+}  // namespace
+}  // namespace ost
