@@ -104,10 +104,19 @@ struct PlanCore {
   int sampleBits() const { return probeBits.size() + (includeTrigger ? units.size() : 0) + timestampBits; }
 };
 
+/// Names of the JTAG pins at the instrumented top.
+struct JtagPins {
+  QString tck = QStringLiteral("ostrel_tck");
+  QString tms = QStringLiteral("ostrel_tms");
+  QString tdi = QStringLiteral("ostrel_tdi");
+  QString tdo = QStringLiteral("ostrel_tdo");
+};
+
 struct InsertPlan {
   QString projectName;       ///< Base name of the project file, or "untitled".
   QString topModule;
   QByteArray projectHash;    ///< 16 hex digits over the plan itself; built into the hardware and the capture map.
+  JtagPins pins;             ///< Chosen by the insertion, which avoids names of the design; not part of the hash.
   QVector<PlanCore> cores;
 };
 

@@ -1,0 +1,220 @@
+// Writes the capture map. Bits are short lists on one line each, so that the file reads well and stays small.
+#include "platform/insert/capture_map.h"
+
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+
+#include <QCryptographicHash>
+
+#include "platform/insert/capture_map_words.h"
+#include "platform/istdata/unit_value.h"
+
+namespace ost {
+namespace {
+
+class MapWriter {
+ public:
+  MapWriter() : writer_(buffer_) { writer_.SetIndent(' ', 1); }
+
+  QByteArray write(const InsertPlan& plan);
+
+ private:
+  void key(const char* name) { writer_.Key(name); }
+  void bytes(const QByteArray& text) { writer_.String(text.constData(), rapidjson::SizeType(text.size())); }
+  void text(const char* name, const QString& value) {
+    key(name);
+    bytes(value.toLatin1());
+  }
+  void flag(const char* name, bool value) {
+    key(name);
+    writer_.Bool(value);
+  }
+  void number(const char* name, int value) {
+    key(name);
+    writer_.Int(value);
+  }
+  /// A list on one line, of what `elements` writes.
+  template <typename Elements>
+  void line(const Elements& elements) {
+    writer_.StartArray();
+    writer_.SetFormatOptions(rapidjson::kFormatSingleLineArray);
+    elements();
+    writer_.EndArray();
+    writer_.SetFormatOptions(rapidjson::kFormatDefault);
+  }
+  void numbers(const char* name, const QVector<int>& values) {
+    key(name);
+    line([&] {
+      for (const int value : values) writer_.Int(value);
+    });
+  }
+  void bit(const NetBit& bit) {
+    line([&] {
+      bytes(bit.name.toLatin1());
+      bytes(bit.instancePath.toLatin1());
+      bytes(bit.net.toLatin1());
+      writer_.Int(bit.bit);
+    });
+  }
+  void bits(const char* name, const QVector<NetBit>& list) {
+    key(name);
+    writer_.StartArray();
+    for (const NetBit& entry : list) bit(entry);
+    writer_.EndArray();
+  }
+  void enable(const char* name, bool used, const NetBit& net, bool activeLow);
+  void unit(const PlanUnit& unit);
+  void expression(const PlanExpression& expression);
+  void core(const PlanCore& core);
+
+  rapidjson::StringBuffer buffer_;
+  rapidjson::PrettyWriter<rapidjson::StringBuffer> writer_;
+};
+
+QByteArray reversed(QByteArray digits) {
+  std::reverse(digits.begin(), digits.end());
+  return digits;
+}
+
+void MapWriter::enable(const char* name, bool used, const NetBit& net, bool activeLow) {
+  key(name);
+  if (!used) {
+    writer_.Null();
+    return;
+  }
+  writer_.StartObject();
+  key("net");
+  bit(net);
+  flag("activeLow", activeLow);
+  writer_.EndObject();
+}
+
+void MapWriter::unit(const PlanUnit& unit) {
+  writer_.StartObject();
+  text("name", unit.name);
+  text("class", unitClassWords()[int(unit.unitClass)]);
+  text("operator", operatorText(unit.op));
+  text("radix", radixText(unit.radix));
+  text("valueText", unit.valueText);
+  number("width", unit.width);
+  numbers("inputs", unit.inputs);
+  key("value");
+  bytes(reversed(unit.value));
+  key("mask");
+  bytes(reversed(unit.mask));
+  writer_.EndObject();
+}
+
+void MapWriter::expression(const PlanExpression& expression) {
+  writer_.StartObject();
+  text("name", expression.name);
+  text("text", expression.text);
+  flag("blockRam", expression.blockRam);
+  number("maxSequenceDepth", expression.maxSequenceDepth);
+  number("maxEventCount", expression.maxEventCount);
+  numbers("units", expression.units);
+  key("steps");
+  writer_.StartArray();
+  for (const PlanStep& step : expression.steps) {
+    writer_.StartObject();
+    key("truthTable");
+    bytes(step.truthTable);
+    number("count", step.count);
+    writer_.EndObject();
+  }
+  writer_.EndArray();
+  writer_.EndObject();
+}
+
+void MapWriter::core(const PlanCore& core) {
+  writer_.StartObject();
+  text("name", core.name);
+  key("sampleClock");
+  bit(core.sampleClock);
+  enable("sampleEnable", core.hasSampleEnable, core.sampleEnable, core.sampleEnableActiveLow);
+  enable("triggerEnable", core.hasTriggerEnable, core.triggerEnable, core.triggerEnableActiveLow);
+  text("displayRadix", radixText(core.displayRadix));
+  number("depth", core.depth);
+  flag("distributedRam", core.distributedRam);
+  flag("distRamDisabled", core.distRamDisabled);
+  number("timestampBits", core.timestampBits);
+  flag("includeTrigger", core.includeTrigger);
+  number("windows", core.windows);
+  number("windowSamples", core.windowSamples);
+  flag("eventCounter", core.eventCounter);
+  number("eventCount", core.eventCount);
+  key("triggerOut");
+  if (!core.triggerOutIo && !core.triggerOutNet) {
+    writer_.Null();
+  } else {
+    writer_.StartObject();
+    text("name", core.triggerOutName);
+    flag("port", core.triggerOutIo);
+    flag("net", core.triggerOutNet);
+    flag("activeLow", core.triggerOutActiveLow);
+    number("minPulse", core.triggerOutMinPulse);
+    writer_.EndObject();
+  }
+  bits("probeBits", core.probeBits);
+  key("probes");
+  writer_.StartArray();
+  for (const PlanProbe& probe : core.probes) {
+    writer_.StartObject();
+    text("name", probe.name);
+    numbers("positions", probe.positions);
+    writer_.EndObject();
+  }
+  writer_.EndArray();
+  bits("triggerBits", core.triggerBits);
+  key("units");
+  writer_.StartArray();
+  for (const PlanUnit& entry : core.units) unit(entry);
+  writer_.EndArray();
+  key("expressions");
+  writer_.StartArray();
+  for (const PlanExpression& entry : core.expressions) expression(entry);
+  writer_.EndArray();
+  writer_.EndObject();
+}
+
+QByteArray MapWriter::write(const InsertPlan& plan) {
+  writer_.StartObject();
+  text("format", captureMapFormat());
+  number("version", kCaptureMapVersion);
+  text("project", plan.projectName);
+  text("top", plan.topModule);
+  key("hash");
+  bytes(plan.projectHash);
+  key("jtag");
+  writer_.StartObject();
+  text("tck", plan.pins.tck);
+  text("tms", plan.pins.tms);
+  text("tdi", plan.pins.tdi);
+  text("tdo", plan.pins.tdo);
+  writer_.EndObject();
+  key("cores");
+  writer_.StartArray();
+  for (const PlanCore& entry : plan.cores) core(entry);
+  writer_.EndArray();
+  writer_.EndObject();
+  return QByteArray(buffer_.GetString(), int(buffer_.GetSize())) + '\n';
+}
+
+}  // namespace
+
+QString captureMapFormat() { return QStringLiteral("ostrel capture map"); }
+
+QStringList unitClassWords() {
+  return {QStringLiteral("match"), QStringLiteral("order"), QStringLiteral("serial")};
+}
+
+QByteArray captureMapJson(const InsertPlan& plan) { return MapWriter().write(plan); }
+
+QByteArray planHash(const InsertPlan& plan) {
+  InsertPlan hashed = plan;
+  hashed.projectHash.clear();
+  hashed.pins = JtagPins();
+  return QCryptographicHash::hash(captureMapJson(hashed), QCryptographicHash::Sha256).toHex().left(16);
+}
+
+}  // namespace ost

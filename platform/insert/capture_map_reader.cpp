@@ -1,0 +1,252 @@
+// Reads a capture map strictly: every field must be there, be of its kind and fit the others.
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <climits>
+
+#include "platform/insert/capture_map.h"
+#include "platform/insert/capture_map_words.h"
+#include "platform/istdata/json_fields.h"
+#include "platform/istdata/trigger_expression.h"
+#include "platform/istdata/unit_value.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+namespace {
+
+constexpr int kMaxCores = 256;
+constexpr int kMaxBits = 1 << 20;  ///< Of one core.
+constexpr int kMaxDepth = 65536;
+constexpr int kMaxTimestampBits = 63;
+
+bool isPowerOfTwo(int number) { return number > 0 && (number & (number - 1)) == 0; }
+
+bool isBinary(const QByteArray& digits) { return digits.count('0') + digits.count('1') == digits.size(); }
+
+class MapReader {
+ public:
+  bool read(const QJsonValue& root, InsertPlan& plan, QString& error);
+
+ private:
+  void fail(const QString& path, const QString& what) {
+    if (fault_.none()) fault_.text = path + QStringLiteral(": ") + what;
+  }
+  /// Calls `each(value, path)` for the elements of a list of at most `most`, until the first fault.
+  template <typename Each>
+  void list(JsonFields& fields, const char* key, int most, const Each& each);
+  QVector<int> numbers(JsonFields& fields, const char* key, int below);
+  NetBit bit(const QJsonValue& value, const QString& path);
+  QVector<NetBit> bits(JsonFields& fields, const char* key);
+  QByteArray digits(JsonFields& fields, const char* key, int count);
+  bool enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow);
+  PlanUnit unit(const QJsonValue& value, const QString& path, int inputs);
+  PlanExpression expression(const QJsonValue& value, const QString& path, int units);
+  void triggerOut(JsonFields& fields, PlanCore& core);
+  PlanCore core(const QJsonValue& value, const QString& path);
+
+  JsonFault fault_;
+};
+
+template <typename Each>
+void MapReader::list(JsonFields& fields, const char* key, int most, const Each& each) {
+  const QJsonArray values = fields.list(key);
+  const QString path = fields.pathOf(key);
+  if (values.size() > most) fail(path, QStringLiteral("has more than %1 entries.").arg(most));
+  for (int i = 0; i < values.size() && fault_.none(); ++i) each(values[i], QStringLiteral("%1[%2]").arg(path).arg(i));
+}
+
+QVector<int> MapReader::numbers(JsonFields& fields, const char* key, int below) {
+  QVector<int> result;
+  list(fields, key, kMaxBits, [&](const QJsonValue& value, const QString& path) {
+    const int number = value.toInt(-1);
+    if (number < 0 || number >= below) fail(path, QStringLiteral("expected a number from 0 to %1.").arg(below - 1));
+    result.append(number);
+  });
+  return result;
+}
+
+NetBit MapReader::bit(const QJsonValue& value, const QString& path) {
+  const QJsonArray parts = value.toArray();
+  NetBit result;
+  if (parts.size() != 4 || !parts[0].isString() || !parts[1].isString() || !parts[2].isString() ||
+      parts[3].toInt(-1) < 0) {
+    fail(path, QStringLiteral("expected [name, instance, net, bit]."));
+    return result;
+  }
+  result.name = toWire(parts[0].toString());
+  result.instancePath = toWire(parts[1].toString());
+  result.net = toWire(parts[2].toString());
+  result.bit = parts[3].toInt();
+  if (result.name.isEmpty() || result.net.isEmpty()) fail(path, QStringLiteral("has an empty name."));
+  return result;
+}
+
+QVector<NetBit> MapReader::bits(JsonFields& fields, const char* key) {
+  QVector<NetBit> result;
+  list(fields, key, kMaxBits, [&](const QJsonValue& value, const QString& path) { result.append(bit(value, path)); });
+  return result;
+}
+
+/// `count` binary digits, written with the most significant first.
+QByteArray MapReader::digits(JsonFields& fields, const char* key, int count) {
+  QByteArray text = fields.text(key).toLatin1();
+  if (text.size() != count || !isBinary(text))
+    fail(fields.pathOf(key), QStringLiteral("expected %1 binary digits.").arg(count));
+  std::reverse(text.begin(), text.end());
+  return text;
+}
+
+bool MapReader::enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow) {
+  const QJsonValue value = fields.value(key);
+  if (value.isNull()) return false;
+  JsonFields inner(value, fields.pathOf(key), fault_);
+  net = bit(inner.value("net"), inner.pathOf("net"));
+  activeLow = inner.flag("activeLow");
+  inner.refuseOthers();
+  return true;
+}
+
+PlanUnit MapReader::unit(const QJsonValue& value, const QString& path, int inputs) {
+  JsonFields fields(value, path, fault_);
+  PlanUnit unit;
+  unit.name = fields.text("name");
+  unit.unitClass = UnitClass(fields.word("class", unitClassWords()));
+  if (!operatorFromText(fields.text("operator"), unit.op))
+    fail(fields.pathOf("operator"), QStringLiteral("is no operator."));
+  if (!radixFromText(fields.text("radix"), unit.radix)) fail(fields.pathOf("radix"), QStringLiteral("is no radix."));
+  unit.valueText = fields.text("valueText");
+  unit.width = fields.number("width", 1, kMaxBits);
+  unit.inputs = numbers(fields, "inputs", inputs);
+  const bool serial = unit.unitClass == UnitClass::Serial;
+  if (fault_.none() && unit.inputs.size() != (serial ? 1 : unit.width))
+    fail(fields.pathOf("inputs"), QStringLiteral("does not fit the width."));
+  unit.value = digits(fields, "value", unit.width);
+  unit.mask = digits(fields, "mask", unit.width);
+  fields.refuseOthers();
+  return unit;
+}
+
+PlanExpression MapReader::expression(const QJsonValue& value, const QString& path, int units) {
+  JsonFields fields(value, path, fault_);
+  PlanExpression expression;
+  expression.name = fields.text("name");
+  expression.text = fields.text("text");
+  expression.blockRam = fields.flag("blockRam");
+  expression.maxSequenceDepth = fields.number("maxSequenceDepth", 1, kMaxSequenceDepth);
+  expression.maxEventCount = fields.number("maxEventCount", 1, kMaxEventCount);
+  expression.units = numbers(fields, "units", units);
+  if (expression.units.isEmpty() || expression.units.size() > kMaxExpressionUnits) {
+    fail(fields.pathOf("units"), QStringLiteral("expected 1 to %1 units.").arg(kMaxExpressionUnits));
+    return expression;
+  }
+  list(fields, "steps", expression.maxSequenceDepth, [&](const QJsonValue& step, const QString& place) {
+    JsonFields inner(step, place, fault_);
+    PlanStep result;
+    result.truthTable = inner.text("truthTable").toLatin1();
+    result.count = inner.number("count", 1, expression.maxEventCount);
+    inner.refuseOthers();
+    if (result.truthTable.size() != 1 << expression.units.size() || !isBinary(result.truthTable))
+      fail(place, QStringLiteral("its truth table needs %1 binary digits.").arg(1 << expression.units.size()));
+    expression.steps.append(result);
+  });
+  if (expression.steps.isEmpty()) fail(fields.pathOf("steps"), QStringLiteral("is empty."));
+  fields.refuseOthers();
+  return expression;
+}
+
+void MapReader::triggerOut(JsonFields& fields, PlanCore& core) {
+  const QJsonValue value = fields.value("triggerOut");
+  if (value.isNull()) return;
+  JsonFields inner(value, fields.pathOf("triggerOut"), fault_);
+  core.triggerOutName = inner.text("name");
+  core.triggerOutIo = inner.flag("port");
+  core.triggerOutNet = inner.flag("net");
+  core.triggerOutActiveLow = inner.flag("activeLow");
+  core.triggerOutMinPulse = inner.number("minPulse", 0, INT_MAX);
+  inner.refuseOthers();
+}
+
+PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
+  JsonFields fields(value, path, fault_);
+  PlanCore core;
+  core.name = fields.text("name");
+  core.sampleClock = bit(fields.value("sampleClock"), fields.pathOf("sampleClock"));
+  core.hasSampleEnable = enable(fields, "sampleEnable", core.sampleEnable, core.sampleEnableActiveLow);
+  core.hasTriggerEnable = enable(fields, "triggerEnable", core.triggerEnable, core.triggerEnableActiveLow);
+  if (!radixFromText(fields.text("displayRadix"), core.displayRadix))
+    fail(fields.pathOf("displayRadix"), QStringLiteral("is no radix."));
+  core.depth = fields.number("depth", 1, kMaxDepth);
+  core.distributedRam = fields.flag("distributedRam");
+  core.distRamDisabled = fields.flag("distRamDisabled");
+  core.timestampBits = fields.number("timestampBits", 0, kMaxTimestampBits);
+  core.includeTrigger = fields.flag("includeTrigger");
+  core.windows = fields.number("windows", 1, core.depth);
+  core.windowSamples = fields.number("windowSamples", 1, core.depth);
+  if (!isPowerOfTwo(core.depth)) fail(fields.pathOf("depth"), QStringLiteral("is no power of two."));
+  if (!isPowerOfTwo(core.windowSamples) || qint64(core.windows) * core.windowSamples > core.depth)
+    fail(fields.pathOf("windowSamples"), QStringLiteral("the windows do not fit the depth."));
+  core.eventCounter = fields.flag("eventCounter");
+  core.eventCount = fields.number("eventCount", 1, kMaxEventCount);
+  triggerOut(fields, core);
+  core.probeBits = bits(fields, "probeBits");
+  list(fields, "probes", kMaxBits, [&](const QJsonValue& entry, const QString& place) {
+    JsonFields inner(entry, place, fault_);
+    PlanProbe probe;
+    probe.name = inner.text("name");
+    probe.positions = numbers(inner, "positions", core.probeBits.size());
+    inner.refuseOthers();
+    core.probes.append(probe);
+  });
+  core.triggerBits = bits(fields, "triggerBits");
+  list(fields, "units", kMaxBits, [&](const QJsonValue& entry, const QString& place) {
+    core.units.append(unit(entry, place, core.triggerBits.size()));
+  });
+  list(fields, "expressions", kMaxBits, [&](const QJsonValue& entry, const QString& place) {
+    core.expressions.append(expression(entry, place, core.units.size()));
+  });
+  fields.refuseOthers();
+  return core;
+}
+
+bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
+  JsonFields fields(root, QString(), fault_);
+  fields.word("format", {captureMapFormat()});
+  fields.number("version", kCaptureMapVersion, kCaptureMapVersion);
+  InsertPlan result;
+  result.projectName = fields.text("project");
+  result.topModule = fields.text("top");
+  result.projectHash = fields.text("hash").toLatin1();
+  JsonFields jtag(fields.value("jtag"), QStringLiteral("jtag"), fault_);
+  result.pins.tck = jtag.text("tck");
+  result.pins.tms = jtag.text("tms");
+  result.pins.tdi = jtag.text("tdi");
+  result.pins.tdo = jtag.text("tdo");
+  jtag.refuseOthers();
+  list(fields, "cores", kMaxCores,
+       [&](const QJsonValue& value, const QString& path) { result.cores.append(core(value, path)); });
+  fields.refuseOthers();
+  if (fault_.none() && planHash(result) != result.projectHash)
+    fault_.text = QStringLiteral("hash: does not fit the contents; the file was edited or damaged.");
+  if (!fault_.none()) {
+    error = QStringLiteral("The capture map is not usable: %1").arg(fault_.text);
+    return false;
+  }
+  plan = result;
+  return true;
+}
+
+}  // namespace
+
+bool readCaptureMap(const QByteArray& json, InsertPlan& plan, QString& error) {
+  QJsonParseError fault;
+  const QJsonDocument document = QJsonDocument::fromJson(json, &fault);
+  if (fault.error != QJsonParseError::NoError) {
+    const int line = json.left(fault.offset).count('\n') + 1;
+    error = QStringLiteral("The capture map is not usable: line %1: %2.").arg(line).arg(fault.errorString());
+    return false;
+  }
+  return MapReader().read(document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array()), plan,
+                          error);
+}
+
+}  // namespace ost

@@ -1,0 +1,12 @@
+// Words that the capture map's writer and reader share.
+#pragma once
+
+#include <QStringList>
+
+namespace ost {
+
+constexpr int kCaptureMapVersion = 1;
+QString captureMapFormat();
+QStringList unitClassWords();  ///< By UnitClass.
+
+}  // namespace ost
