@@ -16,7 +16,7 @@ void writeToStdout(void*, Tcl_Interp* interp, const char* text, int) {
     std::fflush(stdout);
     return;
   }
-  if (interp == nullptr) {
+  if (interp == nullptr || Tcl_InterpDeleted(interp)) {
     Tcl_Channel channel = Tcl_GetStdChannel(TCL_STDOUT);
     if (channel != nullptr && Tcl_WriteChars(channel, text, -1) >= 0) Tcl_Flush(channel);
     return;

@@ -36,7 +36,10 @@ int handleAdd(void* data, Tcl_Interp* interp, int argc, const char** argv) {
     return TCL_ERROR;
   }
   Tcl_SetResult(interp, const_cast<char*>("own result"), TCL_STATIC);
-  if (value == "update" && !servePendingEvents()) return TCL_ERROR;
+  if (value == "update" && !servePendingEvents()) {
+    TclMsgOutput(interp, "the interpreter is gone\n", 0);
+    return TCL_ERROR;
+  }
   if (value == "who")
     Tcl_SetResult(interp, const_cast<char*>(currentInterpreter() == interp ? "me" : "not me"), TCL_STATIC);
   return TCL_OK;
