@@ -35,8 +35,8 @@ QList<QPair<QString, QByteArray>> coreVerilogFiles();
 struct ResourceEstimate {
   int luts = 0;
   int flipFlops = 0;
-  int blockRams = 0;        ///< RAMB18 halves counted as 0.5 are rounded up.
-  qint64 memoryBits = 0;    ///< depth * sample bits plus expression tables.
+  int blockRams = 0;      ///< RAMB18 halves counted as 0.5 are rounded up.
+  qint64 memoryBits = 0;  ///< depth * sample bits plus expression tables.
 };
 ResourceEstimate estimateCore(const PlanCore& core);
 ResourceEstimate estimateHub(const InsertPlan& plan);

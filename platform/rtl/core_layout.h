@@ -1,0 +1,54 @@
+// Derived figures of a planned core: widths, addresses and the configuration chain's parts, from which its Verilog is
+// written and its size estimated. docs/debug-core.md defines them.
+#pragma once
+
+#include <QVector>
+
+#include "platform/insert/insert_plan.h"
+
+namespace ost {
+
+/// Bits that hold 0 .. n-1; 0 for n <= 1.
+int bitsFor(qint64 n);
+
+enum class TableStore { Chain = 0, Distributed = 1, Block = 2 };
+
+struct ExpressionLayout {
+  int units = 1;     ///< Address bits of the table.
+  int steps = 1;     ///< Built in.
+  int stepBits = 0;  ///< State of the sequencer.
+  int countBits = 0;
+  TableStore store = TableStore::Chain;
+  int configOffset = 0;
+  int configBits = 1;   ///< Enable, last step, counts.
+  int tableOffset = 0;  ///< In the chain; only with TableStore::Chain.
+  int tableBits = 2;    ///< steps << units
+};
+
+struct CoreLayout {
+  int windowBits = 0;
+  int positionBits = 1;
+  int addressBits = 1;
+  int wordBits = 1;
+  int blockBits = 0;
+  int eventBits = 0;
+  int stepStateBits = 0;
+  int rowBits = 0;  ///< Widest table row in memory; 0 without tables in memory.
+  int tableAddressBits = 0;
+  int statusBits = 0;
+  int chainBits = 0;
+  qint64 words = 0;
+  QVector<int> unitOffsets;  ///< In the chain.
+  QVector<ExpressionLayout> expressions;
+
+  explicit CoreLayout(const PlanCore& core);
+};
+
+/// Bits that a unit takes in the chain.
+int unitConfigBits(const PlanUnit& unit);
+
+/// Bits that count the bits of the longest payload word, and the words of the largest memory, of all cores.
+int hubIndexBits(const InsertPlan& plan);
+int hubAddressBits(const InsertPlan& plan);
+
+}  // namespace ost

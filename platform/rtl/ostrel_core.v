@@ -1,0 +1,383 @@
+// One logic-analyzer core without its trigger units and expressions: input registers, window control, sample memory,
+// trigger output on the sample clock; configuration chain, status and read-out on TCK. `ostrel_debug` connects units
+// and expressions to it. What it does to the sample is written down in docs/debug-core.md.
+//
+// Pipeline on the sample clock. Trigger and data pass the same stages, so that nothing has to be aligned later:
+//   A  the inputs as they are at the sample's edge
+//   B  the last sample (loads only on samples); units' hits
+//   C  hits and data of B; expression rows looked up from B's hits
+//   D  window control acts on C, and C's word is written
+//
+// Clock crossings, all of them:
+//   run      TCK -> clk   level, synchronised. Rises only while busy is seen low, falls only while it is seen high: neither
+//                         a short STOP nor a short ARM can be missed by a slow sample clock.
+//   busy     clk -> TCK   level, synchronised. Low when the whole pipeline is empty.
+//   done     clk -> TCK   level, synchronised. Rises one sample clock after the last write to the memory.
+//   ask      TCK -> clk   toggles to ask for a snapshot, synchronised.
+//   answer   clk -> TCK   follows ask when the snapshot stands, synchronised.
+//   snapshot clk -> TCK   word, constant from before answer follows ask to the next change of ask.
+//   oldest   clk -> TCK   word, constant while done; not looked at otherwise.
+//   config_q TCK -> clk   word, changes only while ready, that is before run rises.
+//   memory   clk -> TCK   written only before done, read only after it.
+//   tables   TCK -> clk   (ostrel_table) as config_q.
+`default_nettype none
+
+module ostrel_core #(
+    parameter integer PROBES = 32,
+    parameter integer TRIGGERS = 1,         // Trigger bits, at least 1.
+    parameter integer UNITS = 1,            // At least 1.
+    parameter integer EXPRESSIONS = 1,      // At least 1.
+    parameter integer STEP_STATE_BITS = 0,  // Bits of all expressions' step states.
+    parameter integer ROW_BITS = 0,         // Widest row of an expression table in memory; 0 without such tables.
+    parameter integer WINDOWS = 1,
+    parameter integer WINDOW_BITS = 0,      // clog2(WINDOWS)
+    parameter integer POSITION_BITS = 10,   // log2(samples of a window), at least 1.
+    parameter integer ADDRESS_BITS = 10,    // clog2(WINDOWS << POSITION_BITS)
+    parameter integer DISTRIBUTED = 0,
+    parameter integer TIMESTAMP_BITS = 0,
+    parameter integer INCLUDE_TRIGGER = 0,
+    parameter integer EVENT_BITS = 0,       // clog2(event count); 0 without event counter.
+    parameter integer HAS_SAMPLE_EN = 0,
+    parameter integer SAMPLE_EN_LOW = 0,
+    parameter integer HAS_TRIG_EN = 0,
+    parameter integer TRIG_EN_LOW = 0,
+    parameter integer TRIG_OUT_LOW = 0,
+    parameter integer PULSE = 1,            // Sample clocks that the trigger output stays active.
+    parameter integer PULSE_BITS = 0,       // clog2(PULSE)
+    parameter integer CHAIN_BITS = 12,
+    parameter integer BLOCK_BITS = 7,       // log2(words of a read-out block)
+    parameter integer INDEX_BITS = 8,
+    parameter integer HUB_ADDRESS_BITS = 10,
+    parameter [127:0] INFO = 128'd0,        // This core's half of the self-description.
+    parameter integer WORD_BITS = PROBES + (INCLUDE_TRIGGER != 0 ? UNITS : 0) + TIMESTAMP_BITS + (WINDOWS > 1 ? 1 : 0)
+) (
+    // The design's side.
+    input  wire                        clk,
+    input  wire [PROBES-1:0]           probe,
+    input  wire [TRIGGERS-1:0]         trig,
+    input  wire                        sample_en,
+    input  wire                        trig_en,
+    output wire                        trig_out,
+
+    // Units: hit belongs to unit_cur one clock later.
+    output wire                        unit_run,
+    output wire                        unit_sample,
+    output wire                        unit_seen,
+    output wire [TRIGGERS-1:0]         unit_cur,
+    input  wire [UNITS-1:0]            hits,
+    // Expressions.
+    output wire                        search,
+    output wire                        look,
+    input  wire [EXPRESSIONS-1:0]      fires,
+    input  wire [(STEP_STATE_BITS > 0 ? STEP_STATE_BITS - 1 : 0):0] steps,
+    output wire [CHAIN_BITS-1:0]       config_bits,
+    output wire                        table_load,  // A row's last bit may be on tdi: write when the row is complete.
+    output wire [(ROW_BITS > 0 ? ROW_BITS - 1 : 0):0] table_row,   // The row ends at the top bit.
+    input  wire                        table_last,  // index is at the last bit of the addressed table's row.
+
+    // The hub's side, see ostrel_hub.
+    input  wire                        tck,
+    input  wire                        tdi,
+    input  wire                        select,
+    input  wire                        op_status,
+    input  wire                        op_info,
+    input  wire                        op_read,
+    input  wire                        op_config,
+    input  wire                        op_table,
+    input  wire                        op_arm,
+    input  wire                        op_stop,
+    input  wire                        data,
+    input  wire [7:0]                  tag,
+    input  wire [HUB_ADDRESS_BITS-1:0] address,
+    input  wire [INDEX_BITS-1:0]       index,
+    input  wire                        load,
+    input  wire                        fetch,
+    input  wire                        take,
+    output wire                        permit,
+    output wire                        word_last,
+    output wire                        block_end,
+    output wire                        payload,
+    output wire [4:0]                  flags
+);
+  // Bits of an index into n bits; at least 1.
+  function integer clog2(input integer n);
+    begin
+      clog2 = 1;
+      while ((1 << clog2) < n) clog2 = clog2 + 1;
+    end
+  endfunction
+
+  localparam integer SNAPSHOT_BITS = 5 + WINDOW_BITS + STEP_STATE_BITS + EVENT_BITS;
+  localparam integer OLDEST_BITS = WINDOWS > 1 ? 0 : POSITION_BITS;
+  localparam integer STATUS_BITS = 8 + SNAPSHOT_BITS + OLDEST_BITS;
+
+  // ---- TCK: configuration, run, status, read-out
+
+  reg [CHAIN_BITS-1:0] config_q;
+  reg configured, want, run, ask;
+  reg [7:0] run_tag;
+  wire busy_seen, done_seen, answer_seen;
+  wire ready = ~run & ~want & ~busy_seen;
+  wire fresh = ask == answer_seen;
+
+  initial begin
+    configured = 1'b0;
+    want = 1'b0;
+    run = 1'b0;
+    ask = 1'b0;
+  end
+
+  assign permit = select & (op_status | op_info | op_stop | (op_read & done_seen & tag == run_tag) |
+                            (op_config & ready) | ((op_table | op_arm) & ready & configured));
+  assign flags = {fresh, configured, done_seen, want, ready};
+  assign config_bits = config_q;
+
+  wire mine = select & take;
+  always @(posedge tck) begin
+    if (select & load & op_config) config_q <= {tdi, config_q[CHAIN_BITS-1:1]};
+
+    // What has been shifted in part counts for nothing until its frame has proved good.
+    if (select & load & (op_config | op_table)) configured <= 1'b0;
+    else if (mine & (op_config | op_table)) configured <= 1'b1;
+
+    if (mine & op_arm) begin
+      want <= 1'b1;
+      run_tag <= tag;
+    end else if (mine & op_stop) want <= 1'b0;
+    run <= busy_seen ? run & want : run | want;
+
+    if (mine & op_status & fresh) ask <= ~ask;
+  end
+
+  assign table_load = select & load & op_table;
+  generate
+    if (ROW_BITS > 1) begin : rows
+      reg [ROW_BITS-2:0] row_q;
+      assign table_row = {tdi, row_q};
+      always @(posedge tck) if (table_load) row_q <= table_row[ROW_BITS-1:1];
+    end else begin : bits
+      assign table_row = tdi;
+    end
+  endgenerate
+
+  // ---- Sample clock: pipeline
+
+  wire run_here, ask_here;
+  reg run_a, run_b, run_c;  // The run's level, passed along with the samples.
+  reg busy, full, done, answer;
+  reg [PROBES-1:0] probe_a, probe_b, probe_c;
+  reg [TRIGGERS-1:0] trig_a;
+  reg sample_a, sample_b, sample_c, trig_en_a, trig_en_b, trig_en_c;
+  reg seen;
+
+  initial begin
+    // A clock that has not started yet leaves the core configurable.
+    busy = 1'b0;
+    run_a = 1'b0;
+    run_b = 1'b0;
+    run_c = 1'b0;
+    full = 1'b0;
+    done = 1'b0;
+    answer = 1'b0;
+  end
+
+  wire sample_now = HAS_SAMPLE_EN != 0 ? sample_en ^ (SAMPLE_EN_LOW != 0) : 1'b1;
+  wire trig_en_now = HAS_TRIG_EN != 0 ? trig_en ^ (TRIG_EN_LOW != 0) : 1'b1;
+
+  always @(posedge clk) begin
+    run_a <= run_here;
+    run_b <= run_a;
+    run_c <= run_b;
+    busy <= run_here | run_a | run_b | run_c;
+
+    sample_a <= run_here & sample_now;
+    sample_b <= sample_a;
+    sample_c <= sample_b;
+    probe_a <= probe;
+    trig_a <= trig;
+    trig_en_a <= trig_en_now;
+    if (sample_a) begin
+      probe_b <= probe_a;
+      trig_en_b <= trig_en_a;
+    end
+    probe_c <= probe_b;
+    trig_en_c <= trig_en_b;
+
+    if (!run_a) seen <= 1'b0;
+    else if (sample_a) seen <= 1'b1;
+  end
+
+  assign unit_run = run_a;
+  assign unit_sample = sample_a;
+  assign unit_seen = seen;
+  assign unit_cur = trig_a;
+
+  // ---- Sample clock: windows
+
+  reg [POSITION_BITS-1:0] position;  // Where in the window's ring the sample goes.
+  reg [POSITION_BITS-1:0] kept;      // Samples of the final window so far; stands at `pre` while searching.
+  reg triggered;
+  wire trigger;
+  wire [POSITION_BITS-1:0] pre = config_q[0+:POSITION_BITS];
+  wire store = sample_c & ~full;
+  wire waiting = kept == pre & ~triggered & ~full;
+  wire window_end = store & (&kept) & (~waiting | trigger);
+  wire last_window;
+
+  assign search = run_c & waiting;
+  assign look = sample_c & waiting & trig_en_c;
+
+  always @(posedge clk)
+    if (!run_c) begin
+      kept <= {POSITION_BITS{1'b0}};
+      triggered <= 1'b0;
+      full <= 1'b0;
+      done <= 1'b0;
+    end else begin
+      if (store & (~waiting | trigger)) kept <= kept + 1'b1;  // Ends a window at 0 again.
+      if (window_end) triggered <= 1'b0;
+      else if (trigger) triggered <= 1'b1;
+      if (window_end & last_window) full <= 1'b1;
+      done <= full;
+    end
+
+  // Status of the window counter and the lap bit exist only with several windows.
+  wire [ADDRESS_BITS-1:0] write_address;
+  wire [SNAPSHOT_BITS-1:0] live;
+  wire [WORD_BITS-1:0] word;
+  wire [STATUS_BITS-1:0] status;
+  reg [SNAPSHOT_BITS-1:0] snapshot;
+
+  generate
+    if (WINDOWS > 1) begin : several_windows
+      reg [WINDOW_BITS-1:0] window;
+      reg lap;
+      assign last_window = window == config_q[POSITION_BITS+:WINDOW_BITS];
+      always @(posedge clk)
+        if (!run_c) begin
+          window <= {WINDOW_BITS{1'b0}};
+          position <= {POSITION_BITS{1'b0}};
+          lap <= 1'b0;
+        end else if (store) begin
+          position <= window_end ? {POSITION_BITS{1'b0}} : position + 1'b1;
+          lap <= ~window_end & (lap ^ (&position));
+          if (window_end & ~last_window) window <= window + 1'b1;
+        end
+      assign write_address = {window, position};
+      assign word[WORD_BITS-1] = lap;
+      assign live[5+:WINDOW_BITS] = window;
+      assign status = {snapshot, run_tag};
+    end else begin : one_window
+      assign last_window = 1'b1;
+      always @(posedge clk)
+        if (!run_c) position <= {POSITION_BITS{1'b0}};
+        else if (store) position <= position + 1'b1;
+      assign write_address = position;
+      if (STEP_STATE_BITS + EVENT_BITS > 0) begin : with_state
+        assign status = {snapshot[SNAPSHOT_BITS-1:5], position, snapshot[4:0], run_tag};
+      end else begin : without_state
+        assign status = {position, snapshot, run_tag};
+      end
+    end
+
+    // ---- Sample clock: what else goes into a word
+
+    assign word[0+:PROBES] = probe_c;
+    if (INCLUDE_TRIGGER != 0) begin : unit_states
+      reg [UNITS-1:0] hits_c;
+      always @(posedge clk) hits_c <= hits;
+      assign word[PROBES+:UNITS] = hits_c;
+    end else begin : no_unit_states
+      wire unused = &{1'b0, hits};
+    end
+    if (TIMESTAMP_BITS > 0) begin : timestamp
+      // Runs with stage C: 0 at the edge that writes a sample of the run's first edge.
+      reg [TIMESTAMP_BITS-1:0] now;
+      always @(posedge clk)
+        if (!run_c) now <= {TIMESTAMP_BITS{1'b0}};
+        else now <= now + 1'b1;
+      assign word[PROBES+(INCLUDE_TRIGGER != 0 ? UNITS : 0)+:TIMESTAMP_BITS] = now;
+    end
+
+    // ---- Sample clock: trigger
+
+    if (EVENT_BITS > 0) begin : event_counter
+      reg [EVENT_BITS-1:0] events;
+      wire enough = events == config_q[POSITION_BITS+WINDOW_BITS+:EVENT_BITS];
+      assign trigger = |fires & enough;
+      always @(posedge clk)
+        if (!search) events <= {EVENT_BITS{1'b0}};
+        else if (|fires) events <= events + 1'b1;
+      assign live[5+WINDOW_BITS+STEP_STATE_BITS+:EVENT_BITS] = events;
+    end else begin : first_event
+      assign trigger = |fires;
+    end
+
+    if (STEP_STATE_BITS > 0) begin : step_states
+      assign live[5+WINDOW_BITS+:STEP_STATE_BITS] = steps;
+    end else begin : no_step_states
+      wire unused = &{1'b0, steps};
+    end
+  endgenerate
+  assign live[4:0] = {seen, trig_en_a, triggered, search, run_a};
+
+  reg trig_out_q;
+  initial trig_out_q = TRIG_OUT_LOW != 0;
+  assign trig_out = trig_out_q;
+  generate
+    if (PULSE > 1) begin : pulse
+      reg [PULSE_BITS-1:0] left;
+      localparam integer MORE = PULSE - 1;
+      initial left = {PULSE_BITS{1'b0}};
+      always @(posedge clk) begin
+        trig_out_q <= (trigger | (|left)) ^ (TRIG_OUT_LOW != 0);
+        left <= trigger ? MORE[PULSE_BITS-1:0] : left - {{(PULSE_BITS-1){1'b0}}, |left};
+      end
+    end else begin : single_cycle
+      always @(posedge clk) trig_out_q <= trigger ^ (TRIG_OUT_LOW != 0);
+    end
+  endgenerate
+
+  // ---- Read-out on TCK
+
+  wire [WORD_BITS-1:0] read_word;
+  ostrel_memory #(
+      .WIDTH(WORD_BITS), .WORDS(WINDOWS << POSITION_BITS), .ADDRESS_BITS(ADDRESS_BITS), .DISTRIBUTED(DISTRIBUTED)
+  ) samples (
+      .write_clk(clk), .write(store), .write_address(write_address), .write_data(word),
+      .read_clk(tck), .read(fetch & select), .read_address(address[ADDRESS_BITS-1:0]), .read_data(read_word)
+  );
+
+  // A bit-wide selector in place of a shift register: it costs a quarter of a LUT a bit, not one.
+  localparam integer WORD_INDEX_BITS = clog2(WORD_BITS), STATUS_INDEX_BITS = clog2(STATUS_BITS);
+  localparam integer WORD_LAST = WORD_BITS - 1, STATUS_LAST = STATUS_BITS - 1;
+  wire [127:0] info = INFO;
+  assign payload = select & (op_info ? info[index[6:0]] : data ? read_word[index[WORD_INDEX_BITS-1:0]]
+                                                               : status[index[STATUS_INDEX_BITS-1:0]]);
+  assign word_last = select & (op_table & (ROW_BITS > 0) ? table_last :
+                               data ? index == WORD_LAST[INDEX_BITS-1:0] : index == STATUS_LAST[INDEX_BITS-1:0]);
+  generate
+    if (BLOCK_BITS > 0) begin : blocks
+      assign block_end = select & ~|address[(BLOCK_BITS > 0 ? BLOCK_BITS - 1 : 0):0];
+    end else begin : word_blocks
+      assign block_end = select;
+    end
+  endgenerate
+
+  wire unused = &{1'b0, address};
+
+  // ---- Crossings of levels
+
+  ostrel_sync sync_run (.clk(clk), .in(run), .out(run_here));
+  ostrel_sync sync_busy (.clk(tck), .in(busy), .out(busy_seen));
+  ostrel_sync sync_done (.clk(tck), .in(done), .out(done_seen));
+  ostrel_sync sync_ask (.clk(clk), .in(ask), .out(ask_here));
+  ostrel_sync sync_answer (.clk(tck), .in(answer), .out(answer_seen));
+
+  always @(posedge clk) begin
+    answer <= ask_here;
+    if (ask_here != answer) snapshot <= live;
+  end
+endmodule
+
+`default_nettype wire
