@@ -108,13 +108,18 @@ void CoreCheck::checkTracedSignals() {
   bool any = false;
   forEachSignal(core_.trace->nodes, [&](const TraceNode& node) {
     any = true;
+    const FindingList::Fills fills = {{QStringLiteral("<signal>"), node.name}};
     NetSelection selection;
     QString error;
-    if (design_.exists(node.name) && design_.resolve(node.name, selection, error))
-      traced_.append({object(), selection});
+    if (!design_.exists(node.name) || !design_.resolve(node.name, selection, error))
+      reportVanished(DesignRule::TracedSignalVanished, QString(), QStringLiteral("traced signal"), node.name, fills);
+    else if (selection.bits.size() != 1)
+      report(DesignRule::TracedSignalVanished, QString(),
+             QStringLiteral("traced signal \"%1\" has become %2 wide")
+                 .arg(node.name, counted(selection.bits.size(), "bit")),
+             fills);
     else
-      reportVanished(DesignRule::TracedSignalVanished, QString(), QStringLiteral("traced signal"), node.name,
-                     {{QStringLiteral("<signal>"), node.name}});
+      traced_.append({object(), selection});
   });
   if (!any) report(DesignRule::NothingTraced, QString(), QStringLiteral("nothing is traced"));
 }

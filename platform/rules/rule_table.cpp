@@ -18,7 +18,7 @@ const std::vector<RuleRow>& ruleTable() {
       {R::SampleClockWide, E, "The sample clock is wider than a bit",
        "ost_trace trc_option -core <core> SampleClk=<bit>"},
       {R::NothingTraced, E, "A core traces nothing", "ost_trace add_sig -core <core> {<signals>}"},
-      {R::TracedSignalVanished, E, "A traced signal is not in the design",
+      {R::TracedSignalVanished, E, "A traced signal is not in the design, or no longer one bit",
        "ost_trace del_sig -core <core> {<signal>}, then ost_trace add_sig with its new name"},
       {R::EnableWithoutSignal, E, "Sample or trigger enable is on without a signal",
        "ost_trace trc_option -core <core> <enable>Sig=<net>, or <enable>=off"},

@@ -144,14 +144,15 @@ const std::vector<Case>& cases() {
          c.trace->appendBus(nullptr, text("BUS1"), error);
        },
        {13}},
-      {"traced signals vanished, one of them inside a bus",
+      {"traced signals vanished, one of them inside a bus, and one that has become a vector",
        [](Project&, Core& c) {
          QString error;
          trace(c, "u_deep/gone");
          TraceNode* bus = c.trace->appendBus(nullptr, text("BUS1"), error);
          c.trace->appendSignal(bus, text("count[9]"), error);
+         trace(c, "din");
        },
-       {14, 14}},
+       {14, 14, 14}},
       {"enables without signals",
        [](Project&, Core& c) { c.options.sampleEnable = c.options.triggerEnable = true; },
        {15, 15}},
