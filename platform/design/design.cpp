@@ -235,10 +235,10 @@ Design::Design() : d(new Private) {}
 Design::~Design() = default;
 
 std::shared_ptr<const Design> Design::read(const DesignSource& source, QString& error,
-                                           const std::function<bool()>& idle) {
+                                           const std::function<bool()>& idle, const QString& workingDirectory) {
   std::shared_ptr<Design> design(new Design);
   design->d->source = source;
-  design->d->workingDirectory = QDir::currentPath();
+  design->d->workingDirectory = workingDirectory.isEmpty() ? QDir::currentPath() : workingDirectory;
   if (!design->d->load(error, idle)) return nullptr;
   return design;
 }

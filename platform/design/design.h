@@ -59,9 +59,10 @@ class ISTCOMDATA_API Design {
  public:
   /// Reads the sources with Yosys. Null on failure, with a text for the user in `error` (file and line where Yosys
   /// gives them). `idle` is called while Yosys runs, a few times a second at least, and may be empty; returning false
-  /// cancels.
+  /// cancels. Relative names mean `workingDirectory`, or the current folder when it is empty.
   static std::shared_ptr<const Design> read(const DesignSource& source, QString& error,
-                                            const std::function<bool()>& idle = {});
+                                            const std::function<bool()>& idle = {},
+                                            const QString& workingDirectory = QString());
   ~Design();
 
   const DesignSource& source() const;

@@ -13,7 +13,8 @@ struct DesignSession::Private {
   bool reading = false;
   bool prove = false;
 
-  bool read(const DesignSource& source, QString& error) {
+  bool read(const DesignSource& source, const std::function<bool()>& idle, const QString& workingDirectory,
+            QString& error) {
     if (reading) {
       error = QString::fromLatin1("A design is being read already; wait until it is done");
       return false;
@@ -23,7 +24,7 @@ struct DesignSession::Private {
       explicit Flag(bool& flag) : value(flag) { value = true; }
       ~Flag() { value = false; }
     } flag(reading);
-    std::shared_ptr<const Design> fresh = Design::read(source, error, idleHook);
+    std::shared_ptr<const Design> fresh = Design::read(source, error, idle ? idle : idleHook, workingDirectory);
     if (!fresh) return false;
     design = fresh;
     return true;
@@ -55,13 +56,17 @@ std::shared_ptr<const Design> DesignSession::design() const {
   return d->design;
 }
 
-bool DesignSession::read(const DesignSource& source, QString& error) {
+bool DesignSession::isReading() const {
+  return d->reading;
+}
+
+bool DesignSession::read(const DesignSource& source, QString& error, const std::function<bool()>& idle) {
   const std::shared_ptr<const Design> loaded = d->design;
   if (!d->reading && loaded && sameSource(loaded->source(), source) &&
       loaded->workingDirectory() == QDir::currentPath() && !loaded->isStale()) {
     return true;
   }
-  return d->read(source, error);
+  return d->read(source, idle, QString(), error);
 }
 
 bool DesignSession::readFromEnvironment(QString& error) {
@@ -78,7 +83,7 @@ bool DesignSession::readFromEnvironment(QString& error) {
   const QByteArray suffix = name.mid(name.lastIndexOf(QLatin1Char('.'))).toLower().toLatin1();
   const bool design = suffix == ".json" || suffix == ".v" || suffix == ".sv";
   (design ? source.files : source.fileLists).append(name);
-  if (d->read(source, error)) return true;
+  if (d->read(source, {}, QString(), error)) return true;
   error = QString::fromLatin1("OST_DESIGN: %1").arg(error);
   return false;
 }
@@ -91,11 +96,7 @@ bool DesignSession::refresh(QString& error) {
   }
   if (!loaded->isStale()) return true;
   // Relative names mean the folder of the first read, wherever the process stands now.
-  const QString here = QDir::currentPath();
-  QDir::setCurrent(loaded->workingDirectory());
-  const bool done = d->read(loaded->source(), error);
-  QDir::setCurrent(here);
-  return done;
+  return d->read(loaded->source(), {}, loaded->workingDirectory(), error);
 }
 
 void DesignSession::close() {

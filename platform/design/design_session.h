@@ -18,8 +18,9 @@ class ISTCOMDATA_API DesignSession {
   std::shared_ptr<const Design> design() const;
 
   /// Reads and makes current; on failure the design before stays. Sources that are already loaded and have not changed
-  /// are not read again.
-  bool read(const DesignSource& source, QString& error);
+  /// are not read again. `idle` takes the place of the session's hook for this read. Refused while a read is under way.
+  bool read(const DesignSource& source, QString& error, const std::function<bool()>& idle = {});
+  bool isReading() const;
   /// The design named by $OST_DESIGN (a Yosys JSON netlist, or a file list), when none is loaded yet.
   bool readFromEnvironment(QString& error);
   /// Reads again when a source file has changed. True when the design in force is up to date.

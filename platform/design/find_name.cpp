@@ -137,7 +137,9 @@ class Finder {
     } else if (const InstanceEntry* instance = index_.findInstance(module, rest)) {
       const ModuleEntry& inner = index_.modules[size_t(instance->module)];
       reason = QString::fromLatin1("\"%1\" is an instance, not a net").arg(text(whole_));
-      if (!inner.nets.empty()) {
+      if (inner.bodyless) {
+        reason += QString::fromLatin1(" (and a black box: name the nets at its ports, in the module around it)");
+      } else if (!inner.nets.empty()) {
         reason += QString::fromLatin1(": name one of its nets, as in \"%1/%2\"")
                       .arg(text(whole_), text(index_.view(inner.nets.front().name)));
       }

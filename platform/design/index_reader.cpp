@@ -242,7 +242,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
       module().roles = QByteArray(value.text.data(), int(value.text.size()));
     } else if (item_ == "top") {
       module().topAttribute = isTrue(value);
-    } else if (item_ == "blackbox" || item_ == "whitebox") {
+    } else if (item_ == "blackbox") {
       module().bodyless |= isTrue(value);
     }
     return true;

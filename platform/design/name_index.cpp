@@ -50,6 +50,11 @@ bool NameIndex::complete(const QByteArray& wantedTop, QString& error) {
   const auto byName = [this](const auto& a, const auto& b) { return view(a.name) < view(b.name); };
   const auto same = [this](const auto& a, const auto& b) { return view(a.name) == view(b.name); };
   for (ModuleEntry& module : modules) {
+    if (module.bodyless) {
+      module.nets = {};
+      module.instances = {};
+      module.memories = {};
+    }
     std::sort(module.nets.begin(), module.nets.end(), byName);
     std::sort(module.instances.begin(), module.instances.end(), byName);
     std::sort(module.memories.begin(), module.memories.end(),

@@ -35,7 +35,7 @@ struct ModuleEntry {
   QByteArray key;      ///< As Yosys writes it.
   QByteArray hdlName;  ///< As the source declares it.
   bool topAttribute = false;
-  bool bodyless = false;
+  bool bodyless = false;  ///< A black box: what its shell declares cannot be reached and is left out.
   QByteArray roles;
   std::vector<NetEntry> nets;            ///< Public, sorted by name.
   std::vector<InstanceEntry> instances;  ///< Of modules of the design only, sorted by name.

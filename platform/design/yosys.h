@@ -7,6 +7,8 @@
 #include <QVector>
 #include <functional>
 
+#include "framework/ist_com_data.h"
+
 namespace ost {
 
 struct YosysJob {
@@ -42,6 +44,6 @@ QByteArray yosysWord(const QByteArray& word);
 int openScratchFile(QString& error);
 
 /// "Yosys 0.23", or empty with the reason in `error`. The program is $OST_YOSYS, else "yosys" on the PATH.
-QString yosysVersion(QString& error);
+ISTCOMDATA_API QString yosysVersion(QString& error);
 
 }  // namespace ost

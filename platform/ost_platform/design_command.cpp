@@ -1,0 +1,216 @@
+// `ost_design`: reads and shows the design that the six commands work on.
+#include "platform/ost_platform/design_command.h"
+
+#include "platform/design/design_session.h"
+#include "platform/design/yosys.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+
+QString wireFromTcl(Tcl_Obj* value) {
+  int length = 0;
+  const char* bytes = Tcl_GetStringFromObj(value, &length);
+  return QString::fromLatin1(bytes, length);
+}
+
+Tcl_Obj* tclFromWire(const QString& wire) {
+  const QByteArray bytes = wire.toLatin1();
+  return Tcl_NewStringObj(bytes.constData(), bytes.size());
+}
+
+int failWith(Tcl_Interp* interp, const QString& message, const char* errorCode) {
+  Tcl_SetObjResult(interp, tclFromWire(message));
+  Tcl_SetObjErrorCode(interp, Tcl_NewStringObj(errorCode, -1));
+  return TCL_ERROR;
+}
+
+int failUsage(Tcl_Interp* interp, const QString& message, const char* subCommand) {
+  const std::string help = designHelp(subCommand);
+  const QString usage = QString::fromStdString(help.substr(0, help.find('\n')));
+  const std::string code = std::string("OST USAGE ost_design ") + subCommand;
+  return failWith(interp, message + QLatin1Char('\n') + usage, code.c_str());
+}
+
+namespace {
+
+constexpr qint64 kMostListedNets = 20000000;
+
+int failWithoutDesign(Tcl_Interp* interp) {
+  return failWith(interp, QString::fromLatin1("no design is loaded: read one with \"ost_design read FILE ...\""),
+                  "OST DESIGN NONE");
+}
+
+// Serves the events that are pending now; what their scripts leave as result is not this command's.
+bool serveEvents(Tcl_Interp* interp) {
+  Tcl_SavedResult saved;
+  Tcl_SaveResult(interp, &saved);
+  const int mostEvents = 64;  // An event that always arms the next one must not hold up the read.
+  for (int i = 0; i < mostEvents && !Tcl_InterpDeleted(interp); ++i) {
+    if (Tcl_DoOneEvent(TCL_ALL_EVENTS | TCL_DONT_WAIT) == 0) break;
+  }
+  Tcl_RestoreResult(interp, &saved);
+  return !Tcl_InterpDeleted(interp);
+}
+
+int runRead(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+  DesignSource source;
+  if (!parseReadWords(interp, objc, objv, source)) return TCL_ERROR;
+  DesignSession& session = DesignSession::instance();
+  if (session.isReading()) {
+    return failWith(interp, QString::fromLatin1("a design is being read already: wait until that is done"),
+                    "OST DESIGN BUSY");
+  }
+  QString error;
+  Tcl_Preserve(interp);
+  const bool done = session.read(source, error, [interp] { return serveEvents(interp); });
+  int status = TCL_OK;
+  if (!done) {
+    status = failWith(interp, error, "OST DESIGN READ");
+  } else if (const std::shared_ptr<const Design> design = session.design()) {
+    Tcl_SetObjResult(interp, tclFromWire(design->topModule()));
+  }
+  Tcl_Release(interp);
+  return status;
+}
+
+int runInfo(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
+  if (objc != 2) return failUsage(interp, QString::fromLatin1("wrong # args"), "info");
+  const std::shared_ptr<const Design> design = DesignSession::instance().design();
+  if (!design) return failWithoutDesign(interp);
+  Tcl_Obj* list = Tcl_NewListObj(0, nullptr);
+  const auto add = [list](const char* name, Tcl_Obj* value) {
+    Tcl_ListObjAppendElement(nullptr, list, Tcl_NewStringObj(name, -1));
+    Tcl_ListObjAppendElement(nullptr, list, value);
+  };
+  Tcl_Obj* files = Tcl_NewListObj(0, nullptr);
+  for (const QString& file : design->dependencies()) Tcl_ListObjAppendElement(nullptr, files, tclFromWire(file));
+  Tcl_Obj* roles = Tcl_NewListObj(0, nullptr);
+  const DesignRoles& found = design->roles();
+  const struct {
+    bool held;
+    const char* name;
+  } all[] = {{found.dcu, "dcu"}, {found.j2w, "j2w"}, {found.jtag2wb, "jtag2wb"}, {found.jtag2wbCore, "jtag2wb_core"}};
+  for (const auto& role : all) {
+    if (role.held) Tcl_ListObjAppendElement(nullptr, roles, Tcl_NewStringObj(role.name, -1));
+  }
+  QString noYosys;
+  add("top", tclFromWire(design->topModule()));
+  add("files", files);
+  add("modules", Tcl_NewIntObj(design->moduleCount()));
+  add("instances", Tcl_NewIntObj(design->instanceCount()));
+  add("nets", Tcl_NewWideIntObj(design->netCount()));
+  add("bits", Tcl_NewWideIntObj(design->netBitCount()));
+  add("roles", roles);
+  add("yosys", tclFromWire(yosysVersion(noYosys)));
+  Tcl_SetObjResult(interp, list);
+  return TCL_OK;
+}
+
+int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+  const char* glob = nullptr;
+  Tcl_Obj* expression = nullptr;
+  for (int i = 2; i < objc; i += 2) {
+    const QString word = wireFromTcl(objv[i]);
+    const bool isGlob = word == QLatin1String("-glob");
+    if (!isGlob && word != QLatin1String("-regexp")) {
+      return failUsage(interp, QString::fromLatin1("unknown option \"%1\"").arg(word), "nets");
+    }
+    if (i + 1 >= objc) return failUsage(interp, QString::fromLatin1("missing value for \"%1\"").arg(word), "nets");
+    if (isGlob) {
+      glob = Tcl_GetString(objv[i + 1]);
+    } else {
+      expression = objv[i + 1];
+    }
+  }
+  const std::shared_ptr<const Design> design = DesignSession::instance().design();
+  if (!design) return failWithoutDesign(interp);
+  if (expression && !Tcl_GetRegExpFromObj(interp, expression, TCL_REG_ADVANCED)) {
+    return failWith(interp, QString::fromLatin1("bad value for -regexp: ") + wireFromTcl(Tcl_GetObjResult(interp)),
+                    "OST VALUE -regexp");
+  }
+  if (design->netCount() > kMostListedNets) {
+    return failWith(
+        interp,
+        QString::fromLatin1("the design has %1 nets over all instances, too many to list").arg(design->netCount()),
+        "OST DESIGN SIZE");
+  }
+  Tcl_Obj* list = Tcl_NewListObj(0, nullptr);
+  Tcl_IncrRefCount(list);
+  bool failed = false;
+  design->forEachNet([&](const NetName& net) {
+    Tcl_Obj* name = tclFromWire(net.name);
+    Tcl_IncrRefCount(name);
+    bool fits = !glob || Tcl_StringMatch(Tcl_GetString(name), glob);
+    if (fits && expression) {
+      // Looked up each time, from the cache in the value: an expression must not outlive a change of that value.
+      Tcl_RegExp compiled = Tcl_GetRegExpFromObj(interp, expression, TCL_REG_ADVANCED);
+      const int matched = compiled ? Tcl_RegExpExecObj(interp, compiled, name, 0, 0, 0) : -1;
+      failed = matched < 0;
+      fits = matched > 0;
+    }
+    if (fits) {
+      Tcl_Obj* entry[] = {name, Tcl_NewIntObj(net.width)};
+      Tcl_ListObjAppendElement(nullptr, list, Tcl_NewListObj(2, entry));
+    }
+    Tcl_DecrRefCount(name);
+    return !failed;
+  });
+  if (!failed) Tcl_SetObjResult(interp, list);
+  Tcl_DecrRefCount(list);
+  return failed ? TCL_ERROR : TCL_OK;
+}
+
+int runClose(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
+  if (objc != 2) return failUsage(interp, QString::fromLatin1("wrong # args"), "close");
+  DesignSession::instance().close();
+  return TCL_OK;
+}
+
+int runProve(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+  if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "prove");
+  DesignSession& session = DesignSession::instance();
+  int on = 0;
+  if (objc == 3 && Tcl_GetBooleanFromObj(nullptr, objv[2], &on) != TCL_OK) {
+    return failUsage(interp, QString::fromLatin1("expected on or off but got \"%1\"").arg(wireFromTcl(objv[2])),
+                     "prove");
+  }
+  if (objc == 3) session.setProveInsertions(on != 0);
+  Tcl_SetObjResult(interp, Tcl_NewIntObj(session.proveInsertions()));
+  return TCL_OK;
+}
+
+int runHelp(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+  if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "help");
+  const std::string help = designHelp(objc == 3 ? Tcl_GetString(objv[2]) : "");
+  if (help.empty()) {
+    return failUsage(interp, QString::fromLatin1("no sub-command \"%1\"").arg(wireFromTcl(objv[2])), "help");
+  }
+  Tcl_SetObjResult(interp, Tcl_NewStringObj(help.data(), int(help.size())));
+  return TCL_OK;
+}
+
+struct SubCommand {
+  const char* name;
+  int (*run)(Tcl_Interp*, int, Tcl_Obj* const[]);
+};
+
+const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo},
+                                   {"nets", runNets},   {"prove", runProve}, {"read", runRead}};
+
+}  // namespace
+
+int designCommand(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+  const std::string word = objc > 1 ? Tcl_GetString(objv[1]) : "help";
+  if (word == "-help" || word == "--help") return runHelp(interp, objc, objv);
+  for (const SubCommand& entry : kSubCommands) {
+    if (word == entry.name) return entry.run(interp, objc, objv);
+  }
+  Tcl_SetObjResult(interp,
+                   tclFromWire(QString::fromLatin1("unknown sub-command \"%1\": must be close, help, info, nets, "
+                                                   "prove, or read")
+                                   .arg(wireFromTcl(objv[1]))));
+  Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
+  return TCL_ERROR;
+}
+
+}  // namespace ost

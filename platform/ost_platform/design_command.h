@@ -1,0 +1,31 @@
+// The command `ost_design` and what its sources share.
+#pragma once
+
+#include <tcl.h>
+
+#include <QString>
+#include <string>
+
+#include "platform/design/design.h"
+
+namespace ost {
+
+/// The procedure of `ost_design`.
+int designCommand(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
+
+/// Help on a sub-command, or on all of them when `subCommand` is empty; empty when there is no such sub-command.
+std::string designHelp(const std::string& subCommand);
+
+/// Reads the words of `ost_design read` from objv[2] on. On failure the interpreter holds the error.
+bool parseReadWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignSource& source);
+
+/// The bytes of a Tcl value as wire text, and back.
+QString wireFromTcl(Tcl_Obj* value);
+Tcl_Obj* tclFromWire(const QString& wire);
+
+/// Sets result and errorCode (a list) and returns TCL_ERROR.
+int failWith(Tcl_Interp* interp, const QString& message, const char* errorCode);
+/// The same for wrong words of a sub-command: `message`, then its usage; errorCode `OST USAGE ost_design <sub>`.
+int failUsage(Tcl_Interp* interp, const QString& message, const char* subCommand);
+
+}  // namespace ost
