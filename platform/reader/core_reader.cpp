@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "platform/reader/core_layout.h"
+#include "platform/reader/read_layout.h"
 
 namespace ost {
 namespace {
@@ -43,7 +43,7 @@ bool CoreReader::identify(QString& error) {
   if (!hub_.open(error)) return false;
   for (int core = 0; core < plan_.cores.size(); ++core) {
     const PlanCore& planned = plan_.cores[core];
-    const CoreLayout layout(planned);
+    const ReadLayout layout(planned);
     HubCommand command;
     command.op = HubOp::Info;
     command.core = core;
@@ -80,7 +80,7 @@ bool CoreReader::identify(QString& error) {
         {"the kind", 128, 135, 1},
         {"the address width", 136, 143, layout.addressBits},
         {"the word width", 144, 159, layout.wordBits},
-        {"the block size", 160, 167, bitsFor(layout.blockWords)},
+        {"the block size", 160, 167, bitsHolding(layout.blockWords)},
         {"the timestamp width", 168, 175, planned.timestampBits},
         {"the number of probe bits", 176, 191, planned.probeWidth()},
         {"the configuration's length", 192, 223, layout.chainBits},
@@ -100,7 +100,7 @@ bool CoreReader::identify(QString& error) {
 bool CoreReader::commandStatus(int core, HubReply& reply, QString& error) {
   HubCommand command;
   command.core = core;
-  const int bits = CoreLayout(plan_.cores[core]).statusBits;
+  const int bits = ReadLayout(plan_.cores[core]).statusBits;
   return hub_.command(command, QByteArray(), bits, bits, reply, error);
 }
 
@@ -113,7 +113,7 @@ bool CoreReader::status(int core, CoreStatus& status, QString& error) {
       HubCommand command;
       command.core = core;
       if (!hub_.idle(idleCycles(look), error) ||
-          !hub_.look(command, CoreLayout(plan_.cores[core]).statusBits, reply, error))
+          !hub_.look(command, ReadLayout(plan_.cores[core]).statusBits, reply, error))
         return false;
     }
     if (!reply.flags.fresh || round > 0) break;
@@ -130,7 +130,7 @@ bool CoreReader::stop(int core, QString& error) {
   HubCommand command;
   command.op = HubOp::Stop;
   command.core = core;
-  const int bits = CoreLayout(plan_.cores[core]).statusBits;
+  const int bits = ReadLayout(plan_.cores[core]).statusBits;
   if (!hub_.command(command, QByteArray(), bits, bits, reply, error)) return false;
   for (int look = 0; look < kLooks && !reply.flags.ready; ++look)
     if (!hub_.idle(idleCycles(look), error) || !commandStatus(core, reply, error)) return false;
@@ -148,7 +148,7 @@ bool CoreReader::loadOne(const HubCommand& command, const QByteArray& payload, i
 }
 
 bool CoreReader::load(int core, const RunSettings& settings, QString& error) {
-  const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
+  const int statusBits = ReadLayout(plan_.cores[core]).statusBits;
   HubCommand command;
   command.core = core;
   command.op = HubOp::Config;
@@ -170,7 +170,7 @@ bool CoreReader::load(int core, const RunSettings& settings, QString& error) {
 
 bool CoreReader::arm(int core, const RunSettings& settings, QString& error) {
   HubReply reply;
-  const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
+  const int statusBits = ReadLayout(plan_.cores[core]).statusBits;
   if (!stop(core, error)) return false;
   // A frame that breaks on the line leaves the core unconfigured while its sender may have taken a reply for granted,
   // so a refused ARM is answered by loading once more.
@@ -194,7 +194,7 @@ WaitResult CoreReader::waitUntilDone(int core, const WaitLimit& limit, QString& 
   const qint64 firstCycle = hub_.cycles();
   HubCommand command;
   command.core = core;
-  const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
+  const int statusBits = ReadLayout(plan_.cores[core]).statusBits;
   HubReply reply;
   if (!commandStatus(core, reply, error)) return WaitResult::Failed;
   for (int look = 0; !reply.flags.done; ++look) {
@@ -207,7 +207,7 @@ WaitResult CoreReader::waitUntilDone(int core, const WaitLimit& limit, QString& 
 }
 
 bool CoreReader::readWords(int core, int tag, int count, BitTable& words, QString& error) {
-  const CoreLayout layout(plan_.cores[core]);
+  const ReadLayout layout(plan_.cores[core]);
   const int blockBits = kBlockOverhead + layout.blockWords * layout.wordBits;
   HubCommand command;
   command.op = HubOp::Read;
@@ -248,7 +248,7 @@ bool CoreReader::readOut(int core, const RunSettings& settings, Capture& capture
   if (!status.flags.done)
     return refuse(error, QStringLiteral("The core '%1' has not completed its capture.").arg(nameOf(core)));
   const PlanCore& planned = plan_.cores[core];
-  const CoreLayout layout(planned);
+  const ReadLayout layout(planned);
   const int samples = planned.windowSamples, sampleBits = planned.sampleBits();
   BitTable words(layout.wordBits);
   if (!readWords(core, status.tag, settings.windows() * samples, words, error)) return false;

@@ -1,7 +1,7 @@
 // Status fields in the order of docs/debug-core.md, section 3.
 #include "platform/reader/core_status.h"
 
-#include "platform/reader/core_layout.h"
+#include "platform/reader/read_layout.h"
 
 namespace ost {
 namespace {
@@ -35,7 +35,7 @@ QString stepText(const PlanCore& core, const PlanExpression& expression, int ste
 }  // namespace
 
 CoreStatus parseStatus(const PlanCore& core, const HubReply& reply) {
-  const CoreLayout layout(core);
+  const ReadLayout layout(core);
   int next = 0;
   auto take = [&](int bits) {
     next += bits;
@@ -51,7 +51,8 @@ CoreStatus parseStatus(const PlanCore& core, const HubReply& reply) {
   status.sampled = take(1);
   status.window = take(layout.windowBits);
   if (core.windows == 1) status.end = take(layout.positionBits);
-  for (const PlanExpression& expression : core.expressions) status.steps += take(bitsFor(expression.maxSequenceDepth));
+  for (const PlanExpression& expression : core.expressions)
+    status.steps += take(bitsHolding(expression.maxSequenceDepth));
   status.events = take(layout.eventBits);
   return status;
 }

@@ -7,8 +7,8 @@
 #include "platform/istdata/unit_value.h"
 #include "platform/istdata/wire_text.h"
 #include "platform/reader/capture_options.h"
-#include "platform/reader/core_layout.h"
 #include "platform/reader/core_reader.h"
+#include "platform/reader/read_layout.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/vcd_writer.h"
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "platform/istdata/unit_value.h"
-#include "platform/reader/core_layout.h"
 #include "platform/reader/hub_frame.h"
+#include "platform/reader/read_layout.h"
 
 namespace ost {
 namespace {
@@ -184,15 +184,15 @@ QByteArray RunSettings::table(int expression) const {
 }
 
 QByteArray RunSettings::chain() const {
-  const CoreLayout layout(core_);
+  const ReadLayout layout(core_);
   QByteArray bits = numberBits(position_, layout.positionBits) + numberBits(windows_ - 1, layout.windowBits) +
                     numberBits(eventCount_ - 1, layout.eventBits);
   for (const PlanUnit& unit : core_.units) bits += unitChain(unit);
   for (int i = 0; i < core_.expressions.size(); ++i) {
     const PlanExpression& plan = core_.expressions[i];
-    bits += flag(enabled_[i]) + numberBits(plan.steps.size() - 1, bitsFor(plan.maxSequenceDepth));
+    bits += flag(enabled_[i]) + numberBits(plan.steps.size() - 1, bitsHolding(plan.maxSequenceDepth));
     for (int step = 0; step < plan.maxSequenceDepth; ++step)
-      bits += numberBits(step < plan.steps.size() ? plan.steps[step].count - 1 : 0, bitsFor(plan.maxEventCount));
+      bits += numberBits(step < plan.steps.size() ? plan.steps[step].count - 1 : 0, bitsHolding(plan.maxEventCount));
     if (tableIsInChain(plan)) bits += table(i);
   }
   return bits;

@@ -126,7 +126,7 @@ QByteArray HubModel::block(int address) {
   flags[5] = refused_;
   if (index < int(cores.size())) {
     ModelCore& core = cores[index];
-    const CoreLayout& layout = core.layout;
+    const ReadLayout& layout = core.layout;
     flags[0] = !core.armed;
     flags[1] = core.armed;
     flags[2] = isDone(core);
@@ -136,7 +136,7 @@ QByteArray HubModel::block(int address) {
     if (op == HubOp::Info)
       payload = numberBits(0x52545350, 32) + numberBits(version, 16) + numberBits(countedCores_, 16) +
                 numberBits(hash, 64) + numberBits(1, 8) + numberBits(layout.addressBits, 8) +
-                numberBits(layout.wordBits, 16) + numberBits(bitsFor(layout.blockWords), 8) +
+                numberBits(layout.wordBits, 16) + numberBits(bitsHolding(layout.blockWords), 8) +
                 numberBits(core.plan.timestampBits, 8) + numberBits(core.plan.probeWidth(), 16) +
                 numberBits(layout.chainBits, 32) + numberBits(layout.statusBits, 16) +
                 numberBits(core.plan.units.size(), 8) + numberBits(core.plan.expressions.size(), 8);

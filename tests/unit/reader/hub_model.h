@@ -5,15 +5,15 @@
 #include <vector>
 
 #include "platform/insert/insert_plan.h"
-#include "platform/reader/core_layout.h"
 #include "platform/reader/jtag_port.h"
+#include "platform/reader/read_layout.h"
 
 namespace ost {
 
 struct ModelCore {
   explicit ModelCore(const PlanCore& plan) : plan(plan), layout(plan) {}
   PlanCore plan;
-  CoreLayout layout;
+  ReadLayout layout;
   std::vector<QByteArray> words;  ///< layout.words words of layout.wordBits bits.
   QByteArray statusTail;          ///< The status word after its tag.
   bool clockRuns = true;

@@ -122,7 +122,7 @@ TEST(RunSettings, TheChainHoldsEveryFieldInItsPlace) {
             "01"
             "11"   // TE1: 2 steps, counts 1 and 3, rows 0 to 3
             "0");  // TE2 off, its table is in a memory
-  EXPECT_EQ(chain.size(), CoreLayout(plan.cores[0]).chainBits);
+  EXPECT_EQ(chain.size(), ReadLayout(plan.cores[0]).chainBits);
 }
 
 TEST(RunSettings, OperatorsWithinTheClassAndEdgesAsEncoded) {

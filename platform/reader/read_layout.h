@@ -7,10 +7,10 @@
 namespace ost {
 
 /// Bits that hold 0 .. n-1.
-int bitsFor(int n);
+int bitsHolding(int n);
 
-struct CoreLayout {
-  explicit CoreLayout(const PlanCore& core);
+struct ReadLayout {
+  explicit ReadLayout(const PlanCore& core);
 
   int words;  ///< Sample words of the memory.
   int addressBits;

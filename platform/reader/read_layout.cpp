@@ -1,24 +1,24 @@
 // Sums of the field widths.
-#include "platform/reader/core_layout.h"
+#include "platform/reader/read_layout.h"
 
 namespace ost {
 
-int bitsFor(int n) {
+int bitsHolding(int n) {
   int bits = 0;
   while (bits < 31 && (1 << bits) < n) ++bits;
   return bits;
 }
 
-CoreLayout::CoreLayout(const PlanCore& core) {
+ReadLayout::ReadLayout(const PlanCore& core) {
   constexpr int kBlockBits = 4096;
   words = core.windows * core.windowSamples;
-  addressBits = bitsFor(words);
+  addressBits = bitsHolding(words);
   wordBits = core.sampleBits() + (core.windows > 1 ? 1 : 0);
   blockWords = 1;
   while (qint64(blockWords) * wordBits < kBlockBits && blockWords < words) blockWords *= 2;
-  windowBits = bitsFor(core.windows);
-  positionBits = bitsFor(core.windowSamples);
-  eventBits = core.eventCounter ? bitsFor(core.eventCount) : 0;
+  windowBits = bitsHolding(core.windows);
+  positionBits = bitsHolding(core.windowSamples);
+  eventBits = core.eventCounter ? bitsHolding(core.eventCount) : 0;
 
   chainBits = positionBits + windowBits + eventBits;
   for (const PlanUnit& unit : core.units) {
@@ -29,9 +29,9 @@ CoreLayout::CoreLayout(const PlanCore& core) {
   statusBits = 8 + 5 + windowBits + (core.windows == 1 ? positionBits : 0) + eventBits;
   for (const PlanExpression& expression : core.expressions) {
     const int steps = expression.maxSequenceDepth;
-    chainBits += 1 + bitsFor(steps) + steps * bitsFor(expression.maxEventCount);
+    chainBits += 1 + bitsHolding(steps) + steps * bitsHolding(expression.maxEventCount);
     if (tableIsInChain(expression)) chainBits += tableRows(expression) * steps;
-    statusBits += bitsFor(steps);
+    statusBits += bitsHolding(steps);
   }
 }
 
