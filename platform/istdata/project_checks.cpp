@@ -57,15 +57,17 @@ QStringList fitToBufferDepth(Core& core) {
   QStringList remarks;
   CoreOptions& options = core.options;
   const int depth = options.bufferDepth;
-  const auto fit = [&](const char* option, int& value, int fitting) {
-    if (value == fitting) return;
-    remarks << QString("%1 is now %2 to fit the buffer depth %3.").arg(option).arg(fitting).arg(depth);
+  const auto fit = [&](const char* option, bool inUse, int& value, int fitting) {
+    if (value != fitting && inUse)
+      remarks << QString("%1 is now %2 to fit the buffer depth %3.").arg(option).arg(fitting).arg(depth);
     value = fitting;
   };
-  fit("TimestampBits", options.timestampBits,
+  const bool multiple = options.captureMode == 1;
+  fit("TimestampBits", options.timestamp, options.timestampBits,
       qBound(Core::getMinTimestampBitsByDepth(depth), options.timestampBits, Core::getMaxTimestampBitsByDepth(depth)));
-  fit("MinimumSamplesPerTrigger", core.samplesPerTrigger, std::min(core.samplesPerTrigger, depth));
-  fit("NumberofTriggers", options.triggerCount, std::min(options.triggerCount, depth / core.samplesPerTrigger));
+  fit("MinimumSamplesPerTrigger", multiple, core.samplesPerTrigger, std::min(core.samplesPerTrigger, depth));
+  fit("NumberofTriggers", multiple, options.triggerCount,
+      std::min(options.triggerCount, depth / core.samplesPerTrigger));
   return remarks;
 }
 

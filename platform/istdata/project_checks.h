@@ -18,7 +18,8 @@ ISTDATA_API bool setExpressionText(const mero::ostrel::istDataset& dataset, cons
 /// 1, 2, 4, ... up to `largest`.
 ISTDATA_API bool isPowerOfTwoUpTo(int value, int largest);
 
-/// Brings the numbers that depend on the buffer depth back into their ranges. The remarks say what was changed.
+/// Brings the numbers that depend on the buffer depth back into their ranges. The remarks say which
+/// settings in use were changed.
 ISTDATA_API QStringList fitToBufferDepth(Core& core);
 
 }  // namespace ost

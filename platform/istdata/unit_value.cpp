@@ -150,4 +150,32 @@ bool parseUnitValue(Operator op, Radix radix, const QString& digits, int width, 
   return true;
 }
 
+bool formatUnitValue(Radix radix, const QByteArray& value, const QByteArray& mask, QString& digits) {
+  digits.clear();
+  if (radix == Radix::Dec) {
+    if (mask.contains('0')) return false;
+    QByteArray decimal("0");  // least significant digit first
+    for (int bit = value.size() - 1; bit >= 0; --bit) {
+      int carry = value[bit] - '0';
+      for (char& digit : decimal) {
+        carry += 2 * (digit - '0');
+        digit = char('0' + carry % 10);
+        carry /= 10;
+      }
+      if (carry) decimal.append(char('0' + carry));
+    }
+    for (char digit : decimal) digits.prepend(QLatin1Char(digit));
+    return true;
+  }
+  const int bitsPerDigit = radix == Radix::Bin ? 1 : radix == Radix::Oct ? 3 : 4;
+  for (int low = 0; low < value.size(); low += bitsPerDigit) {
+    const QByteArray care = mask.mid(low, bitsPerDigit), bits = value.mid(low, bitsPerDigit);
+    if (care.contains('0') && care.contains('1')) return false;
+    int digit = 0;
+    for (int bit = 0; bit < bits.size(); ++bit) digit |= (bits[bit] - '0') << bit;
+    digits.prepend(care.contains('0') ? QString("x") : QString::number(digit, 16).toUpper());
+  }
+  return true;
+}
+
 }  // namespace ost

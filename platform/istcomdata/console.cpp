@@ -1,0 +1,11 @@
+// Console lines of the service, outside numbered messages.
+#include "platform/istcomdata/service_private.h"
+#include "platform/tclcmdex/host.h"
+
+namespace ost {
+
+void say(const QString& line) {
+  tcl_cmdex::TclMsgOutput(tcl_cmdex::currentInterpreter(), (line + '\n').toLatin1().constData(), 0);
+}
+
+}  // namespace ost

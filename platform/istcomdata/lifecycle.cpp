@@ -1,0 +1,198 @@
+// Creating, opening, saving and closing projects.
+#include "framework/ist_com_data.h"
+#include "platform/istcomdata/service_private.h"
+#include "platform/istdata/project_file.h"
+#include "platform/istdata/wire_text.h"
+
+namespace mero {
+namespace ostrel {
+
+namespace {
+
+const int kVanishedShown = 10;  ///< Vanished nets that opening a project names; the design rules name all.
+
+/// Every net that the project names.
+template <class Visit>
+void forEachNet(const istProject& project, Visit visit) {
+  const auto visitTrace = [&visit](const auto& self, const QString& where, const QList<TraceNode*>& nodes) -> void {
+    for (const TraceNode* node : nodes) {
+      if (node->kind == TRACE_NODE_SIGNAL) visit(where, node->name);
+      if (node->kind == TRACE_NODE_BUS) self(self, where, node->children);
+    }
+  };
+  for (const auto& core : project.cores) {
+    const QString where = "core " + core->name;
+    for (const QString& net :
+         {core->options.sampleClock, core->options.sampleEnableSignal, core->options.triggerEnableSignal})
+      if (!net.isEmpty()) visit(where, net);
+    visitTrace(visitTrace, where, core->trace->nodes);
+    for (const auto& unit : core->dataset.units())
+      for (const QString& net : unit->unit.signalNames) visit(where + ", unit " + unit->unit.name, net);
+  }
+}
+
+/// Lines about nets that the design does not hold, or about the design that is not there.
+QString vanishedReport(const istProject& project) {
+  const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
+  if (!design) return "No design is loaded: the project's nets were not checked. Read it with ost_design read.\n";
+  QString report;
+  int count = 0;
+  forEachNet(project, [&](const QString& where, const QString& net) {
+    if (design->exists(net) || ++count > kVanishedShown) return;
+    const QStringList near = design->nearest(net);
+    const QString hint = near.isEmpty() ? QString() : " (near: " + near.join(", ") + ")";
+    report += QString("WARNING: %1: the design has no net %2%3; it is kept.\n").arg(where, ost::quoted(net), hint);
+  });
+  if (count > kVanishedShown)
+    report +=
+        QString("WARNING: %1 more nets are missing; ost_project run -drc lists all.\n").arg(count - kVanishedShown);
+  return report;
+}
+
+/// A fresh claim must not leave its lock file behind when the operation fails; the claim's owner sees to that.
+bool failWithLine(QString& message, const QString& error) {
+  message = error + '\n';
+  return false;
+}
+
+}  // namespace
+
+bool IstComData::LoadDesign(QString& message) {
+  ost::DesignSession& session = ost::DesignSession::instance();
+  if (session.design()) return true;
+  QString error;
+  bool loaded = false;
+  {
+    ost::BusyTask busy(d->busyTasks);
+    loaded = !qEnvironmentVariableIsEmpty("OST_DESIGN") && session.readFromEnvironment(error) && session.design();
+  }
+  if (loaded) return true;
+  // The command layer shows no text for a new project, and the message for one that is opened: the details go to the
+  // console once, the message only says what failed.
+  if (error.isEmpty()) {
+    message = "No design is loaded.";
+    ost::say(
+        "No design is loaded. Read it first, for example:\n"
+        "  package require ost_platform\n"
+        "  ost_design read -top top top.v\n"
+        "or name a file list or a Yosys JSON netlist in the environment variable OST_DESIGN.");
+  } else {
+    message = "The design named by OST_DESIGN could not be read.";
+    ost::say(error);
+  }
+  return false;
+}
+
+bool IstComData::Private::mayReplaceProject(QString& error) const {
+  if (busyTasks > 0)
+    error = "The current project is busy; wait until its run has ended.";
+  else if (project && project->changed)
+    error = QString(
+                "The open project %1 has unsaved changes: save it (ost_project save), or drop them "
+                "(ost_project close -force), first.")
+                .arg(project->fileName.isEmpty() ? QString("Untitled") : ost::quoted(project->fileName));
+  return error.isEmpty();
+}
+
+bool IstComData::NewProject(QString& message) {
+  QString error;
+  if (!d->mayReplaceProject(error)) return failWithLine(message, error);
+  d->storage.release();
+  d->project.reset(new istProject);
+  return true;
+}
+
+bool IstComData::NewProject(const QString& fileName, QString& message) {
+  QString error;
+  if (!d->mayReplaceProject(error)) return failWithLine(message, error);
+  const QString file = ost::ProjectStorage::fileOf(fileName, error);
+  ost::ProjectStorage::Claim claim;
+  auto project = std::make_unique<istProject>();
+  const QByteArray bytes = ost::projectToJson(*project);
+  if (file.isEmpty() || !d->storage.claim(file, claim, error) || !d->storage.write(file, bytes, error))
+    return failWithLine(message, error);
+  d->storage.adopt(std::move(claim), bytes);
+  project->fileName = ost::wireFromFile(file);
+  d->project = std::move(project);
+  return true;
+}
+
+bool IstComData::OpenProject(const QString& fileName, QString& message) {
+  QString error;
+  if (!d->mayReplaceProject(error)) return failWithLine(message, error);
+  const QString file = ost::ProjectStorage::fileOf(fileName, error);
+  ost::ProjectStorage::Claim claim;
+  QByteArray bytes;
+  // Read before the lock, so that a name without a file leaves no lock file behind even for a moment.
+  if (file.isEmpty() || !d->storage.read(file, bytes, error) || !d->storage.claim(file, claim, error) ||
+      !d->storage.read(file, bytes, error))
+    return failWithLine(message, error);
+  std::unique_ptr<istProject> project = ost::projectFromJson(bytes, error);
+  if (!project) return failWithLine(message, ost::quoted(fileName) + " cannot be opened: " + error);
+  d->storage.adopt(std::move(claim), bytes);
+  project->fileName = ost::wireFromFile(file);
+  d->project = std::move(project);
+  message = vanishedReport(*d->project);
+  return true;
+}
+
+bool IstComData::SaveProject(QString& message) {
+  QString error;
+  if (!d->project) {
+    error = "No project is open.";
+  } else if (d->project->fileName.isEmpty()) {
+    error = "The project has no file yet; name one: ost_project save <file>.";
+  } else {
+    const QByteArray bytes = ost::projectToJson(*d->project);
+    if (d->storage.isUntouched(bytes, error) && d->storage.write(d->storage.file(), bytes, error)) {
+      d->storage.noteWritten(bytes);
+      d->project->changed = false;
+      return true;
+    }
+  }
+  d->reason = error;
+  return failWithLine(message, error);
+}
+
+bool IstComData::SaveProjectAs(const QString& fileName, QString& message) {
+  QString error;
+  ost::ProjectStorage::Claim claim;
+  const QString file = d->project ? ost::ProjectStorage::fileOf(fileName, error) : QString();
+  if (!d->project) error = "No project is open.";
+  if (!file.isEmpty() && d->storage.claim(file, claim, error)) {
+    const QByteArray bytes = ost::projectToJson(*d->project);
+    if (d->storage.write(file, bytes, error)) {
+      d->storage.adopt(std::move(claim), bytes);
+      d->project->fileName = ost::wireFromFile(file);
+      d->project->changed = false;
+      return true;
+    }
+  }
+  d->reason = error;
+  return failWithLine(message, error);
+}
+
+bool IstComData::isProjChanged() {
+  return d->project && d->project->changed;
+}
+
+bool IstComData::CloseProject() {
+  if (!d->project || d->busyTasks > 0) {
+    d->reason = d->project ? "it is busy" : "none is open";
+    return false;
+  }
+  d->project.reset();
+  d->storage.release();
+  return true;
+}
+
+void IstComData::registerToHDLmanager() {
+  d->followsDesign = true;
+}
+
+void IstComData::unregisterToHDLmanager() {
+  d->followsDesign = false;
+}
+
+}  // namespace ostrel
+}  // namespace mero

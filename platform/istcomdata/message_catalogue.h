@@ -1,0 +1,20 @@
+// The numbered messages, as data.
+#pragma once
+
+#include <QList>
+#include <QString>
+
+namespace ost {
+
+/// `%1` and `%2` stand for the arguments, `%r` for the reason that the service itself found, with a leading ": ".
+struct CatalogueMessage {
+  const char* code;
+  const char* text;
+};
+
+QList<CatalogueMessage> messageCatalogue();
+
+/// The message's line, without a line feed. A code that is not in the catalogue is shown with its arguments.
+QString catalogueText(const QString& code, const QString& arg1, const QString& arg2, const QString& reason);
+
+}  // namespace ost

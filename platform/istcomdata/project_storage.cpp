@@ -1,0 +1,127 @@
+// Locks, reads and writes project files.
+#include "platform/istcomdata/project_storage.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include "platform/istdata/names.h"
+#include "platform/istdata/project_file.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+
+namespace {
+
+QByteArray digestOf(const QByteArray& bytes) {
+  return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+}
+
+QString shown(const QString& file) {
+  return quoted(wireFromFile(file));
+}
+
+/// One name for a file that is reached through links.
+QString canonical(const QString& file) {
+  const QFileInfo info(file);
+  const QString existing = info.canonicalFilePath();
+  if (!existing.isEmpty()) return existing;
+  const QString folder = QFileInfo(info.path()).canonicalFilePath();
+  return folder.isEmpty() ? file : folder + '/' + info.fileName();
+}
+
+}  // namespace
+
+QString ProjectStorage::fileOf(const QString& wire, QString& error) {
+  const QString file = fileFromWire(wire);
+  if (wire.isEmpty())
+    error = "The project file name is empty.";
+  else if (QFile::encodeName(file) != wire.toLatin1())
+    error = QString("The file name %1 cannot be used in this locale; name the file in plain ASCII.").arg(quoted(wire));
+  else
+    return QDir::cleanPath(QFileInfo(file).absoluteFilePath());
+  return QString();
+}
+
+bool ProjectStorage::claim(const QString& file, Claim& claim, QString& error) const {
+  claim.file = file;
+  claim.lock.reset();
+  const QString target = canonical(file);
+  if (lock_ && target == canonical(file_)) return true;
+  const QFileInfo info(target);
+  auto lock = std::make_unique<QLockFile>(info.path() + "/." + info.fileName() + ".lock");
+  lock->setStaleLockTime(0);  // held as long as the project is open; a dead owner is noticed all the same
+  if (lock->tryLock(0)) {
+    claim.lock = std::move(lock);
+    return true;
+  }
+  // A folder that takes no lock file takes no project file either: reading is harmless, writing says why it fails.
+  if (lock->error() != QLockFile::LockFailedError) return true;
+  qint64 pid = 0;
+  QString host, program;
+  lock->getLockInfo(&pid, &host, &program);
+  error = QString("%1 is open in another process: %2, pid %3 on host %4. Close it there first, or use another file.")
+              .arg(shown(file), toWire(program), QString::number(pid), toWire(host));
+  return false;
+}
+
+bool ProjectStorage::read(const QString& file, QByteArray& bytes, QString& error) const {
+  const QFileInfo info(file);
+  QFile source(file);
+  if (!info.exists())
+    error = QString("There is no file %1.").arg(shown(file));
+  else if (!info.isFile())
+    error = QString("%1 is not a file.").arg(shown(file));
+  else if (info.size() > kMaxProjectFileBytes)
+    error = QString("%1 is no project file: it is larger than %2 MB.").arg(shown(file)).arg(kMaxProjectFileBytes >> 20);
+  else if (!source.open(QIODevice::ReadOnly))
+    error = QString("%1 cannot be read: %2.").arg(shown(file), toWire(source.errorString()));
+  if (!error.isEmpty()) return false;
+  bytes = source.readAll();
+  return true;
+}
+
+bool ProjectStorage::write(const QString& file, const QByteArray& bytes, QString& error) const {
+  const QFileInfo info(file);
+  if (info.exists() && !info.isFile()) {
+    error = QString("%1 is not a file.").arg(shown(file));
+    return false;
+  }
+  QSaveFile target(file);
+  if (target.open(QIODevice::WriteOnly) && target.write(bytes) == bytes.size() && target.commit()) return true;
+  error = QString("%1 cannot be written: %2. Save under another name (ost_project save <file>).")
+              .arg(shown(file), toWire(target.errorString()));
+  return false;
+}
+
+bool ProjectStorage::isUntouched(const QByteArray& bytes, QString& error) const {
+  QByteArray onDisk;
+  QString ignored;
+  if (!QFileInfo::exists(file_) || !read(file_, onDisk, ignored)) return true;
+  if (digestOf(onDisk) == digest_ || onDisk == bytes) return true;
+  error = QString(
+              "%1 has been changed on disk by somebody else since it was opened. Save under another name "
+              "(ost_project save <file>), or replace it by naming it: ost_project save %2.")
+              .arg(shown(file_), wireFromFile(file_));
+  return false;
+}
+
+void ProjectStorage::adopt(Claim claim, const QByteArray& bytes) {
+  const bool sameFile = lock_ && canonical(claim.file) == canonical(file_);
+  if (!sameFile) lock_ = std::move(claim.lock);
+  file_ = claim.file;
+  noteWritten(bytes);
+}
+
+void ProjectStorage::noteWritten(const QByteArray& bytes) {
+  digest_ = digestOf(bytes);
+}
+
+void ProjectStorage::release() {
+  lock_.reset();
+  file_.clear();
+  digest_.clear();
+}
+
+}  // namespace ost

@@ -1,0 +1,110 @@
+// The design-rule check and the insertion: both work on the design as it is on disk now, and serve the interpreter's
+// events meanwhile.
+#include <QDir>
+#include <QFileInfo>
+
+#include "framework/ist_com_data.h"
+#include "platform/insert/insertion.h"
+#include "platform/insert/planner.h"
+#include "platform/istcomdata/service_private.h"
+#include "platform/istdata/wire_text.h"
+#include "platform/rtl/debug_module.h"
+#include "platform/rules/design_rules.h"
+#include "platform/tclcmdex/host.h"
+
+namespace mero {
+namespace ostrel {
+
+namespace {
+
+/// Beside the project file; an untitled project's in the current directory.
+QString outputDirectory(const istProject& project) {
+  if (project.fileName.isEmpty()) return QDir::current().absoluteFilePath("untitled_debug");
+  const QFileInfo file(ost::fileFromWire(project.fileName));
+  return file.absolutePath() + '/' + file.completeBaseName() + "_debug";
+}
+
+void sayEstimate(const ost::InsertPlan& plan) {
+  const auto line = [](const QString& object, const ost::ResourceEstimate& e) {
+    ost::say(QString("%1: about %2 LUTs, %3 flip-flops, %4 block RAMs, %5 memory bits")
+                 .arg(object)
+                 .arg(e.luts)
+                 .arg(e.flipFlops)
+                 .arg(e.blockRams)
+                 .arg(e.memoryBits));
+  };
+  for (const ost::PlanCore& core : plan.cores) line("Core " + core.name, ost::estimateCore(core));
+  line("JTAG hub", ost::estimateHub(plan));
+}
+
+}  // namespace
+
+bool IstComData::Private::bringDesignUpToDate(QString& error) {
+  ost::DesignSession& session = ost::DesignSession::instance();
+  const std::shared_ptr<const ost::Design> design = session.design();
+  if (!design) {
+    error = "No design is loaded; read it with ost_design read.";
+    return false;
+  }
+  if (!followsDesign || !design->isStale()) return true;
+  ost::say("The design has changed on disk; reading it again.");
+  if (session.refresh(error)) return true;
+  error = "The design has changed on disk and could not be read again: " + error;
+  return false;
+}
+
+bool IstComData::Private::loadNetlist(const ost::Design& design, QString& error) {
+  if (netlist && netlistDigest == design.digest()) return true;
+  netlist = ost::Netlist::load(design, error, [] { return tcl_cmdex::servePendingEvents(); });
+  netlistDigest = netlist ? design.digest() : QByteArray();
+  if (!netlist && error.isEmpty()) error = "The design's netlist could not be made.";
+  return netlist != nullptr;
+}
+
+bool IstComData::DRC(QString& message) {
+  if (!d->project) return false;
+  ost::BusyTask busy(d->busyTasks);
+  QString error;
+  if (!d->bringDesignUpToDate(error)) {
+    message = error + '\n';
+    return false;
+  }
+  const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
+  const bool hasNetlist = d->loadNetlist(*design, error);
+  for (const auto& core : d->project->cores) core->trace->compact();
+  const QList<ost::Finding> findings =
+      ost::checkDesignRules(*d->project, *design, hasNetlist ? d->netlist.get() : nullptr);
+  message = ost::designRuleReport(findings);
+  if (!message.endsWith('\n')) message += '\n';
+  if (!hasNetlist) message += "ERROR: " + error + '\n';
+  return hasNetlist && !ost::hasErrors(findings);
+}
+
+bool IstComData::Insert(int) {
+  if (!d->project) return false;
+  ost::BusyTask busy(d->busyTasks);
+  QString error;
+  const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
+  ost::InsertPlan plan;
+  ost::InsertionHooks hooks{[](const QString& line) { ost::say(line); },
+                            [] { return tcl_cmdex::servePendingEvents(); }};
+  const QString directory = outputDirectory(*d->project);
+  bool done = design != nullptr;
+  if (!done) error = "No design is loaded; read it with ost_design read.";
+  done = done && d->loadNetlist(*design, error);
+  for (const auto& core : d->project->cores) core->trace->compact();
+  done = done && ost::planInsertion(*d->project, *design, plan, error);
+  if (done) {
+    sayEstimate(plan);
+    const ost::InsertionRequest request{directory, ost::DesignSession::instance().proveInsertions()};
+    done = ost::runInsertion(plan, *design, d->netlist, request, hooks, error);
+  }
+  if (done)
+    ost::say(QString("The instrumented design is in %1.").arg(ost::wireFromFile(directory)));
+  else
+    ost::say("ERROR: Nothing was inserted: " + error);
+  return done;
+}
+
+}  // namespace ostrel
+}  // namespace mero

@@ -1,0 +1,86 @@
+// The service's instance, and the lookups that its operations share.
+#include "framework/ist_com_data.h"
+#include "platform/istcomdata/service_private.h"
+#include "platform/istdata/design_flags.h"
+#include "platform/istdata/project_checks.h"
+#include "platform/tclcmdex/host.h"
+
+namespace ost {
+
+bool resolveNet(const QString& name, NetSelection& selection, QString& error) {
+  const std::shared_ptr<const Design> design = DesignSession::instance().design();
+  if (!design) {
+    error = "No design is loaded; read it first with ost_design read.";
+    return false;
+  }
+  return checkNetName(name, error) && design->resolve(name, selection, error) &&
+         checkNetName(selection.canonicalName, error);
+}
+
+}  // namespace ost
+
+namespace mero {
+namespace ostrel {
+
+IstComData* IstComData::getInstance() {
+  static IstComData instance;
+  return &instance;
+}
+
+IstComData::IstComData() : d(new Private) {
+  // Events are served while a design is read, too; a command that they start must not edit then.
+  Private* state = d;
+  ost::DesignSession::instance().setIdleHook([state] {
+    ost::BusyTask busy(state->busyTasks);
+    return tcl_cmdex::servePendingEvents();
+  });
+}
+
+IstComData::~IstComData() {
+  ost::DesignSession::instance().setIdleHook({});
+  delete d;
+}
+
+istProject* IstComData::currentProject() {
+  return d->project.get();
+}
+
+QString IstComData::currentProjectFile() {
+  return d->project ? d->project->fileName : QString();
+}
+
+RTLHierachy* IstComData::hierarchy() {
+  ost::DesignFlags flags;
+  if (const auto design = ost::DesignSession::instance().design()) {
+    const ost::DesignRoles& roles = design->roles();
+    flags = {roles.dcu, roles.j2w, roles.jtag2wb, roles.jtag2wbCore};
+  }
+  ost::setDesignFlags(flags);
+  return &d->hierarchy;
+}
+
+bool IstComData::isProjBusy() {
+  return d->busyTasks > 0;
+}
+
+ost::Core* IstComData::Private::coreOf(const istDataset* dataset) const {
+  if (project)
+    for (const auto& core : project->cores)
+      if (&core->dataset == dataset) return core.get();
+  return nullptr;
+}
+
+bool IstComData::Private::resolveOption(const char* option, QString& net) const {
+  if (net.isEmpty()) return true;
+  ost::NetSelection selection;
+  QString error;
+  if (!ost::resolveNet(net, selection, error)) {
+    ost::say(QString("%1 is unchanged: %2").arg(option, error));
+    return false;
+  }
+  net = selection.canonicalName;
+  return true;
+}
+
+}  // namespace ostrel
+}  // namespace mero

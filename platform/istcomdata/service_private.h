@@ -1,0 +1,81 @@
+// The service's state and what its sources share. Everything runs on the interpreter's thread.
+#pragma once
+
+#include <QByteArray>
+#include <QLockFile>
+#include <memory>
+
+#include "framework/ist_com_data.h"
+#include "platform/design/design_session.h"
+#include "platform/insert/netlist.h"
+#include "platform/istcomdata/project_storage.h"
+#include "platform/istdata/project.h"
+
+namespace mero {
+namespace ostrel {
+
+class IstComData::Private {
+ public:
+  std::unique_ptr<istProject> project;
+  ost::ProjectStorage storage;
+  RTLHierachy hierarchy;
+  int busyTasks = 0;
+  bool followsDesign = false;
+  /// Why the last operation failed whose text the command layer does not show; the next numbered message that tells
+  /// of the failure takes it up.
+  QString reason;
+
+  /// The full netlist of the design with this digest; null when there is none yet.
+  std::shared_ptr<const ost::Netlist> netlist;
+  QByteArray netlistDigest;
+
+  void markChanged() {
+    if (project) project->changed = true;
+  }
+  /// Sets a field of the project, which counts as a change only when the value differs.
+  template <class Field, class Value>
+  void assign(Field& field, const Value& value) {
+    if (field == value) return;
+    field = value;
+    markChanged();
+  }
+  ost::Core* coreOf(const istDataset* dataset) const;
+  bool mayReplaceProject(QString& error) const;
+  /// Resolves a net that a core's option names, for storing; empty stays empty. Prints why not.
+  bool resolveOption(const char* option, QString& net) const;
+  bool bringDesignUpToDate(QString& error);
+  bool loadNetlist(const ost::Design& design, QString& error);
+};
+
+}  // namespace ostrel
+}  // namespace mero
+
+namespace ost {
+
+inline Core* asCore(mero::ostrel::istCore* core) {
+  return static_cast<Core*>(core);
+}
+inline TraceTree* asTree(mero::ostrel::istTraceData* trace) {
+  return static_cast<TraceTree*>(trace);
+}
+
+/// While one lives, the project is busy.
+class BusyTask {
+ public:
+  explicit BusyTask(int& tasks) : tasks_(tasks) { ++tasks_; }
+  ~BusyTask() { --tasks_; }
+  BusyTask(const BusyTask&) = delete;
+  BusyTask& operator=(const BusyTask&) = delete;
+
+ private:
+  int& tasks_;
+};
+
+/// Prints a line on the console of the interpreter that runs the command.
+void say(const QString& line);
+
+/// Resolves a name against the loaded design. False, with the nearest names, when it is no net; without a design the
+/// error says how to load one.
+bool resolveNet(const QString& name, NetSelection& selection, QString& error);
+
+}  // namespace ost
