@@ -184,6 +184,20 @@ bool ModuleIndex::netBits(const QByteArray& net, QVector<int>& bits) const {
   return readNetBits(cursor, bits);
 }
 
+TextSpan ModuleIndex::netBitsSpan(const QByteArray& net) const {
+  const Net* found = findNet(net);
+  if (!found) return {};
+  JsonCursor cursor(netlist_.text(), found->object);
+  std::string_view field;
+  cursor.enterObject();
+  while (cursor.nextMember(field)) {
+    const size_t start = cursor.valueStart();
+    cursor.skipValue();
+    if (field == "bits") return {start, cursor.position()};
+  }
+  return {};
+}
+
 bool ModuleIndex::nameOf(int bit, QByteArray& net, int& position) const {
   if (isConstantBit(bit)) return false;
   QVector<int> bits;

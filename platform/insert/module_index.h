@@ -42,6 +42,8 @@ class ModuleIndex {
 
   /// The bits of a net; false when the module does not declare it.
   bool netBits(const QByteArray& net, QVector<int>& bits) const;
+  /// Where the array of a net's bits stands in the text; empty when the module does not declare the net.
+  TextSpan netBitsSpan(const QByteArray& net) const;
   /// A name for a bit: the source's rather than one of Yosys' own, the first in the netlist's order. False for constants.
   bool nameOf(int bit, QByteArray& net, int& position) const;
   /// The position's index as the source counts it; -1 when the net is a scalar.

@@ -172,7 +172,12 @@ PlacedBit Netlist::Private::source(const PlacedBit& start, LocalDriver& driver) 
 
 PlacedBit Netlist::Private::topmost(PlacedBit place) const {
   PlacedBit above;
-  while (!isConstantBit(place.bit) && climb(place, above)) place = above;
+  while (!isConstantBit(place.bit)) {
+    const LocalDriver driver = index(place.module).driver(place.bit);
+    if (driver.kind != LocalDriver::InputPort && driver.kind != LocalDriver::InOutPort) break;
+    if (!climb(place, above)) break;
+    place = above;
+  }
   return place;
 }
 

@@ -39,10 +39,12 @@ class Netlist {
   /// The one canonical bit of all aliases of `bit` across the hierarchy (where it is driven, or the topmost name).
   NetBit canonical(const NetBit& bit) const;
 
- private:
-  friend class NetlistEditor;
-  Netlist();
   struct Private;
+  /// For the sources of platform/insert.
+  const Private& data() const { return *d; }
+
+ private:
+  Netlist();
   std::unique_ptr<Private> d;
 };
 

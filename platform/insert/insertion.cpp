@@ -1,0 +1,148 @@
+// The stages of an insertion: netlist, change, Verilog, proof, output folder.
+#include "platform/insert/insertion.h"
+
+#include <QElapsedTimer>
+
+#include "platform/insert/capture_map.h"
+#include "platform/insert/netlist_editor.h"
+#include "platform/insert/output_folder.h"
+#include "platform/insert/proof.h"
+#include "platform/insert/verilog_writer.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+namespace {
+
+class Insertion {
+ public:
+  Insertion(const InsertPlan& plan, const Design& design, const InsertionRequest& request, const InsertionHooks& hooks,
+            QString& error)
+      : plan_(plan), design_(design), request_(request), hooks_(hooks), error_(error),
+        folder_(request.outputDirectory) {
+    clock_.start();
+  }
+
+  bool run(std::shared_ptr<const Netlist> netlist);
+
+ private:
+  void say(const QString& line) const {
+    if (hooks_.progress) hooks_.progress(line);
+  }
+  bool serve() {
+    if (!hooks_.idle || hooks_.idle()) return true;
+    error_ = QStringLiteral("The insertion was cancelled.");
+    return false;
+  }
+  void nameFiles();
+  bool instrument(const Netlist::Private& netlist, const ProbeRouting& routing);
+  bool prove(std::shared_ptr<const Netlist> netlist);
+  QByteArray fileList(const Netlist::Private& netlist) const;
+
+  InsertPlan plan_;
+  const Design& design_;
+  const InsertionRequest& request_;
+  const InsertionHooks& hooks_;
+  QString& error_;
+  OutputFolder folder_;
+  QElapsedTimer clock_;
+  QList<QPair<QString, QByteArray>> generated_;  ///< The core's files and the debug module, in reading order.
+  QString verilog_, json_;
+};
+
+/// A file name made of the top's name; it differs from those of the core.
+void Insertion::nameFiles() {
+  for (const auto& [name, text] : coreVerilogFiles()) generated_.append({name, text});
+  generated_.append({QStringLiteral("ostrel_debug.v"), debugModuleVerilog(plan_)});
+  QByteArray base = plan_.topModule.toLatin1();
+  for (char& c : base)
+    if (!isalnum(static_cast<unsigned char>(c)) && c != '_') c = '_';
+  base.truncate(200);
+  QString name = QString::fromLatin1(base) + QStringLiteral("_debug");
+  const auto clashes = [this](const QString& file) {
+    for (const auto& entry : generated_)
+      if (entry.first == file) return true;
+    return false;
+  };
+  while (clashes(name + QStringLiteral(".v"))) name += QStringLiteral("_top");
+  verilog_ = name + QStringLiteral(".v");
+  json_ = name + QStringLiteral(".json");
+}
+
+QByteArray Insertion::fileList(const Netlist::Private& netlist) const {
+  QByteArray list = "// The instrumented design, in reading order.\n";
+  for (const auto& entry : generated_) list += QFile::encodeName(entry.first) + '\n';
+  list += QFile::encodeName(verilog_) + '\n';
+  for (const NetlistModule& module : netlist.text.modules())
+    if (module.blackBox) list += "// Black box, add its source where it has one: " + module.name + '\n';
+  return list;
+}
+
+bool Insertion::instrument(const Netlist::Private& netlist, const ProbeRouting& routing) {
+  QSet<QByteArray> reserved;
+  for (const auto& entry : generated_) reserved += definedModules(entry.second);
+  NetlistEditor editor(netlist, routing, plan_);
+  if (!editor.prepare(reserved, error_) || !serve()) return false;
+  QFile file(folder_.stagedFile(json_));
+  if (!file.open(QIODevice::WriteOnly) || !editor.write(file) || !file.flush()) {
+    error_ = QStringLiteral("Cannot write \"%1\": %2.").arg(json_, toWire(file.errorString()));
+    return false;
+  }
+  return true;
+}
+
+bool Insertion::prove(std::shared_ptr<const Netlist> netlist) {
+  ProofReport report;
+  ProofFiles files;
+  files.instrumented = folder_.stagedFile(verilog_);
+  files.debugModule = folder_.stagedFile(QStringLiteral("ostrel_debug.v"));
+  if (!proveUnchanged(plan_, design_, netlist, files, hooks_.idle, report, error_)) return false;
+  for (const QString& line : report.lines) say(line);
+  return true;
+}
+
+bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
+  nameFiles();
+  QStringList files{verilog_, json_, QStringLiteral("files.f"), QStringLiteral("capture_map.json")};
+  for (const auto& entry : generated_) files.append(entry.first);
+  if (!folder_.begin(files, error_) || !serve()) return false;
+
+  if (!netlist) {
+    say(QStringLiteral("Elaborating the full netlist."));
+    netlist = Netlist::load(design_, error_, hooks_.idle);
+    if (!netlist) return false;
+  }
+  const Netlist::Private& data = netlist->data();
+  ProbeRouting routing;
+  if (!routing.build(data, plan_, error_)) return false;
+  int unique = 0;
+  for (const ModuleVariant& variant : routing.variants()) unique += !variant.inPlace;
+  say(QStringLiteral("Connecting the probes: %1 modules below the top get a probe port, %2 of them made unique.")
+          .arg(routing.variants().size())
+          .arg(unique));
+  if (!instrument(data, routing)) return false;
+  for (const auto& [name, text] : generated_)
+    if (!folder_.write(name, text, error_)) return false;
+
+  say(QStringLiteral("Writing the instrumented design as Verilog."));
+  if (!writeInstrumentedVerilog(design_, folder_.stagedFile(json_),
+                                folder_.stagedFile(QStringLiteral("ostrel_debug.v")), folder_.stagedFile(verilog_),
+                                hooks_.idle, error_))
+    return false;
+  if (request_.proveEquivalence && !prove(netlist)) return false;
+  if (!folder_.write(QStringLiteral("capture_map.json"), captureMapJson(plan_), error_)) return false;
+  if (!folder_.write(QStringLiteral("files.f"), fileList(data), error_)) return false;
+  if (!serve() || !folder_.commit(error_)) return false;
+  say(QStringLiteral("Wrote \"%1\" in %2 s.")
+          .arg(toWire(request_.outputDirectory))
+          .arg(double(clock_.elapsed()) / 1000, 0, 'f', 1));
+  return true;
+}
+
+}  // namespace
+
+bool runInsertion(const InsertPlan& plan, const Design& design, std::shared_ptr<const Netlist> netlist,
+                  const InsertionRequest& request, const InsertionHooks& hooks, QString& error) {
+  return Insertion(plan, design, request, hooks, error).run(std::move(netlist));
+}
+
+}  // namespace ost

@@ -1,0 +1,256 @@
+// The edits of an insertion, module by module.
+#include "platform/insert/netlist_editor.h"
+
+#include <numeric>
+
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+namespace {
+
+QByteArray binary32(int number) { return QByteArray::number(number, 2).rightJustified(32, '0'); }
+
+QByteArray portText(const QByteArray& name, const char* direction, const QVector<int>& bits) {
+  return ",\n        " + quoteJson(name) + ": { \"direction\": \"" + direction + "\", \"bits\": " + bitListText(bits) +
+         " }";
+}
+
+QByteArray netText(const QByteArray& name, const QVector<int>& bits) {
+  return ",\n        " + quoteJson(name) + ": { \"hide_name\": 0, \"bits\": " + bitListText(bits) +
+         ", \"attributes\": { } }";
+}
+
+}  // namespace
+
+void TextEdits::replace(TextSpan span, const QByteArray& text) { edits_.emplace(span.begin, Edit{span.end, text}); }
+
+bool TextEdits::write(std::string_view original, TextSpan span, QIODevice& device) const {
+  size_t done = span.begin;
+  const auto copy = [&](size_t end) {
+    const qint64 size = qint64(end - done);
+    return device.write(original.data() + done, size) == size;
+  };
+  for (auto edit = edits_.lower_bound(span.begin); edit != edits_.end() && edit->first < span.end; ++edit) {
+    if (!copy(edit->first) || device.write(edit->second.text) != edit->second.text.size()) return false;
+    done = edit->second.end;
+  }
+  return copy(span.end);
+}
+
+NetlistEditor::NetlistEditor(const Netlist::Private& netlist, const ProbeRouting& routing, InsertPlan& plan)
+    : netlist_(netlist), routing_(routing), plan_(plan) {}
+
+QVector<int> NetlistEditor::newBits(Additions& additions, int count) const {
+  QVector<int> bits(count);
+  std::iota(bits.begin(), bits.end(), additions.nextBit);
+  additions.nextBit += count;
+  return bits;
+}
+
+/// Makes the bits `to` follow the bits `from`, by a cell that Yosys dissolves into an assignment.
+void NetlistEditor::follow(const QVector<int>& from, const QVector<int>& to, Additions& additions) const {
+  if (from.isEmpty()) return;
+  const QByteArray width = binary32(from.size());
+  additions.cells += ",\n        \"$ostrel$" + QByteArray::number(additions.nextCell++) +
+                     "\": { \"hide_name\": 1, \"type\": \"$pos\", \"parameters\": { \"A_SIGNED\": \"" + binary32(0) +
+                     "\", \"A_WIDTH\": \"" + width + "\", \"Y_WIDTH\": \"" + width +
+                     "\" }, \"attributes\": { }, \"port_directions\": { \"A\": \"input\", \"Y\": \"output\" }, "
+                     "\"connections\": { \"A\": " +
+                     bitListText(from) + ", \"Y\": " + bitListText(to) + " } }";
+}
+
+/// Appends members, each with a comma before it, to the object at the offset.
+void NetlistEditor::appendMembers(size_t object, const QByteArray& members, TextEdits& edits) const {
+  if (members.isEmpty()) return;
+  JsonCursor cursor(netlist_.text.text(), object);
+  const bool empty = cursor.enterObject() && cursor.peek() == '}';
+  JsonCursor end(netlist_.text.text(), object);
+  end.skipValue();
+  edits.insert(end.position() - 1, (empty ? members.mid(1) : members) + "\n      ");
+}
+
+/// Yosys gives an output the same bit as the input or inout that it is assigned from, and when it reads that back an
+/// inout may come out as driven by the output. Such outputs get bits of their own.
+void NetlistEditor::separateOutputs(int index, TextEdits& edits, Additions& additions) const {
+  const NetlistModule& module = netlist_.text.module(index);
+  QSet<int> outer;
+  for (const NetlistPort& port : module.portList)
+    if (port.direction != NetlistPort::Output)
+      for (const int bit : port.bits)
+        if (!isConstantBit(bit)) outer.insert(bit);
+  for (const NetlistPort& port : module.portList) {
+    if (port.direction != NetlistPort::Output) continue;
+    QVector<int> bits = port.bits, from, to;
+    for (int& bit : bits) {
+      if (!outer.contains(bit)) continue;
+      if (additions.nextBit == 0) additions.nextBit = netlist_.index(index).highestBit() + 1;
+      from.append(bit);
+      bit = newBits(additions, 1).first();
+      to.append(bit);
+    }
+    if (from.isEmpty()) continue;
+    edits.replace(port.bitsSpan, bitListText(bits));
+    const TextSpan net = netlist_.index(index).netBitsSpan(port.name);
+    if (net.end) edits.replace(net, bitListText(bits));
+    follow(from, to, additions);
+  }
+}
+
+/// Connects the children's probe ports to new bits and gives the children their new modules.
+void NetlistEditor::tap(const std::vector<ChildUse>& children, const NetlistModule& module, TextEdits& edits,
+                        Additions& additions, std::vector<QVector<int>>& childBits) const {
+  for (const ChildUse& use : children) {
+    const ModuleVariant& variant = routing_.variants()[size_t(use.variant)];
+    const QVector<int> bits = newBits(additions, variant.width);
+    const CellConnections cell = readCell(netlist_.text, module.instances[size_t(use.instance)].cell);
+    if (!variant.inPlace) edits.replace(cell.typeSpan, quoteJson(variant.name));
+    const QByteArray member = ",\n            " + quoteJson(variant.port) + ": ";
+    if (cell.directions) appendMembers(cell.directions, member + "\"output\"", edits);
+    appendMembers(cell.connections, member + bitListText(bits), edits);
+    childBits.push_back(bits);
+  }
+}
+
+void NetlistEditor::finish(const NetlistModule& module, const Additions& additions, TextEdits& edits) const {
+  appendMembers(module.ports, additions.ports, edits);
+  appendMembers(module.cells, additions.cells, edits);
+  appendMembers(module.netNames, additions.nets, edits);
+}
+
+void NetlistEditor::editVariant(const ModuleVariant& variant) {
+  const NetlistModule& module = netlist_.text.module(variant.module);
+  TextEdits edits;
+  Additions additions;
+  additions.nextBit = netlist_.index(variant.module).highestBit() + 1;
+  separateOutputs(variant.module, edits, additions);
+  std::vector<QVector<int>> childBits;
+  tap(variant.children, module, edits, additions, childBits);
+  QVector<int> sources = variant.tapped;
+  for (const QVector<int>& bits : childBits) sources += bits;
+  const QVector<int> port = newBits(additions, sources.size());
+  follow(sources, port, additions);
+  additions.ports += portText(variant.port, "output", port);
+  additions.nets += netText(variant.port, port);
+  finish(module, additions, edits);
+  if (variant.inPlace)
+    edits_.add(edits);
+  else
+    clones_.push_back({&variant, edits});
+}
+
+bool NetlistEditor::editTop(QString& error) {
+  const int topIndex = netlist_.text.top();
+  const NetlistModule& top = netlist_.text.module(topIndex);
+  const ModuleIndex& index = netlist_.index(topIndex);
+  Additions additions;
+  additions.nextBit = index.highestBit() + 1;
+  separateOutputs(topIndex, edits_, additions);
+  std::vector<QVector<int>> childBits;
+  tap(routing_.topChildren(), top, edits_, additions, childBits);
+
+  QSet<QByteArray> added;
+  const auto taken = [&](const QByteArray& name) { return added.contains(name) || index.nameTaken(name); };
+  for (const PlanCore& core : plan_.cores) {
+    if (!core.triggerOutIo && !core.triggerOutNet) continue;
+    const QByteArray name = core.triggerOutName.toLatin1();
+    if (taken(name)) {
+      error = QStringLiteral("Core %1: the trigger output \"%2\" has the name of something else at the top of the "
+                             "design; choose another with ost_te.")
+                  .arg(core.name, core.triggerOutName);
+      return false;
+    }
+    added.insert(name);
+  }
+  debugInstance_ = freeName("ostrel_debug_i", taken);
+  added.insert(debugInstance_);
+  // The four pins share one prefix, the first for which all four names are free.
+  QByteArray prefix = "ostrel_";
+  const auto prefixTaken = [&](const QByteArray& wanted) {
+    for (const char* pin : {"tck", "tms", "tdi", "tdo"})
+      if (taken(wanted + pin)) return true;
+    return false;
+  };
+  for (int number = 1; prefixTaken(prefix); ++number) prefix = "ostrel" + QByteArray::number(number) + '_';
+  plan_.pins = {wireFromBytes(prefix + "tck"), wireFromBytes(prefix + "tms"), wireFromBytes(prefix + "tdi"),
+                wireFromBytes(prefix + "tdo")};
+
+  QByteArray directions, connections;
+  for (const DebugConnection& connection : routing_.connections()) {
+    const DebugPort& port = connection.port;
+    QVector<int> bits;
+    for (const TopSource& source : connection.sources)
+      bits.append(source.child < 0 ? source.bit : childBits[size_t(source.child)][source.position]);
+    QByteArray pin;
+    switch (port.role) {
+      case DebugPort::Tck:
+      case DebugPort::Tms:
+      case DebugPort::Tdi:
+      case DebugPort::Tdo: {
+        const char* const names[] = {"tck", "tms", "tdi", "tdo"};
+        pin = prefix + names[port.role - DebugPort::Tck];
+        bits = newBits(additions, 1);
+        additions.ports += portText(pin, port.output ? "output" : "input", bits);
+        additions.nets += netText(pin, bits);
+        break;
+      }
+      case DebugPort::TriggerOut: {
+        const PlanCore& core = plan_.cores[port.core];
+        bits = newBits(additions, port.width);
+        const QByteArray name = core.triggerOutName.toLatin1();
+        if (core.triggerOutIo) additions.ports += portText(name, "output", bits);
+        additions.nets += netText(name, bits);
+        break;
+      }
+      default:
+        break;
+    }
+    directions += ", " + quoteJson(port.name) + ": " + (port.output ? "\"output\"" : "\"input\"");
+    connections += ",\n            " + quoteJson(port.name) + ": " + bitListText(bits);
+  }
+  additions.cells += ",\n        " + quoteJson(debugInstance_) +
+                     ": { \"hide_name\": 0, \"type\": \"ostrel_debug\", \"parameters\": { }, \"attributes\": { \"keep\": "
+                     "\"" +
+                     binary32(1) + "\" }, \"port_directions\": {" + directions.mid(1) +
+                     " },\n          \"connections\": {" + connections.mid(1) + " } }";
+  finish(top, additions, edits_);
+  return true;
+}
+
+bool NetlistEditor::prepare(const QSet<QByteArray>& reservedModules, QString& error) {
+  for (const QByteArray& name : reservedModules) {
+    if (netlist_.text.find(name) < 0) continue;
+    error = QStringLiteral("The design has a module \"%1\", a name that the debug core needs; rename the module, or "
+                           "read the design without the debug core in it.")
+                .arg(wireFromBytes(name));
+    return false;
+  }
+  QSet<int> inPlace{netlist_.text.top()};
+  for (const ModuleVariant& variant : routing_.variants()) {
+    if (variant.inPlace) inPlace.insert(variant.module);
+    editVariant(variant);
+  }
+  if (!editTop(error)) return false;
+  for (int module = 0; module < int(netlist_.text.modules().size()); ++module) {
+    if (inPlace.contains(module) || netlist_.text.module(module).blackBox) continue;
+    Additions additions;
+    separateOutputs(module, edits_, additions);
+    finish(netlist_.text.module(module), additions, edits_);
+  }
+  return true;
+}
+
+bool NetlistEditor::write(QIODevice& device) const {
+  const std::string_view text = netlist_.text.text();
+  const size_t head = netlist_.text.modulesBody() + 1;
+  if (!edits_.write(text, {0, head}, device)) return false;
+  for (const Clone& clone : clones_) {
+    const NetlistModule& module = netlist_.text.module(clone.variant->module);
+    const QByteArray key = "\n    " + quoteJson(clone.variant->name) + ": ";
+    if (device.write(key) != key.size() || !clone.edits.write(text, {module.body, module.text.end}, device) ||
+        device.write(",", 1) != 1)
+      return false;
+  }
+  return edits_.write(text, {head, text.size()}, device);
+}
+
+}  // namespace ost

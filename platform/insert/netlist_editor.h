@@ -1,0 +1,69 @@
+// Writes the instrumented netlist: the original's text with the pieces that change replaced in it.
+#pragma once
+
+#include <QIODevice>
+#include <QSet>
+#include <map>
+
+#include "platform/insert/probe_routing.h"
+
+namespace ost {
+
+/// Replacements within one text, kept by offset.
+class TextEdits {
+ public:
+  void replace(TextSpan span, const QByteArray& text);
+  void insert(size_t offset, const QByteArray& text) { replace({offset, offset}, text); }
+  void add(const TextEdits& other) { edits_.insert(other.edits_.begin(), other.edits_.end()); }
+  /// Writes the span of `original` with the edits that lie in it. False when the device fails.
+  bool write(std::string_view original, TextSpan span, QIODevice& device) const;
+
+ private:
+  struct Edit {
+    size_t end;
+    QByteArray text;
+  };
+  std::multimap<size_t, Edit> edits_;
+};
+
+class NetlistEditor {
+ public:
+  NetlistEditor(const Netlist::Private& netlist, const ProbeRouting& routing, InsertPlan& plan);
+
+  /// Decides the names at the top (plan.pins among them) and all edits. False with a text when a name that the user
+  /// chose is taken.
+  bool prepare(const QSet<QByteArray>& reservedModules, QString& error);
+  bool write(QIODevice& device) const;
+  /// Name of the debug module's instance.
+  QByteArray debugInstance() const { return debugInstance_; }
+
+ private:
+  /// Bits and cells that are added to one module.
+  struct Additions {
+    int nextBit = 0;
+    int nextCell = 1;
+    QByteArray cells, ports, nets;  ///< Members, each with a comma before it.
+  };
+  void separateOutputs(int module, TextEdits& edits, Additions& additions) const;
+  void tap(const std::vector<ChildUse>& children, const NetlistModule& module, TextEdits& edits,
+           Additions& additions, std::vector<QVector<int>>& childBits) const;
+  void editVariant(const ModuleVariant& variant);
+  bool editTop(QString& error);
+  void finish(const NetlistModule& module, const Additions& additions, TextEdits& edits) const;
+  QVector<int> newBits(Additions& additions, int count) const;
+  void follow(const QVector<int>& from, const QVector<int>& to, Additions& additions) const;
+  void appendMembers(size_t object, const QByteArray& members, TextEdits& edits) const;
+
+  const Netlist::Private& netlist_;
+  const ProbeRouting& routing_;
+  InsertPlan& plan_;
+  TextEdits edits_;                      ///< Of modules in their place.
+  struct Clone {
+    const ModuleVariant* variant;
+    TextEdits edits;
+  };
+  std::vector<Clone> clones_;
+  QByteArray debugInstance_;
+};
+
+}  // namespace ost

@@ -1,0 +1,70 @@
+// The passes between the instrumented netlist and its Verilog.
+#include "platform/insert/verilog_writer.h"
+
+#include <QFile>
+#include <QRegularExpression>
+
+#include "platform/design/yosys.h"
+#include "platform/istdata/wire_text.h"
+
+namespace ost {
+namespace {
+
+// What Yosys notes about its own work; attributes of the user's source stay in the output.
+const char* const kBookkeeping[] = {"src",         "dynports",   "module_not_derived", "unused_bits", "hdlname",
+                                    "full_case",   "parallel_case", "cells_not_processed", "always_comb", "always_ff",
+                                    "always_latch"};
+
+/// Yosys reports no failing write: a text that does not end with a module is cut short.
+bool endsWithModule(QFile& file) {
+  const qint64 tail = 64;
+  if (!file.seek(std::max<qint64>(0, file.size() - tail))) return false;
+  return file.readAll().trimmed().endsWith("endmodule");
+}
+
+}  // namespace
+
+bool writeInstrumentedVerilog(const Design& design, const QString& netlist, const QString& debugModule,
+                              const QString& verilog, const std::function<bool()>& idle, QString& error) {
+  QFile source(netlist), debug(debugModule), result(verilog);
+  for (QFile* file : {&source, &debug, &result}) {
+    const bool open = file == &result ? file->open(QIODevice::ReadWrite) : file->open(QIODevice::ReadOnly);
+    if (open) continue;
+    error = QStringLiteral("Cannot open \"%1\": %2.").arg(toWire(file->fileName()), toWire(file->errorString()));
+    return false;
+  }
+  YosysJob job;
+  job.files = {source.handle(), debug.handle(), result.handle()};
+  // opt_expr -mux_bool and opt_reduce merge the write enables that `proc` made one a bit; without them a memory no
+  // longer maps to block RAM.
+  job.script =
+      "read_json /proc/self/fd/3\n"
+      "read_verilog -lib /proc/self/fd/4\n"
+      "opt_expr -mux_bool\nopt_reduce\nopt_expr\nopt_merge\nopt_clean\n";
+  for (const char* attribute : kBookkeeping)
+    job.script += QByteArray("setattr -unset ") + attribute + "\nsetattr -mod -unset " + attribute + '\n';
+  job.script += "write_verilog /proc/self/fd/5\n";
+  job.timeLimitSeconds = design.source().timeLimitSeconds;
+  job.memoryLimitBytes = design.source().memoryLimitBytes;
+  job.idle = idle;
+  const YosysResult run = runYosys(job);
+  if (!run.ok) {
+    error = run.error;
+    return false;
+  }
+  if (!endsWithModule(result)) {
+    error = QStringLiteral("The instrumented design could not be written in full; is the disk full?");
+    return false;
+  }
+  return true;
+}
+
+QSet<QByteArray> definedModules(const QByteArray& verilog) {
+  static const QRegularExpression pattern(QStringLiteral("^\\s*module\\s+(\\w+)"), QRegularExpression::MultilineOption);
+  QSet<QByteArray> names;
+  auto match = pattern.globalMatch(QString::fromLatin1(verilog));
+  while (match.hasNext()) names.insert(match.next().captured(1).toLatin1());
+  return names;
+}
+
+}  // namespace ost
