@@ -52,9 +52,9 @@ TEST_F(OptionCommands, ListTraceOptions) {
   // A number without a value leaves its label, and the next label follows on the same line.
   EXPECT_EQ(
       "SampleEnable = off\nTriggerEnable = on\nTriggerEnable = \nTriggerEnablePri = ACTIVE_HIGH\n"
-      "NumberofTriggers = BufferDepth = Implementation = \nTimestamp = on\nTimestampBits = CaptureMode = Multiple\n"
+      "NumberofTriggers = BufferDepth = -2\nImplementation = \nTimestamp = on\nTimestampBits = CaptureMode = Multiple\n"
       "MinimumSamplesPerTrigger = IncludeTrigger = off\n",
-      list("isTrigEnable=1 getCaptureNum=-1 getBufferDepth=-1 isTimeStamp=1 getTimeStampBits=-1 getCaptureMode=1 "
+      list("isTrigEnable=1 getCaptureNum=-1 getBufferDepth=-2 isTimeStamp=1 getTimeStampBits=-1 getCaptureMode=1 "
            "getCaptureMin=-1"));
 }
 

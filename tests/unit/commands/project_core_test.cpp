@@ -137,7 +137,7 @@ TEST_F(CoreCommands, ListAddDeleteRenameSelect) {
       {"ost_core rename a b", [](D& d) { d.refused = {"renameCore"}; }, 1, "", "renameCore(a,b) #0113(,)"},
       {"ost_core select", nullptr, 0, "c1", "getActiveCoreName()"},
       {"ost_core select", [](D& d) { d.noActiveCore = true; }, 0, "", "getActiveCoreName()"},
-      {"ost_core select c1", nullptr, 0, "c1", "getCore(c1) selectCore(c1)"},
+      {"ost_core select alias", nullptr, 0, "c1", "getCore(alias) selectCore(alias)"},
       {"ost_core select no", nullptr, 1, "", "getCore(no) #0112(no,)"},
       {"ost_core select c1", [](D& d) { d.refused = {"selectCore"}; }, 1, "", "getCore(c1) selectCore(c1)"},
   });
