@@ -202,13 +202,17 @@ QByteArray MapWriter::write(const InsertPlan& plan) {
 
 }  // namespace
 
-QString captureMapFormat() { return QStringLiteral("ostrel capture map"); }
+QString captureMapFormat() {
+  return QStringLiteral("ostrel capture map");
+}
 
 QStringList unitClassWords() {
   return {QStringLiteral("match"), QStringLiteral("order"), QStringLiteral("serial")};
 }
 
-QByteArray captureMapJson(const InsertPlan& plan) { return MapWriter().write(plan); }
+QByteArray captureMapJson(const InsertPlan& plan) {
+  return MapWriter().write(plan);
+}
 
 QByteArray planHash(const InsertPlan& plan) {
   InsertPlan hashed = plan;

@@ -19,9 +19,13 @@ constexpr int kMaxBits = 1 << 20;  ///< Of one core.
 constexpr int kMaxDepth = 65536;
 constexpr int kMaxTimestampBits = 63;
 
-bool isPowerOfTwo(int number) { return number > 0 && (number & (number - 1)) == 0; }
+bool isPowerOfTwo(int number) {
+  return number > 0 && (number & (number - 1)) == 0;
+}
 
-bool isBinary(const QByteArray& digits) { return digits.count('0') + digits.count('1') == digits.size(); }
+bool isBinary(const QByteArray& digits) {
+  return digits.count('0') + digits.count('1') == digits.size();
+}
 
 class MapReader {
  public:

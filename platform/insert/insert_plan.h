@@ -43,10 +43,10 @@ struct PlanUnit {
   Operator op = Operator::Equal;
   Radix radix = Radix::Bin;
   QString valueText;
-  int width = 1;             ///< Bits compared; the pattern's length for Serial.
-  QVector<int> inputs;       ///< Index into PlanCore::triggerBits, least significant first; one entry for Serial.
-  QByteArray value;          ///< `width` characters '0'/'1', least significant first ('0' where don't-care).
-  QByteArray mask;           ///< '1' = compared (or watched for edges), least significant first.
+  int width = 1;        ///< Bits compared; the pattern's length for Serial.
+  QVector<int> inputs;  ///< Index into PlanCore::triggerBits, least significant first; one entry for Serial.
+  QByteArray value;     ///< `width` characters '0'/'1', least significant first ('0' where don't-care).
+  QByteArray mask;      ///< '1' = compared (or watched for edges), least significant first.
 };
 
 /// One step of a sequence: a truth table over the expression's units, to be met `count` times.
@@ -81,10 +81,10 @@ struct PlanCore {
 
   Radix displayRadix = Radix::Bin;  ///< The core's DefaultRadix, in which a reader shows vectors.
 
-  int depth = 1024;          ///< Samples, a power of two.
+  int depth = 1024;  ///< Samples, a power of two.
   bool distributedRam = false;
   bool distRamDisabled = false;
-  int timestampBits = 0;     ///< 0 = no timestamps.
+  int timestampBits = 0;  ///< 0 = no timestamps.
   bool includeTrigger = false;
   int windows = 1;           ///< Windows of one capture.
   int windowSamples = 1024;  ///< Samples of a window, a power of two; windows * windowSamples <= depth.
@@ -92,7 +92,7 @@ struct PlanCore {
   QVector<PlanUnit> units;
   QVector<PlanExpression> expressions;
   bool eventCounter = false;
-  int eventCount = 1;        ///< Trigger at this many completions of an expression (chosen value; the most it can hold).
+  int eventCount = 1;  ///< Trigger at this many completions of an expression (chosen value; the most it can hold).
 
   bool triggerOutIo = false, triggerOutNet = false;
   QString triggerOutName;
@@ -113,10 +113,10 @@ struct JtagPins {
 };
 
 struct InsertPlan {
-  QString projectName;       ///< Base name of the project file, or "untitled".
+  QString projectName;  ///< Base name of the project file, or "untitled".
   QString topModule;
-  QByteArray projectHash;    ///< 16 hex digits over the plan itself; built into the hardware and the capture map.
-  JtagPins pins;             ///< Chosen by the insertion, which avoids names of the design; not part of the hash.
+  QByteArray projectHash;  ///< 16 hex digits over the plan itself; built into the hardware and the capture map.
+  JtagPins pins;           ///< Chosen by the insertion, which avoids names of the design; not part of the hash.
   QVector<PlanCore> cores;
 };
 

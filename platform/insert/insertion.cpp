@@ -17,7 +17,11 @@ class Insertion {
  public:
   Insertion(const InsertPlan& plan, const Design& design, const InsertionRequest& request, const InsertionHooks& hooks,
             QString& error)
-      : plan_(plan), design_(design), request_(request), hooks_(hooks), error_(error),
+      : plan_(plan),
+        design_(design),
+        request_(request),
+        hooks_(hooks),
+        error_(error),
         folder_(request.outputDirectory) {
     clock_.start();
   }

@@ -1,5 +1,5 @@
-// One module's nets and drivers, read from the netlist's text on demand and kept small: a flat design is one module with
-// half a million nets.
+// One module's nets and drivers, read from the netlist's text on demand and kept small: a flat design is one module
+// with half a million nets.
 #pragma once
 
 #include <QHash>
@@ -21,8 +21,8 @@ struct LocalDriver {
 enum class CellKind : unsigned char { Logic, FlipFlop, Latch, MemoryRead, MemoryBlock, Instance };
 
 struct IndexedCell {
-  size_t offset;   ///< Of its object in the text.
-  int instance;    ///< Index into NetlistModule::instances, -1 for a cell of Yosys' own.
+  size_t offset;  ///< Of its object in the text.
+  int instance;   ///< Index into NetlistModule::instances, -1 for a cell of Yosys' own.
   CellKind kind;
 };
 
@@ -44,7 +44,8 @@ class ModuleIndex {
   bool netBits(const QByteArray& net, QVector<int>& bits) const;
   /// Where the array of a net's bits stands in the text; empty when the module does not declare the net.
   TextSpan netBitsSpan(const QByteArray& net) const;
-  /// A name for a bit: the source's rather than one of Yosys' own, the first in the netlist's order. False for constants.
+  /// A name for a bit: the source's rather than one of Yosys' own, the first in the netlist's order. False for
+  /// constants.
   bool nameOf(int bit, QByteArray& net, int& position) const;
   /// The position's index as the source counts it; -1 when the net is a scalar.
   int sourceIndex(const QByteArray& net, int position) const;
@@ -70,9 +71,9 @@ class ModuleIndex {
   const Net* findNet(const QByteArray& name) const;
 
   const NetlistText& netlist_;
-  std::vector<Net> nets_;        // in the order of their names
+  std::vector<Net> nets_;  // in the order of their names
   std::vector<IndexedCell> cells_;
-  std::vector<int> driver_;      // by bit: 0 none, 1 input, 2 inout, 3.. cell
+  std::vector<int> driver_;  // by bit: 0 none, 1 input, 2 inout, 3.. cell
   std::unordered_multimap<int, int> inOutCells_;
   std::vector<std::string_view> cellNames_;  // of public cells and memories, sorted
   mutable std::vector<int> netOfBit_;        // by bit: index into nets_ + 1; filled on first use

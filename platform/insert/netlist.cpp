@@ -32,8 +32,7 @@ QVector<int> clockOf(const CellConnections& cell, CellKind kind, int bit) {
 Netlist::Netlist() : d(new Private) {}
 Netlist::~Netlist() = default;
 
-std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& error,
-                                             const std::function<bool()>& idle) {
+std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& error, const std::function<bool()>& idle) {
   const int scratch = openScratchFile(error);
   if (scratch < 0) return nullptr;
   YosysJob job;

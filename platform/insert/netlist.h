@@ -14,17 +14,17 @@ namespace ost {
 struct BitDriver {
   enum Kind {
     Undriven,
-    Constant,      ///< Tied to 0, 1 or x.
-    TopPort,       ///< An input or inout of the top module.
-    FlipFlop,      ///< A register; `clock` is its clock net's bit, resolved to where it is driven from.
-    Memory,        ///< A clocked memory read port; `clock` as for FlipFlop.
+    Constant,  ///< Tied to 0, 1 or x.
+    TopPort,   ///< An input or inout of the top module.
+    FlipFlop,  ///< A register; `clock` is its clock net's bit, resolved to where it is driven from.
+    Memory,    ///< A clocked memory read port; `clock` as for FlipFlop.
     Latch,
-    Combinational, ///< Logic; `clocks` of the registers before it are not followed.
-    BlackBox,      ///< The output of a module without a body.
+    Combinational,  ///< Logic; `clocks` of the registers before it are not followed.
+    BlackBox,       ///< The output of a module without a body.
   };
   Kind kind = Undriven;
   bool hasClock = false;
-  NetBit clock;           ///< Canonical: the same clock gives the same bit, however many aliases it has.
+  NetBit clock;  ///< Canonical: the same clock gives the same bit, however many aliases it has.
 };
 
 class Netlist {

@@ -8,7 +8,9 @@
 namespace ost {
 namespace {
 
-QByteArray binary32(int number) { return QByteArray::number(number, 2).rightJustified(32, '0'); }
+QByteArray binary32(int number) {
+  return QByteArray::number(number, 2).rightJustified(32, '0');
+}
 
 QByteArray portText(const QByteArray& name, const char* direction, const QVector<int>& bits) {
   return ",\n        " + quoteJson(name) + ": { \"direction\": \"" + direction + "\", \"bits\": " + bitListText(bits) +
@@ -22,7 +24,9 @@ QByteArray netText(const QByteArray& name, const QVector<int>& bits) {
 
 }  // namespace
 
-void TextEdits::replace(TextSpan span, const QByteArray& text) { edits_.emplace(span.begin, Edit{span.end, text}); }
+void TextEdits::replace(TextSpan span, const QByteArray& text) {
+  edits_.emplace(span.begin, Edit{span.end, text});
+}
 
 bool TextEdits::write(std::string_view original, TextSpan span, QIODevice& device) const {
   size_t done = span.begin;
@@ -154,8 +158,9 @@ bool NetlistEditor::editTop(QString& error) {
     if (!core.triggerOutIo && !core.triggerOutNet) continue;
     const QByteArray name = core.triggerOutName.toLatin1();
     if (taken(name)) {
-      error = QStringLiteral("Core %1: the trigger output \"%2\" has the name of something else at the top of the "
-                             "design; choose another with ost_te.")
+      error = QStringLiteral(
+                  "Core %1: the trigger output \"%2\" has the name of something else at the top of the "
+                  "design; choose another with ost_te.")
                   .arg(core.name, core.triggerOutName);
       return false;
     }
@@ -207,11 +212,12 @@ bool NetlistEditor::editTop(QString& error) {
     directions += ", " + quoteJson(port.name) + ": " + (port.output ? "\"output\"" : "\"input\"");
     connections += ",\n            " + quoteJson(port.name) + ": " + bitListText(bits);
   }
-  additions.cells += ",\n        " + quoteJson(debugInstance_) +
-                     ": { \"hide_name\": 0, \"type\": \"ostrel_debug\", \"parameters\": { }, \"attributes\": { \"keep\": "
-                     "\"" +
-                     binary32(1) + "\" }, \"port_directions\": {" + directions.mid(1) +
-                     " },\n          \"connections\": {" + connections.mid(1) + " } }";
+  additions.cells +=
+      ",\n        " + quoteJson(debugInstance_) +
+      ": { \"hide_name\": 0, \"type\": \"ostrel_debug\", \"parameters\": { }, \"attributes\": { \"keep\": "
+      "\"" +
+      binary32(1) + "\" }, \"port_directions\": {" + directions.mid(1) + " },\n          \"connections\": {" +
+      connections.mid(1) + " } }";
   finish(top, additions, edits_);
   return true;
 }
@@ -219,8 +225,9 @@ bool NetlistEditor::editTop(QString& error) {
 bool NetlistEditor::prepare(const QSet<QByteArray>& reservedModules, QString& error) {
   for (const QByteArray& name : reservedModules) {
     if (netlist_.text.find(name) < 0) continue;
-    error = QStringLiteral("The design has a module \"%1\", a name that the debug core needs; rename the module, or "
-                           "read the design without the debug core in it.")
+    error = QStringLiteral(
+                "The design has a module \"%1\", a name that the debug core needs; rename the module, or "
+                "read the design without the debug core in it.")
                 .arg(wireFromBytes(name));
     return false;
   }

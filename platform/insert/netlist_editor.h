@@ -45,8 +45,8 @@ class NetlistEditor {
     QByteArray cells, ports, nets;  ///< Members, each with a comma before it.
   };
   void separateOutputs(int module, TextEdits& edits, Additions& additions) const;
-  void tap(const std::vector<ChildUse>& children, const NetlistModule& module, TextEdits& edits,
-           Additions& additions, std::vector<QVector<int>>& childBits) const;
+  void tap(const std::vector<ChildUse>& children, const NetlistModule& module, TextEdits& edits, Additions& additions,
+           std::vector<QVector<int>>& childBits) const;
   void editVariant(const ModuleVariant& variant);
   bool editTop(QString& error);
   void finish(const NetlistModule& module, const Additions& additions, TextEdits& edits) const;
@@ -57,7 +57,7 @@ class NetlistEditor {
   const Netlist::Private& netlist_;
   const ProbeRouting& routing_;
   InsertPlan& plan_;
-  TextEdits edits_;                      ///< Of modules in their place.
+  TextEdits edits_;  ///< Of modules in their place.
   struct Clone {
     const ModuleVariant* variant;
     TextEdits edits;

@@ -16,7 +16,9 @@ namespace ost {
 
 /// A bit of a net within its module: ids from 2; below that a constant.
 enum ConstantBit : int { kBitZ = -2, kBitX = -1, kBit0 = 0, kBit1 = 1 };
-inline bool isConstantBit(int bit) { return bit < 2; }
+inline bool isConstantBit(int bit) {
+  return bit < 2;
+}
 /// As JSON writes it: a number, or "0", "1", "x", "z" with quotes.
 QByteArray bitText(int bit);
 QByteArray bitListText(const QVector<int>& bits);
@@ -42,17 +44,18 @@ NetlistPort::Direction portDirection(std::string_view word);
 struct NetlistInstance {
   QByteArray name;
   QByteArray type;
-  int module = -1;          ///< Index of `type`, -1 when the netlist does not have it.
-  size_t cell = 0;          ///< Offset of the cell's object.
+  int module = -1;  ///< Index of `type`, -1 when the netlist does not have it.
+  size_t cell = 0;  ///< Offset of the cell's object.
 };
 
 struct NetlistModule {
   QByteArray name;
-  QByteArray hdlName;       ///< As in the source, for a module that got a name of Yosys' own; else empty.
+  QByteArray hdlName;  ///< As in the source, for a module that got a name of Yosys' own; else empty.
   bool blackBox = false;
-  TextSpan text;            ///< Key and value of the module: "name": { ... }
-  size_t body = 0;          ///< Offset of the module's object.
-  size_t attributes = 0, ports = 0, cells = 0, netNames = 0, memories = 0;  ///< Offset of each section's object; 0 when missing.
+  TextSpan text;    ///< Key and value of the module: "name": { ... }
+  size_t body = 0;  ///< Offset of the module's object.
+  size_t attributes = 0, ports = 0, cells = 0, netNames = 0,
+         memories = 0;  ///< Offset of each section's object; 0 when missing.
   std::vector<NetlistPort> portList;
   std::vector<NetlistInstance> instances;
   QHash<QByteArray, int> instanceByName;

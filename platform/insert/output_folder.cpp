@@ -21,7 +21,9 @@ namespace {
 
 const char kListName[] = "ostrel_files.txt";
 
-QString reasonOf(int code) { return wireFromBytes(std::strerror(code)); }
+QString reasonOf(int code) {
+  return wireFromBytes(std::strerror(code));
+}
 
 QStringList listedFiles(const QString& folder) {
   QFile list(folder + QLatin1Char('/') + QLatin1String(kListName));
@@ -106,8 +108,9 @@ bool OutputFolder::begin(const QStringList& files, QString& error) {
     }
     const QString foreign = foreignEntry(target_);
     if (!foreign.isEmpty()) {
-      error = QStringLiteral("The output folder \"%1\" holds \"%2\", which no insertion wrote; move it elsewhere, since "
-                             "the folder is replaced as a whole.")
+      error = QStringLiteral(
+                  "The output folder \"%1\" holds \"%2\", which no insertion wrote; move it elsewhere, since "
+                  "the folder is replaced as a whole.")
                   .arg(toWire(target_), toWire(foreign));
       return false;
     }
@@ -125,12 +128,15 @@ bool OutputFolder::begin(const QStringList& files, QString& error) {
   return write(QLatin1String(kListName), list, error);
 }
 
-QString OutputFolder::stagedFile(const QString& name) const { return staged_ + QLatin1Char('/') + name; }
+QString OutputFolder::stagedFile(const QString& name) const {
+  return staged_ + QLatin1Char('/') + name;
+}
 
 bool OutputFolder::write(const QString& name, const QByteArray& contents, QString& error) const {
   QFile file(stagedFile(name));
   if (file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.flush()) return true;
-  error = QStringLiteral("Cannot write \"%1\": %2.").arg(toWire(target_ + QLatin1Char('/') + name), toWire(file.errorString()));
+  error = QStringLiteral("Cannot write \"%1\": %2.")
+              .arg(toWire(target_ + QLatin1Char('/') + name), toWire(file.errorString()));
   return false;
 }
 
@@ -162,7 +168,9 @@ bool OutputFolder::commit(QString& error) {
       }
     }
   }
-  if (!done) error = QStringLiteral("Cannot put the new output folder \"%1\" in place: %2.").arg(toWire(target_), reasonOf(errno));
+  if (!done)
+    error =
+        QStringLiteral("Cannot put the new output folder \"%1\" in place: %2.").arg(toWire(target_), reasonOf(errno));
   return done;
 }
 

@@ -11,8 +11,8 @@ namespace ost {
 
 class OutputFolder {
  public:
-  /// `target` is the folder's file name (Unicode); errors come as wire text. Without commit() all that was staged goes away again, with the
-  /// object or with the process.
+  /// `target` is the folder's file name (Unicode); errors come as wire text. Without commit() all that was staged goes
+  /// away again, with the object or with the process.
   explicit OutputFolder(const QString& target);
   ~OutputFolder();
   OutputFolder(const OutputFolder&) = delete;

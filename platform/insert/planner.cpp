@@ -221,9 +221,8 @@ bool CorePlanner::planExpression(const TriggerExpression& source) {
                             .arg(source.maxSequenceDepth));
   for (const ParsedStep& step : parsed.steps) {
     if (step.count > source.maxEventCount)
-      return fail(object, QStringLiteral("it counts to %1, its event count is %2.")
-                              .arg(step.count)
-                              .arg(source.maxEventCount));
+      return fail(object,
+                  QStringLiteral("it counts to %1, its event count is %2.").arg(step.count).arg(source.maxEventCount));
     expression.steps.append({step.truthTable, step.count});
   }
   plan_.expressions.append(expression);

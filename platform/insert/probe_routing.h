@@ -19,27 +19,27 @@ struct ChildUse {
 /// A module as changed for one or more of its instances. Its probe port carries `tapped`, bit 0 first, and then the
 /// probe ports of the children, one after the other.
 struct ModuleVariant {
-  int module;                ///< Index of the original.
-  QByteArray name;           ///< The original's, or a new one where other instances stay as they are.
-  bool inPlace = false;      ///< Takes the original's place.
-  QByteArray port;           ///< Name of the probe port.
-  QVector<int> tapped;       ///< Bits of the module.
+  int module;            ///< Index of the original.
+  QByteArray name;       ///< The original's, or a new one where other instances stay as they are.
+  bool inPlace = false;  ///< Takes the original's place.
+  QByteArray port;       ///< Name of the probe port.
+  QVector<int> tapped;   ///< Bits of the module.
   std::vector<ChildUse> children;
-  int width = 0;             ///< Of the probe port.
+  int width = 0;  ///< Of the probe port.
 };
 
 /// Where the top finds a bit that the debug module looks at.
 struct TopSource {
-  int bit = kBitX;    ///< Bit of the top, when `child` is -1.
-  int child = -1;     ///< Index into ProbeRouting::topChildren().
-  int position = 0;   ///< In that child's probe port.
+  int bit = kBitX;   ///< Bit of the top, when `child` is -1.
+  int child = -1;    ///< Index into ProbeRouting::topChildren().
+  int position = 0;  ///< In that child's probe port.
 };
 
 /// One input or output of the debug module and what it meets in the top.
 struct DebugConnection {
   DebugPort port;
-  QVector<NetBit> nets;         ///< Inputs from the design, bit 0 first.
-  QVector<TopSource> sources;   ///< For each of `nets`.
+  QVector<NetBit> nets;        ///< Inputs from the design, bit 0 first.
+  QVector<TopSource> sources;  ///< For each of `nets`.
 };
 
 class ProbeRouting {
@@ -55,11 +55,11 @@ class ProbeRouting {
   /// An instance that holds a tap, itself or below.
   struct Node {
     int module;
-    std::map<int, int> children;   // instance -> node
+    std::map<int, int> children;  // instance -> node
     QVector<int> tapped;
-    QHash<int, int> positionOf;    // tapped bit -> position
+    QHash<int, int> positionOf;  // tapped bit -> position
     int variant = -1;
-    int offset = 0;                // of its port within the parent's port
+    int offset = 0;  // of its port within the parent's port
   };
   int nodeAt(const Netlist::Private& netlist, const std::vector<int>& path);
   void countInstances(const Netlist::Private& netlist);

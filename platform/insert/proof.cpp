@@ -1,4 +1,344 @@
+// The proof: both editions are read back through Yosys, every module is compared with its original, and every input of
+// the debug module is followed to its source.
 #include "platform/insert/proof.h"
+
+#include <unistd.h>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSet>
+
+#include "platform/design/yosys.h"
+#include "platform/insert/module_cut.h"
+#include "platform/insert/probe_routing.h"
+#include "platform/istdata/wire_text.h"
+
 namespace ost {
-bool proveUnchanged(const InsertPlan&, const Design&, std::shared_ptr<const Netlist>, const ProofFiles&, const std::function<bool()>&, ProofReport&, QString&) { return true; }
+namespace {
+
+// Both sides alike: tri-state buffers as cells of their own, memories whole. Nothing is cleaned away, since a net that
+// the user's logic does not use may be probed.
+const char kNormalise[] = "proc\ntribuf -merge\nmemory_collect\n";
+constexpr int kLeastSecondsForAModule = 5;
+
+/// A module's name in the original: Verilog escapes the names that Yosys made, and they come back with a backslash.
+QByteArray plainName(const QByteArray& name) {
+  return name.startsWith("\\$") ? name.mid(1) : name;
 }
+
+/// An open file without a name.
+class ScratchFile {
+ public:
+  explicit ScratchFile(QString& error) : handle_(openScratchFile(error)) {}
+  ~ScratchFile() {
+    if (handle_ >= 0) close(handle_);
+  }
+  ScratchFile(const ScratchFile&) = delete;
+  ScratchFile& operator=(const ScratchFile&) = delete;
+  int handle() const { return handle_; }
+
+ private:
+  int handle_;
+};
+
+class Proof {
+ public:
+  Proof(const InsertPlan& plan, const Design& design, const std::function<bool()>& idle, ProofReport& report,
+        QString& error)
+      : plan_(plan), design_(design), idle_(idle), report_(report), error_(error) {
+    clock_.start();
+  }
+
+  bool run(const Netlist::Private& original, const ProofFiles& files);
+
+ private:
+  bool fail(const QString& text) {
+    error_ = QStringLiteral("The proof of the instrumented design failed: ") + text;
+    return false;
+  }
+  YosysJob job() const;
+  bool readBack(const QByteArray& script, const QVector<int>& files, NetlistText& text);
+  void noteChanges(const Netlist::Private& original);
+  bool compareCells(const ModuleCut& gold, const ModuleCut& gate, bool top);
+  bool comparePorts(ModuleCut& gold, ModuleCut& gate, bool top);
+  bool compareRegisters(ModuleCut& gold, ModuleCut& gate);
+  bool proveModule(int gateModule);
+  bool proveLogic(const ModuleCut& gold, const ModuleCut& gate);
+  bool checkProbes();
+  QString shown(const NetlistModule& module) const {
+    return wireFromBytes(module.hdlName.isEmpty() ? plainName(module.name) : module.hdlName);
+  }
+  /// The original's name of a module, whether it was made unique or not.
+  QByteArray originalName(const QByteArray& name) const { return originalOf_.value(name, plainName(name)); }
+  QByteArray probePort(const QByteArray& name) const { return probePortOf_.value(plainName(name)); }
+
+  const InsertPlan& plan_;
+  const Design& design_;
+  const std::function<bool()>& idle_;
+  ProofReport& report_;
+  QString& error_;
+  QElapsedTimer clock_;
+  Netlist::Private gold_, gate_;
+  ProbeRouting routing_;
+  QHash<QByteArray, QByteArray> originalOf_;   ///< Names of modules made unique -> the original's name.
+  QHash<QByteArray, QByteArray> probePortOf_;  ///< Names of changed modules -> their probe port.
+  QSet<QByteArray> topPorts_;                  ///< What the insertion adds at the top.
+  QStringList late_;                           ///< Modules for which no time was left.
+};
+
+YosysJob Proof::job() const {
+  YosysJob job;
+  job.timeLimitSeconds =
+      std::max(kLeastSecondsForAModule, design_.source().timeLimitSeconds - int(clock_.elapsed() / 1000));
+  job.memoryLimitBytes = design_.source().memoryLimitBytes;
+  job.idle = idle_;
+  return job;
+}
+
+/// Runs a script that reads one edition, normalises it and loads the result.
+bool Proof::readBack(const QByteArray& script, const QVector<int>& files, NetlistText& text) {
+  ScratchFile scratch(error_);
+  if (scratch.handle() < 0) return false;
+  YosysJob read = job();
+  read.files = QVector<int>{scratch.handle()} + files;
+  read.script = script + kNormalise + "write_json /proc/self/fd/3\n";
+  const YosysResult result = runYosys(read);
+  if (!result.ok) {
+    error_ = result.error;
+    return false;
+  }
+  return text.open(scratch.handle(), design_.topModule().toLatin1(), error_);
+}
+
+void Proof::noteChanges(const Netlist::Private& original) {
+  for (const ModuleVariant& variant : routing_.variants()) {
+    probePortOf_.insert(variant.name, variant.port);
+    if (!variant.inPlace) originalOf_.insert(variant.name, original.text.module(variant.module).name);
+  }
+  for (const QString& pin : {plan_.pins.tck, plan_.pins.tms, plan_.pins.tdi, plan_.pins.tdo})
+    topPorts_.insert(pin.toLatin1());
+  for (const PlanCore& core : plan_.cores)
+    if (core.triggerOutIo) topPorts_.insert(core.triggerOutName.toLatin1());
+}
+
+/// The same instances and memories, of the same module (or its unique copy) and with the same parameters.
+bool Proof::compareCells(const ModuleCut& gold, const ModuleCut& gate, bool top) {
+  const QString where = shown(gold.module());
+  for (const auto& [name, cell] : gate.cells()) {
+    if (gold.cells().count(name)) continue;
+    if (top && cell.type == "ostrel_debug") continue;
+    return fail(
+        QStringLiteral("module %1 has a cell \"%2\" that its original has not.").arg(where, wireFromBytes(name)));
+  }
+  for (const auto& [name, cell] : gold.cells()) {
+    const auto found = gate.cells().find(name);
+    if (found == gate.cells().end()) {
+      bool used = false;  // what nothing reads may have been dropped
+      for (const auto& [port, cut] : gold.ports()) used |= cut.input && port.startsWith(name + '.');
+      if (name.startsWith("mem|") && !used) continue;
+      return fail(QStringLiteral("module %1 has lost its cell \"%2\".").arg(where, wireFromBytes(name)));
+    }
+    if (originalName(found->second.type) != cell.type || found->second.parameters != cell.parameters)
+      return fail(QStringLiteral("the cell \"%2\" of module %1 has another type or other parameters than the original.")
+                      .arg(where, wireFromBytes(name)));
+  }
+  return true;
+}
+
+/// Gives both sides the same ports; what the insertion added is left out.
+bool Proof::comparePorts(ModuleCut& gold, ModuleCut& gate, bool top) {
+  const QString where = shown(gold.module());
+  auto& ports = gate.ports();
+  for (auto port = ports.begin(); port != ports.end();) {
+    if (gold.ports().count(port->first)) {
+      ++port;
+      continue;
+    }
+    const QByteArray& name = port->first;
+    const QByteArray base = name.left(name.lastIndexOf('|'));
+    bool added = false;
+    if (base.startsWith("port|")) {
+      const QByteArray plain = base.mid(5);
+      added = (top && topPorts_.contains(plain)) || probePort(gate.module().name) == plain;
+    } else if (base.startsWith("cell|")) {
+      const QByteArray cell = base.mid(5);
+      for (const auto& [instance, cut] : gate.cells()) {
+        if (!cell.startsWith(instance + '.')) continue;
+        const QByteArray plain = cell.mid(instance.size() + 1);
+        added |= probePort(cut.type) == plain || (top && cut.type == "ostrel_debug");
+      }
+    }
+    const bool open = port->second.bit == kBitX || port->second.bit == kBitZ;
+    if (!added && !open && !name.startsWith("tri|"))
+      return fail(
+          QStringLiteral("module %1 connects \"%2\", which its original does not.").arg(where, wireFromBytes(base)));
+    port = ports.erase(port);
+  }
+  gold.direct();
+  gate.direct();
+  for (auto& [name, cut] : gold.ports()) {
+    const auto found = ports.find(name);
+    if (found == ports.end()) {
+      ports[name] = {cut.input, cut.input ? gate.freshBit() : kBitX};
+    } else if (cut.input != found->second.input) {
+      // An input of one side only: give the other a bit of its own, which the logic does not read.
+      if (cut.input)
+        found->second = {true, gate.freshBit()};
+      else
+        return fail(QStringLiteral("module %1: \"%2\" is no longer driven.").arg(where, wireFromBytes(name)));
+    }
+  }
+  return true;
+}
+
+/// The solver takes all registers of a module as clocked alike: their clocks become outputs that are compared, and
+/// edges and initial values are compared here.
+bool Proof::compareRegisters(ModuleCut& gold, ModuleCut& gate) {
+  const QString where = shown(gold.module());
+  for (const auto& [name, goldRegister] : gold.registers()) {
+    const int bar = name.lastIndexOf('|');
+    CutRegister gateRegister;
+    if (!gate.registerAt(name.left(bar), name.mid(bar + 1).toInt(), gateRegister)) continue;
+    if (gateRegister.risingEdge != goldRegister.risingEdge)
+      return fail(QStringLiteral("module %1: the register \"%2\" is clocked by the other edge.")
+                      .arg(where, wireFromBytes(name.left(bar))));
+    gold.ports()["clock|" + name] = {false, goldRegister.clock};
+    gate.ports()["clock|" + name] = {false, gateRegister.clock};
+  }
+  for (const auto& [net, bits] : gold.initialNets()) {
+    QVector<int> gateBits;
+    if (!gate.netBits(net, gateBits) || gateBits.size() != bits.size()) continue;
+    for (int i = 0; i < bits.size(); ++i) {
+      const char wanted = gold.initialValues().value(bits[i]);
+      if (!wanted || isConstantBit(gateBits[i]) || gate.initialValues().value(gateBits[i]) == wanted) continue;
+      return fail(
+          QStringLiteral("module %1: the register \"%2\" has lost its initial value.").arg(where, wireFromBytes(net)));
+    }
+  }
+  return true;
+}
+
+bool Proof::proveLogic(const ModuleCut& gold, const ModuleCut& gate) {
+  ScratchFile scratch(error_);
+  if (scratch.handle() < 0) return false;
+  QFile file;
+  const QByteArray json =
+      "{ \"creator\": \"ostrel\", \"modules\": {\n" + gold.json("gold") + ",\n" + gate.json("gate") + "\n} }\n";
+  if (!file.open(scratch.handle(), QIODevice::WriteOnly) || file.write(json) != json.size() || !file.flush())
+    return fail(QStringLiteral("cannot write a temporary file: %1.").arg(toWire(file.errorString())));
+  YosysJob prove = job();
+  prove.files = {scratch.handle()};
+  prove.script =
+      "read_json /proc/self/fd/3\n"
+      "async2sync\ndffunmap\n"
+      "equiv_make gold gate eq\nhierarchy -top eq\n"
+      "equiv_simple -undef -short\nequiv_induct -undef\nequiv_status -assert\n";
+  const YosysResult result = runYosys(prove);
+  if (result.ok) return true;
+  if (result.cancelled) {
+    error_ = result.error;
+    return false;
+  }
+  return fail(QStringLiteral("module %1 could not be proved equal to its original (%2).")
+                  .arg(shown(gold.module()), result.error));
+}
+
+bool Proof::proveModule(int gateModule) {
+  const NetlistModule& module = gate_.text.module(gateModule);
+  const int goldModule = gold_.text.find(originalName(module.name));
+  if (goldModule < 0)
+    return fail(QStringLiteral("it has a module \"%1\" that the original has not.").arg(shown(module)));
+  if (module.blackBox || gold_.text.module(goldModule).blackBox) return true;
+  const bool top = gateModule == gate_.text.top();
+  ModuleCut gold(gold_, goldModule), gate(gate_, gateModule);
+  gold.direct();
+  if (!compareCells(gold, gate, top) || !comparePorts(gold, gate, top) || !compareRegisters(gold, gate)) return false;
+  if (!proveLogic(gold, gate)) return false;
+  ++report_.modulesProved;
+  return true;
+}
+
+/// Follows each bit of the debug module's inputs, and the net of the plan by its name, to where they are driven.
+bool Proof::checkProbes() {
+  const NetlistModule& top = gate_.text.module(gate_.text.top());
+  CellConnections debug;
+  for (const NetlistInstance& instance : top.instances)
+    if (instance.type == "ostrel_debug") debug = readCell(gate_.text, instance.cell);
+  for (const DebugConnection& connection : routing_.connections()) {
+    const QVector<int> bits = debug.ports.value(connection.port.name);
+    if (bits.size() != connection.port.width)
+      return fail(QStringLiteral("the debug module's port \"%1\" is not connected in full.")
+                      .arg(wireFromBytes(connection.port.name)));
+    for (int i = 0; i < connection.nets.size(); ++i) {
+      PlacedBit probe, wanted;
+      probe.module = gate_.text.top();
+      probe.bit = bits[i];
+      const NetBit& net = connection.nets[i];
+      if (!gate_.place(net, wanted))
+        return fail(QStringLiteral("the net \"%1\" has no name in the instrumented design.").arg(net.name));
+      LocalDriver ignored;
+      probe = gate_.source(probe, ignored);
+      wanted = gate_.source(wanted, ignored);
+      if (probe.path != wanted.path || probe.bit != wanted.bit)
+        return fail(QStringLiteral("the probe of \"%1\" looks at another net.").arg(net.name));
+      ++report_.probesChecked;
+    }
+  }
+  return true;
+}
+
+bool Proof::run(const Netlist::Private& original, const ProofFiles& files) {
+  if (!routing_.build(original, plan_, error_)) return false;
+  noteChanges(original);
+
+  QFile instrumented(files.instrumented), debug(files.debugModule);
+  for (QFile* file : {&instrumented, &debug})
+    if (!file->open(QIODevice::ReadOnly))
+      return fail(QStringLiteral("cannot open \"%1\": %2.").arg(toWire(file->fileName()), toWire(file->errorString())));
+  QByteArray elaboration = design_.elaborationScript();
+  if (!elaboration.endsWith('\n')) elaboration += '\n';
+  if (!readBack(elaboration, {}, gold_.text)) return false;
+  if (!readBack("read_verilog -lib /proc/self/fd/5\nread_verilog /proc/self/fd/4\nhierarchy -auto-top\n",
+                {instrumented.handle(), debug.handle()}, gate_.text))
+    return false;
+
+  if (!checkProbes()) return false;
+  std::vector<int> order, unchanged;
+  for (int i = 0; i < int(gate_.text.modules().size()); ++i) {
+    const QByteArray& name = gate_.text.module(i).name;
+    if (name == "ostrel_debug") continue;
+    const bool touched = i == gate_.text.top() || probePortOf_.contains(plainName(name));
+    (touched ? order : unchanged).push_back(i);
+  }
+  const size_t changed = order.size();
+  order.insert(order.end(), unchanged.begin(), unchanged.end());
+  const int limit = design_.source().timeLimitSeconds;
+  for (const int module : order) {
+    if (clock_.elapsed() / 1000 >= limit) {
+      late_.append(shown(gate_.text.module(module)));
+      continue;
+    }
+    if (!proveModule(module)) return false;
+  }
+  report_.lines.append(QStringLiteral("Proved: each of the %1 bits that the cores look at is the net of its name.")
+                           .arg(report_.probesChecked));
+  report_.lines.append(QStringLiteral("Proved: %1 modules (%2 of them changed) are equivalent to the design's in their "
+                                      "ports and registers.")
+                           .arg(report_.modulesProved)
+                           .arg(changed));
+  if (!late_.isEmpty())
+    report_.lines.append(QStringLiteral("Not proved, the time limit of %1 s is over: %2.")
+                             .arg(limit)
+                             .arg(late_.join(QStringLiteral(", "))));
+  return true;
+}
+
+}  // namespace
+
+bool proveUnchanged(const InsertPlan& plan, const Design& design, std::shared_ptr<const Netlist> netlist,
+                    const ProofFiles& files, const std::function<bool()>& idle, ProofReport& report, QString& error) {
+  report = ProofReport();
+  return Proof(plan, design, idle, report, error).run(netlist->data(), files);
+}
+
+}  // namespace ost

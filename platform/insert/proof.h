@@ -18,7 +18,7 @@ struct ProofFiles {
 };
 
 struct ProofReport {
-  QStringList lines;     ///< What was proved, for the console.
+  QStringList lines;  ///< What was proved, for the console.
   int modulesProved = 0;
   int probesChecked = 0;
 };

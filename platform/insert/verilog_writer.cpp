@@ -11,9 +11,9 @@ namespace ost {
 namespace {
 
 // What Yosys notes about its own work; attributes of the user's source stay in the output.
-const char* const kBookkeeping[] = {"src",         "dynports",   "module_not_derived", "unused_bits", "hdlname",
-                                    "full_case",   "parallel_case", "cells_not_processed", "always_comb", "always_ff",
-                                    "always_latch"};
+const char* const kBookkeeping[] = {"src",         "dynports",  "module_not_derived", "unused_bits",
+                                    "hdlname",     "full_case", "parallel_case",      "cells_not_processed",
+                                    "always_comb", "always_ff", "always_latch"};
 
 /// Yosys reports no failing write: a text that does not end with a module is cut short.
 bool endsWithModule(QFile& file) {
