@@ -103,7 +103,7 @@ void writeUnit(QByteArray& out, const PlanCore& core, const CoreLayout& layout, 
     case UnitClass::Serial:
       instance(out, "ostrel_serial", {{"LENGTH", number(unit.width)}}, name,
                {{"clk", c + "clk"},
-                {"run", c + "run"},
+                {"clear", c + "clear"},
                 {"sample", c + "sample"},
                 {"cur", current},
                 {"config_bits", config},
@@ -147,7 +147,7 @@ void writeExpression(QByteArray& out, const PlanCore& core, const CoreLayout& la
   instance(out, "ostrel_expression",
            {{"STEPS", number(e.steps)}, {"STEP_BITS", number(e.stepBits)}, {"COUNT_BITS", number(e.countBits)}}, name,
            {{"clk", c + "clk"},
-            {"search", c + "search"},
+            {"restart", c + "restart"},
             {"look", c + "look"},
             {"row", name + "_row"},
             {"config_bits", slice(c + "config", e.configOffset, e.configBits)},
@@ -170,7 +170,7 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
   const bool tables = layout.rowBits > 0;
 
   out += "\n";
-  for (const char* name : {"run", "sample", "seen", "search", "look", "table_load"})
+  for (const char* name : {"clear", "sample", "seen", "restart", "look", "table_load"})
     out += "  wire " + c + name + ";\n";
   // Vectors of one bit are declared as such, so that every bit can be picked by its index.
   const auto vector = [&](int width, const char* name) {
@@ -197,7 +197,7 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
       tableLast += (tableLast.isEmpty() ? "" : " | ") + c + "expr" + number(i) + "_last";
   }
   // What this core happens not to use.
-  out += "  wire " + c + "unused = &{1'b0, " + c + "run, " + c + "sample, " + c + "seen, " + c + "search, " + c +
+  out += "  wire " + c + "unused = &{1'b0, " + c + "clear, " + c + "sample, " + c + "seen, " + c + "restart, " + c +
          "look, " + c + "table_load, " + c + "cur, " + c + "config, " + c + "table_row, " + c + "trig_out};\n";
 
   const QByteArray i = number(index);
@@ -235,12 +235,12 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
             {"sample_en", core.hasSampleEnable ? c + "sample_en" : QByteArray("1'b1")},
             {"trig_en", core.hasTriggerEnable ? c + "trig_en" : QByteArray("1'b1")},
             {"trig_out", c + "trig_out"},
-            {"unit_run", c + "run"},
+            {"unit_clear", c + "clear"},
             {"unit_sample", c + "sample"},
             {"unit_seen", c + "seen"},
             {"unit_cur", c + "cur"},
             {"hits", c + "hits"},
-            {"search", c + "search"},
+            {"restart", c + "restart"},
             {"look", c + "look"},
             {"fires", c + "fires"},
             {"steps", c + "steps"},

@@ -16,7 +16,8 @@
 //   ask      TCK -> clk   toggles to ask for a snapshot, synchronised.
 //   answer   clk -> TCK   follows ask when the snapshot stands, synchronised.
 //   snapshot clk -> TCK   word, constant from before answer follows ask to the next change of ask.
-//   oldest   clk -> TCK   word, constant while done; not looked at otherwise.
+//   oldest   clk -> TCK   word, changes only as done rises. (A status word that is just being sent as it or the snapshot
+//                         changes can fail its check value; it cannot be wrong with a right one.)
 //   config_q TCK -> clk   word, changes only while ready, that is before run rises.
 //   memory   clk -> TCK   written only before done, read only after it.
 //   tables   TCK -> clk   (ostrel_table) as config_q.
@@ -60,13 +61,13 @@ module ostrel_core #(
     output wire                        trig_out,
 
     // Units: hit belongs to unit_cur one clock later.
-    output wire                        unit_run,
+    output wire                        unit_clear,
     output wire                        unit_sample,
     output wire                        unit_seen,
     output wire [TRIGGERS-1:0]         unit_cur,
     input  wire [UNITS-1:0]            hits,
     // Expressions.
-    output wire                        search,
+    output wire                        restart,
     output wire                        look,
     input  wire [EXPRESSIONS-1:0]      fires,
     input  wire [(STEP_STATE_BITS > 0 ? STEP_STATE_BITS - 1 : 0):0] steps,
@@ -125,6 +126,7 @@ module ostrel_core #(
     want = 1'b0;
     run = 1'b0;
     ask = 1'b0;
+    run_tag = 8'd0;
   end
 
   assign permit = select & (op_status | op_info | op_stop | (op_read & done_seen & tag == run_tag) |
@@ -164,11 +166,11 @@ module ostrel_core #(
 
   wire run_here, ask_here;
   reg run_a, run_b, run_c;  // The run's level, passed along with the samples.
-  reg busy, full, done, answer;
+  reg clear_a, clear_c;     // Their inverses, as registers: a reset through an inverter would cost one for each bit.
+  reg sample_a, sample_b, sample_c, trig_en_a, trig_en_b, trig_en_c;
   reg [PROBES-1:0] probe_a, probe_b, probe_c;
   reg [TRIGGERS-1:0] trig_a;
-  reg sample_a, sample_b, sample_c, trig_en_a, trig_en_b, trig_en_c;
-  reg seen;
+  reg seen, busy, full, done, answer;
 
   initial begin
     // A clock that has not started yet leaves the core configurable.
@@ -176,6 +178,9 @@ module ostrel_core #(
     run_a = 1'b0;
     run_b = 1'b0;
     run_c = 1'b0;
+    sample_a = 1'b0;
+    sample_b = 1'b0;
+    sample_c = 1'b0;
     full = 1'b0;
     done = 1'b0;
     answer = 1'b0;
@@ -188,6 +193,8 @@ module ostrel_core #(
     run_a <= run_here;
     run_b <= run_a;
     run_c <= run_b;
+    clear_a <= ~run_here;
+    clear_c <= ~run_b;
     busy <= run_here | run_a | run_b | run_c;
 
     sample_a <= run_here & sample_now;
@@ -203,11 +210,11 @@ module ostrel_core #(
     probe_c <= probe_b;
     trig_en_c <= trig_en_b;
 
-    if (!run_a) seen <= 1'b0;
+    if (clear_a) seen <= 1'b0;
     else if (sample_a) seen <= 1'b1;
   end
 
-  assign unit_run = run_a;
+  assign unit_clear = clear_a;
   assign unit_sample = sample_a;
   assign unit_seen = seen;
   assign unit_cur = trig_a;
@@ -224,11 +231,11 @@ module ostrel_core #(
   wire window_end = store & (&kept) & (~waiting | trigger);
   wire last_window;
 
-  assign search = run_c & waiting;
+  assign restart = kept != pre | triggered | full | clear_c;
   assign look = sample_c & waiting & trig_en_c;
 
   always @(posedge clk)
-    if (!run_c) begin
+    if (clear_c) begin
       kept <= {POSITION_BITS{1'b0}};
       triggered <= 1'b0;
       full <= 1'b0;
@@ -247,6 +254,7 @@ module ostrel_core #(
   wire [WORD_BITS-1:0] word;
   wire [STATUS_BITS-1:0] status;
   reg [SNAPSHOT_BITS-1:0] snapshot;
+  initial snapshot = {SNAPSHOT_BITS{1'b0}};
 
   generate
     if (WINDOWS > 1) begin : several_windows
@@ -254,7 +262,7 @@ module ostrel_core #(
       reg lap;
       assign last_window = window == config_q[POSITION_BITS+:WINDOW_BITS];
       always @(posedge clk)
-        if (!run_c) begin
+        if (clear_c) begin
           window <= {WINDOW_BITS{1'b0}};
           position <= {POSITION_BITS{1'b0}};
           lap <= 1'b0;
@@ -270,13 +278,17 @@ module ostrel_core #(
     end else begin : one_window
       assign last_window = 1'b1;
       always @(posedge clk)
-        if (!run_c) position <= {POSITION_BITS{1'b0}};
+        if (clear_c) position <= {POSITION_BITS{1'b0}};
         else if (store) position <= position + 1'b1;
       assign write_address = position;
+      // Position itself runs on while TCK could look at it.
+      reg [POSITION_BITS-1:0] oldest;
+      initial oldest = {POSITION_BITS{1'b0}};
+      always @(posedge clk) if (full) oldest <= position;
       if (STEP_STATE_BITS + EVENT_BITS > 0) begin : with_state
-        assign status = {snapshot[SNAPSHOT_BITS-1:5], position, snapshot[4:0], run_tag};
+        assign status = {snapshot[SNAPSHOT_BITS-1:5], oldest, snapshot[4:0], run_tag};
       end else begin : without_state
-        assign status = {position, snapshot, run_tag};
+        assign status = {oldest, snapshot, run_tag};
       end
     end
 
@@ -294,7 +306,7 @@ module ostrel_core #(
       // Runs with stage C: 0 at the edge that writes a sample of the run's first edge.
       reg [TIMESTAMP_BITS-1:0] now;
       always @(posedge clk)
-        if (!run_c) now <= {TIMESTAMP_BITS{1'b0}};
+        if (clear_c) now <= {TIMESTAMP_BITS{1'b0}};
         else now <= now + 1'b1;
       assign word[PROBES+(INCLUDE_TRIGGER != 0 ? UNITS : 0)+:TIMESTAMP_BITS] = now;
     end
@@ -306,7 +318,7 @@ module ostrel_core #(
       wire enough = events == config_q[POSITION_BITS+WINDOW_BITS+:EVENT_BITS];
       assign trigger = |fires & enough;
       always @(posedge clk)
-        if (!search) events <= {EVENT_BITS{1'b0}};
+        if (restart) events <= {EVENT_BITS{1'b0}};
         else if (|fires) events <= events + 1'b1;
       assign live[5+WINDOW_BITS+STEP_STATE_BITS+:EVENT_BITS] = events;
     end else begin : first_event
@@ -319,7 +331,7 @@ module ostrel_core #(
       wire unused = &{1'b0, steps};
     end
   endgenerate
-  assign live[4:0] = {seen, trig_en_a, triggered, search, run_a};
+  assign live[4:0] = {seen, trig_en_a, triggered, ~restart, run_a};
 
   reg trig_out_q;
   initial trig_out_q = TRIG_OUT_LOW != 0;

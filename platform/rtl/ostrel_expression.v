@@ -8,8 +8,8 @@ module ostrel_expression #(
     parameter integer COUNT_BITS = 0   // clog2 of the largest count of a step
 ) (
     input  wire clk,
-    input  wire search,                // Low outside a window's search: back to step 0, nothing counted.
-    input  wire look,                  // row belongs to a sample to be looked at; only with search.
+    input  wire restart,               // Outside a window's search: back to step 0, nothing counted.
+    input  wire look,                  // row belongs to a sample to be looked at; never with restart.
     input  wire [STEPS-1:0] row,       // For each step whether its combination holds at this sample.
     // enable, last step, count - 1 of each step, from bit 0 on; constant during a run.
     input  wire [STEP_BITS + STEPS * COUNT_BITS : 0] config_bits,
@@ -26,7 +26,7 @@ module ostrel_expression #(
       assign holds = row[step_q];
       assign last = step_q == config_bits[1+:STEP_BITS];
       always @(posedge clk)
-        if (!search) step_q <= {STEP_BITS{1'b0}};
+        if (restart) step_q <= {STEP_BITS{1'b0}};
         else if (met) step_q <= last ? {STEP_BITS{1'b0}} : step_q + 1'b1;
     end else begin : single_step
       assign step = 1'b0;
@@ -39,11 +39,11 @@ module ostrel_expression #(
       wire [COUNT_BITS-1:0] wanted = config_bits[1+STEP_BITS+step*COUNT_BITS+:COUNT_BITS];
       assign met = look & holds & count == wanted;
       always @(posedge clk)
-        if (!search) count <= {COUNT_BITS{1'b0}};
+        if (restart) count <= {COUNT_BITS{1'b0}};
         else if (look & holds) count <= met ? {COUNT_BITS{1'b0}} : count + 1'b1;
     end else begin : uncounted
       assign met = look & holds;
-      wire unused = &{1'b0, clk, search};
+      wire unused = &{1'b0, clk, restart};
     end
   endgenerate
 

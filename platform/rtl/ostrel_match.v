@@ -23,13 +23,15 @@ module ostrel_match #(
   wire [WIDTH-1:0] value = config_bits[2+:WIDTH];
   wire [WIDTH-1:0] mask = config_bits[2+WIDTH+:WIDTH];
   reg [WIDTH-1:0] last;
+  reg levels;  // Not edges; a register of its own, so that it resets `last` without an inverter for each bit.
 
   wire [WIDTH-1:0] stands_out = (mask & ~value & cur & ~last) | (value & ~cur & (mask | last));
 
   always @(posedge clk) begin
-    if (!edges) last <= {WIDTH{1'b0}};
+    levels <= ~edges;
+    if (levels) last <= {WIDTH{1'b0}};
     else if (sample) last <= cur;
-    if (sample) hit <= (|stands_out ^ invert) & (seen | ~edges);
+    if (sample) hit <= (|stands_out ^ invert) & (seen | levels);
   end
 endmodule
 

@@ -20,10 +20,20 @@ module ostrel_memory #(
   generate
     if (DISTRIBUTED != 0) begin : distributed
       (* ram_style = "distributed" *) reg [WIDTH-1:0] words[0:WORDS-1];
+`ifndef SYNTHESIS
+      // Blocks may hold words that were never written; unknown bits in them would spoil a simulated check value.
+      integer i;
+      initial for (i = 0; i < WORDS; i = i + 1) words[i] = {WIDTH{1'b0}};
+`endif
       always @(posedge write_clk) if (write) words[write_address] <= write_data;
       always @(posedge read_clk) if (read) read_data <= words[read_address];
     end else begin : block
       (* ram_style = "block" *) reg [WIDTH-1:0] words[0:WORDS-1];
+`ifndef SYNTHESIS
+      // Blocks may hold words that were never written; unknown bits in them would spoil a simulated check value.
+      integer i;
+      initial for (i = 0; i < WORDS; i = i + 1) words[i] = {WIDTH{1'b0}};
+`endif
       always @(posedge write_clk) if (write) words[write_address] <= write_data;
       always @(posedge read_clk) if (read) read_data <= words[read_address];
     end

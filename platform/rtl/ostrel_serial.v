@@ -6,7 +6,7 @@ module ostrel_serial #(
     parameter integer LENGTH = 8
 ) (
     input  wire                clk,
-    input  wire                run,          // Low between runs: the history is cleared.
+    input  wire                clear,        // No run: the history is cleared.
     input  wire                sample,       // cur holds a new sample.
     input  wire                cur,
     input  wire [2*LENGTH-1:0] config_bits,  // pattern, mask from bit 0 on, newest sample first; constant during a run.
@@ -26,7 +26,7 @@ module ostrel_serial #(
       wire pattern = config_bits[LENGTH-1-i];
       wire mask = config_bits[2*LENGTH-1-i];
       always @(posedge clk)
-        if (!run) matched[i] <= 1'b0;
+        if (clear) matched[i] <= 1'b0;
         else if (sample) matched[i] <= so_far[i] & ~(mask & (cur ^ pattern));
     end
   endgenerate
