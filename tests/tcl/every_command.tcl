@@ -30,16 +30,18 @@ foreach {command sub} $subCommands {
     expect error $command $sub -no_such_option
     expect error $command $sub a b c d e f
 }
-set file every_command.ost
-expect error ost_project close
-expect ok ost_project new -overwrite $file
-expect error ost_project new $file
+expect ok ost_project new
 foreach {command sub} $subCommands {
     expect error $command $sub -no_such_option
     expect error $command $sub -core nobody a b c
 }
 # From here on each sub-command must be seen again.
 array unset seen
+set file every_command.ost
+expect ok ost_project close
+expect error ost_project close
+expect ok ost_project new -overwrite $file
+expect error ost_project new $file
 expect error ost_trace list_sig
 expect ok ost_core add c1
 expect ok ost_core add c2
@@ -49,10 +51,10 @@ expect error ost_core select nobody
 expect ok ost_core rename c2 other
 expect ok ost_core delete other
 expect ok ost_core list
-expect ok ost_trace add_sig u_lane0/u_parser/state u_merge/busy lane_on {uptime[3:0]}
+expect ok ost_trace add_sig {u_lane0/u_parser/state u_merge/pop0 tx_valid lane_on {uptime[3:0]}}
 expect error ost_trace add_sig no_such_net
-expect ok ost_trace move_sig -move_to lane_on u_merge/busy
-expect ok ost_trace group -bus pair u_merge/busy {lane_on[0]}
+expect ok ost_trace move_sig -move_to lane_on u_merge/pop0
+expect ok ost_trace group -bus pair {u_merge/pop0 tx_valid}
 expect ok ost_trace rename_bus -bus pair couple
 expect ok ost_trace ungroup couple
 expect ok ost_trace del_sig lane_on
@@ -63,8 +65,8 @@ expect ok ost_trace trc_option
 expect ok ost_trace trig_option DefaultRadix=hex
 expect ok ost_trace trig_option
 expect ok ost_tu add -name inFrame {{u_lane0/u_parser/state} == 2}
-expect ok ost_tu add {{u_merge/busy} .RE. 1}
-expect error ost_tu add {{u_merge/busy} nonsense 1}
+expect ok ost_tu add {{u_merge/pop0} .RE. 1}
+expect error ost_tu add {{u_merge/pop0} nonsense 1}
 expect ok ost_tu set -name inFrame -op != -val 0
 expect ok ost_tu rename inFrame receiving
 expect ok ost_tu list
@@ -80,6 +82,7 @@ expect ok ost_serdes set clk=clk
 expect ok ost_core del_serdes
 expect ok ost_project save
 expect ok ost_project run -drc
+expect ok ost_project run -save
 expect ok ost_te remove go
 expect ok ost_tu remove receiving
 expect error ost_project close
@@ -94,6 +97,6 @@ foreach {command sub} $subCommands {
         incr differences
     }
 }
-file delete $file
+file delete -force $file [file rootname $file]_debug
 puts "[llength [array names seen]] sub-commands, $differences differences"
 exit [expr {$differences > 0}]
