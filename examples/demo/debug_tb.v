@@ -18,7 +18,7 @@ module debug_tb;
       .clk(clk), .rst(rst), .ref_clk(ref_clk), .rx0_data(rx0_data), .rx0_valid(rx0_valid), .rx1_data(rx1_data),
       .rx1_valid(rx1_valid), .tx_data(tx_data), .tx_lane(tx_lane), .tx_last(tx_last), .tx_valid(tx_valid),
       .tx_ready(tx_ready), .host_addr(host_addr), .host_write(host_write), .host_read(host_read),
-      .host_data(host_data), .alive(alive), .jtag_tck(tck), .jtag_tms(tms), .jtag_tdi(tdi), .jtag_tdo(tdo)
+      .host_data(host_data), .alive(alive), .ostrel_tck(tck), .ostrel_tms(tms), .ostrel_tdi(tdi), .ostrel_tdo(tdo)
   );
   ostrel_jtag_sim jtag (.tck(tck), .tms(tms), .tdi(tdi), .tdo(tdo), .trst(), .srst());
 endmodule

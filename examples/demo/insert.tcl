@@ -13,7 +13,7 @@ cd $folder
 ost_project new -overwrite demo.ost
 
 ost_core add lane1
-ost_trace trc_option SampleClk=clk BufferDepth=256 Timestamp=on TimestampBits=24 IncludeTrigger=on
+ost_trace trc_option SampleClk=clk BufferDepth=512 Timestamp=on TimestampBits=24 IncludeTrigger=on
 
 # The way of a word: parser, queue, output; the host's tri-state bus; a counter in a generate scope.
 set fifo u_lane1/u_fifo
@@ -25,6 +25,6 @@ ost_tu add -name both_ways -radix bin [list [list $fifo/fetch $fifo/bypass] == 1
 ost_tu add -name pushing -radix bin [list $fifo/push == 1]
 ost_te add -name collision -expression "both_ways & pushing"
 
-puts [join [ost_trace trc_option] \n]
+puts -nonewline [ost_trace trc_option]
 ost_project run -save
 ost_project close
