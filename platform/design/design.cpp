@@ -166,7 +166,7 @@ bool Design::Private::loadVerilog(QString& error, const std::function<bool()>& i
   job.dependencyFile = 1;
   const YosysResult result = runYosys(job);
   if (!result.ok) {
-    error = explain(cleanText(plan->inUsersWords(result.error.toLatin1())), source);
+    error = explain(wireFromBytes(plan->inUsersWords(result.error.toLatin1())), source);
     return false;
   }
   if (lseek(netlist.fd, 0, SEEK_END) <= 0) {
@@ -212,8 +212,9 @@ void Design::Private::readRoles() {
 // The plain form where it leads back to the same net, the escaped form otherwise.
 QByteArray Design::Private::fullName(const NameHit& hit, const QByteArray& select) const {
   const std::string_view net = index.view(hit.net->name);
-  const QByteArray path = joinPath(index, hit.path);
-  const QByteArray plain = (path.isEmpty() ? path : path + '/') + componentText(net, false) + select;
+  QByteArray plain;
+  for (const InstanceEntry* instance : hit.path) plain += componentText(index.view(instance->name), false) + '/';
+  plain += componentText(net, false) + select;
   if (!index.slashNames) {
     // Without '/' in names only a net that spells its brackets itself can stand in the way.
     if (select.isEmpty()) return plain;
@@ -239,7 +240,10 @@ std::shared_ptr<const Design> Design::read(const DesignSource& source, QString& 
   std::shared_ptr<Design> design(new Design);
   design->d->source = source;
   design->d->workingDirectory = workingDirectory.isEmpty() ? QDir::currentPath() : workingDirectory;
-  if (!design->d->load(error, idle)) return nullptr;
+  if (!design->d->load(error, idle)) {
+    error = cleanText(error.toLatin1());  // File names and the like may hold anything; a text is one line.
+    return nullptr;
+  }
   return design;
 }
 

@@ -110,6 +110,30 @@ class Search {
   std::vector<Candidate> best_;
 };
 
+// The instance that `rest` begins with, exactly (longest first) or nearly; `rest` is then what follows. Null when none.
+const InstanceEntry* nextInstance(const NameIndex& index, const ModuleEntry& module, std::string_view& rest) {
+  for (size_t at = std::min(rest.size(), size_t(1024)); at-- > 1;) {
+    if (rest[at] != '/' && rest[at] != '.') continue;
+    if (const InstanceEntry* instance = index.findInstance(module, rest.substr(0, at))) {
+      rest = rest.substr(at + 1);
+      return instance;
+    }
+  }
+  const size_t at = rest.find('/');
+  if (at == std::string_view::npos || at == 0) return nullptr;
+  const InstanceEntry* best = nullptr;
+  int limit = std::max(1, int(std::min(at, kMaxCompared)) / 4);
+  for (const InstanceEntry& instance : module.instances) {
+    const int distance = editDistance(rest.substr(0, at), index.view(instance.name), limit);
+    if (distance > limit) continue;
+    best = &instance;
+    if (distance == 0) break;
+    limit = distance - 1;
+  }
+  if (best) rest = rest.substr(at + 1);
+  return best;
+}
+
 }  // namespace
 
 QStringList nearestNames(const NameIndex& index, const QByteArray& name, int count) {
@@ -118,21 +142,12 @@ QStringList nearestNames(const NameIndex& index, const QByteArray& name, int cou
   while (!rest.empty() && rest.back() == ']' && rest.rfind('[') != std::string_view::npos && rest.rfind('[') > 0) {
     rest = rest.substr(0, rest.rfind('['));
   }
-  // Walk down as far as the name leads; '.' is taken as a separator too.
+  // Walk down as far as the name leads, also by an instance that is nearly named; '.' is taken as a separator too.
   int scope = index.top;
   std::vector<const InstanceEntry*> path;
-  for (bool moved = true; moved;) {
-    moved = false;
-    for (size_t at = std::min(rest.size(), size_t(1024)); at-- > 1;) {
-      if (rest[at] != '/' && rest[at] != '.') continue;
-      const InstanceEntry* instance = index.findInstance(index.modules[size_t(scope)], rest.substr(0, at));
-      if (!instance) continue;
-      path.push_back(instance);
-      scope = instance->module;
-      rest = rest.substr(at + 1);
-      moved = true;
-      break;
-    }
+  for (const InstanceEntry* next = nullptr; (next = nextInstance(index, index.modules[size_t(scope)], rest));) {
+    path.push_back(next);
+    scope = next->module;
   }
   const auto limitFor = [](std::string_view text) { return std::max(2, int(std::min(text.size(), kMaxCompared)) / 3); };
   Search search(index, count);

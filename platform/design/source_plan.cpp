@@ -194,7 +194,7 @@ QByteArray SourcePlan::readLines(bool deferred) const {
   // First all modules as empty shells, of which the wanted black boxes are kept; then the rest in full.
   QByteArray keep = "select -set ost_keep";
   for (const QString& module : blackBoxes_) keep += " =" + module.toLatin1();
-  return defineLines + readAll(" -lib") + keep + "\ndelete =* @ost_keep %d\nverilog_defines -reset\n" + defineLines +
+  return defineLines + readAll(" -lib") + keep + "\ndelete =* @ost_keep %d\ndesign -reset-vlog\n" + defineLines +
          readAll(defer + " -nooverwrite");
 }
 
