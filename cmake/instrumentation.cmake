@@ -20,3 +20,8 @@ find_program(OST_CCACHE ccache)
 if(OST_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${OST_CCACHE})
 endif()
+
+# A name that nothing defines is an error of the build, not of the first `package require`.
+if(NOT OST_SANITIZE)
+  add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>:LINKER:-z,defs>)
+endif()
