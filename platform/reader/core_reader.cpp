@@ -259,7 +259,7 @@ bool CoreReader::readOut(int core, const RunSettings& settings, Capture& capture
   QByteArray bits(layout.wordBits, 0);
   for (int window = 0; window < settings.windows(); ++window) {
     const int base = window * samples;
-    int oldest = planned.windows == 1 ? (status.end + 1) % samples : 0;
+    int oldest = planned.windows == 1 ? status.oldest : 0;
     if (planned.windows > 1) {
       // The lap bit changes where the ring's newest sample meets its oldest.
       while (oldest < samples && words.at(base + oldest, sampleBits) == words.at(base, sampleBits)) ++oldest;

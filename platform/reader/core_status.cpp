@@ -50,7 +50,7 @@ CoreStatus parseStatus(const PlanCore& core, const HubReply& reply) {
   status.triggerEnabled = take(1);
   status.sampled = take(1);
   status.window = take(layout.windowBits);
-  if (core.windows == 1) status.end = take(layout.positionBits);
+  if (core.windows == 1) status.oldest = take(layout.positionBits);
   for (const PlanExpression& expression : core.expressions)
     status.steps += take(bitsHolding(expression.maxSequenceDepth));
   status.events = take(layout.eventBits);

@@ -14,7 +14,7 @@ struct CoreStatus {
   int tag = 0;
   bool running = false, searching = false, triggered = false, triggerEnabled = false, sampled = false;
   int window = 0;      ///< Windows completed.
-  int end = 0;         ///< Position of the last sample; with one window, when done.
+  int oldest = 0;      ///< Position of the oldest sample; with one window, when done.
   QVector<int> steps;  ///< Step that each expression waits in, from 0.
   int events = 0;      ///< Completions counted in this window.
 };

@@ -45,10 +45,11 @@ QByteArray unitChain(const PlanUnit& unit) {
   const Operator op = unit.op;
   switch (unit.unitClass) {
     case UnitClass::Match: {
-      const bool edge = op == Operator::RisingEdge || op == Operator::FallingEdge;
-      const QByteArray value =
-          edge ? QByteArray(unit.width, static_cast<char>(op == Operator::FallingEdge)) : bitsOf(unit.value);
-      return flag(op == Operator::Equal) + flag(edge) + value + bitsOf(unit.mask);
+      // The watched bits stand in the mask for rising edges, in the value for falling ones.
+      const QByteArray none(unit.width, '\0'), mask = bitsOf(unit.mask);
+      if (op == Operator::RisingEdge) return flag(false) + flag(true) + none + mask;
+      if (op == Operator::FallingEdge) return flag(false) + flag(true) + mask + none;
+      return flag(op == Operator::Equal) + flag(false) + bitsOf(unit.value) + mask;
     }
     case UnitClass::Order: {
       const bool equality = op == Operator::Equal || op == Operator::NotEqual;
