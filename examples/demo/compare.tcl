@@ -73,11 +73,8 @@ foreach name $nets {
 }
 if {[llength $moved] < [llength $nets] - 2} { fail "only these nets changed in the window: $moved" }
 
-set bits [string length [join [lindex $window 0] ""]]
-puts "[llength $window] samples of $bits bits equal the simulator's record, from clock $first on;\
-  [llength $moved] of [llength $nets] nets changed"
-set lost [valueOf u_lane1/u_fifo/push_word [lindex $window $trigger]]
-set taken [valueOf u_lane1/u_fifo/out_word [lindex $window [expr {$trigger + 1}]]]
+puts "[llength $window] samples of [llength $nets] nets equal the simulator's record of the source, from clock $first\
+  on; [llength $moved] of the nets changed."
 puts "trigger at clock [expr {$first + $trigger}]"
-puts "lost [format %03x [scan $lost %b]]"
-puts "taken [format %03x [scan $taken %b]]"
+puts "lost [valueOf u_lane1/u_fifo/push_word [lindex $window $trigger]]"
+puts "taken [valueOf u_lane1/u_fifo/out_word [lindex $window [expr {$trigger + 1}]]]"

@@ -14,6 +14,7 @@ ost_project new -overwrite demo.ost
 
 ost_core add lane1
 ost_trace trc_option SampleClk=clk BufferDepth=512 Timestamp=on TimestampBits=24 IncludeTrigger=on
+ost_trace trig_option DefaultRadix=hex
 
 # The way of a word: parser, queue, output; the host's tri-state bus; a counter in a generate scope.
 set fifo u_lane1/u_fifo

@@ -34,7 +34,7 @@ module record;
     $finish;
   end
   always @(posedge clk)
-    $fdisplay(file, "%b %b %b %b %b %b %b %b %b %b %b %b %b %b %b %b", dut.u_lane1.u_parser.state,
+    $fdisplay(file, "%h %h %h %h %h %h %h %h %h %h %h %h %h %h %h %h", dut.u_lane1.u_parser.state,
               dut.u_lane1.u_fifo.push, dut.u_lane1.u_fifo.push_word, dut.u_lane1.u_fifo.stored,
               dut.u_lane1.u_fifo.fetch, dut.u_lane1.u_fifo.bypass, dut.u_lane1.u_fifo.write,
               dut.u_lane1.u_fifo.out_valid, dut.u_lane1.u_fifo.out_word, dut.u_lane1.u_fifo.pop, dut.tx_valid,
