@@ -66,7 +66,7 @@ module bench;
   reg [7:0] stopped;
   integer script, out, status, n, i, polls, max, core;
   reg [8*8-1:0] op;
-  reg [16383:0] bits, more;
+  reg [32767:0] bits, more;  // The longest scan.
   reg [47:0] head;
   reg [7:0] mask, value;
   reg last_tdo;
