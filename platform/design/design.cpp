@@ -157,7 +157,7 @@ bool Design::Private::loadVerilog(QString& error, const std::function<bool()>& i
       return false;
     }
   }
-  job.script = plan->readLines(!topKey.isEmpty()) + hierarchyLine(topKey) + kNamesOnly;
+  job.script = plan->readLines() + hierarchyLine(topKey) + kNamesOnly;
   job.workingDirectory = workingDirectory;
   job.timeLimitSeconds = source.timeLimitSeconds;
   job.memoryLimitBytes = source.memoryLimitBytes;
@@ -382,7 +382,7 @@ QByteArray Design::digest() const {
 }
 
 QByteArray Design::elaborationScript() const {
-  return d->plan->readLines(true) + d->hierarchyLine('\\' + topModule().toLatin1()) + "proc\n";
+  return d->plan->readLines() + d->hierarchyLine('\\' + topModule().toLatin1()) + "proc\n";
 }
 
 QStringList instancePathKeys(const QString& instancePath) {

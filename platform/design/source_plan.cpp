@@ -164,7 +164,7 @@ bool SourcePlan::addScriptName(const QString& file, const QString& wire, QString
   return true;
 }
 
-QByteArray SourcePlan::readLines(bool deferred) const {
+QByteArray SourcePlan::readLines() const {
   if (netlist_) return "read_json " + scriptFiles_.first().scriptName + '\n';
   // Yosys keeps macros from file to file, so a here document needs no file and takes any value.
   QByteArray defineLines;
@@ -189,13 +189,12 @@ QByteArray SourcePlan::readLines(bool deferred) const {
     }
     return lines;
   };
-  const QByteArray defer = deferred ? " -defer" : "";
-  if (blackBoxes_.isEmpty()) return defineLines + readAll(defer);
+  if (blackBoxes_.isEmpty()) return defineLines + readAll("");
   // First all modules as empty shells, of which the wanted black boxes are kept; then the rest in full.
   QByteArray keep = "select -set ost_keep";
   for (const QString& module : blackBoxes_) keep += " =" + module.toLatin1();
   return defineLines + readAll(" -lib") + keep + "\ndelete =* @ost_keep %d\ndesign -reset-vlog\n" + defineLines +
-         readAll(defer + " -nooverwrite");
+         readAll(" -nooverwrite");
 }
 
 QByteArray SourcePlan::inUsersWords(QByteArray text) const {

@@ -25,9 +25,9 @@ class SourcePlan {
   QString firstFileAsTyped() const { return wireNames_.value(files_.value(0)); }
   const QStringList& defines() const { return defines_; }
 
-  /// The lines that read everything. With `deferred` a module is elaborated only once the hierarchy needs it, with the
-  /// parameters it needs; Yosys cannot find the top module by itself then.
-  QByteArray readLines(bool deferred) const;
+  /// The lines that read everything. Not deferred (`-defer`): that would make a variant of each parametrised black box
+  /// that the sources declare, instead of an instance with its parameters.
+  QByteArray readLines() const;
   /// `text` of Yosys with the names that readLines() used turned back into what the user typed.
   QByteArray inUsersWords(QByteArray text) const;
   /// The absolute file that a name out of Yosys means.

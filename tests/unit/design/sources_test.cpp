@@ -2,6 +2,7 @@
 #include <QDir>
 
 #include "platform/design/file_list.h"
+#include "platform/design/yosys.h"
 #include "tests/unit/design/scratch.h"
 
 namespace {
@@ -125,6 +126,29 @@ TEST(Sources, take_macros_black_boxes_and_both_languages) {
     EXPECT_FALSE(design->resolve(wire("h"), net, error));
     EXPECT_NE(plain(error).find("black box"), std::string::npos) << plain(error);
   }
+}
+
+TEST(Sources, are_elaborated_again_with_declared_black_boxes_as_instances) {
+  Scratch scratch;
+  QString error;
+  const QString file = scratch.write("t v.v",
+                                     "module t(input a, output y); LUT #(.INIT(`I)) l(a, y); endmodule\n"
+                                     "(* blackbox *) module LUT(input A, output Y);\n"
+                                     "parameter INIT = 0; endmodule\n");
+  DesignSource source = sourceOf({file});
+  source.defines << wire("I=3");
+  const auto design = readDesign(source, error);
+  ASSERT_TRUE(design) << plain(error);
+  YosysJob job;
+  job.script = design->elaborationScript() + "write_verilog -noattr /proc/self/fd/3\n";
+  job.workingDirectory = design->workingDirectory();
+  QFile out(scratch.folder.filePath(wire("out.v")));
+  ASSERT_TRUE(out.open(QIODevice::ReadWrite));
+  job.files << out.handle();
+  const YosysResult result = runYosys(job);
+  ASSERT_TRUE(result.ok) << plain(result.error);
+  const QByteArray text = out.readAll();
+  EXPECT_TRUE(text.contains("LUT #(") && text.contains(".INIT(32'd3)")) << text.constData();
 }
 
 TEST(Sources, changes_make_a_design_stale_and_a_touch_does_not) {
