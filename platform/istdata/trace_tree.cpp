@@ -69,13 +69,19 @@ QString TraceTree::nearestHint(const QString& name) const {
 TraceTree::Node* TraceTree::nthMember(Node* bus, const QString& number, QString& error) {
   bool isNumber = false;
   const int index = number.toInt(&isNumber);
-  if (holes(bus) > 0) compactList(bus);
   const QList<TraceNode*>& list = members(bus);
-  if (isNumber && index >= 1 && index <= list.size()) return asNode(list[index - 1]);
+  const int count = list.size() - holes(bus);
+  if (isNumber && index >= 1 && index <= count) {
+    // Walk from the nearer end, over the holes.
+    const bool forward = index <= count / 2;
+    int left = forward ? index : count - index + 1, slot = forward ? 0 : list.size() - 1;
+    while (list[slot] == hole() || --left > 0) slot += forward ? 1 : -1;
+    return asNode(list[slot]);
+  }
   const QString where = bus ? "Bus " + quoted(bus->name) : QString("The top level");
-  error = list.isEmpty() ? QString("%1 has no members; use <.end.> as the position.").arg(where)
-                         : QString("%1 has %2 members; the position %3 must be 1 to %2 or .end.")
-                               .arg(where, QString::number(list.size()), quoted(number));
+  error = count == 0 ? QString("%1 has no members; use <.end.> as the position.").arg(where)
+                     : QString("%1 has %2 members; the position %3 must be 1 to %2 or .end.")
+                           .arg(where, QString::number(count), quoted(number));
   return nullptr;
 }
 
@@ -99,6 +105,7 @@ bool TraceTree::findPlace(const QString& busName, const QString& position, Place
   const bool allDigits = std::all_of(position.begin(), position.end(), [](QChar c) { return c >= '0' && c <= '9'; });
   if (allDigits) {
     place.before = nthMember(place.bus, position, error);
+    place.numbered = true;
     return place.before != nullptr;
   }
   if (named)
@@ -172,20 +179,39 @@ void TraceTree::deleteSubtree(Node* node) {
   delete node;
 }
 
-/// Puts new or detached nodes into a list; holes right before the place are filled first.
-void TraceTree::insertNodes(const std::vector<Node*>& added, const Place& place) {
+/// Finds or makes `count` holes at the place and returns the first one's slot. Where it must shift the list, it leaves
+/// spare holes, so that the next insertions at the same place need no shift.
+int TraceTree::openGap(const Place& place, int count) {
+  const int kMaxSpare = 4096;
   QList<TraceNode*>& list = members(place.bus);
-  const int count = int(added.size()), end = list.size();
-  int slot = place.before ? place.before->slot : end;
-  int filled = 0;
-  while (filled < count && slot > 0 && list[slot - 1] == hole()) --slot, ++filled;
-  holes(place.bus) -= filled;
-  const int shift = count - filled;
-  for (int i = 0; i < shift; ++i) list.append(hole());
-  for (int i = end - 1; shift > 0 && i >= slot + filled; --i) {
-    list[i + shift] = list[i];
-    if (list[i] != hole()) asNode(list[i])->slot = i + shift;
+  const int end = list.size();
+  if (!place.before) {
+    for (int i = 0; i < count; ++i) list.append(hole());
+    holes(place.bus) += count;
+    return end;
   }
+  int slot = place.before->slot, run = 0;
+  while (run < std::max(count, kMaxSpare) && run < slot && list[slot - 1 - run] == hole()) ++run;
+  if (run < count) {
+    const int shift = count - run + std::min(end / 64, kMaxSpare);
+    for (int i = 0; i < shift; ++i) list.append(hole());
+    for (int i = end - 1; i >= slot; --i) {
+      list[i + shift] = list[i];
+      if (list[i] != hole()) asNode(list[i])->slot = i + shift;
+      list[i] = hole();
+    }
+    holes(place.bus) += shift;
+    run += shift;
+    slot += shift;
+  }
+  return place.numbered ? slot - count : slot - run;
+}
+
+/// Puts new or detached nodes into a list.
+void TraceTree::insertNodes(const std::vector<Node*>& added, const Place& place) {
+  int slot = openGap(place, int(added.size()));
+  QList<TraceNode*>& list = members(place.bus);
+  holes(place.bus) -= int(added.size());
   for (Node* node : added) {
     node->parent = place.bus;
     node->slot = slot;

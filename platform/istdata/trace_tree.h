@@ -27,6 +27,7 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
   struct Place {
     Node* bus = nullptr;
     Node* before = nullptr;
+    bool numbered = false;  ///< `before` was given by number: what is inserted next goes before this insertion.
   };
 
   TraceTree();
@@ -92,6 +93,7 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
   void compactList(Node* bus);
   void compactBelow(Node* bus);
   void vacate(Node* node);
+  int openGap(const Place& place, int count);
   void insertNodes(const std::vector<Node*>& added, const Place& place);
   Node* nextSibling(Node* node);
   Node* nthMember(Node* bus, const QString& number, QString& error);
