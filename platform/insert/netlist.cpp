@@ -40,6 +40,7 @@ std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& erro
   if (!job.script.endsWith('\n')) job.script += '\n';
   job.script += "write_json /proc/self/fd/3\n";
   job.files = {scratch};
+  job.workingDirectory = design.workingDirectory();
   job.timeLimitSeconds = design.source().timeLimitSeconds;
   job.memoryLimitBytes = design.source().memoryLimitBytes;
   job.idle = idle;
@@ -62,20 +63,15 @@ bool Netlist::Private::findInstance(const QString& path, PlacedBit& place) const
   place.module = text.top();
   place.path.clear();
   if (path.isEmpty()) return true;
-  // An escaped instance name may hold a "/" itself, so a part that is no instance is joined with the next one.
-  QByteArray name;
-  for (const QByteArray& part : path.toLatin1().split('/')) {
-    name = name.isEmpty() ? part : name + '/' + part;
+  for (const QString& key : instancePathKeys(path)) {
     const NetlistModule& module = text.module(place.module);
-    const int instance = module.instanceByName.value(name, -1);
-    if (instance < 0) continue;
-    const int below = module.instances[size_t(instance)].module;
+    const int instance = module.instanceByName.value(key.toLatin1(), -1);
+    const int below = instance < 0 ? -1 : module.instances[size_t(instance)].module;
     if (below < 0) return false;
     place.path.push_back(instance);
     place.module = below;
-    name.clear();
   }
-  return name.isEmpty();
+  return true;
 }
 
 bool Netlist::Private::place(const NetBit& bit, PlacedBit& place) const {
@@ -186,7 +182,9 @@ NetBit Netlist::Private::named(const PlacedBit& place) const {
   for (const int step : place.path) {
     const NetlistInstance& instance = text.module(module).instances[size_t(step)];
     if (!bit.instancePath.isEmpty()) bit.instancePath += QLatin1Char('/');
-    bit.instancePath += wireFromBytes(instance.name);
+    // As Design writes paths: a name that would be misread stands as an escaped identifier.
+    const bool escaped = instance.name.contains('/') || instance.name.startsWith('\\');
+    bit.instancePath += wireFromBytes(escaped ? '\\' + instance.name + ' ' : instance.name);
     module = instance.module;
   }
   QByteArray net;

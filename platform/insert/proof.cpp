@@ -57,7 +57,7 @@ class Proof {
     return false;
   }
   YosysJob job() const;
-  bool readBack(const QByteArray& script, const QVector<int>& files, NetlistText& text);
+  bool readBack(const QString& what, const QByteArray& script, const QVector<int>& files, NetlistText& text);
   void noteChanges(const Netlist::Private& original);
   bool compareCells(const ModuleCut& gold, const ModuleCut& gate, bool top);
   bool comparePorts(ModuleCut& gold, ModuleCut& gate, bool top);
@@ -91,22 +91,24 @@ YosysJob Proof::job() const {
   job.timeLimitSeconds =
       std::max(kLeastSecondsForAModule, design_.source().timeLimitSeconds - int(clock_.elapsed() / 1000));
   job.memoryLimitBytes = design_.source().memoryLimitBytes;
+  job.workingDirectory = design_.workingDirectory();
   job.idle = idle_;
   return job;
 }
 
 /// Runs a script that reads one edition, normalises it and loads the result.
-bool Proof::readBack(const QByteArray& script, const QVector<int>& files, NetlistText& text) {
+bool Proof::readBack(const QString& what, const QByteArray& script, const QVector<int>& files, NetlistText& text) {
   ScratchFile scratch(error_);
   if (scratch.handle() < 0) return false;
   YosysJob read = job();
   read.files = QVector<int>{scratch.handle()} + files;
   read.script = script + kNormalise + "write_json /proc/self/fd/3\n";
   const YosysResult result = runYosys(read);
-  if (!result.ok) {
+  if (result.cancelled) {
     error_ = result.error;
     return false;
   }
+  if (!result.ok) return fail(QStringLiteral("cannot read %1 (%2).").arg(what, result.error));
   return text.open(scratch.handle(), design_.topModule().toLatin1(), error_);
 }
 
@@ -185,7 +187,7 @@ bool Proof::comparePorts(ModuleCut& gold, ModuleCut& gate, bool top) {
       if (cut.input)
         found->second = {true, gate.freshBit()};
       else
-        return fail(QStringLiteral("module %1: \"%2\" is no longer driven.").arg(where, wireFromBytes(name)));
+        return fail(QStringLiteral("module %1: \"%2\" is connected to another net.").arg(where, wireFromBytes(name)));
     }
   }
   return true;
@@ -240,7 +242,7 @@ bool Proof::proveLogic(const ModuleCut& gold, const ModuleCut& gate) {
     return false;
   }
   return fail(QStringLiteral("module %1 could not be proved equal to its original (%2).")
-                  .arg(shown(gold.module()), result.error));
+                  .arg(shown(gate.module()), result.error));
 }
 
 bool Proof::proveModule(int gateModule) {
@@ -297,8 +299,9 @@ bool Proof::run(const Netlist::Private& original, const ProofFiles& files) {
       return fail(QStringLiteral("cannot open \"%1\": %2.").arg(toWire(file->fileName()), toWire(file->errorString())));
   QByteArray elaboration = design_.elaborationScript();
   if (!elaboration.endsWith('\n')) elaboration += '\n';
-  if (!readBack(elaboration, {}, gold_.text)) return false;
-  if (!readBack("read_verilog -lib /proc/self/fd/5\nread_verilog /proc/self/fd/4\nhierarchy -auto-top\n",
+  if (!readBack(QStringLiteral("the design's sources"), elaboration, {}, gold_.text)) return false;
+  if (!readBack(QStringLiteral("the instrumented design"),
+                "read_verilog -lib /proc/self/fd/5\nread_verilog /proc/self/fd/4\nhierarchy -auto-top\n",
                 {instrumented.handle(), debug.handle()}, gate_.text))
     return false;
 

@@ -35,12 +35,15 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   }
   YosysJob job;
   job.files = {source.handle(), debug.handle(), result.handle()};
-  // opt_expr -mux_bool and opt_reduce merge the write enables that `proc` made one a bit; without them a memory no
-  // longer maps to block RAM.
+  // The user's instances stay even where nothing reads them. opt_expr -mux_bool and opt_reduce merge the write enables
+  // that `proc` made one a bit; without them a memory no longer maps to block RAM.
   job.script =
       "read_json /proc/self/fd/3\n"
       "read_verilog -lib /proc/self/fd/4\n"
-      "opt_expr -mux_bool\nopt_reduce\nopt_expr\nopt_merge\nopt_clean\n";
+      "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
+      "setattr -set keep 1 @instances\n"
+      "opt_expr -mux_bool\nopt_reduce\nopt_expr\nopt_merge\nopt_clean\n"
+      "setattr -unset keep @instances\n";
   for (const char* attribute : kBookkeeping)
     job.script += QByteArray("setattr -unset ") + attribute + "\nsetattr -mod -unset " + attribute + '\n';
   job.script += "write_verilog /proc/self/fd/5\n";
