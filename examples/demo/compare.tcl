@@ -40,6 +40,7 @@ foreach line [lrange $captureLines 1 end] {
   lappend states [list [lindex $fields $column(both_ways)] [lindex $fields $column(pushing)]]
 }
 if {$trigger < 0} { fail "the capture has no trigger sample" }
+if {[llength $window] != 512} { fail "the capture has [llength $window] samples, not 512" }
 
 # The window must stand in the record at exactly one place: start where its trigger sample stands.
 set places {}
