@@ -148,7 +148,7 @@ TEST(Sources, are_elaborated_again_with_declared_black_boxes_as_instances) {
   const YosysResult result = runYosys(job);
   ASSERT_TRUE(result.ok) << plain(result.error);
   const QByteArray text = out.readAll();
-  EXPECT_TRUE(text.contains("LUT #(") && text.contains(".INIT(32'd3)")) << text.constData();
+  EXPECT_TRUE(text.contains("LUT #(") && text.contains(".INIT(32'sd3)")) << text.constData();
 }
 
 TEST(Sources, changes_make_a_design_stale_and_a_touch_does_not) {
