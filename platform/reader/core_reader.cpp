@@ -140,9 +140,9 @@ bool CoreReader::stop(int core, QString& error) {
                     .arg(nameOf(core), plan_.cores[core].sampleClock.name));
 }
 
-bool CoreReader::loadOne(const HubCommand& command, const QByteArray& payload, int statusBits, QString& error) {
+bool CoreReader::loadOne(const HubCommand& command, const QByteArray& payload, int replyBits, QString& error) {
   HubReply reply;
-  if (!hub_.command(command, payload, statusBits, statusBits, reply, error)) return false;
+  if (!hub_.command(command, payload, replyBits, replyBits, reply, error)) return false;
   if (!reply.flags.refused && reply.flags.configured) return true;
   return refuse(error, QStringLiteral("The core '%1' refuses its configuration.").arg(nameOf(command.core)));
 }
@@ -162,7 +162,7 @@ bool CoreReader::load(int core, const RunSettings& settings, QString& error) {
     const int rows = tableRows(expression), rowBits = expression.maxSequenceDepth;
     for (command.address = 0; command.address < rows; command.address += kTableRowsPerFrame) {
       const QByteArray part = table.mid(command.address * rowBits, kTableRowsPerFrame * rowBits);
-      if (!loadOne(command, part, statusBits, error)) return false;
+      if (!loadOne(command, part, rowBits, error)) return false;
     }
   }
   return true;

@@ -37,7 +37,7 @@ class CoreReader {
  private:
   bool commandStatus(int core, HubReply& reply, QString& error);
   bool load(int core, const RunSettings& settings, QString& error);
-  bool loadOne(const HubCommand& command, const QByteArray& payload, int statusBits, QString& error);
+  bool loadOne(const HubCommand& command, const QByteArray& payload, int replyBits, QString& error);
   bool readWords(int core, int tag, int count, BitTable& words, QString& error);
   QString nameOf(int core) const { return plan_.cores[core].name; }
 

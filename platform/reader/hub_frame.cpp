@@ -61,7 +61,9 @@ bool readBlock(const QByteArray& bits, int first, int payloadBits, const HubComm
   if (block.size() < kBlockOverhead + payloadBits) return false;
   const QByteArray checked = block.left(block.size() - kCheckBits);
   if (checkBits(frameCrc(checked)) != block.right(kCheckBits)) return false;
-  if (checked.left(kCommandBits) != commandBits(expected) || !checked[kCommandBits + 7]) return false;
+  // A table's rows count in the address, so its echo holds the row behind the last one.
+  const int echoed = expected.op == HubOp::Table ? 20 : kCommandBits;
+  if (checked.left(echoed) != commandBits(expected).left(echoed) || !checked[kCommandBits + 7]) return false;
   const char* flags = checked.constData() + kCommandBits;
   reply.flags.ready = flags[0];
   reply.flags.armed = flags[1];

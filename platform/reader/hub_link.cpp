@@ -38,16 +38,14 @@ bool HubLink::scanReply(int bits, QByteArray& reply, QString& error) {
   return tap_.scanData(QByteArray(bits, 0), &reply, error);
 }
 
-bool HubLink::command(const HubCommand& command, const QByteArray& payload, int payloadBits, int statusBits,
+bool HubLink::command(const HubCommand& command, const QByteArray& payload, int payloadBits, int refusalBits,
                       HubReply& reply, QString& error) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     if (attempt > 0 && !recover(error)) return false;
     QByteArray bits;
-    if (!send(command, payload, error) || !scanReply(kBlockOverhead + qMax(payloadBits, statusBits), bits, error))
+    if (!send(command, payload, error) || !scanReply(kBlockOverhead + qMax(payloadBits, refusalBits), bits, error))
       return false;
-    if (readBlock(bits, 0, payloadBits, command, reply) && (!reply.flags.refused || payloadBits == statusBits))
-      return true;
-    if (readBlock(bits, 0, statusBits, command, reply) && reply.flags.refused) return true;
+    if (readBlock(bits, 0, payloadBits, command, reply) || readBlock(bits, 0, refusalBits, command, reply)) return true;
   }
   error = unusableLineText("a command");
   return false;

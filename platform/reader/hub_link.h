@@ -19,9 +19,9 @@ class HubLink {
   /// Resets the TAP and selects the hub. False when no TAP answers.
   bool open(QString& error);
 
-  /// Sends a command and reads its reply of `payloadBits`, as often as needed but kAttempts times at most. A refusal is
-  /// a reply like any other; its payload is the status word, of `statusBits`.
-  bool command(const HubCommand& command, const QByteArray& payload, int payloadBits, int statusBits, HubReply& reply,
+  /// Sends a command and reads its reply, as often as needed but kAttempts times at most. A refusal is a reply like any
+  /// other, but its payload may be shorter or longer: `refusalBits`.
+  bool command(const HubCommand& command, const QByteArray& payload, int payloadBits, int refusalBits, HubReply& reply,
                QString& error);
   /// Reads the reply of `last` again, which was answered before; sends the command again only when that fails.
   bool look(const HubCommand& last, int payloadBits, HubReply& reply, QString& error);
