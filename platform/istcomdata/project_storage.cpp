@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <vector>
 
 #include "platform/istdata/names.h"
 #include "platform/istdata/project_file.h"
@@ -33,6 +34,12 @@ QString canonical(const QString& file) {
 
 }  // namespace
 
+HeldLock::~HeldLock() {
+  // Qt would complain on standard error about a lock file that it cannot remove; it stays owned, for the process' end.
+  static auto* orphans = new std::vector<std::unique_ptr<QLockFile>>;
+  if (!QFileInfo::exists(path_)) orphans->push_back(std::move(lock_));
+}
+
 QString ProjectStorage::fileOf(const QString& wire, QString& error) {
   const QString file = fileFromWire(wire);
   if (wire.isEmpty())
@@ -50,10 +57,11 @@ bool ProjectStorage::claim(const QString& file, Claim& claim, QString& error) co
   const QString target = canonical(file);
   if (lock_ && target == canonical(file_)) return true;
   const QFileInfo info(target);
-  auto lock = std::make_unique<QLockFile>(info.path() + "/." + info.fileName() + ".lock");
+  const QString lockName = info.path() + "/." + info.fileName() + ".lock";
+  auto lock = std::make_unique<QLockFile>(lockName);
   lock->setStaleLockTime(0);  // held as long as the project is open; a dead owner is noticed all the same
   if (lock->tryLock(0)) {
-    claim.lock = std::move(lock);
+    claim.lock = std::make_unique<HeldLock>(std::move(lock), lockName);
     return true;
   }
   // A folder that takes no lock file takes no project file either: reading is harmless, writing says why it fails.

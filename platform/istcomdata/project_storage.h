@@ -8,6 +8,17 @@
 
 namespace ost {
 
+/// A lock file held. Where its folder has vanished meanwhile there is nothing to remove.
+class HeldLock {
+ public:
+  HeldLock(std::unique_ptr<QLockFile> lock, const QString& path) : lock_(std::move(lock)), path_(path) {}
+  ~HeldLock();
+
+ private:
+  std::unique_ptr<QLockFile> lock_;
+  QString path_;
+};
+
 /// File names are Unicode, absolute and clean. Methods return false with a text for the user and change nothing then.
 class ProjectStorage {
  public:
@@ -17,7 +28,7 @@ class ProjectStorage {
   /// A claim on a file that is not the open project's yet.
   struct Claim {
     QString file;
-    std::unique_ptr<QLockFile> lock;  ///< Null where the folder takes no lock file, or the lock is already ours.
+    std::unique_ptr<HeldLock> lock;  ///< Null where the folder takes no lock file, or the lock is already ours.
   };
   bool claim(const QString& file, Claim& claim, QString& error) const;
 
@@ -35,7 +46,7 @@ class ProjectStorage {
 
  private:
   QString file_;
-  std::unique_ptr<QLockFile> lock_;
+  std::unique_ptr<HeldLock> lock_;
   QByteArray digest_;
 };
 
