@@ -10,6 +10,7 @@ namespace ost {
 namespace {
 
 constexpr size_t kMaxCompared = 64;  // Bytes of a name that count.
+constexpr int kMostEdits = 6;        // Beyond, a name is not near.
 
 unsigned char folded(char c) {
   return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + 32 : c == '.' ? '/' : c);
@@ -26,24 +27,41 @@ quint64 characterSet(std::string_view name) {
 int editDistance(std::string_view a, std::string_view b, int limit) {
   a = a.substr(0, kMaxCompared);
   b = b.substr(0, kMaxCompared);
-  if (std::abs(int(a.size()) - int(b.size())) > limit) return limit + 1;
-  std::array<int, kMaxCompared + 1> before2{}, before{}, now{};
-  for (size_t j = 0; j <= b.size(); ++j) before[j] = int(j);
-  for (size_t i = 1; i <= a.size(); ++i) {
-    now[0] = int(i);
-    int best = now[0];
-    for (size_t j = 1; j <= b.size(); ++j) {
-      const unsigned char x = folded(a[i - 1]), y = folded(b[j - 1]);
-      now[j] = std::min({before[j] + 1, now[j - 1] + 1, before[j - 1] + (x != y)});
-      if (i > 1 && j > 1 && x == folded(b[j - 2]) && folded(a[i - 2]) == y)
-        now[j] = std::min(now[j], before2[j - 2] + 1);
-      best = std::min(best, now[j]);
-    }
-    if (best > limit) return limit + 1;
-    before2 = before;
-    before = now;
+  while (!a.empty() && !b.empty() && folded(a.front()) == folded(b.front())) {
+    a.remove_prefix(1);
+    b.remove_prefix(1);
   }
-  return before[b.size()];
+  while (!a.empty() && !b.empty() && folded(a.back()) == folded(b.back())) {
+    a.remove_suffix(1);
+    b.remove_suffix(1);
+  }
+  const int rows = int(a.size()), columns = int(b.size());
+  if (std::abs(rows - columns) > limit) return limit + 1;
+  if (rows == 0 || columns == 0) return rows + columns;
+  // Only the band of `limit` cells on either side of the diagonal can hold a distance within the limit.
+  std::array<std::array<int, kMaxCompared + 2>, 3> lines;
+  for (auto& line : lines) line.fill(limit + 1);
+  for (int j = 0; j <= std::min(columns, limit); ++j) lines[0][size_t(j)] = j;
+  for (int i = 1; i <= rows; ++i) {
+    auto& now = lines[size_t(i % 3)];
+    const auto &before = lines[size_t((i + 2) % 3)], &before2 = lines[size_t((i + 1) % 3)];
+    const int first = std::max(1, i - limit), last = std::min(columns, i + limit);
+    now[size_t(first - 1)] = first == 1 ? std::min(i, limit + 1) : limit + 1;
+    int best = now[size_t(first - 1)];
+    for (int j = first; j <= last; ++j) {
+      const unsigned char x = folded(a[size_t(i - 1)]), y = folded(b[size_t(j - 1)]);
+      const size_t at = size_t(j);
+      int cost = std::min({before[at] + 1, now[at - 1] + 1, before[at - 1] + (x != y)});
+      if (i > 1 && j > 1 && x == folded(b[at - 2]) && folded(a[size_t(i - 2)]) == y) {
+        cost = std::min(cost, before2[at - 2] + 1);
+      }
+      now[at] = std::min(cost, limit + 1);
+      best = std::min(best, now[at]);
+    }
+    now[size_t(last + 1)] = limit + 1;
+    if (best > limit) return limit + 1;
+  }
+  return lines[size_t(rows % 3)][size_t(columns)];
 }
 
 struct Candidate {
@@ -55,6 +73,8 @@ struct Candidate {
 class Search {
  public:
   Search(const NameIndex& index, int count) : index_(index), count_(size_t(count)) {}
+
+  bool full() const { return best_.size() >= count_; }
 
   // Offers the nets of a module that are within `limit` edits of `name`; `extra` is added to their cost.
   void offer(int module, std::string_view name, int limit, int extra) {
@@ -93,7 +113,6 @@ class Search {
   }
 
  private:
-  bool full() const { return best_.size() >= count_; }
   int worst() const { return best_.back().cost; }
   void insert(const Candidate& candidate) {
     for (const Candidate& other : best_) {
@@ -149,14 +168,18 @@ QStringList nearestNames(const NameIndex& index, const QByteArray& name, int cou
     path.push_back(next);
     scope = next->module;
   }
-  const auto limitFor = [](std::string_view text) { return std::max(2, int(std::min(text.size(), kMaxCompared)) / 3); };
+  const auto limitFor = [](std::string_view text) { return std::clamp(int(text.size()) / 3, 2, kMostEdits); };
   Search search(index, count);
-  search.offer(scope, rest, limitFor(rest), 0);
+  // Narrow searches are cheap and mostly enough.
+  for (const int limit : {1, 2, 4, limitFor(rest)}) {
+    if (!search.full()) search.offer(scope, rest, std::min(limit, limitFor(rest)), 0);
+  }
   // Elsewhere the leaf must be closer, and what is nearer the top comes first.
   const size_t cut = rest.find_last_of("/.");
   const std::string_view leaf = cut == std::string_view::npos ? rest : rest.substr(cut + 1);
   for (size_t i = 0; i < index.modules.size() && !leaf.empty(); ++i) {
-    if (index.modules[i].used && int(i) != scope) search.offer(int(i), leaf, limitFor(leaf) / 2, 1);
+    if (index.modules[i].used && int(i) != scope && !index.modules[i].nets.empty())
+      search.offer(int(i), leaf, limitFor(leaf) / 2, 1);
   }
   if (leaf.size() != rest.size()) search.offer(scope, leaf, limitFor(leaf) / 2, 1);
   return search.names(path, scope);
