@@ -30,6 +30,7 @@ QStringList IstComData::getCoreNameList() {
 }
 
 istCore* IstComData::addCore(const QString& name, QString& message) {
+  d->reason.clear();  // the command layer shows the message itself
   if (!d->project || !checkNewCoreName(*d->project, name, message)) return nullptr;
   const bool isFirst = d->project->cores.empty();
   d->project->cores.emplace_back(new ost::Core(name));
