@@ -27,8 +27,8 @@ ISTDATA_API QString radixText(Radix radix);
 ISTDATA_API bool parseUnitValue(Operator op, Radix radix, const QString& digits, int width, QByteArray& value,
                                 QByteArray& mask, QString& error);
 
-/// The digits of a radix for bits and mask as parseUnitValue() gives them. False when a don't-care covers only a part of
-/// a digit, or the radix has none.
+/// The digits of a radix for bits and mask as parseUnitValue() gives them. False when a don't-care covers only a part
+/// of a digit, or the radix has none.
 ISTDATA_API bool formatUnitValue(Radix radix, const QByteArray& value, const QByteArray& mask, QString& digits);
 
 }  // namespace ost
