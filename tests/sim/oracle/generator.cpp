@@ -1,0 +1,216 @@
+// The choices, most of them weighted so that every feature is met often and a run stays short.
+#include "tests/sim/oracle/generator.h"
+
+#include <algorithm>
+
+namespace oracle {
+namespace {
+
+constexpr int kArmRow = 40;  ///< Of a rehearsal on the record: the device has left its reset.
+constexpr int kMostRunRows = 2500;
+
+QString digitsInRadix(const QByteArray& bits, const QString& radix) {
+  if (radix == "bin") return bits;
+  if (radix == "dec") return QString::number(bits.toULongLong(nullptr, 2));
+  const int each = radix == "oct" ? 3 : 4;
+  QByteArray padded = bits;
+  while (padded.size() % each) padded.prepend('0');
+  QString digits;
+  for (int i = 0; i < padded.size(); i += each) {
+    const QByteArray part = padded.mid(i, each);
+    digits += part.contains('x') ? QString("x") : QString::number(part.toInt(nullptr, 2), 16);
+  }
+  return digits;
+}
+
+}  // namespace
+
+Project Generator::device() {
+  Project project;
+  project.dut = &duts()[below(duts().size())];
+  double fastest = 1e9;
+  for (int i = 0; i < project.dut->clocks.size(); ++i) {
+    project.clockPeriods += 4.0 + 2 * below(12);
+    fastest = std::min(fastest, project.clockPeriods.last());
+  }
+  // TCK from forty times faster to eight times slower than the fastest sample clock.
+  static const double rates[] = {0.025, 0.1, 0.3, 0.5, 0.77, 1.0, 1.9, 3.3, 8.0};
+  project.tckHalfPeriod = std::max(0.05, fastest / 2 * rates[below(9)]);
+  return project;
+}
+
+QStringList Generator::select(const Dut& dut, QString& word, int mostBits) {
+  const Net net = pick(dut.nets);
+  QStringList bits = net.bits();
+  word = net.name;
+  if (!net.isVector) return bits;
+  if (net.width() <= mostBits && chance(50)) return bits;
+  const int first = below(bits.size());
+  const int count = chance(50) ? 1 : 1 + below(std::min(mostBits, bits.size() - first));
+  const int step = net.left >= net.right ? -1 : 1;
+  const int from = net.left + step * first, to = from + step * (count - 1);
+  word += count == 1 ? QString("[%1]").arg(from) : QString("[%1:%2]").arg(from).arg(to);
+  return bits.mid(first, count);
+}
+
+void Generator::giveValue(Unit& unit, const Record& record) {
+  if (unit.op == ".SC.") {
+    QByteArray pattern;
+    const int row = kArmRow + below(record.rows.size() - kArmRow - 8);
+    const int length = unit.digits.isEmpty() ? 1 + below(5) : unit.digits.size();
+    for (int i = 0; i < length; ++i) pattern += record.at(row + i, unit.bits[0]) ? '1' : '0';
+    unit.digits = pattern;
+    return;
+  }
+  QByteArray bits;
+  const int row = kArmRow + below(record.rows.size() - kArmRow);
+  const bool edge = unit.op == ".RE." || unit.op == ".FE.";
+  const bool equality = unit.op == "==" || unit.op == "!=";
+  const int group = unit.radix == "bin" ? 1 : unit.radix == "oct" ? 3 : 4;
+  for (const QString& bit : unit.bits) bits += edge ? (chance(60) ? '1' : '0') : record.at(row, bit) ? '1' : '0';
+  if (edge && !bits.contains('1')) bits[bits.size() - 1] = '1';
+  // Don't-care digits cover whole digits, counted from the right.
+  for (int end = bits.size(); equality && unit.radix != "dec" && end > 0; end -= group)
+    if (chance(35))
+      for (int i = std::max(0, end - group); i < end; ++i) bits[i] = 'x';
+  unit.digits = digitsInRadix(bits, unit.radix);
+}
+
+Unit Generator::makeUnit(const Dut& dut, const Record& record, int index) {
+  static const QStringList ops = {"==", "!=", ">", ">=", "<", "<=", ".RE.", ".FE.", ".SC.", "==", ".RE."};
+  static const QStringList radices = {"bin", "oct", "dec", "hex"};
+  Unit unit;
+  unit.name = QString("TU%1").arg(index + 1);
+  unit.op = pick(ops);
+  unit.radix = unit.op == ".SC." ? "bin" : pick(radices);
+  const int names = unit.op == ".SC." ? 1 : 1 + below(2);
+  for (int i = 0; i < names; ++i) {
+    QString word;
+    const QStringList bits = select(dut, word, unit.op == ".SC." ? 1 : 8);
+    if (unit.op == ".SC." && bits.size() > 1) {
+      word = bits[0];
+      unit.bits = QStringList{bits[0]};
+    } else {
+      unit.bits += bits;
+    }
+    unit.signalNames += word;
+  }
+  // Nothing is compared twice by one unit.
+  if (QStringList(unit.bits).removeDuplicates() > 0) return makeUnit(dut, record, index);
+  giveValue(unit, record);
+  return unit;
+}
+
+Term Generator::makeTerm(int units, int depth) {
+  Term term;
+  if (depth == 0 || chance(40)) {
+    term.unit = below(units);
+    return term;
+  }
+  static const Term::Kind kinds[] = {Term::Not, Term::And, Term::Or, Term::Xor, Term::Or};
+  term.kind = kinds[below(5)];
+  for (int i = 0; i < (term.kind == Term::Not ? 1 : 2); ++i) term.parts += makeTerm(units, depth - 1);
+  return term;
+}
+
+Core Generator::makeCore(const Project& project, const QVector<Record>& records, int index) {
+  const Dut& dut = *project.dut;
+  Core core;
+  core.name = QString("c%1").arg(index);
+  const int clock = below(dut.clocks.size());
+  core.clock = dut.clocks[clock];
+  const Record& record = records[clock];
+  QStringList taken;
+  for (int i = 2 + below(5); i > 0; --i) {
+    Probe probe;
+    probe.bits = select(dut, probe.signal, 32);
+    // A net traced twice becomes a reference of another name; each bit is traced once here.
+    if ((taken + probe.bits).removeDuplicates() > 0) continue;
+    taken += probe.bits;
+    core.probes += probe;
+  }
+  if (core.probes.size() > 2 && chance(30)) {
+    core.busFrom = below(core.probes.size() - 1);
+    core.busTo = core.busFrom + 1;
+  }
+  if (chance(40)) core.sampleEnable = pick(dut.enables);
+  core.sampleEnableLow = chance(50);
+  core.multiple = chance(45);
+  if (chance(45)) core.triggerEnable = pick(dut.enables);
+  core.triggerEnableLow = chance(50);
+  core.depth = 16 << below(4);
+  core.windowSamples = core.depth;
+  if (core.multiple) {
+    core.windowSamples = 16;
+    while (core.windowSamples < core.depth && chance(30)) core.windowSamples *= 2;
+    while (!core.triggerEnable.isEmpty() && core.windows * core.windowSamples < core.depth && chance(80))
+      core.windows *= 2;
+  }
+  core.dram = chance(50);
+  core.distRamDisable = chance(25);
+  int depthBits = 4;
+  while ((1 << depthBits) < core.depth) ++depthBits;
+  if (chance(40)) core.timestampBits = depthBits + 1 + below(12);
+  core.includeTrigger = chance(40);
+  if (chance(35)) core.eventCount = 2 + below(4);
+  core.triggerOut = chance(35);
+  core.triggerOutLow = chance(50);
+  core.triggerOutMinPulse = below(5);
+  const int units = 1 + below(4);
+  for (int i = 0; i < units; ++i) core.units += makeUnit(dut, record, i);
+  for (int i = 1 + below(2); i > 0; --i) {
+    Expression expression;
+    expression.name = QString("TE%1").arg(core.expressions.size() + 1);
+    expression.ebr = chance(40);
+    const int steps = chance(50) ? 1 : 2 + below(2);
+    for (int s = 0; s < steps; ++s) expression.steps += {makeTerm(units, 2), chance(60) ? 1 : 2 + below(3)};
+    expression.maxSteps = steps + below(2);
+    expression.maxCount = 1;
+    for (const Step& step : expression.steps) expression.maxCount = std::max(expression.maxCount, step.count);
+    expression.maxCount += below(3);
+    core.expressions += expression;
+  }
+  return core;
+}
+
+RunChoice Generator::choice(const Core& core, const Record& record, bool asInserted) {
+  RunChoice choice;
+  choice.position = below(core.windowSamples);
+  choice.windows = asInserted ? core.windows : 1 + below(core.windows);
+  choice.eventCount = asInserted ? std::max(core.eventCount, 1) : 1 + below(std::max(core.eventCount, 1));
+  choice.enabled = QVector<bool>(core.expressions.size(), true);
+  if (core.expressions.size() > 1 && chance(50)) choice.enabled[below(core.expressions.size())] = false;
+  choice.units = core.units;
+  if (asInserted) return choice;
+  for (Unit& unit : choice.units) {
+    static const QStringList order = {"==", "!=", ">", ">=", "<", "<="}, match = {"==", "!=", ".RE.", ".FE."};
+    if (order.contains(unit.op) && !match.contains(unit.op))
+      unit.op = pick(order);
+    else if (match.contains(unit.op))
+      unit.op = pick(match);
+    const bool noDontCare = order.contains(core.units[&unit - choice.units.data()].op) &&
+                            !match.contains(core.units[&unit - choice.units.data()].op);
+    giveValue(unit, record);
+    if (noDontCare) unit.digits.replace('x', '1');
+  }
+  return choice;
+}
+
+bool isWorthRunning(const Core& core, const RunChoice& choice, const Record& record) {
+  const Expected expected = expectedCapture(core, choice, record, kArmRow);
+  return expected.complete && expected.rowsSeen - kArmRow <= kMostRunRows;
+}
+
+void Generator::addCores(Project& project, const QVector<Record>& records) {
+  const int count = 1 + (chance(40) ? 1 + below(2) : 0);
+  while (project.cores.size() < count) {
+    const Core core = makeCore(project, records, project.cores.size());
+    const Record& record = records[project.dut->clocks.indexOf(core.clock)];
+    RunChoice whole = choice(core, record, true);
+    whole.position = core.windowSamples - 1;
+    whole.enabled.fill(true);
+    if (!core.probes.isEmpty() && isWorthRunning(core, whole, record)) project.cores += core;
+  }
+}
+
+}  // namespace oracle

@@ -1,0 +1,114 @@
+// A project of debug cores as its author knows it: names, options and trigger terms, nothing of the hardware. The
+// oracle, the Tcl script and the test bench are all made from this.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+namespace oracle {
+
+/// A net of a device under test, as `[left:right]` or a scalar.
+struct Net {
+  QString name;  ///< Hierarchical, with "/".
+  int left = 0, right = 0;
+  bool isVector = false;
+  int width() const { return qAbs(left - right) + 1; }
+  /// Names of the bits, leftmost first.
+  QStringList bits() const;
+};
+
+struct Port {
+  QString name;
+  int width = 1;
+};
+
+struct Dut {
+  QString name;  ///< Of the file and of the top module.
+  QStringList clocks;
+  QVector<Port> inputs;  ///< Driven at random; not clocks nor `rst`.
+  QVector<Port> outputs;
+  QVector<Net> nets;
+  QStringList enables;  ///< Single bits that make sensible enables.
+};
+const QVector<Dut>& duts();
+
+/// A term over the units of a core.
+struct Term {
+  enum Kind { Unit, Not, And, Or, Xor };
+  Kind kind = Unit;
+  int unit = 0;
+  QVector<Term> parts;
+  QString text(const QStringList& unitNames) const;
+  bool holds(const QVector<bool>& units) const;
+};
+
+struct Step {
+  Term term;
+  int count = 1;
+};
+
+struct Expression {
+  QString name;
+  bool ebr = false;
+  int maxSteps = 1, maxCount = 1;
+  QVector<Step> steps;
+  QString text(const QStringList& unitNames) const;
+};
+
+struct Unit {
+  QString name;
+  QStringList signalNames;  ///< As given in Tcl.
+  QStringList bits;         ///< Single bits, leftmost first.
+  QString op;
+  QString radix;  ///< bin, oct, dec or hex.
+  QString digits;
+};
+
+struct Probe {
+  QString signal;    ///< As given in Tcl; a member of `bus` when that is set.
+  QStringList bits;  ///< Leftmost first.
+};
+
+struct Core {
+  QString name;
+  QString clock;
+  QString sampleEnable, triggerEnable;  ///< Empty: none.
+  bool sampleEnableLow = false, triggerEnableLow = false;
+  QVector<Probe> probes;
+  int busFrom = -1, busTo = -1;  ///< Probes that are grouped as BUS1.
+  int depth = 16;
+  bool dram = false, distRamDisable = false;
+  int timestampBits = 0;
+  bool multiple = false;
+  int windowSamples = 16, windows = 1;
+  bool includeTrigger = false;
+  int eventCount = 0;  ///< 0: no event counter.
+  bool triggerOut = false, triggerOutLow = false;
+  int triggerOutMinPulse = 0;
+  QVector<Unit> units;
+  QVector<Expression> expressions;
+  /// The probes with the bus in its members' place, each as its bits, leftmost first.
+  QVector<QStringList> shownProbes() const;
+};
+
+struct Project {
+  const Dut* dut = nullptr;
+  QVector<double> clockPeriods;  ///< ns, for each clock of the device.
+  double tckHalfPeriod = 10;     ///< ns
+  QVector<Core> cores;
+};
+
+/// What a run may change.
+struct RunChoice {
+  int position = 0;  ///< Samples before the trigger.
+  int windows = 1;
+  int eventCount = 1;
+  QVector<bool> enabled;  ///< For each expression.
+  QVector<Unit> units;    ///< With other operators and digits.
+};
+
+/// The Tcl commands that make the project and insert it.
+QString projectScript(const Project& project, const QString& designFile);
+
+}  // namespace oracle
