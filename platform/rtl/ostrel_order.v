@@ -1,5 +1,5 @@
-// Trigger unit of class Order: unsigned == != < <= > >=. One carry chain yields < or, with its carry set, <=; the rest
-// are their inverses.
+// Trigger unit of class Order: unsigned == != < <= > >=. One carry chain yields < or <=; the rest are their
+// inverses.
 `default_nettype none
 
 module ostrel_order #(
@@ -16,9 +16,8 @@ module ostrel_order #(
   wire or_equal = config_bits[2];
   wire [WIDTH-1:0] value = config_bits[3+:WIDTH];
 
-  // The carry of value - cur: cur <= value; of value - cur - 1: cur < value.
-  wire [WIDTH:0] difference = {1'b0, value} + {1'b0, ~cur} + {{WIDTH{1'b0}}, or_equal};
-  wire at_most = difference[WIDTH];
+  // With a bit below the operands, one comparison is < or <=.
+  wire at_most = {cur, 1'b0} < {value, or_equal};
 
   always @(posedge clk) if (sample) hit <= (equal ? cur == value : at_most) ^ invert;
 endmodule

@@ -150,5 +150,31 @@ TEST(DebugModule, MemoriesGoWhereThePlanPutsThem) {
     EXPECT_TRUE(cell.key().startsWith(QStringLiteral("RAMB"))) << qPrintable(cell.key());
 }
 
+/// Against figures measured with `synth_xilinx -flatten` for plans that the weights were not taken from; the whole
+/// table is `bench/core_cost`.
+TEST(DebugModule, EstimateFollowsTheMeasuredSize) {
+  const struct {
+    const char* plan;
+    int luts, flipFlops, blockRams;
+  } measured[] = {
+      {"probes=40 depth=2048 ts=32 te=low unit=match:0:20 unit=serial:3:16 expr=0+1", 252, 476, 4},
+      {"probes=96 depth=1024 se=high unit=match:0:32 unit=match:32:32 unit=match:64:32 expr=0+1+2:2", 339, 811, 3},
+  };
+  for (const auto& entry : measured) {
+    SCOPED_TRACE(entry.plan);
+    const InsertPlan plan = planFromText(entry.plan);
+    ResourceEstimate total = estimateHub(plan);
+    for (const PlanCore& core : plan.cores) {
+      const ResourceEstimate estimate = estimateCore(core);
+      total.luts += estimate.luts;
+      total.flipFlops += estimate.flipFlops;
+      total.blockRams += estimate.blockRams;
+    }
+    EXPECT_NEAR(total.luts, entry.luts, entry.luts * 0.15);
+    EXPECT_NEAR(total.flipFlops, entry.flipFlops, entry.flipFlops * 0.15);
+    EXPECT_EQ(total.blockRams, entry.blockRams);
+  }
+}
+
 }  // namespace
 }  // namespace ost
