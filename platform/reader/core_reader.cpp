@@ -142,7 +142,8 @@ bool CoreReader::stop(int core, QString& error) {
 
 bool CoreReader::loadOne(const HubCommand& command, const QByteArray& payload, int replyBits, QString& error) {
   HubReply reply;
-  if (!hub_.command(command, payload, replyBits, replyBits, reply, error)) return false;
+  const int statusBits = ReadLayout(plan_.cores[command.core]).statusBits;
+  if (!hub_.command(command, payload, replyBits, statusBits, reply, error)) return false;
   if (!reply.flags.refused && reply.flags.configured) return true;
   return refuse(error, QStringLiteral("The core '%1' refuses its configuration.").arg(nameOf(command.core)));
 }

@@ -10,6 +10,7 @@
 
 #include "platform/insert/capture_map.h"
 #include "platform/reader/core_reader.h"
+#include "platform/reader/faulty_port.h"
 #include "platform/reader/remote_bitbang.h"
 #include "platform/rtl/debug_module.h"
 #include "tests/sim/oracle/bench.h"
@@ -30,11 +31,12 @@ struct Difference {
 struct Settings {
   bool inserted = true;
   bool keep = false;
+  double noise = 0;  ///< Probability of a flip on each JTAG line and cycle.
   QString sources, work, tclsh = "tclsh", package;
 };
 
 struct Totals {
-  qint64 seeds = 0, cores = 0, runs = 0, windows = 0, samples = 0, bits = 0, toggles = 0, pulses = 0;
+  qint64 seeds = 0, cores = 0, runs = 0, windows = 0, samples = 0, bits = 0, toggles = 0, pulses = 0, repeats = 0;
 };
 
 /// One run of one core: what was chosen and what the core returned.
@@ -68,7 +70,7 @@ ost::RunSettings settingsFor(const ost::PlanCore& plan, const Core& core, const 
 
 /// Arms and reads every core, kRunsPerCore times, in the simulation that is started here.
 QVector<Run> captureAll(const Project& project, const ost::InsertPlan& plan, const QVector<Record>& rehearsal,
-                        Generator& generator, const BenchFiles& files) {
+                        Generator& generator, const BenchFiles& files, double noise, Totals& totals) {
   QString error;
   for (const char* name : {"/to_sim", "/from_sim"}) {
     const QByteArray file = (files.folder + name).toUtf8();
@@ -80,7 +82,8 @@ QVector<Run> captureAll(const Project& project, const ost::InsertPlan& plan, con
   {
     const auto port = ost::RemoteBitbang::connect({ost::ServerAddress::Fifo, files.folder, 0}, 20, error);
     need(port != nullptr, error);
-    ost::HubLink hub(*port);
+    ost::FaultyPort line(*port, static_cast<quint32>(generator.below(1 << 30)), noise / 8, noise, noise);
+    ost::HubLink hub(line);
     ost::CoreReader reader(hub, plan);
     need(reader.identify(error), error);
     for (int pass = 0; pass < kRunsPerCore; ++pass) {
@@ -110,6 +113,7 @@ QVector<Run> captureAll(const Project& project, const ost::InsertPlan& plan, con
         runs += run;
       }
     }
+    totals.repeats += hub.retries();
   }
   simulation.waitForEnd();
   return runs;
@@ -255,7 +259,7 @@ void runSeed(quint32 seed, const Settings& settings, Totals& totals) {
   bench.close();
   runTool(QStringList{"iverilog", "-g2005", "-o", "capture.vvp", "-s", "tb", "capture_tb.v", files.jtagFile} + sources,
           files.folder, "capture_build.log");
-  const QVector<Run> runs = captureAll(project, plan, rehearsal, generator, files);
+  const QVector<Run> runs = captureAll(project, plan, rehearsal, generator, files, settings.noise, totals);
   need(!runs.isEmpty(), "no run was worth comparing");
 
   QVector<QStringList> wordBits;
@@ -314,11 +318,9 @@ int runAll(int first, int count, const Settings& settings) {
       return 1;
     }
   }
-  printf(
-      "%lld seeds agree: %lld cores, %lld runs, %lld windows, %lld samples, %lld bits (%lld toggles), %lld trigger "
-      "pulses\n",
-      totals.seeds, totals.cores, totals.runs, totals.windows, totals.samples, totals.bits, totals.toggles,
-      totals.pulses);
+  printf("%lld seeds agree: %lld cores, %lld runs, %lld windows, %lld samples, %lld bits (%lld toggles), ",
+         totals.seeds, totals.cores, totals.runs, totals.windows, totals.samples, totals.bits, totals.toggles);
+  printf("%lld trigger pulses, %lld repeats on the line\n", totals.pulses, totals.repeats);
   return 0;
 }
 
@@ -347,6 +349,8 @@ int main(int argc, char** argv) {
       settings.work = QDir(value).absolutePath();
     else if (word == "-package")
       settings.package = value;
+    else if (word == "-noise")
+      settings.noise = value.toDouble();
     else if (word == "-tclsh")
       settings.tclsh = value;
     else

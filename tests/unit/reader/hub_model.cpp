@@ -140,6 +140,11 @@ QByteArray HubModel::block(int address) {
                 numberBits(core.plan.timestampBits, 8) + numberBits(core.plan.probeWidth(), 16) +
                 numberBits(layout.chainBits, 32) + numberBits(layout.statusBits, 16) +
                 numberBits(core.plan.units.size(), 8) + numberBits(core.plan.expressions.size(), 8);
+    if (op == HubOp::Table) {
+      // The address register has counted the rows, and one row is sent in place of a status word.
+      echo = command_.left(20) + numberBits(bitsNumber(command_, 20, 20) + 1, 20);
+      payload = QByteArray(core.plan.expressions[int(bitsNumber(command_, 12, 8))].maxSequenceDepth, 0);
+    }
     if (op == HubOp::Read && !refused_) {
       echo = command_.left(20) + numberBits(address, 20);
       payload.clear();
