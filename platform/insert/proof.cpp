@@ -300,9 +300,24 @@ bool Proof::run(const Netlist::Private& original, const ProofFiles& files) {
   QByteArray elaboration = design_.elaborationScript();
   if (!elaboration.endsWith('\n')) elaboration += '\n';
   if (!readBack(QStringLiteral("the design's sources"), elaboration, {}, gold_.text)) return false;
-  if (!readBack(QStringLiteral("the instrumented design"),
-                "read_verilog -lib /proc/self/fd/5\nread_verilog /proc/self/fd/4\nhierarchy -auto-top\n",
-                {instrumented.handle(), debug.handle()}, gate_.text))
+  // Black boxes are not in the written Verilog; their ports are known from the original.
+  QByteArray boxes;
+  for (const NetlistModule& module : original.text.modules()) {
+    if (!module.blackBox) continue;
+    const std::string_view text = original.text.text().substr(module.text.begin, module.text.end - module.text.begin);
+    boxes += (boxes.isEmpty() ? "" : ",\n") + QByteArray(text.data(), int(text.size()));
+  }
+  ScratchFile boxFile(error_);
+  QFile boxWriter;
+  if (boxFile.handle() < 0) return false;
+  const QByteArray boxJson = "{ \"creator\": \"ostrel\", \"modules\": {\n" + boxes + "\n} }\n";
+  if (!boxWriter.open(boxFile.handle(), QIODevice::WriteOnly) || boxWriter.write(boxJson) != boxJson.size() ||
+      !boxWriter.flush())
+    return fail(QStringLiteral("cannot write a temporary file: %1.").arg(toWire(boxWriter.errorString())));
+  const QByteArray script = QByteArray(boxes.isEmpty() ? "" : "read_json /proc/self/fd/6\n") +
+                            "read_verilog -lib /proc/self/fd/5\nread_verilog /proc/self/fd/4\nhierarchy -auto-top\n";
+  if (!readBack(QStringLiteral("the instrumented design"), script,
+                {instrumented.handle(), debug.handle(), boxFile.handle()}, gate_.text))
     return false;
 
   if (!checkProbes()) return false;
