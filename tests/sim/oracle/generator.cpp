@@ -164,10 +164,10 @@ Core Generator::makeCore(const Project& project, const QVector<Record>& records,
     expression.ebr = chance(40);
     const int steps = chance(50) ? 1 : 2 + below(2);
     for (int s = 0; s < steps; ++s) expression.steps += {makeTerm(units, 2), chance(60) ? 1 : 2 + below(3)};
-    expression.maxSteps = steps + below(2);
-    expression.maxCount = 1;
-    for (const Step& step : expression.steps) expression.maxCount = std::max(expression.maxCount, step.count);
-    expression.maxCount += below(3);
+    while (expression.maxSteps < steps || chance(20)) expression.maxSteps *= expression.maxSteps < 8 ? 2 : 1;
+    int most = 1;
+    for (const Step& step : expression.steps) most = std::max(most, step.count);
+    while (expression.maxCount < most || chance(20)) expression.maxCount *= 2;
     core.expressions += expression;
   }
   return core;

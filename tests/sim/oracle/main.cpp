@@ -344,11 +344,11 @@ int main(int argc, char** argv) {
     else if (word == "-seeds")
       count = value.toInt();
     else if (word == "-sources")
-      settings.sources = value;
+      settings.sources = QDir(value).absolutePath();
     else if (word == "-work")
       settings.work = QDir(value).absolutePath();
     else if (word == "-package")
-      settings.package = value;
+      settings.package = QDir(value).absolutePath();
     else if (word == "-noise")
       settings.noise = value.toDouble();
     else if (word == "-tclsh")
