@@ -27,8 +27,8 @@ const OptionFamily kTriggerFamily = {"trigger", generate_trigger_option_list, li
 /// The Wishbone command does the same with codes and arguments of its own.
 void collectOptions(IstComData& service, const OptionFamily& family, const std::vector<std::string>& words,
                     OptionList& options) {
+  std::string name, value;
   for (const std::string& word : words) {
-    std::string name, value;
     if (!splitOptionWord(word, name, value)) {
       service.PrintMessage("0156", family.word, std::string());
       continue;
@@ -39,7 +39,7 @@ void collectOptions(IstComData& service, const OptionFamily& family, const std::
       continue;
     }
     if (entry->set) service.PrintMessage("0158", family.word, name);  // the later value wins
-    entry->value = value;
+    entry->value.swap(value);
     entry->set = true;
   }
 }

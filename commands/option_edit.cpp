@@ -8,12 +8,12 @@ using mero::ostrel::istCore;
 
 namespace ost_command {
 
-const KeywordSet kOnOff = {LOWER_CASE, {{"on", 1}, {"off", 0}}};
-const KeywordSet kPolarities = {UPPER_CASE, {{"ACTIVE_HIGH", 0}, {"ACTIVE_LOW", 1}}};
-const KeywordSet kImplementations = {UPPER_CASE, {{"EBR", 0}, {"DRAM", 1}}};
-const KeywordSet kCaptureModes = {LOWER_CASE, {{"single", 0}, {"multiple", 1}}};
-const KeywordSet kRadices = {UPPER_CASE, {{"BIN", 0}, {"OCT", 1}, {"DEC", 2}, {"HEX", 3}}};
-const KeywordSet kOutputTypes = {UPPER_CASE, {{"IO", 0}, {"NET", 1}, {"BOTH", 2}}};
+const KeywordSet kOnOff = {{"on", 1}, {"off", 0}};
+const KeywordSet kPolarities = {{"ACTIVE_HIGH", 0}, {"ACTIVE_LOW", 1}};
+const KeywordSet kImplementations = {{"EBR", 0}, {"DRAM", 1}};
+const KeywordSet kCaptureModes = {{"single", 0}, {"multiple", 1}};
+const KeywordSet kRadices = {{"BIN", 0}, {"OCT", 1}, {"DEC", 2}, {"HEX", 3}};
+const KeywordSet kOutputTypes = {{"IO", 0}, {"NET", 1}, {"BOTH", 2}};
 
 OptionEdit::OptionEdit(IstComData& service, istCore* core, const std::string& typed)
     : service(service), core(core), typed(typed), text(toServiceTrimmed(typed)) {}
@@ -24,10 +24,8 @@ bool OptionEdit::require(bool holds, const char* code) const {
 }
 
 bool OptionEdit::keyword(const KeywordSet& set, int& code, const char* rejectCode) const {
-  const QString folded = set.folding == LOWER_CASE ? text.toLower() : text.toUpper();
-  for (const Keyword& keyword : set.words) {
-    if (!keyword.word) break;
-    if (folded == QLatin1String(keyword.word)) {
+  for (const Keyword& keyword : set) {
+    if (text.compare(QLatin1String(keyword.word), Qt::CaseInsensitive) == 0) {
       code = keyword.code;
       return true;
     }

@@ -5,25 +5,20 @@
 #include <QString>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "commands/option_list.h"
 #include "framework/ist_com_data.h"
 
 namespace ost_command {
 
-/// A keyword that an option accepts, in the case it is folded to, and the service's code for it.
+/// A keyword that an option accepts in any case, and the service's code for it.
 struct Keyword {
   const char* word;
   int code;
 };
 
-enum KeywordCase { LOWER_CASE, UPPER_CASE };
-
-/// The keywords of one option and the case that a typed value is folded to before it is compared.
-struct KeywordSet {
-  KeywordCase folding;
-  Keyword words[4];  ///< Ends at the first null word.
-};
+typedef std::vector<Keyword> KeywordSet;
 
 extern const KeywordSet kOnOff;            ///< 1 on, 0 off.
 extern const KeywordSet kPolarities;       ///< 0 active high, 1 active low.

@@ -2,6 +2,7 @@
 #include "commands/option_list.h"
 
 #include <algorithm>
+#include <functional>
 
 IsOption::IsOption(const std::string& name) : name_(name) {}
 
@@ -10,12 +11,15 @@ bool IsOption::operator()(const OptionEntry& entry) const {
 }
 
 void OptionList::append(const char* name) {
-  const OptionEntry entry = {name, std::string(), false};
-  entries_.push_back(entry);
+  const std::size_t largestFamily = 16;
+  if (entries_.empty()) entries_.reserve(largestFamily);
+  entries_.push_back(OptionEntry{name, std::string(), false});
 }
 
 OptionEntry* OptionList::find(const std::string& name) {
-  const std::vector<OptionEntry>::iterator found = std::find_if(entries_.begin(), entries_.end(), IsOption(name));
+  // By reference: the algorithm copies its predicate several times, name and all.
+  const IsOption isOption(name);
+  const std::vector<OptionEntry>::iterator found = std::find_if(entries_.begin(), entries_.end(), std::cref(isOption));
   return found == entries_.end() ? nullptr : &*found;
 }
 
@@ -32,8 +36,8 @@ namespace ost_command {
 bool splitOptionWord(const std::string& word, std::string& name, std::string& value) {
   const std::string::size_type equals = word.find('=');
   if (equals == std::string::npos) return false;
-  name = word.substr(0, equals);
-  value = word.substr(equals + 1);
+  name.assign(word, 0, equals);
+  value.assign(word, equals + 1, std::string::npos);
   return true;
 }
 

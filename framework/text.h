@@ -23,8 +23,10 @@ inline std::string fromService(const QString& text) {
 /// `bytes` without surrounding ASCII white space. Trimming the bytes and not the QString matters: QString::trimmed()
 /// also removes 0x85 and 0xA0, which end many a UTF-8 character ("à" is C3 A0).
 inline QString toServiceTrimmed(const std::string& bytes) {
-  const QByteArray trimmed = QByteArray(bytes.data(), static_cast<int>(bytes.size())).trimmed();
-  return QString::fromLatin1(trimmed.constData(), trimmed.size());
+  const char* const blanks = "\t\n\v\f\r ";
+  const std::string::size_type first = bytes.find_first_not_of(blanks);
+  if (first == std::string::npos) return QString();
+  return QString::fromLatin1(bytes.data() + first, static_cast<int>(bytes.find_last_not_of(blanks) + 1 - first));
 }
 
 /// Appends the elements of the Tcl list `list` to `names`. False, with `names` unchanged, when it is not a list.

@@ -213,8 +213,13 @@ void Design::Private::readRoles() {
 QByteArray Design::Private::fullName(const NameHit& hit, const QByteArray& select) const {
   const std::string_view net = index.view(hit.net->name);
   QByteArray plain;
-  for (const InstanceEntry* instance : hit.path) plain += componentText(index.view(instance->name), false) + '/';
-  plain += componentText(net, false) + select;
+  const auto append = [&plain](std::string_view text) { plain.append(text.data(), int(text.size())); };
+  for (const InstanceEntry* instance : hit.path) {
+    append(index.view(instance->name));
+    plain += '/';
+  }
+  append(net);
+  plain += select;
   if (!index.slashNames) {
     // Without '/' in names only a net that spells its brackets itself can stand in the way.
     if (select.isEmpty()) return plain;
@@ -304,7 +309,7 @@ bool Design::resolve(const QString& name, NetSelection& selection, QString& erro
     if (index == hit.right) break;
   }
   found.isVector = found.bits.size() > 1;
-  if (found.bits.size() == net.width) {
+  if (found.bits.size() == net.width && net.width > 1) {
     found.canonicalName = wireFromBytes(d->fullName(hit, QByteArray()));
   } else if (found.isVector) {
     found.canonicalName =
@@ -312,7 +317,7 @@ bool Design::resolve(const QString& name, NetSelection& selection, QString& erro
   } else {
     found.canonicalName = found.bitNames.first();
   }
-  selection = found;
+  selection = std::move(found);
   return true;
 }
 

@@ -14,7 +14,7 @@ bool resolveNet(const QString& name, NetSelection& selection, QString& error) {
     return false;
   }
   return checkNetName(name, error) && design->resolve(name, selection, error) &&
-         checkNetName(selection.canonicalName, error);
+         (selection.canonicalName == name || checkNetName(selection.canonicalName, error));
 }
 
 }  // namespace ost

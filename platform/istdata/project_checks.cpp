@@ -10,12 +10,16 @@
 namespace ost {
 
 bool checkNetName(const QString& name, QString& error) {
-  const bool printable = std::all_of(name.begin(), name.end(), [](QChar c) { return c >= ' ' && c != QChar(0x7f); });
+  bool printable = true, ascii = true;
+  for (const QChar c : name) {
+    printable &= c >= ' ' && c != QChar(0x7f);
+    ascii &= c < QChar(0x80);
+  }
   if (name.isEmpty())
     error = "The net name is empty.";
   else if (name.size() > kMaxNetNameLength)
     error = QString("The net name %1 has more than %2 characters.").arg(quoted(name)).arg(kMaxNetNameLength);
-  else if (!printable || toWire(toUnicode(name)) != name)
+  else if (!printable || (!ascii && toWire(toUnicode(name)) != name))
     error = QString("The net name %1 holds unprintable characters.").arg(quoted(name));
   return error.isEmpty();
 }

@@ -63,6 +63,7 @@ bool CheckCmdParameters(int argc, const char** argv, TclCmdParametersChecker& ch
   takeReason();
   std::vector<std::vector<std::string>*> given;  // Multi-value options seen: the first value replaces the default.
   bool optionsEnded = false;
+  checker.values.reserve(static_cast<std::size_t>(std::max(0, argc - 1)));
   for (int i = 1; i < argc; ++i) {
     const char* word = argv[i];
     if (optionsEnded || word[0] != '-') {
