@@ -45,11 +45,15 @@ std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& erro
   job.memoryLimitBytes = design.source().memoryLimitBytes;
   job.idle = idle;
   const YosysResult run = runYosys(job);
-  std::shared_ptr<Netlist> netlist(new Netlist);
-  const bool loaded = run.ok && netlist->d->text.open(scratch, design.topModule().toLatin1(), error);
-  close(scratch);
   if (!run.ok) error = run.error;
-  if (!loaded) return nullptr;
+  std::shared_ptr<const Netlist> netlist = run.ok ? read(scratch, design.topModule(), error) : nullptr;
+  close(scratch);
+  return netlist;
+}
+
+std::shared_ptr<const Netlist> Netlist::read(int file, const QString& topModule, QString& error) {
+  std::shared_ptr<Netlist> netlist(new Netlist);
+  if (!netlist->d->text.open(file, topModule.toLatin1(), error)) return nullptr;
   return netlist;
 }
 
