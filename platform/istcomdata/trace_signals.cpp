@@ -22,7 +22,8 @@ bool refuse(QString& message, const QString& error) {
 bool findBus(ost::TraceTree& tree, const QString& name, TraceNode*& bus, QString& message) {
   bus = tree.findBus(name);
   if (bus) return true;
-  return refuse(message, QString("There is no bus %1 in this core%2.").arg(ost::quoted(name), tree.nearestHint(name)));
+  const QString hint = tree.find(name) ? QString("; it is a signal") : tree.nearestHint(name);
+  return refuse(message, QString("There is no bus %1 in this core%2.").arg(ost::quoted(name), hint));
 }
 
 const char kEmptyList[] = "The signal list is empty; name at least one signal.";
