@@ -14,6 +14,9 @@ class JsonCursor {
 
   bool ok() const { return ok_; }
   size_t position() const { return position_; }
+  size_t textSize() const { return text_.size(); }
+  /// The value just read is not what may stand there.
+  bool refuse() { return fail(); }
   /// Offset of the next value's first character.
   size_t valueStart();
   /// First character of the next value, '\0' at the end.

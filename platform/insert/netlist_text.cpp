@@ -37,7 +37,8 @@ bool readBits(JsonCursor& cursor, QVector<int>& bits) {
       bits.append(word == "0" ? kBit0 : word == "1" ? kBit1 : word == "z" ? kBitZ : kBitX);
     } else {
       qint64 id = 0;
-      cursor.readInteger(id);
+      // Ids are counted up, so a larger one cannot be right; tables by id would not fit into memory.
+      if (!cursor.readInteger(id) || id < 2 || size_t(id) > cursor.textSize()) return cursor.refuse();
       bits.append(int(id));
     }
   }

@@ -26,11 +26,11 @@ endmodule
 (* ostrel_role = "dcu" *)
 module top(input clk, input rst, input en, output [7:0] a, output [7:0] b, output reg done);
   reg [3:0] state;
-  reg \odd[1] /name ;
+  reg \odd/n[1] ;
   sub u1(.clk(clk), .en(en), .cnt(a));
   sub u2(.clk(clk), .en(done), .cnt(b));
   always @(posedge clk) begin
-    \odd[1] /name <= en;
+    \odd/n[1] <= en;
     if (rst) begin state <= 0; done <= 0; end else begin state <= state + 1; done <= state == 9; end
   end
 endmodule
@@ -96,7 +96,7 @@ const char* const kCostlyTemplates[] = {
 
 const char* const kCores[] = {"c1", "c2", "c3"};
 const char* const kNets[] = {"state", "state[0]", "state[3:1]", "u1/cnt", "u1/cnt[2]", "u2/cnt", "done",
-                             "clk",   "rst",      "en",         "a",      "b[7:4]",    "u1/en",  "\\odd[1] /name ",
+                             "clk",   "rst",      "en",         "a",      "b[7:4]",    "u1/en",  "\\odd/n[1] ",
                              "stat",  "u3/cnt",   "state[7]"};
 const char* const kBuses[] = {"BUS1", "BUS2", "pair", "state", "u1/cnt", "BUS3", ""};
 const char* const kMembers[] = {"state[1]", "state[2]", "u1/cnt[3]", "BUS1<1>", "<1>", "<2>", "state<2>"};
@@ -142,7 +142,13 @@ class Commands : public Driver {
   using Words = std::vector<std::string>;
 
   int call(const Words& words);
+  /// A call that must succeed.
+  void must(const Words& words) {
+    const bool done = call(words) == TCL_OK;
+    expect(done, words[0] + ' ' + words[1] + " fails: " + result_ + console_);
+  }
   int script(const char* text) { return Tcl_Eval(interp_, text); }
+void readDesign();
   std::string word(char kind, Random& random);
   std::string expanded(const std::string& pattern, Random& random);
   Words generated(Random& random);
@@ -164,17 +170,21 @@ class Commands : public Driver {
 Commands::Commands() {
   QDir(folder_.path()).mkpath(QString::fromLatin1("work/sub"));
   QDir::setCurrent(folder_.filePath(QString::fromLatin1("work")));
+  Tcl_FindExecutable("fuzz");
+  interp_ = Tcl_CreateInterp();
+  tcl_cmdex::setConsoleSink(hear, this);
+  const bool ready = Ost_tclwrapper_Init(interp_) == TCL_OK && Ost_platform_Init(interp_) == TCL_OK;
+  expect(ready, Tcl_GetStringResult(interp_));
+}
+
+/// Writes the sources afresh, since a project may have been saved over them.
+void Commands::readDesign() {
   const QByteArray other = "module top(input clk, output reg done); always @(posedge clk) done <= !done; endmodule\n";
   for (const auto& [name, text] : {std::pair<const char*, QByteArray>{"top.v", kDesign}, {"other.v", other}}) {
     QFile file(QString::fromLatin1(name));
     expect(file.open(QIODevice::WriteOnly) && file.write(text) == text.size(), "cannot write the design");
   }
-  Tcl_FindExecutable("fuzz");
-  interp_ = Tcl_CreateInterp();
-  tcl_cmdex::setConsoleSink(hear, this);
-  expect(Ost_tclwrapper_Init(interp_) == TCL_OK && Ost_platform_Init(interp_) == TCL_OK &&
-             script("ost_design read -top top top.v") == TCL_OK,
-         Tcl_GetStringResult(interp_));
+  must({"ost_design", "read", "-top", "top", "top.v"});
 }
 
 Commands::~Commands() {
@@ -302,10 +312,13 @@ Commands::Words Commands::generated(Random& random) {
 
 std::string Commands::listings() {
   if (!project()) return "no project";
-  call({"ost_core", "list"});
+  must({"ost_core", "list"});
   std::string shown = result_ + '\n' + project()->fileName.toStdString() + (project()->changed ? " changed\n" : "\n");
   shown += project()->activeCore ? project()->activeCore->name.toStdString() : "none";
-  if (project()->serdes && call({"ost_serdes", "set"}) == TCL_OK) shown += result_;
+  if (project()->serdes) {
+    must({"ost_serdes", "set"});
+    shown += result_;
+  }
   for (const auto& core : project()->cores) {
     const std::string name = core->name.toStdString();
     static const char* const listing[][2] = {{"ost_trace", "list_sig"},
@@ -314,7 +327,7 @@ std::string Commands::listings() {
                                              {"ost_tu", "list"},
                                              {"ost_te", "list"}};
     for (const auto& [command, sub] : listing) {
-      expect(call({command, sub, "-core", name}) == TCL_OK, std::string(command) + ' ' + sub + " fails: " + result_);
+      must({command, sub, "-core", name});
       shown += '\n' + result_;
     }
   }
@@ -355,7 +368,9 @@ void Commands::step(const Words& words, bool byModel) {
 std::size_t Commands::run(Random& random) {
   script("catch {ost_project close -force}");
   script("catch {file delete -force {*}[glob -nocomplain *.ost *_debug sub/* ../*.ost]}");
-  script("ost_design read -top top top.v; ost_project new; ost_core add c1");
+  readDesign();
+  must({"ost_project", "new"});
+  must({"ost_core", "add", "c1"});
   const bool byModel = random.oneIn(2);
   std::size_t bytes = 0;
   for (std::size_t count = 20 + random.below(60); count > 0; --count) {
@@ -364,11 +379,11 @@ std::size_t Commands::run(Random& random) {
     step(words, byModel);
   }
   if (project()) {
-    if (script("ost_design read -top top top.v") != TCL_OK) throw Fault(Tcl_GetStringResult(interp_));
-    expect(call({"ost_project", "save", "-overwrite", "last.ost"}) == TCL_OK, "cannot save: " + result_ + console_);
+    readDesign();
+    must({"ost_project", "save", "-overwrite", "last.ost"});
     const std::string before = listings();
-    expect(call({"ost_project", "close"}) == TCL_OK, "cannot close: " + result_ + console_);
-    expect(call({"ost_project", "open", "last.ost"}) == TCL_OK, "cannot open: " + result_ + console_);
+    must({"ost_project", "close"});
+    must({"ost_project", "open", "last.ost"});
     const std::string after = listings();
     expect(before == after, "saved and opened again\n" + before + "\nis\n" + after);
   }
@@ -380,6 +395,11 @@ std::size_t Commands::run(Random& random) {
 }  // namespace ost_fuzz
 
 int main(int argc, char** argv) {
-  ost_fuzz::Commands driver;
-  return ost_fuzz::runCases("commands", driver, argc, argv);
+  try {
+    ost_fuzz::Commands driver;
+    return ost_fuzz::runCases("commands", driver, argc, argv);
+  } catch (const ost_fuzz::Fault& fault) {
+    std::fprintf(stderr, "cannot start: %s\n", fault.what());
+    return 2;
+  }
 }
