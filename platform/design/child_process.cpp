@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <stdlib.h>
 #include <string.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -95,6 +96,9 @@ void closeFrom(int first, int limit) {
     limit.rlim_cur = limit.rlim_max = static_cast<rlim_t>(launch.memoryLimit);
     setrlimit(RLIMIT_AS, &limit);
   }
+#ifdef __SANITIZE_ADDRESS__
+  unsetenv("LD_PRELOAD");  // A preloaded sanitizer cannot reserve its shadow below the memory limit.
+#endif
   if (!launch.workingDirectory || chdir(launch.workingDirectory) == 0) execvp(launch.words[0], launch.words.data());
   const int reason = errno;
   if (write(statusPlace, &reason, sizeof reason) < 0) _exit(126);
