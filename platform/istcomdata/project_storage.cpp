@@ -1,10 +1,14 @@
 // Locks, reads and writes project files.
 #include "platform/istcomdata/project_storage.h"
 
+#include <unistd.h>
+
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <cerrno>
+#include <cstring>
 #include <vector>
 
 #include "platform/istdata/names.h"
@@ -96,10 +100,17 @@ bool ProjectStorage::write(const QString& file, const QByteArray& bytes, QString
     error = QString("%1 is not a file.").arg(shown(file));
     return false;
   }
+  // QSaveFile takes no notice of a disk that fails when it is made to store what was written, and has no words for some
+  // failures of a full one.
   QSaveFile target(file);
-  if (target.open(QIODevice::WriteOnly) && target.write(bytes) == bytes.size() && target.commit()) return true;
-  error = QString("%1 cannot be written: %2. Save under another name (ost_project save <file>).")
-              .arg(shown(file), toWire(target.errorString()));
+  if (target.open(QIODevice::WriteOnly) && target.write(bytes) == bytes.size() && target.flush() &&
+      (fdatasync(target.handle()) == 0 || errno == EINVAL) && target.commit())
+    return true;
+  const int reason = errno;
+  QString words = toWire(target.errorString());
+  if (words == "Unknown error") words = wireFromBytes(std::strerror(reason));
+  error =
+      QString("%1 cannot be written: %2. Save under another name (ost_project save <file>).").arg(shown(file), words);
   return false;
 }
 

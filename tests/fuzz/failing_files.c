@@ -1,0 +1,97 @@
+/* A file layer that fails: preloaded, it counts the calls of one program that change files. The n-th of them ends the
+   process in its middle, or fails as all later ones do. The program sets in its environment: OST_FAIL_IN its name,
+   OST_FAIL_AT n from 1 (absent: nothing fails; another n begins a new count), OST_FAIL_AS the errno or 0 for the sudden
+   end, OST_NO_EXCHANGE when files cannot be exchanged. */
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <stdarg.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+enum { kEnd = -1, kWorks = 0 };
+
+/* What happens to the call: kWorks, kEnd, or an errno. */
+static int verdict(int mayOnlyEnd) {
+  static int calls, last;
+  const char *program = getenv("OST_FAIL_IN"), *at = getenv("OST_FAIL_AT"), *as = getenv("OST_FAIL_AS");
+  if (!program || !at || strcmp(program, program_invocation_short_name) != 0) return kWorks;
+  if (atoi(at) != last) calls = 0;
+  last = atoi(at);
+  if (++calls < last || (mayOnlyEnd && as && atoi(as))) return kWorks;
+  return as && atoi(as) ? atoi(as) : kEnd;
+}
+
+static int fails(void) {
+  const int code = verdict(0);
+  if (code == kEnd) _exit(77);
+  if (code != kWorks) errno = code;
+  return code != kWorks;
+}
+
+#define REAL(name)               \
+  static __typeof__(&name) real; \
+  if (!real) *(void**)&real = dlsym(RTLD_NEXT, #name)
+
+#define OPEN(name)                                                                \
+  int name(const char* path, int flags, ...) {                                    \
+    REAL(name);                                                                   \
+    va_list rest;                                                                 \
+    va_start(rest, flags);                                                        \
+    const mode_t mode = flags & (O_CREAT | O_TMPFILE) ? va_arg(rest, mode_t) : 0; \
+    va_end(rest);                                                                 \
+    if ((flags & O_ACCMODE) != O_RDONLY && fails()) return -1;                    \
+    return real(path, flags, mode);                                               \
+  }
+OPEN(open)
+OPEN(open64)
+
+/* A sudden end leaves half of what was to be written. The console and pipes are no files. */
+ssize_t write(int fd, const void* data, size_t size) {
+  REAL(write);
+  struct stat status;
+  const int code = fstat(fd, &status) == 0 && S_ISREG(status.st_mode) ? verdict(0) : kWorks;
+  if (code == kWorks) return real(fd, data, size);
+  if (code == kEnd) {
+    real(fd, data, size / 2);
+    _exit(77);
+  }
+  errno = code;
+  return -1;
+}
+
+#define CALL(name, parameters, arguments) \
+  int name parameters {                   \
+    REAL(name);                           \
+    return fails() ? -1 : real arguments; \
+  }
+CALL(rename, (const char* from, const char* to), (from, to))
+CALL(mkdir, (const char* path, mode_t mode), (path, mode))
+CALL(fsync, (int fd), (fd))
+CALL(fdatasync, (int fd), (fd))
+CALL(ftruncate64, (int fd, off64_t size), (fd, size))
+CALL(fchmod, (int fd, mode_t mode), (fd, mode))
+CALL(link, (const char* from, const char* to), (from, to))
+CALL(linkat, (int at, const char* from, int in, const char* to, int flags), (at, from, in, to, flags))
+
+/* Removing works on a full disk. */
+#define REMOVAL(name)                  \
+  int name(const char* path) {         \
+    REAL(name);                        \
+    if (verdict(1) == kEnd) _exit(77); \
+    return real(path);                 \
+  }
+REMOVAL(unlink)
+REMOVAL(rmdir)
+
+int renameat2(int at, const char* from, int in, const char* to, unsigned flags) {
+  REAL(renameat2);
+  if (fails()) return -1;
+  if (!(flags & RENAME_EXCHANGE) || !getenv("OST_NO_EXCHANGE")) return real(at, from, in, to, flags);
+  errno = EINVAL;
+  return -1;
+}
