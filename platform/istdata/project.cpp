@@ -23,8 +23,18 @@ ost::TriggerExpression* istDataset::findExpression(const QString& name) const {
   return expressionByName_.value(name);
 }
 
+const std::vector<std::unique_ptr<istTU>>& istDataset::units() const {
+  if (unitGaps_) {
+    units_.erase(std::remove(units_.begin(), units_.end(), nullptr), units_.end());
+    for (std::size_t i = 0; i < units_.size(); ++i) units_[i]->place = i;
+    unitGaps_ = false;
+  }
+  return units_;
+}
+
 istTU* istDataset::addUnit(ost::TriggerUnit unit) {
-  units_.emplace_back(new istTU{std::move(unit)});
+  if (unitGaps_ && units_.size() == units_.capacity()) units();
+  units_.emplace_back(new istTU{std::move(unit), units_.size()});
   istTU* added = units_.back().get();
   unitByName_.insert(added->unit.name, added);
   return added;
@@ -42,7 +52,8 @@ void istDataset::renameUnit(istTU* unit, const QString& newName) {
 void istDataset::removeUnit(istTU* unit) {
   unitByName_.remove(unit->unit.name);
   unitNames_.released(unit->unit.name);
-  eraseOwned(units_, unit);
+  units_[unit->place].reset();
+  unitGaps_ = true;
 }
 
 ost::TriggerExpression* istDataset::addExpression(ost::TriggerExpression expression) {

@@ -17,12 +17,13 @@ namespace ostrel {
 class istTU {
  public:
   ost::TriggerUnit unit;
+  std::size_t place;  ///< Index in the dataset's list, kept by the dataset.
 };
 
 /// A core's trigger units and expressions, each in order and known by a unique name.
 class ISTDATA_API istDataset {
  public:
-  const std::vector<std::unique_ptr<istTU>>& units() const { return units_; }
+  const std::vector<std::unique_ptr<istTU>>& units() const;
   const std::vector<std::unique_ptr<ost::TriggerExpression>>& expressions() const { return expressions_; }
   istTU* findUnit(const QString& name) const;
   ost::TriggerExpression* findExpression(const QString& name) const;
@@ -43,7 +44,9 @@ class ISTDATA_API istDataset {
   QString freeExpressionName();
 
  private:
-  std::vector<std::unique_ptr<istTU>> units_;
+  /// Removing leaves a null entry, so that it costs the same in any list; units() closes the gaps.
+  mutable std::vector<std::unique_ptr<istTU>> units_;
+  mutable bool unitGaps_ = false;
   std::vector<std::unique_ptr<ost::TriggerExpression>> expressions_;
   QHash<QString, istTU*> unitByName_;
   QHash<QString, ost::TriggerExpression*> expressionByName_;

@@ -107,7 +107,7 @@ void TraceTree::promote(Node* signal) {
   if (heir->nextReference) heir->nextReference->previousReference = heir;
   for (Node* other = heir->nextReference; other; other = other->nextReference) other->target = heir;
   signal->nextReference = nullptr;
-  signals_.insert(heir->name, heir);
+  signals_.insert(heir);
 }
 
 void TraceTree::remove(const QVector<TraceNode*>& entries) {

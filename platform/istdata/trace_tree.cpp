@@ -62,7 +62,7 @@ TraceNode* TraceTree::find(const QString& name) {
 QString TraceTree::nearestHint(const QString& name) const {
   NearestNames near(name);
   for (auto it = buses_.begin(); it != buses_.end(); ++it) near.offer(it.key());
-  for (auto it = signals_.begin(); it != signals_.end(); ++it) near.offer(it.key());
+  signals_.forEach([&near](const Node* node) { near.offer(node->name); });
   return near.hint();
 }
 
@@ -128,7 +128,7 @@ TraceTree::Node* TraceTree::newSignal(const QString& name) {
   Node* node = new Node;
   node->kind = TRACE_NODE_SIGNAL;
   node->name = name;
-  signals_.insert(name, node);
+  signals_.insert(node);
   return node;
 }
 
@@ -190,8 +190,10 @@ int TraceTree::openGap(const Place& place, int count) {
     holes(place.bus) += count;
     return end;
   }
-  int slot = place.before->slot, run = 0;
-  while (run < std::max(count, kMaxSpare) && run < slot && list[slot - 1 - run] == hole()) ++run;
+  int slot = place.before->slot;
+  int run = gap_.before == place.before ? gap_.holes : 0;
+  if (run < count)
+    while (run < std::max(count, kMaxSpare) && run < slot && list[slot - 1 - run] == hole()) ++run;
   if (run < count) {
     const int shift = count - run + std::min(end / 64, kMaxSpare);
     for (int i = 0; i < shift; ++i) list.append(hole());
@@ -204,6 +206,8 @@ int TraceTree::openGap(const Place& place, int count) {
     run += shift;
     slot += shift;
   }
+  gap_.before = place.numbered ? nullptr : place.before;
+  gap_.holes = run - count;
   return place.numbered ? slot - count : slot - run;
 }
 
@@ -231,12 +235,14 @@ TraceTree::Node* TraceTree::nextSibling(Node* node) {
 void TraceTree::vacate(Node* node) {
   Node* bus = node->parent;
   QList<TraceNode*>& list = members(bus);
+  if (gap_.before == node) gap_ = Gap();
   list[node->slot] = hole();
   const int count = ++holes(bus);
   if (count == list.size() || (count > 32 && count > list.size() / 2)) compactList(bus);
 }
 
 void TraceTree::compactList(Node* bus) {
+  gap_ = Gap();
   QList<TraceNode*>& list = members(bus);
   int kept = 0;
   for (int i = 0; i < list.size(); ++i) {

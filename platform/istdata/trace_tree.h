@@ -9,6 +9,7 @@
 
 #include "framework/ist_data.h"
 #include "platform/istdata/names.h"
+#include "platform/istdata/node_table.h"
 
 namespace ost {
 
@@ -108,10 +109,16 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
   bool checkNesting(const Node* bus, int height, QString& error) const;
   TraceNode* append(Node* bus, Node* node);
 
-  QHash<QString, Node*> signals_;
+  NodeTable<Node> signals_;
   QHash<QString, Node*> buses_;
   QList<TraceNode*> unbound_;
   DefaultNames busNames_{"BUS"};
+  /// The holes known to stand before the entry of the last insertion, so that a series of them need not look again.
+  struct Gap {
+    const Node* before = nullptr;
+    int holes = 0;
+  };
+  Gap gap_;
   int holes_ = 0;
   quint32 mark_ = 0;
 };
