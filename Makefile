@@ -2,12 +2,13 @@
 OST_WERROR ?= OFF
 JOBS ?= $(shell nproc)
 
-.PHONY: help build release test demo asan clean
+.PHONY: help build release test demo bench asan clean
 
 help:
 	@echo "make build   build the package into build/dev (usable as TCLLIBPATH=build/dev/lib)"
 	@echo "make test    build and run all tests"
 	@echo "make demo    build, insert a debug core into examples/, simulate it and show its capture"
+	@echo "make bench   measure speed and the core's cost against their aims; BENCH_FULL=1 for the largest designs"
 	@echo "make asan    run the tests on a build with address and undefined-behaviour checks"
 	@echo "make release build optimised for installing, into build/release"
 	@echo "make clean   remove build/"
@@ -30,6 +31,11 @@ asan: build/asan.built
 
 demo: build/dev.built
 	@examples/demo/run build/dev
+
+bench: build/dev.built
+	@cmake --build --preset dev --target bench_modules ost_emit_core -j $(JOBS) >build/bench.log 2>&1 || { cat build/bench.log; exit 1; }
+	@bench/run build/dev
+	@bench/core_cost build/dev || test $$? -eq 1
 
 clean:
 	rm -rf build
