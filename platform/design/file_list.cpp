@@ -10,6 +10,8 @@ namespace ost {
 namespace {
 
 constexpr int kMaxNesting = 16;
+constexpr int kMaxLists = 4096;  ///< Lists that name others twice at each level would be read without end.
+constexpr qint64 kMaxTotalBytes = qint64(64) << 20;
 constexpr qint64 kMaxListBytes = 16 << 20;
 
 // The words of a line. False when a quote is left open.
@@ -47,6 +49,15 @@ class Reader {
     }
     if (file.size() > kMaxListBytes) {
       error = QString::fromLatin1("The file list \"%1\" is larger than 16 MB").arg(list);
+      return false;
+    }
+    bytes_ += file.size();
+    if (content_.lists.size() >= kMaxLists || bytes_ > kMaxTotalBytes) {
+      error = QString::fromLatin1(
+                  "\"%1\" is one file list too many: at most %2 with 64 MB in all are read, each as "
+                  "often as it is named")
+                  .arg(list)
+                  .arg(kMaxLists);
       return false;
     }
     content_.lists.append(list);
@@ -109,7 +120,8 @@ class Reader {
   }
 
   FileListContent& content_;
-  QString folder_;  ///< Of the list being read, with its closing '/'.
+  qint64 bytes_ = 0;  ///< Of all lists read.
+  QString folder_;    ///< Of the list being read, with its closing '/'.
 };
 
 }  // namespace

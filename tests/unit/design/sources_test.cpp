@@ -204,6 +204,17 @@ TEST(FileList, holds_files_folders_macros_and_other_lists_relative_to_its_folder
     EXPECT_FALSE(readFileList(name, rest, error));
     EXPECT_NE(plain(error).find(row.error), std::string::npos) << plain(error);
   }
+
+  // Each names the next twice: 2^13 readings in the end.
+  for (int i = 0; i < 13; ++i) {
+    const std::string line = "-f l" + std::to_string(i + 1) + ".f -f l" + std::to_string(i + 1) + ".f\n";
+    scratch.write(QByteArray::fromStdString("l" + std::to_string(i) + ".f").constData(), line.c_str());
+  }
+  scratch.write("l13.f", "a.v\n");
+  FileListContent many;
+  error.clear();
+  EXPECT_FALSE(readFileList(folder + wire("l0.f"), many, error));
+  EXPECT_NE(plain(error).find("one file list too many"), std::string::npos) << plain(error);
 }
 
 }  // namespace
