@@ -65,6 +65,9 @@ struct PlanExpression {
   QVector<PlanStep> steps;
 };
 
+/// With OutNetType BOTH the port has the given name; as in Verilog a net beside it needs one of its own, it gets this.
+constexpr char kTriggerOutNetSuffix[] = "_net";
+
 struct PlanCore {
   QString name;
   NetBit sampleClock;
@@ -98,6 +101,13 @@ struct PlanCore {
   QString triggerOutName;
   bool triggerOutActiveLow = false;
   int triggerOutMinPulse = 0;
+
+  /// What the trigger output adds to the top: a port, a net, or the port and then the net.
+  QStringList triggerOutNames() const {
+    if (!triggerOutIo && !triggerOutNet) return {};
+    if (!triggerOutIo || !triggerOutNet) return {triggerOutName};
+    return {triggerOutName, triggerOutName + QLatin1String(kTriggerOutNetSuffix)};
+  }
 
   int probeWidth() const { return probeBits.size(); }
   /// Bits of one stored sample: probes from bit 0, then unit states (IncludeTrigger), then the timestamp on top.

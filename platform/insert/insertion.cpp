@@ -40,7 +40,8 @@ class Insertion {
   void nameFiles();
   bool instrument(const Netlist::Private& netlist, const ProbeRouting& routing);
   bool prove(std::shared_ptr<const Netlist> netlist);
-  QByteArray fileList(const Netlist::Private& netlist) const;
+  QByteArray fileList() const;
+  void sayBlackBoxes(const Netlist::Private& netlist) const;
 
   InsertPlan plan_;
   const Design& design_;
@@ -72,13 +73,19 @@ void Insertion::nameFiles() {
   json_ = name + QStringLiteral(".json");
 }
 
-QByteArray Insertion::fileList(const Netlist::Private& netlist) const {
-  QByteArray list = "// The instrumented design, in reading order.\n";
+/// Names only, without comments: not every tool that takes a list of files takes them.
+QByteArray Insertion::fileList() const {
+  QByteArray list;
   for (const auto& entry : generated_) list += QFile::encodeName(entry.first) + '\n';
-  list += QFile::encodeName(verilog_) + '\n';
+  return list + QFile::encodeName(verilog_) + '\n';
+}
+
+void Insertion::sayBlackBoxes(const Netlist::Private& netlist) const {
+  QStringList names;
   for (const NetlistModule& module : netlist.text.modules())
-    if (module.blackBox) list += "// Black box, add its source where it has one: " + module.name + '\n';
-  return list;
+    if (module.blackBox) names.append(wireFromBytes(module.name));
+  if (names.isEmpty()) return;
+  say(QStringLiteral("Black boxes, whose sources files.f does not name: %1.").arg(names.join(QStringLiteral(", "))));
 }
 
 bool Insertion::instrument(const Netlist::Private& netlist, const ProbeRouting& routing) {
@@ -134,8 +141,9 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
     return false;
   if (request_.proveEquivalence && !prove(netlist)) return false;
   if (!folder_.write(QStringLiteral("capture_map.json"), captureMapJson(plan_), error_)) return false;
-  if (!folder_.write(QStringLiteral("files.f"), fileList(data), error_)) return false;
+  if (!folder_.write(QStringLiteral("files.f"), fileList(), error_)) return false;
   if (!serve() || !folder_.commit(error_)) return false;
+  sayBlackBoxes(data);
   say(QStringLiteral("Wrote \"%1\" in %2 s.")
           .arg(toWire(request_.outputDirectory))
           .arg(double(clock_.elapsed()) / 1000, 0, 'f', 1));

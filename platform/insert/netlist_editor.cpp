@@ -17,9 +17,10 @@ QByteArray portText(const QByteArray& name, const char* direction, const QVector
          " }";
 }
 
-QByteArray netText(const QByteArray& name, const QVector<int>& bits) {
+/// A kept net is one that no later tool optimises away or renames.
+QByteArray netText(const QByteArray& name, const QVector<int>& bits, bool keep = false) {
   return ",\n        " + quoteJson(name) + ": { \"hide_name\": 0, \"bits\": " + bitListText(bits) +
-         ", \"attributes\": { } }";
+         ", \"attributes\": { " + (keep ? "\"keep\": \"" + binary32(1) + "\" " : QByteArray()) + "} }";
 }
 
 }  // namespace
@@ -155,16 +156,16 @@ bool NetlistEditor::editTop(QString& error) {
   QSet<QByteArray> added;
   const auto taken = [&](const QByteArray& name) { return added.contains(name) || index.nameTaken(name); };
   for (const PlanCore& core : plan_.cores) {
-    if (!core.triggerOutIo && !core.triggerOutNet) continue;
-    const QByteArray name = core.triggerOutName.toLatin1();
-    if (taken(name)) {
-      error = QStringLiteral(
-                  "Core %1: the trigger output \"%2\" has the name of something else at the top of the "
-                  "design; choose another with ost_te.")
-                  .arg(core.name, core.triggerOutName);
-      return false;
+    for (const QString& name : core.triggerOutNames()) {
+      if (taken(name.toLatin1())) {
+        error = QStringLiteral(
+                    "Core %1: the trigger output \"%2\" has the name of something else at the top of the "
+                    "design; choose another with ost_trace trig_option -core %1 OutNetName=<name>.")
+                    .arg(core.name, name);
+        return false;
+      }
+      added.insert(name.toLatin1());
     }
-    added.insert(name);
   }
   debugInstance_ = freeName("ostrel_debug_i", taken);
   added.insert(debugInstance_);
@@ -201,9 +202,16 @@ bool NetlistEditor::editTop(QString& error) {
       case DebugPort::TriggerOut: {
         const PlanCore& core = plan_.cores[port.core];
         bits = newBits(additions, port.width);
-        const QByteArray name = core.triggerOutName.toLatin1();
-        if (core.triggerOutIo) additions.ports += portText(name, "output", bits);
-        additions.nets += netText(name, bits);
+        QVector<int> portBits = bits;
+        if (core.triggerOutNet) additions.nets += netText(core.triggerOutNames().last().toLatin1(), bits, true);
+        if (core.triggerOutNet && core.triggerOutIo) {
+          portBits = newBits(additions, port.width);
+          follow(bits, portBits, additions);
+        }
+        if (core.triggerOutIo) {
+          additions.ports += portText(core.triggerOutName.toLatin1(), "output", portBits);
+          additions.nets += netText(core.triggerOutName.toLatin1(), portBits);
+        }
         break;
       }
       default:

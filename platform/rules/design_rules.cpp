@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "platform/insert/insert_plan.h"
 #include "platform/rules/core_check.h"
 
 namespace ost {
@@ -49,16 +50,20 @@ void checkTriggerOutputs(const std::vector<const Core*>& cores, const Design& de
           fills);
       continue;
     }
-    const QString thing = thingInTop(design, name);
-    if (!thing.isEmpty())
-      findings.add(DesignRule::TriggerOutNameInDesign, object,
-                   QStringLiteral("module %1 has %2 \"%3\" already").arg(design.topModule(), thing, name), fills);
-    if (coreOfName.contains(name))
-      findings.add(DesignRule::TriggerOutNameTwice, object,
-                   QStringLiteral("\"%1\" is the trigger output of core %2 already").arg(name, coreOfName.value(name)),
-                   fills);
-    else
-      coreOfName.insert(name, core->name);
+    QStringList added{name};
+    if (core->options.triggerOutType == 2) added.append(name + QLatin1String(kTriggerOutNetSuffix));
+    for (const QString& word : added) {
+      const QString thing = thingInTop(design, word);
+      if (!thing.isEmpty())
+        findings.add(DesignRule::TriggerOutNameInDesign, object,
+                     QStringLiteral("module %1 has %2 \"%3\" already").arg(design.topModule(), thing, word), fills);
+      if (coreOfName.contains(word))
+        findings.add(
+            DesignRule::TriggerOutNameTwice, object,
+            QStringLiteral("\"%1\" is the trigger output of core %2 already").arg(word, coreOfName.value(word)), fills);
+      else
+        coreOfName.insert(word, core->name);
+    }
   }
 }
 

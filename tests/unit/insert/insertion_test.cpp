@@ -108,10 +108,11 @@ TEST(Insertion, MakesUniqueOnlyWhatIsProbedDifferently) {
 TEST(Insertion, TriggerOutputIsAPortOrANetOfTheGivenName) {
   struct Case {
     bool port, net;
-    const char* declaration;
+    const char *declaration, *driven;
   };
   for (const Case& c :
-       {Case{true, false, "output fired;"}, Case{false, true, "wire fired;"}, Case{true, true, "output fired;"}}) {
+       {Case{true, false, "output fired;", "fired"}, Case{false, true, "(* keep = 32'd1 *)\n  wire fired;", "fired"},
+        Case{true, true, "(* keep = 32'd1 *)\n  wire fired_net;", "fired_net"}}) {
     QTemporaryDir folder;
     InsertPlan plan = trickyPlan();
     plan.cores[0].triggerOutIo = c.port;
@@ -121,7 +122,8 @@ TEST(Insertion, TriggerOutputIsAPortOrANetOfTheGivenName) {
     const QByteArray verilog = readFile(folder.filePath(QStringLiteral("out/tricky_debug.v")));
     EXPECT_TRUE(verilog.contains(c.declaration)) << c.declaration;
     EXPECT_EQ(verilog.contains("output fired;"), c.port);
-    EXPECT_TRUE(verilog.contains(".c0_trig_out(fired)"));
+    EXPECT_TRUE(verilog.contains(QByteArray(".c0_trig_out(") + c.driven + ")"));
+    EXPECT_EQ(verilog.contains("assign fired = fired_net;"), c.port && c.net);
   }
   QTemporaryDir folder;
   InsertPlan plan = trickyPlan();
