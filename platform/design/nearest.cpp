@@ -91,12 +91,15 @@ class Search {
     }
   }
 
-  QStringList names(const std::vector<const InstanceEntry*>& scopePath, int scope) const {
+  // `missing` is the component that the scope has no instance for.
+  QStringList names(const std::vector<const InstanceEntry*>& scopePath, int scope, std::string_view missing) const {
     QStringList list;
     for (const Candidate& candidate : best_) {
       std::vector<const InstanceEntry*> path;
-      if (candidate.module == scope) {
+      const InstanceEntry* below = candidate.module == scope ? nullptr : sister(scope, candidate.module, missing);
+      if (candidate.module == scope || below) {
         path = scopePath;
+        if (below) path.push_back(below);
       } else {
         for (int m = candidate.module; m != index_.top; m = index_.modules[size_t(m)].parent) {
           const ModuleEntry& entry = index_.modules[size_t(m)];
@@ -113,6 +116,20 @@ class Search {
   }
 
  private:
+  // Of the scope's instances of a module the one nearest to the name; null when it has none.
+  const InstanceEntry* sister(int scope, int module, std::string_view name) const {
+    const InstanceEntry* best = nullptr;
+    int least = kMostEdits + 1;
+    for (const InstanceEntry& instance : index_.modules[size_t(scope)].instances) {
+      if (instance.module != module || (best && least == 0)) continue;
+      const int distance = editDistance(name, index_.view(instance.name), least);
+      if (best && distance >= least) continue;
+      best = &instance;
+      least = std::min(least, distance);
+    }
+    return best;
+  }
+
   int worst() const { return best_.back().cost; }
   void insert(const Candidate& candidate) {
     for (const Candidate& other : best_) {
@@ -182,7 +199,7 @@ QStringList nearestNames(const NameIndex& index, const QByteArray& name, int cou
       search.offer(int(i), leaf, limitFor(leaf) / 2, 1);
   }
   if (leaf.size() != rest.size()) search.offer(scope, leaf, limitFor(leaf) / 2, 1);
-  return search.names(path, scope);
+  return search.names(path, scope, rest.substr(0, rest.find_first_of("/.")));
 }
 
 }  // namespace ost

@@ -16,7 +16,7 @@ const CatalogueMessage kMessages[] = {
      "ERROR: The project has unsaved changes. Save it (ost_project save) or drop them (ost_project close -force)."},
     {"0103", "ERROR: The project could not be closed%r."},
     {"0104", "ERROR: The file '%1' exists. Choose another name, or give -overwrite to replace it."},
-    {"0105", "ERROR: The new project '%1' could not be created; the project that was open stays open."},
+    {"0105", "ERROR: The new project%q could not be created; the project that was open stays open."},
     {"0106", "ERROR: The project could not be saved%r"},
     {"0107", "WARNING: There is no core '%1' to insert; ost_core list shows the cores. The run goes on without it."},
     {"0108", "ERROR: The project has no file yet. Name one: ost_project run -saveAs <file>."},
@@ -107,13 +107,15 @@ QString catalogueText(const QString& code, const QString& arg1, const QString& a
   QString text;
   for (int i = 0; i < pattern.size(); ++i) {
     const QChar next = i + 1 < pattern.size() ? pattern[i + 1] : QChar();
-    if (pattern[i] != '%' || (next != '1' && next != '2' && next != 'r')) {
+    if (pattern[i] != '%' || (next != '1' && next != '2' && next != 'r' && next != 'q')) {
       text += pattern[i];
       continue;
     }
     ++i;
     if (next == 'r')
       text += reason.isEmpty() ? QString() : ": " + reason;
+    else if (next == 'q')
+      text += arg1.isEmpty() ? QString() : " '" + arg1 + "'";
     else
       text += next == '1' ? arg1 : arg2;
   }

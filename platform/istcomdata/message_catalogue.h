@@ -6,7 +6,8 @@
 
 namespace ost {
 
-/// `%1` and `%2` stand for the arguments, `%r` for the reason that the service itself found, with a leading ": ".
+/// `%1` and `%2` stand for the arguments, `%q` for the first one in quotes after a blank, or nothing when it is empty,
+/// `%r` for the reason that the service itself found, with a leading ": ".
 struct CatalogueMessage {
   const char* code;
   const char* text;

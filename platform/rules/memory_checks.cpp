@@ -53,11 +53,14 @@ void CoreCheck::checkMemory() const {
     report(DesignRule::DistributedRamSize, QString(), asked + QLatin1String(" of distributed RAM"));
   if (!distributed) {
     const qint64 blocks = blockRamsFor(samples, width);
+    const FindingList::Fills greaterDepth = {{QStringLiteral("Implementation=DRAM, or a greater BufferDepth"),
+                                              QStringLiteral("BufferDepth=%1").arg(2 * options.bufferDepth)}};
     if (blocks * kBlockRamBits > 2 * bits)
       report(DesignRule::BlockRamWaste, QString(),
              asked + QStringLiteral(" and takes %1 of 18 Kbit, %2 bits")
                          .arg(counted(blocks, "block RAM"))
-                         .arg(blocks * kBlockRamBits));
+                         .arg(blocks * kBlockRamBits),
+             options.distRamDisabled ? greaterDepth : FindingList::Fills());
   }
 
   if (samples < options.bufferDepth)
