@@ -84,15 +84,15 @@ bool TraceTree::move(const QVector<TraceNode*>& entries, Place place, QString& e
   return true;
 }
 
-void TraceTree::checkedOut(Node* node, std::vector<Node*>& leaves, quint32 mark) {
+void TraceTree::checkedOut(Node* node, std::vector<Node*>& signalNodes, std::vector<Node*>& references, quint32 mark) {
   node->mark = mark;
   if (node->kind != TRACE_NODE_BUS) {
-    leaves.push_back(node);
+    (node->kind == TRACE_NODE_REF ? references : signalNodes).push_back(node);
     return;
   }
   forget(node);
   for (TraceNode* child : node->children)
-    if (child->kind != 0 && asNode(child)->mark != mark) checkedOut(asNode(child), leaves, mark);
+    if (child->kind != 0 && asNode(child)->mark != mark) checkedOut(asNode(child), signalNodes, references, mark);
 }
 
 /// The first reference of a signal that goes becomes the signal; the others follow it.
@@ -111,27 +111,29 @@ void TraceTree::promote(Node* signal) {
 }
 
 void TraceTree::remove(const QVector<TraceNode*>& entries) {
+  // As few passes as possible: in a long list each of them fetches every node from memory again.
   const quint32 mark = ++mark_;
-  std::vector<Node*> leaves;
+  std::vector<Node*> signalNodes, references, roots;
+  signalNodes.reserve(std::size_t(entries.size()));
   for (TraceNode* entry : entries)
-    if (asNode(entry)->mark != mark) checkedOut(asNode(entry), leaves, mark);
+    if (asNode(entry)->mark != mark) checkedOut(asNode(entry), signalNodes, references, mark);
   // References that go too must not inherit.
-  for (Node* leaf : leaves)
-    if (leaf->kind == TRACE_NODE_REF) unlinkReference(leaf);
-  for (Node* leaf : leaves) {
-    if (leaf->kind != TRACE_NODE_SIGNAL) continue;
-    if (leaf->nextReference)
-      promote(leaf);
+  for (Node* reference : references) unlinkReference(reference);
+  for (Node* signal : signalNodes) {
+    if (signal->nextReference)
+      promote(signal);
     else
-      forget(leaf);
+      forget(signal);
   }
-  QVector<Node*> roots;
+  roots.reserve(std::size_t(entries.size()));
   for (TraceNode* entry : entries) {
     Node* parent = asNode(entry)->parent;
-    if (!parent || parent->mark != mark) roots.append(asNode(entry));
+    if (!parent || parent->mark != mark) roots.push_back(asNode(entry));
   }
-  for (Node* root : roots) vacate(root);
-  for (Node* root : roots) deleteSubtree(root);
+  for (Node* root : roots) {
+    vacate(root);
+    deleteSubtree(root);
+  }
 }
 
 bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString& error) {

@@ -105,7 +105,7 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
   void promote(Node* signal);
   void forget(Node* node);
   void deleteSubtree(Node* node);
-  void checkedOut(Node* node, std::vector<Node*>& leaves, quint32 mark);
+  void checkedOut(Node* node, std::vector<Node*>& signalNodes, std::vector<Node*>& references, quint32 mark);
   bool checkNesting(const Node* bus, int height, QString& error) const;
   TraceNode* append(Node* bus, Node* node);
 
