@@ -261,7 +261,8 @@ QString Design::workingDirectory() const {
 
 QString Design::topModule() const {
   const ModuleEntry& top = d->top();
-  return wireFromBytes(top.hdlName.isEmpty() ? top.key : top.hdlName);
+  if (!top.hdlName.isEmpty()) return wireFromBytes(top.hdlName);
+  return wireFromBytes(top.key.mid(top.key.startsWith('\\') ? 1 : 0));
 }
 
 const DesignRoles& Design::roles() const {

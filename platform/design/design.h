@@ -66,7 +66,7 @@ class ISTCOMDATA_API Design {
   ~Design();
 
   const DesignSource& source() const;
-  QString topModule() const;
+  QString topModule() const;  ///< As the source declares it.
   const DesignRoles& roles() const;
   int moduleCount() const;    ///< Modules that the hierarchy uses.
   int instanceCount() const;  ///< Instances below the top.

@@ -1,6 +1,8 @@
 // Reads the outline of a netlist.
 #include "platform/insert/netlist_text.h"
 
+#include "platform/design/name_index.h"
+
 namespace ost {
 
 QByteArray bitText(int bit) {
@@ -168,7 +170,7 @@ bool NetlistText::open(int file, const QByteArray& topModule, QString& error) {
   }
   for (NetlistModule& module : modules_)
     for (NetlistInstance& instance : module.instances) instance.module = find(instance.type);
-  top_ = find(topModule);
+  top_ = find(yosysKey(std::string_view(topModule.constData(), size_t(topModule.size()))));
   for (size_t i = 0; top_ < 0 && i < modules_.size(); ++i)
     if (modules_[i].hdlName == topModule) top_ = int(i);
   if (top_ < 0) {

@@ -63,7 +63,7 @@ struct NetlistModule {
 
 class NetlistText {
  public:
-  /// Maps the open file, which may then be closed, and reads the outline.
+  /// Maps the open file, which may then be closed, and reads the outline. `topModule` is spelt as in the source.
   bool open(int file, const QByteArray& topModule, QString& error);
 
   std::string_view text() const { return text_; }

@@ -69,7 +69,11 @@ class Proof {
     return wireFromBytes(module.hdlName.isEmpty() ? plainName(module.name) : module.hdlName);
   }
   /// The original's name of a module, whether it was made unique or not.
-  QByteArray originalName(const QByteArray& name) const { return originalOf_.value(name, plainName(name)); }
+  QByteArray originalName(const QByteArray& name) const {
+    const auto unique = originalOf_.constFind(plainName(name));
+    if (unique != originalOf_.constEnd()) return *unique;
+    return gold_.text.find(name) >= 0 ? name : plainName(name);  // a user's own name may begin with "$", too
+  }
   QByteArray probePort(const QByteArray& name) const { return probePortOf_.value(plainName(name)); }
 
   const InsertPlan& plan_;
@@ -114,8 +118,8 @@ bool Proof::readBack(const QString& what, const QByteArray& script, const QVecto
 
 void Proof::noteChanges(const Netlist::Private& original) {
   for (const ModuleVariant& variant : routing_.variants()) {
-    probePortOf_.insert(variant.name, variant.port);
-    if (!variant.inPlace) originalOf_.insert(variant.name, original.text.module(variant.module).name);
+    probePortOf_.insert(plainName(variant.name), variant.port);
+    if (!variant.inPlace) originalOf_.insert(plainName(variant.name), original.text.module(variant.module).name);
   }
   for (const QString& pin : {plan_.pins.tck, plan_.pins.tms, plan_.pins.tdi, plan_.pins.tdo})
     topPorts_.insert(pin.toLatin1());
