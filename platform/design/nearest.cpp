@@ -10,7 +10,7 @@ namespace ost {
 namespace {
 
 constexpr size_t kMaxCompared = 64;  // Bytes of a name that count.
-constexpr int kMostEdits = 6;        // Beyond, a name is not near.
+constexpr int kMostEdits = 4;        // Beyond, a name is not near.
 
 unsigned char folded(char c) {
   return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + 32 : c == '.' ? '/' : c);
@@ -85,7 +85,9 @@ class Search {
       const std::string_view other = index_.view(net.name);
       if (std::abs(int(std::min(other.size(), kMaxCompared)) - int(std::min(name.size(), kMaxCompared))) > bound)
         continue;
-      if (__builtin_popcountll(set ^ characterSet(other)) > 2 * bound) continue;
+      // An edit adds at most one new character to a name and takes at most one away.
+      const quint64 otherSet = characterSet(other);
+      if (__builtin_popcountll(set & ~otherSet) > bound || __builtin_popcountll(otherSet & ~set) > bound) continue;
       const int distance = editDistance(name, other, bound);
       if (distance <= bound) insert({distance + extra, module, &net});
     }
@@ -187,8 +189,8 @@ QStringList nearestNames(const NameIndex& index, const QByteArray& name, int cou
   }
   const auto limitFor = [](std::string_view text) { return std::clamp(int(text.size()) / 3, 2, kMostEdits); };
   Search search(index, count);
-  // Narrow searches are cheap and mostly enough.
-  for (const int limit : {1, 2, 4, limitFor(rest)}) {
+  // A narrow search is cheap and mostly enough.
+  for (const int limit : {2, limitFor(rest)}) {
     if (!search.full()) search.offer(scope, rest, std::min(limit, limitFor(rest)), 0);
   }
   // Elsewhere the leaf must be closer, and what is nearer the top comes first.

@@ -16,7 +16,7 @@ const CatalogueMessage kMessages[] = {
      "ERROR: The project has unsaved changes. Save it (ost_project save) or drop them (ost_project close -force)."},
     {"0103", "ERROR: The project could not be closed%r."},
     {"0104", "ERROR: The file '%1' exists. Choose another name, or give -overwrite to replace it."},
-    {"0105", "ERROR: The new project%q could not be created; the project that was open stays open."},
+    {"0105", "ERROR: The new project%q could not be created; nothing was changed."},
     {"0106", "ERROR: The project could not be saved%r"},
     {"0107", "WARNING: There is no core '%1' to insert; ost_core list shows the cores. The run goes on without it."},
     {"0108", "ERROR: The project has no file yet. Name one: ost_project run -saveAs <file>."},

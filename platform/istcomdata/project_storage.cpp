@@ -109,8 +109,7 @@ bool ProjectStorage::write(const QString& file, const QByteArray& bytes, QString
   const int reason = errno;
   QString words = toWire(target.errorString());
   if (words == "Unknown error") words = wireFromBytes(std::strerror(reason));
-  error =
-      QString("%1 cannot be written: %2. Save under another name (ost_project save <file>).").arg(shown(file), words);
+  error = QString("%1 cannot be written: %2. Choose another place for the file.").arg(shown(file), words);
   return false;
 }
 

@@ -62,7 +62,7 @@ class Parser {
   QString found() const {
     if (at_ >= text_.size()) return "the expression ends here";
     const QChar c = text_[at_];
-    return c < ' ' || c > '~' ? QString("found an unprintable character") : QString("found '%1'").arg(c);
+    return c < ' ' || c > '~' ? QString("found a character that is not printable ASCII") : QString("found '%1'").arg(c);
   }
 
   void skipBlanks() {
