@@ -32,7 +32,7 @@ option {trc_option TriggerEnableSig} {the net at port `c<i>_trig_en`} - {hardwar
 option {trc_option TriggerEnablePri} {`ostrel_core` TRIG_EN_LOW: an inverter at the trigger enable} - \
     {hardware-TriggerEnablePri sim.oracle}
 
-option {trig_option DefaultRadix} {none: `displayRadix` of the capture map, in which vectors are shown} \
+option {trig_option DefaultRadix} {none: `displayRadix` of the capture map, in which vectors are shown; radix of units added without one} \
     {the reader's own choice} {hardware-DefaultRadix}
 option {trig_option EventCounter} {`ostrel_core` EVENT_BITS: a counter of completed expressions} - \
     {hardware-EventCounter sim.oracle}
