@@ -5,6 +5,8 @@ namespace ost {
 
 namespace {
 
+constexpr int kDeepestBuffer = 65536;
+
 /// 18-Kbit block RAMs for a buffer, in the best of the shapes that one block can have.
 qint64 blockRamsFor(int depth, int width) {
   static const struct {
@@ -53,8 +55,13 @@ void CoreCheck::checkMemory() const {
     report(DesignRule::DistributedRamSize, QString(), asked + QLatin1String(" of distributed RAM"));
   if (!distributed) {
     const qint64 blocks = blockRamsFor(samples, width);
-    const FindingList::Fills greaterDepth = {{QStringLiteral("Implementation=DRAM, or a greater BufferDepth"),
-                                              QStringLiteral("BufferDepth=%1").arg(2 * options.bufferDepth)}};
+    const auto wasteful = [width](qint64 depth) {
+      return blockRamsFor(int(depth), width) * kBlockRamBits > 2 * depth * width;
+    };
+    int depth = qMin(2 * options.bufferDepth, kDeepestBuffer);
+    while (depth < kDeepestBuffer && wasteful(depth)) depth *= 2;
+    const FindingList::Fills greaterDepth = {
+        {QStringLiteral("Implementation=DRAM, or a greater BufferDepth"), QStringLiteral("BufferDepth=%1").arg(depth)}};
     if (blocks * kBlockRamBits > 2 * bits)
       report(DesignRule::BlockRamWaste, QString(),
              asked + QStringLiteral(" and takes %1 of 18 Kbit, %2 bits")
