@@ -7,8 +7,7 @@
 #include <unistd.h>
 
 #include <QFile>
-
-#include "platform/rtl/debug_module.h"
+#include <limits>
 
 namespace oracle {
 namespace {
@@ -50,13 +49,13 @@ QByteArray pathOf(const QString& name) {
 }
 
 /// Clocks, reset, random inputs and the device itself, with further connections in `ports`.
-QByteArray stimulus(const Project& project, const QByteArray& ports) {
+QByteArray stimulus(const Project& project, const QByteArray& ports, const QByteArray& running = "1") {
   const Dut& dut = *project.dut;
   QByteArray text, connections;
   for (int i = 0; i < dut.clocks.size(); ++i) {
     const QByteArray clock = dut.clocks[i].toUtf8();
-    text += "  reg " + clock + " = 0;\n  always #" + QByteArray::number(project.clockPeriods[i] / 2) + " " + clock +
-            " = ~" + clock + ";\n";
+    text += "  reg " + clock + " = 0;\n  always #" + QByteArray::number(project.clockPeriods[i] / 2) + " if (" +
+            running + ") " + clock + " = ~" + clock + ";\n";
     connections += "." + clock + "(" + clock + "), ";
   }
   // Inputs change shortly after the first clock's edge. Each bit has its own bias, so that some are often still.
@@ -66,16 +65,21 @@ QByteArray stimulus(const Project& project, const QByteArray& ports) {
   for (const Port& input : dut.inputs) {
     text += QString("  reg [%1:0] %2 = 0;\n").arg(input.width - 1).arg(input.name).toUtf8();
     connections += "." + input.name.toUtf8() + "(" + input.name.toUtf8() + "), ";
-    drive += QString("    if (random[%1] | random[%2]) %3 <= #1 random[%4 +: %5];\n")
+    const QString value =
+        input.drive.isEmpty() ? QString("random[%1 +: %2]").arg(3 + 2 * salt).arg(input.width) : input.drive;
+    drive += QString("    if (random[%1] | random[%2]) %3 <= #1 %4;\n")
                  .arg(20 + salt % 5)
                  .arg(27 - salt % 3)
-                 .arg(input.name)
-                 .arg(3 + 2 * salt)
-                 .arg(input.width)
+                 .arg(input.name, value)
                  .toUtf8();
     ++salt;
   }
-  for (const Port& output : dut.outputs) connections += "." + output.name.toUtf8() + "(), ";
+  // Pulled up, so that an inout that nothing drives has a level.
+  for (const Port& other : dut.others) {
+    const QByteArray name = other.name.toUtf8(), range = "[" + QByteArray::number(other.width - 1) + ":0] ";
+    text += "  wire " + range + name + ";\n  pullup up_" + name + range + "(" + name + ");\n";
+    connections += "." + name + "(" + name + "), ";
+  }
   text += "  always @(posedge " + dut.clocks[0].toUtf8() +
           ") begin\n    edges = edges + 1;\n    if (edges > 12) rst <= #1 0;\n"
           "    random = random * 1103515245 + 12345;\n" +
@@ -110,7 +114,7 @@ void Simulation::waitForEnd() {
   if (status != 0) throw Broken{"the simulation failed"};
 }
 
-QVector<Record> recordDevice(const Project& project, const BenchFiles& files, int rows) {
+QVector<Record> recordDevice(const Project& project, const BenchFiles& files, qint64 fromTime, int rows) {
   const Dut& dut = *project.dut;
   QByteArray values;
   QHash<QString, int> columns;
@@ -122,15 +126,16 @@ QVector<Record> recordDevice(const Project& project, const BenchFiles& files, in
   QByteArray text = "`timescale 1ns / 1ps\nmodule tb;\n" + stimulus(project, "");
   double shortest = project.clockPeriods[0];
   for (double period : project.clockPeriods) shortest = std::min(shortest, period);
-  text += "  initial begin $timeformat(-12, 0, \"\", 0); #" + QByteArray::number(rows * shortest, 'f', 0) +
-          " $finish; end\n";
+  text += "  initial begin $timeformat(-12, 0, \"\", 0); #" +
+          QByteArray::number(double(fromTime) / 1000 + rows * shortest, 'f', 0) + " $finish; end\n";
   for (int i = 0; i < dut.clocks.size(); ++i) {
     const QByteArray file = "record" + QByteArray::number(i);
     text += "  integer " + file + ";\n  initial " + file + " = $fopen(\"" + file + ".txt\");\n  always @(posedge " +
-            dut.clocks[i].toUtf8() + ") $fwrite(" + file + ", \"%0t %b\\n\", $realtime, {" + values + "});\n";
+            dut.clocks[i].toUtf8() + ") if ($realtime >= " + QByteArray::number(double(fromTime) / 1000, 'f', 3) +
+            ") $fwrite(" + file + ", \"%0t %b\\n\", $realtime, {" + values + "});\n";
   }
   writeFile(files.folder + "/source_tb.v", text + "endmodule\n");
-  runTool({"iverilog", "-g2005", "-o", "source.vvp", "-s", "tb", "source_tb.v", files.designFile}, files.folder,
+  runTool(QStringList{"iverilog", "-g2005", "-o", "source.vvp", "-s", "tb", "source_tb.v"} + files.design, files.folder,
           "source_build.log");
   runTool({"vvp", "-n", "source.vvp"}, files.folder, "source_run.log");
   QVector<Record> records(dut.clocks.size());
@@ -145,69 +150,57 @@ QVector<Record> recordDevice(const Project& project, const BenchFiles& files, in
   return records;
 }
 
-QByteArray captureBench(const Project& project, const ost::InsertPlan& plan, bool inserted) {
-  QByteArray ports;
-  QByteArray text = "`timescale 1ns / 1ps\nmodule tb;\n  wire tck, tms, tdi, tdo, trst, srst;\n";
-  for (int i = 0; i < project.cores.size(); ++i) text += "  wire trigger_out" + QByteArray::number(i) + ";\n";
-  const auto outName = [](int i) { return "trigger_out" + QByteArray::number(i); };
-  if (inserted) {
-    ports = "." + plan.pins.tck.toUtf8() + "(tck), ." + plan.pins.tms.toUtf8() + "(tms), ." + plan.pins.tdi.toUtf8() +
-            "(tdi), ." + plan.pins.tdo.toUtf8() + "(tdo), ";
-    for (int i = 0; i < plan.cores.size(); ++i)
-      if (plan.cores[i].triggerOutIo) ports += "." + plan.cores[i].triggerOutName.toUtf8() + "(" + outName(i) + "), ";
-  }
-  text += stimulus(project, ports);
-  text += "  ostrel_jtag_sim #(.HALF_PERIOD(" + QByteArray::number(project.tckHalfPeriod) +
-          ")) jtag (.tck(tck), .tms(tms), .tdi(tdi), .tdo(tdo), .trst(trst), .srst(srst));\n";
-  QByteArray debug = "dut.ostrel_debug_i";
-  if (!inserted) {
-    debug = "debug";
-    const auto bits = [](const QVector<ost::NetBit>& list) {
-      QByteArray joined;
-      for (const ost::NetBit& bit : list) joined = pathOf(bit.name) + (joined.isEmpty() ? "" : ", ") + joined;
-      return "{" + joined + "}";
-    };
-    text += "  ostrel_debug debug (.jtag_tck(tck), .jtag_tms(tms), .jtag_tdi(tdi), .jtag_tdo(tdo)";
-    for (const ost::DebugPort& port : ost::debugModulePorts(plan)) {
-      if (port.core < 0) continue;
-      const ost::PlanCore& core = plan.cores[port.core];
-      QByteArray source;
-      if (port.role == ost::DebugPort::SampleClock) source = core.sampleClock.name.toUtf8();
-      if (port.role == ost::DebugPort::Probe) source = bits(core.probeBits);
-      if (port.role == ost::DebugPort::Trigger) source = bits(core.triggerBits);
-      if (port.role == ost::DebugPort::SampleEnable) source = pathOf(core.sampleEnable.name);
-      if (port.role == ost::DebugPort::TriggerEnable) source = pathOf(core.triggerEnable.name);
-      if (port.role == ost::DebugPort::TriggerOut) source = outName(port.core);
-      text += ", ." + port.name + "(" + source + ")";
-    }
-    text += ");\n";
-  }
-  text += "  initial $timeformat(-12, 0, \"\", 0);\n";
+QByteArray captureBench(const Project& project, const ost::InsertPlan& plan) {
+  QByteArray ports = "." + plan.pins.tck.toUtf8() + "(tck), ." + plan.pins.tms.toUtf8() + "(tms), ." +
+                     plan.pins.tdi.toUtf8() + "(tdi), ." + plan.pins.tdo.toUtf8() + "(tdo), ";
+  QByteArray text =
+      "`timescale 1ns / 1ps\nmodule tb;\n  wire tck, tms, tdi, tdo, trst, srst;\n"
+      "  integer cycles = 0, pause_from, pause_to;\n  always @(posedge tck) cycles = cycles + 1;\n"
+      "  initial begin\n    $timeformat(-12, 0, \"\", 0);\n"
+      "    if (!$value$plusargs(\"pause_from=%d\", pause_from)) pause_from = 32'h7fffffff;\n"
+      "    if (!$value$plusargs(\"pause_to=%d\", pause_to)) pause_to = pause_from;\n  end\n";
+  QByteArray watch;
   for (int i = 0; i < plan.cores.size(); ++i) {
     const QByteArray n = QByteArray::number(i), clock = project.cores[i].clock.toUtf8();
     // The run's level as the sample clock sees it: its first edge with the level high is edge 0.
-    text += "  integer arm" + n + ", out" + n + ";\n  reg was" + n + " = 0;\n  initial begin arm" + n +
-            " = $fopen(\"arm" + n + ".txt\"); out" + n + " = $fopen(\"out" + n + ".txt\"); end\n  always @(posedge " +
-            clock + ") begin\n" + "    if (" + debug + ".c" + n + "_core.run_here === 1'b1 && !was" + n +
-            ") $fwrite(arm" + n + ", \"%0t\\n\", $realtime);\n    was" + n + " <= " + debug + ".c" + n +
-            "_core.run_here;\n  end\n";
-    if (project.cores[i].triggerOut)
-      text +=
-          "  always @(trigger_out" + n + ") $fwrite(out" + n + ", \"%0t %b\\n\", $realtime, trigger_out" + n + ");\n";
+    watch += "  integer run" + n + "; reg was" + n + " = 0;\n  wire run_here" + n + " = dut.ostrel_debug_i.c" + n +
+             "_core.run_here;\n  initial run" + n + " = $fopen(\"run" + n + ".txt\");\n  always @(posedge " + clock +
+             ") begin\n    if (run_here" + n + " !== was" + n + ") $fwrite(run" + n +
+             ", \"%0t\\n\", $realtime);\n    was" + n + " <= run_here" + n + ";\n  end\n";
+    const QStringList outputs = plan.cores[i].triggerOutNames();
+    for (int k = 0; k < outputs.size(); ++k) {
+      const QByteArray name = outputs[k].toUtf8(), wire = "out" + n + "_" + QByteArray::number(k);
+      if (plan.cores[i].triggerOutIo && k == 0) {
+        text += "  wire " + wire + ";\n";
+        ports += "." + name + "(" + wire + "), ";
+      } else {
+        watch += "  wire " + wire + " = dut." + name + ";\n";
+      }
+      watch += "  integer log_" + wire + ";\n  initial log_" + wire + " = $fopen(\"" + wire + ".txt\");\n  always @(" +
+               wire + ") $fwrite(log_" + wire + ", \"%0t %b\\n\", $realtime, " + wire + ");\n";
+    }
   }
-  return text + "endmodule\n";
+  text += stimulus(project, ports, "cycles < pause_from || cycles >= pause_to");
+  return text + "  ostrel_jtag_sim #(.HALF_PERIOD(" + QByteArray::number(project.tckHalfPeriod) +
+         ")) jtag (.tck(tck), .tms(tms), .tdi(tdi), .tdo(tdo), .trst(trst), .srst(srst));\n" + watch + "endmodule\n";
 }
 
-QVector<qint64> armTimes(const BenchFiles& files, int index) {
-  QVector<qint64> times;
-  for (const QByteArray& line : linesOf(QString("%1/arm%2.txt").arg(files.folder).arg(index)))
-    times += line.toLongLong();
-  return times;
+QVector<RunSpan> runSpans(const BenchFiles& files, int core) {
+  QVector<RunSpan> spans;
+  bool running = false;
+  for (const QByteArray& line : linesOf(QString("%1/run%2.txt").arg(files.folder).arg(core))) {
+    running = !running;
+    if (running)
+      spans += {line.toLongLong(), std::numeric_limits<qint64>::max()};
+    else
+      spans.last().to = line.toLongLong();
+  }
+  return spans;
 }
 
-QVector<Level> triggerOutLevels(const BenchFiles& files, int index) {
+QVector<Level> triggerOutLevels(const BenchFiles& files, int core, int name) {
   QVector<Level> levels;
-  for (const QByteArray& line : linesOf(QString("%1/out%2.txt").arg(files.folder).arg(index)))
+  for (const QByteArray& line : linesOf(QString("%1/out%2_%3.txt").arg(files.folder).arg(core).arg(name)))
     levels += {line.split(' ')[0].toLongLong(), line.endsWith('1')};
   return levels;
 }

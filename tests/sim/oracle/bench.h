@@ -8,11 +8,6 @@
 
 namespace oracle {
 
-/// Thrown for everything that is no difference but a broken run: a tool that fails, a file that is missing.
-struct Broken {
-  QString text;
-};
-
 /// Runs a program in `folder` to its end; its output goes to `log` there. Throws when it fails.
 void runTool(const QStringList& words, const QString& folder, const QString& log);
 
@@ -28,24 +23,28 @@ class Simulation {
 };
 
 struct BenchFiles {
-  QString folder;      ///< Of this seed.
-  QString designFile;  ///< The device's Verilog.
+  QString folder;      ///< Of this project.
+  QStringList design;  ///< The device's Verilog.
   QString jtagFile;    ///< ostrel_jtag_sim.v
 };
 
-/// The uninstrumented device for `rows` edges of its fastest clock: one record for each clock.
-QVector<Record> recordDevice(const Project& project, const BenchFiles& files, int rows);
+/// The uninstrumented device for `rows` edges of its fastest clock from a time (ps) on: one record for each clock.
+QVector<Record> recordDevice(const Project& project, const BenchFiles& files, qint64 fromTime, int rows);
 
-/// The text of the bench that holds the core beside the uninstrumented device, joined by hierarchical names, or (with
-/// `inserted`) the instrumented device alone.
-QByteArray captureBench(const Project& project, const ost::InsertPlan& plan, bool inserted);
+/// The bench of the instrumented device. Its clocks stand still from the rising TCK edge number +pause_from on to
+/// number +pause_to.
+QByteArray captureBench(const Project& project, const ost::InsertPlan& plan);
 
-/// The times (ps) at which core `index` was armed (its edge 0), in order; and of the changes of its trigger output.
-QVector<qint64> armTimes(const BenchFiles& files, int index);
+/// A run as the core saw it: the time (ps) of its edge 0, and of its end.
+struct RunSpan {
+  qint64 from, to;
+};
+QVector<RunSpan> runSpans(const BenchFiles& files, int core);
+/// Changes of a core's trigger output; with two names (port and net) of the second one.
 struct Level {
   qint64 time;
   bool active;
 };
-QVector<Level> triggerOutLevels(const BenchFiles& files, int index);
+QVector<Level> triggerOutLevels(const BenchFiles& files, int core, int name);
 
 }  // namespace oracle

@@ -7,7 +7,7 @@ namespace oracle {
 namespace {
 
 constexpr int kArmRow = 40;  ///< Of a rehearsal on the record: the device has left its reset.
-constexpr int kMostRunRows = 2500;
+constexpr int kMostRunRows = 2600;
 
 QString digitsInRadix(const QByteArray& bits, const QString& radix) {
   if (radix == "bin") return bits;
@@ -33,9 +33,9 @@ Project Generator::device() {
     project.clockPeriods += 4.0 + 2 * below(12);
     fastest = std::min(fastest, project.clockPeriods.last());
   }
-  // TCK from forty times faster to eight times slower than the fastest sample clock.
+  // TCK from forty times faster to forty times slower than the fastest sample clock.
   static const double rates[] = {0.025, 0.1, 0.3, 0.5, 0.77, 1.0, 1.9, 3.3, 8.0};
-  project.tckHalfPeriod = std::max(0.05, fastest / 2 * rates[below(9)]);
+  project.tckHalfPeriod = std::max(0.05, fastest / 2 * (chance(4) ? 40 : rates[below(9)]));
   return project;
 }
 
@@ -113,6 +113,31 @@ Term Generator::makeTerm(int units, int depth) {
   return term;
 }
 
+void Generator::makeProbes(Core& core, const Dut& dut) {
+  QStringList taken, names;
+  for (int i = 2 + below(5); i > 0; --i) {
+    Probe probe;
+    probe.bits = select(dut, probe.signal, 32);
+    if ((taken + probe.bits).removeDuplicates() > 0) continue;
+    taken += probe.bits;
+    names += probe.signal;
+    core.probes += probe;
+  }
+  if (core.probes.size() > 2 && chance(30)) {
+    core.busFrom = below(core.probes.size() - 1);
+    core.busTo = core.busFrom + 1;
+  }
+  // What is traced already becomes references to it: the same bits, shown once more.
+  for (int i = 0; i < 12 && chance(60); ++i) {
+    Probe probe;
+    probe.bits = select(dut, probe.signal, 32);
+    if ((taken + probe.bits).removeDuplicates() == 0 || probe.bits.size() < 2 || names.contains(probe.signal)) continue;
+    names += probe.signal;
+    taken += probe.bits;
+    core.probes += probe;
+  }
+}
+
 Core Generator::makeCore(const Project& project, const QVector<Record>& records, int index) {
   const Dut& dut = *project.dut;
   Core core;
@@ -120,25 +145,13 @@ Core Generator::makeCore(const Project& project, const QVector<Record>& records,
   const int clock = below(dut.clocks.size());
   core.clock = dut.clocks[clock];
   const Record& record = records[clock];
-  QStringList taken;
-  for (int i = 2 + below(5); i > 0; --i) {
-    Probe probe;
-    probe.bits = select(dut, probe.signal, 32);
-    // A net traced twice becomes a reference of another name; each bit is traced once here.
-    if ((taken + probe.bits).removeDuplicates() > 0) continue;
-    taken += probe.bits;
-    core.probes += probe;
-  }
-  if (core.probes.size() > 2 && chance(30)) {
-    core.busFrom = below(core.probes.size() - 1);
-    core.busTo = core.busFrom + 1;
-  }
+  makeProbes(core, dut);
   if (chance(40)) core.sampleEnable = pick(dut.enables);
   core.sampleEnableLow = chance(50);
   core.multiple = chance(45);
   if (chance(45)) core.triggerEnable = pick(dut.enables);
   core.triggerEnableLow = chance(50);
-  core.depth = 16 << below(4);
+  core.depth = chance(4) ? 1024 : 16 << below(4);
   core.windowSamples = core.depth;
   if (core.multiple) {
     core.windowSamples = 16;
@@ -153,10 +166,11 @@ Core Generator::makeCore(const Project& project, const QVector<Record>& records,
   if (chance(40)) core.timestampBits = depthBits + 1 + below(12);
   core.includeTrigger = chance(40);
   if (chance(35)) core.eventCount = 2 + below(4);
-  core.triggerOut = chance(35);
+  if (chance(45)) core.triggerOut = static_cast<Core::TriggerOut>(1 + below(3));
+  core.displayRadix = pick(QStringList{"bin", "oct", "dec", "hex"});
   core.triggerOutLow = chance(50);
   core.triggerOutMinPulse = below(5);
-  const int units = 1 + below(4);
+  const int units = 1 + below(chance(20) ? 7 : 4);
   for (int i = 0; i < units; ++i) core.units += makeUnit(dut, record, i);
   for (int i = 1 + below(2); i > 0; --i) {
     Expression expression;

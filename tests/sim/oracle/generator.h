@@ -22,6 +22,7 @@ class Generator {
   bool chance(int percent) { return below(100) < percent; }
 
  private:
+  void makeProbes(Core& core, const Dut& dut);
   Core makeCore(const Project& project, const QVector<Record>& records, int index);
   Unit makeUnit(const Dut& dut, const Record& record, int index);
   void giveValue(Unit& unit, const Record& record);

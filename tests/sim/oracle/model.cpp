@@ -21,7 +21,7 @@ QByteArray binaryDigits(const QString& radix, const QString& digits, int width) 
 UnitStates::UnitStates(const Record& record, const QVector<Unit>& units) : record_(record) {
   for (const Unit& unit : units) {
     Compiled compiled;
-    for (const QString& bit : unit.bits) compiled.columns += record.columns[bit];
+    for (const QString& bit : unit.bits) compiled.columns += record.column(bit);
     compiled.op = unit.op;
     compiled.digits = binaryDigits(unit.radix, unit.digits, unit.op == ".SC." ? 0 : unit.bits.size());
     units_ += compiled;
@@ -74,6 +74,7 @@ class Sequence {
     step_ = (step_ + 1) % expression_->steps.size();
     return step_ == 0;
   }
+  int step() const { return step_; }
 
  private:
   const Expression* expression_;
@@ -82,39 +83,47 @@ class Sequence {
 
 }  // namespace
 
-Expected expectedCapture(const Core& core, const RunChoice& choice, const Record& record, int armRow) {
+Expected expectedCapture(const Core& core, const RunChoice& choice, const Record& record, int armRow, int endRow,
+                         int watchRow) {
   Expected expected;
   UnitStates states(record, choice.units);
   QVector<Sequence> sequences;
   for (int i = 0; i < core.expressions.size(); ++i)
     if (choice.enabled[i]) sequences.append(Sequence(core.expressions[i]));
   QVector<ExpectedSample> window;  ///< All samples since the window's first.
-  int triggerIndex = -1, events = 0;
-  for (int row = armRow; row < record.rows.size(); ++row) {
-    if (!core.sampleEnable.isEmpty() && record.at(row, core.sampleEnable) == core.sampleEnableLow) continue;
-    window.append({row, states.next(row)});
+  int triggerIndex = -1, events = 0, samples = 0;
+  const int rows = endRow < 0 ? record.rows.size() : std::min(endRow, record.rows.size());
+  for (int row = armRow; row < rows; ++row) {
+    const bool sampled = core.sampleEnable.isEmpty() || record.at(row, core.sampleEnable) != core.sampleEnableLow;
     const bool looked = core.triggerEnable.isEmpty() || record.at(row, core.triggerEnable) != core.triggerEnableLow;
-    if (triggerIndex < 0 && window.size() > choice.position && looked) {
-      bool event = false;
-      for (Sequence& sequence : sequences) event = sequence.fires(window.last().units) || event;
-      if (event && ++events == choice.eventCount) {
-        triggerIndex = window.size() - 1;
-        expected.triggerRows += row;
+    if (sampled) {
+      ++samples;
+      window.append({row, states.next(row)});
+      if (triggerIndex < 0 && window.size() > choice.position && looked) {
+        bool event = false;
+        for (Sequence& sequence : sequences) event = sequence.fires(window.last().units) || event;
+        if (event && ++events == choice.eventCount) {
+          triggerIndex = window.size() - 1;
+          expected.triggerRows += row;
+        }
+      }
+      if (triggerIndex >= 0 && window.size() >= triggerIndex - choice.position + core.windowSamples) {
+        expected.windows += window.mid(triggerIndex - choice.position);
+        expected.rowsSeen = row + 1;
+        expected.complete = expected.windows.size() == choice.windows;
+        if (expected.complete) return expected;
+        window.clear();
+        triggerIndex = -1;
+        events = 0;
+        for (Sequence& sequence : sequences) sequence.restart();
       }
     }
-    if (triggerIndex < 0 || window.size() < triggerIndex - choice.position + core.windowSamples) continue;
-    expected.windows += window.mid(triggerIndex - choice.position);
-    expected.rowsSeen = row + 1;
-    if (expected.windows.size() == choice.windows) {
-      expected.complete = true;
-      return expected;
-    }
-    window.clear();
-    triggerIndex = -1;
-    events = 0;
-    for (Sequence& sequence : sequences) sequence.restart();
+    if (watchRow < 0 || row < watchRow) continue;
+    expected.progress +=
+        {samples > 0, triggerIndex < 0 && window.size() >= choice.position, triggerIndex >= 0, looked, events, {}};
+    for (const Sequence& sequence : sequences) expected.progress.last().steps += sequence.step();
   }
-  expected.rowsSeen = record.rows.size();
+  expected.rowsSeen = rows;
   return expected;
 }
 

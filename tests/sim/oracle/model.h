@@ -15,7 +15,11 @@ struct Record {
   QHash<QString, int> columns;  ///< By bit name.
   QVector<QByteArray> rows;     ///< '0', '1', 'x'
   QVector<qint64> times;        ///< ps
-  bool at(int row, const QString& bit) const { return rows[row][columns[bit]] == '1'; }
+  int column(const QString& bit) const {
+    if (!columns.contains(bit)) throw Broken{"the device's list of nets lacks " + bit};
+    return columns[bit];
+  }
+  bool at(int row, const QString& bit) const { return rows[row][column(bit)] == '1'; }
 };
 
 struct ExpectedSample {
@@ -23,11 +27,19 @@ struct ExpectedSample {
   QVector<bool> units;
 };
 
+/// Where a run stands after an edge of its clock.
+struct Progress {
+  bool sampled, searching, triggered, looked;
+  int events;
+  QVector<int> steps;  ///< Of the enabled expressions.
+};
+
 struct Expected {
   bool complete = false;  ///< False: the record ends before the run is done.
   QVector<QVector<ExpectedSample>> windows;
   QVector<int> triggerRows;  ///< Record rows of the triggers.
   int rowsSeen = 0;          ///< Rows until the run was done.
+  QVector<Progress> progress;
 };
 
 /// States of a core's units at each sample, with their history.
@@ -51,7 +63,9 @@ class UnitStates {
 /// Binary digits, leftmost first, `width` of them (0: as many as the digits spell).
 QByteArray binaryDigits(const QString& radix, const QString& digits, int width);
 
-/// The run whose edge 0 is row `armRow`.
-Expected expectedCapture(const Core& core, const RunChoice& choice, const Record& record, int armRow);
+/// The run whose edge 0 is row `armRow`, as far as row `endRow` (-1: to its end); its progress from row `watchRow` on
+/// (-1: not at all).
+Expected expectedCapture(const Core& core, const RunChoice& choice, const Record& record, int armRow, int endRow = -1,
+                         int watchRow = -1);
 
 }  // namespace oracle

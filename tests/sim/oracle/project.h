@@ -8,6 +8,11 @@
 
 namespace oracle {
 
+/// Thrown for everything that is no difference but a broken run: a tool that fails, a file that is missing.
+struct Broken {
+  QString text;
+};
+
 /// A net of a device under test, as `[left:right]` or a scalar.
 struct Net {
   QString name;  ///< Hierarchical, with "/".
@@ -21,13 +26,15 @@ struct Net {
 struct Port {
   QString name;
   int width = 1;
+  QString drive = QString();  ///< Of an input: Verilog over `random`; when empty, bits of it.
 };
 
 struct Dut {
-  QString name;  ///< Of the file and of the top module.
+  QString name;  ///< Of the top module.
+  QStringList files;
   QStringList clocks;
   QVector<Port> inputs;  ///< Driven at random; not clocks nor `rst`.
-  QVector<Port> outputs;
+  QVector<Port> others;  ///< Outputs, and inouts that the device alone drives.
   QVector<Net> nets;
   QStringList enables;  ///< Single bits that make sensible enables.
 };
@@ -84,7 +91,10 @@ struct Core {
   int windowSamples = 16, windows = 1;
   bool includeTrigger = false;
   int eventCount = 0;  ///< 0: no event counter.
-  bool triggerOut = false, triggerOutLow = false;
+  QString displayRadix = "bin";
+  enum TriggerOut { None, Io, Net, Both };
+  TriggerOut triggerOut = None;
+  bool triggerOutLow = false;
   int triggerOutMinPulse = 0;
   QVector<Unit> units;
   QVector<Expression> expressions;
@@ -109,6 +119,6 @@ struct RunChoice {
 };
 
 /// The Tcl commands that make the project and insert it.
-QString projectScript(const Project& project, const QString& designFile);
+QString projectScript(const Project& project, const QString& sourceFolder);
 
 }  // namespace oracle

@@ -10,7 +10,7 @@
 #include <QTemporaryDir>
 
 #include "platform/rtl/core_layout.h"
-#include "tests/sim/core/plan_text.h"
+#include "bench/core_plans/plan_text.h"
 
 namespace ost {
 namespace {

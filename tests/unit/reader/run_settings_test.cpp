@@ -1,12 +1,11 @@
-// Frames, settings and the whole protocol against a hub in software, on a clean and on a disturbed line.
+// Frames, the configuration chain of a run, and the words of the command line that change it.
+#include "platform/reader/run_settings.h"
+
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "platform/reader/capture_options.h"
-#include "platform/reader/core_reader.h"
-#include "platform/reader/faulty_port.h"
-#include "tests/unit/reader/hub_model.h"
+#include "platform/reader/hub_frame.h"
+#include "platform/reader/read_layout.h"
 
 namespace ost {
 namespace {
@@ -26,13 +25,13 @@ PlanUnit unitOf(const char* name, UnitClass unitClass, Operator op, Radix radix,
 }
 
 /// One core: 5 probe bits, a unit of each class, an expression in the chain and one in a memory.
-InsertPlan planWith(int windows, int windowSamples, int probeBits = 5) {
+InsertPlan planWith(int windows, int windowSamples) {
   InsertPlan plan;
   plan.projectHash = "0123456789abcdef";
   PlanCore core;
   core.name = QStringLiteral("c1");
   core.sampleClock.name = QStringLiteral("clk");
-  for (int i = 0; i < probeBits; ++i) {
+  for (int i = 0; i < 5; ++i) {
     NetBit bit;
     bit.name = QStringLiteral("n[%1]").arg(i);
     core.probeBits.append(bit);
@@ -59,14 +58,6 @@ InsertPlan planWith(int windows, int windowSamples, int probeBits = 5) {
   core.expressions[1].steps = {{"01", 1}};
   plan.cores = {core};
   return plan;
-}
-
-void fillMemory(ModelCore& core, quint32 seed) {
-  std::mt19937 random(seed);
-  core.words.assign(core.layout.words, QByteArray(core.layout.wordBits, 0));
-  for (QByteArray& word : core.words)
-    for (char& bit : word) bit = static_cast<char>(random() & 1);
-  core.statusTail = QByteArray(core.layout.statusBits - 8, 0);
 }
 
 TEST(HubFrame, TheCheckValueMakesTheFrameGoodAndAnyFlipBad) {
@@ -184,146 +175,6 @@ TEST(RunSettings, OperatorsWithinTheClassAndEdgesAsEncoded) {
   EXPECT_FALSE(settings.setEventCount(6, error));
   EXPECT_FALSE(settings.setWindows(2, error));
   EXPECT_EQ(settings.chain(), before);
-}
-
-/// Arms, waits and reads with the model's memory filled from `seed`; compares with the ring by hand.
-void captureAndCompare(HubModel& model, JtagPort& port, const InsertPlan& plan, int* retries = nullptr) {
-  HubLink hub(port);
-  CoreReader reader(hub, plan);
-  QString error;
-  RunSettings settings(plan.cores[0]);
-  Capture capture;
-  ModelCore& core = model.cores[0];
-  ASSERT_TRUE(reader.identify(error)) << error.toStdString();
-  ASSERT_TRUE(reader.arm(0, settings, error)) << error.toStdString();
-  EXPECT_EQ(core.arms, 1);
-  EXPECT_EQ(core.chain, settings.chain());
-  EXPECT_EQ(core.tables.left(2), settings.table(1));
-  ASSERT_EQ(reader.waitUntilDone(0, {20, 0}, error), WaitResult::Done) << error.toStdString();
-  ASSERT_TRUE(reader.readOut(0, settings, capture, error)) << error.toStdString();
-  const int ws = plan.cores[0].windowSamples, bits = plan.cores[0].sampleBits();
-  ASSERT_EQ(capture.windows.size(), plan.cores[0].windows);
-  for (int w = 0; w < plan.cores[0].windows; ++w) {
-    int oldest = 0;
-    if (plan.cores[0].windows == 1) {
-      oldest = int(bitsNumber(core.statusTail, 5, core.layout.positionBits));
-    } else {
-      for (int i = ws - 1; i > 0; --i)
-        if (core.words[w * ws + i][bits] != core.words[w * ws][bits]) oldest = i;
-    }
-    for (int i = 0; i < ws; ++i)
-      for (int b = 0; b < bits; ++b)
-        ASSERT_EQ(capture.table.at(w * ws + i, b), bool(core.words[w * ws + (oldest + i) % ws][b]))
-            << "window " << w << " sample " << i << " bit " << b;
-  }
-  if (retries) *retries = hub.retries();
-}
-
-TEST(Protocol, OneWindowIsUnrolledFromItsOldestSample) {
-  for (int oldest : {0, 17, 255}) {
-    const InsertPlan plan = planWith(1, 256, 40);  // several blocks
-    HubModel model(plan);
-    fillMemory(model.cores[0], 1);
-    for (int b = 0; b < 8; ++b) model.cores[0].statusTail[5 + b] = oldest >> b & 1;
-    captureAndCompare(model, model, plan);
-  }
-}
-
-TEST(Protocol, SeveralWindowsAreUnrolledFromTheirLapBits) {
-  const InsertPlan plan = planWith(8, 64, 7);
-  HubModel model(plan);
-  fillMemory(model.cores[0], 2);
-  const int starts[8] = {0, 1, 63, 5, 32, 0, 2, 62};
-  for (int w = 0; w < 8; ++w)
-    for (int i = 0; i < 64; ++i) model.cores[0].words[w * 64 + i][7] = (w & 1) ^ (i >= starts[w] && starts[w] > 0);
-  captureAndCompare(model, model, plan);
-}
-
-TEST(Protocol, ADisturbedLineIsRetriedAndNeverDeliversWrongSamples) {
-  const struct { double tms, tdi, tdo; } rates[] = {{0, 0, 3e-4}, {0, 3e-4, 0}, {2e-5, 0, 0}, {1e-5, 1e-4, 1e-4}};
-  int retries = 0;
-  for (const auto& rate : rates) {
-    for (quint32 seed = 1; seed <= 6; ++seed) {
-      const InsertPlan plan = planWith(1, 256, 70);
-      HubModel model(plan);
-      fillMemory(model.cores[0], seed);
-      FaultyPort line(model, seed, rate.tms, rate.tdi, rate.tdo);
-      int here = 0;
-      captureAndCompare(model, line, plan, &here);
-      if (HasFatalFailure()) FAIL() << "seed " << seed << " rates " << rate.tms << ' ' << rate.tdi << ' ' << rate.tdo;
-      retries += here;
-    }
-  }
-  EXPECT_GT(retries, 20);
-}
-
-TEST(Protocol, AnUnusableLineEndsInAnError) {
-  const InsertPlan plan = planWith(1, 256, 70);
-  HubModel model(plan);
-  fillMemory(model.cores[0], 1);
-  FaultyPort line(model, 1, 0, 0, 0.02);
-  HubLink hub(line);
-  CoreReader reader(hub, plan);
-  QString error;
-  EXPECT_FALSE(reader.identify(error));
-  EXPECT_TRUE(error.contains(QStringLiteral("undisturbed"))) << error.toStdString();
-}
-
-TEST(Protocol, AnotherDesignsMapIsRefused) {
-  const InsertPlan plan = planWith(1, 256);
-  QString error;
-  InsertPlan other = plan;
-  other.projectHash = "0123456789abcdee";
-  InsertPlan wider = planWith(1, 256, 6);
-  InsertPlan more = plan;
-  more.cores += plan.cores[0];
-  const struct {
-    const InsertPlan* map;
-    const char* text;
-  } cases[] = {{&other, "another project"}, {&wider, "word width"}, {&more, "number of cores"}};
-  for (const auto& one : cases) {
-    HubModel model(plan);
-    fillMemory(model.cores[0], 1);
-    HubLink hub(model);
-    CoreReader reader(hub, *one.map);
-    EXPECT_FALSE(reader.identify(error)) << one.text;
-    EXPECT_TRUE(error.contains(QString::fromLatin1(one.text))) << error.toStdString();
-  }
-}
-
-TEST(Protocol, SaysWhyNothingTriggered) {
-  const InsertPlan plan = planWith(1, 16);
-  HubModel model(plan);
-  fillMemory(model.cores[0], 1);
-  ModelCore& core = model.cores[0];
-  core.cyclesToDone = -1;
-  HubLink hub(model);
-  CoreReader reader(hub, plan);
-  RunSettings settings(plan.cores[0]);
-  CoreStatus status;
-  QString error;
-  ASSERT_TRUE(reader.identify(error)) << error.toStdString();
-  auto reasons = [&]() {
-    EXPECT_TRUE(reader.status(0, status, error)) << error.toStdString();
-    return explainWaiting(settings, status).join(QLatin1Char('\n')).toStdString();
-  };
-  EXPECT_NE(reasons().find("not armed"), std::string::npos);
-  ASSERT_TRUE(reader.arm(0, settings, error));
-  EXPECT_EQ(reader.waitUntilDone(0, {60, 5000}, error), WaitResult::NotYet);
-  core.statusTail = QByteArray(core.layout.statusBits - 8, 0);
-  core.statusTail[0] = core.statusTail[1] = core.statusTail[3] = core.statusTail[4] = 1;
-  core.statusTail[9] = 1;   // expression 0 waits in its second step
-  core.statusTail[10] = 1;  // one event counted
-  const std::string steps = reasons();
-  EXPECT_NE(steps.find("'TE1' (M -> O*3) waits in step 2 of 2, to be met 3 times; it depends on O."), std::string::npos)
-      << steps;
-  EXPECT_NE(steps.find("1 of 5 events"), std::string::npos) << steps;
-  core.statusTail[4] = core.statusTail[1] = 0;
-  EXPECT_NE(reasons().find("No sample since arming"), std::string::npos);
-  core.clockRuns = core.fresh = false;
-  EXPECT_NE(reasons().find("clock 'clk' stands still"), std::string::npos);
-  EXPECT_FALSE(reader.stop(0, error));
-  EXPECT_TRUE(error.contains(QStringLiteral("'clk' stands still"))) << error.toStdString();
 }
 
 TEST(CaptureOptions, WordsAreCheckedAndApplied) {

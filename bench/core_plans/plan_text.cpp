@@ -1,5 +1,5 @@
 // Plans from text, and a top module that wires the debug module to plain inputs.
-#include "tests/sim/core/plan_text.h"
+#include "bench/core_plans/plan_text.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <exception>
 
+#include "bench/core_plans/plan_text.h"
 #include "platform/rtl/debug_module.h"
-#include "tests/sim/core/plan_text.h"
 
 int main(int argc, char** argv) {
   if (argc < 3) {

@@ -1,0 +1,101 @@
+// The run of tclsh, and a look at what came of it.
+#include "tests/sim/oracle/insertion.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+
+#include "platform/insert/capture_map.h"
+#include "tests/sim/oracle/runs.h"
+
+namespace oracle {
+namespace {
+
+QString outputFolder(const BenchFiles& files) {
+  return files.folder + "/oracle_debug";
+}
+
+void collectUnits(const Term& term, QVector<bool>& used) {
+  if (term.kind == Term::Unit) used[term.unit] = true;
+  for (const Term& part : term.parts) collectUnits(part, used);
+}
+
+/// 0 configuration bits, 1 distributed RAM, 2 block RAM.
+int tableStore(const Expression& expression, const Core& core) {
+  QVector<bool> used(core.units.size());
+  for (const Step& step : expression.steps) collectUnits(step.term, used);
+  if (!expression.ebr && used.count(true) <= 4) return 0;
+  return expression.ebr || core.distRamDisable ? 2 : 1;
+}
+
+QStringList parameters(const QString& verilog, const QString& name) {
+  QStringList values;
+  auto match = QRegularExpression("\\." + name + "\\((\\d+)\\)").globalMatch(verilog);
+  while (match.hasNext()) values += match.next().captured(1);
+  return values;
+}
+
+/// What simulation cannot show: kinds of memory, and the radix of the reader's displays.
+void checkWritten(const Project& project, const ost::InsertPlan& plan, const BenchFiles& files) {
+  QFile file(outputFolder(files) + "/ostrel_debug.v");
+  need(file.open(QIODevice::ReadOnly), "cannot read " + file.fileName());
+  const QString verilog = file.readAll();
+  QStringList samples, tables;
+  mustHold(plan.cores.size() == project.cores.size(), "the capture map has another number of cores");
+  for (int i = 0; i < project.cores.size(); ++i) {
+    const Core& core = project.cores[i];
+    samples += QString::number(core.dram && !core.distRamDisable);
+    for (const Expression& expression : core.expressions) tables += QString::number(tableStore(expression, core));
+    mustHold(QStringList({"bin", "oct", "dec", "hex"}).indexOf(core.displayRadix) == int(plan.cores[i].displayRadix),
+             "core " + core.name + ": another display radix in the capture map");
+  }
+  mustHold(parameters(verilog, "DISTRIBUTED") == samples, "sample memories of another kind were built");
+  mustHold(parameters(verilog, "STORE") == tables, "expression memories of another kind were built");
+}
+
+}  // namespace
+
+BenchFiles prepareFolder(const Settings& settings, const QString& name, const Project& project) {
+  BenchFiles files;
+  files.folder = settings.work + "/" + name;
+  for (const QString& file : project.dut->files) files.design += settings.sources + "/" + file;
+  files.jtagFile = settings.sources + "/platform/reader/sim/ostrel_jtag_sim.v";
+  if (!settings.reuse) QDir(files.folder).removeRecursively();
+  need(QDir().mkpath(files.folder), "cannot make " + files.folder);
+  return files;
+}
+
+ost::InsertPlan insert(const Project& project, const Settings& settings, const BenchFiles& files) {
+  QFile map(outputFolder(files) + "/capture_map.json");
+  if (!map.exists()) {
+    QFile script(files.folder + "/project.tcl");
+    need(script.open(QIODevice::WriteOnly), "cannot write " + script.fileName());
+    script.write(projectScript(project, settings.sources).toUtf8());
+    script.close();
+    runTool({"env", "TCLLIBPATH=" + settings.package, "tclsh", "project.tcl"}, files.folder, "insert.log");
+  }
+  need(map.open(QIODevice::ReadOnly), "the insertion wrote no capture map; see " + files.folder + "/insert.log");
+  ost::InsertPlan plan;
+  QString error;
+  need(ost::readCaptureMap(map.readAll(), plan, error), error);
+  checkWritten(project, plan, files);
+  compileBench(project, plan, settings, files);
+  return plan;
+}
+
+void compileBench(const Project& project, const ost::InsertPlan& plan, const Settings& settings,
+                  const BenchFiles& files) {
+  QFile bench(files.folder + "/capture_tb.v");
+  need(bench.open(QIODevice::WriteOnly), "cannot write the bench");
+  bench.write(captureBench(project, plan));
+  bench.close();
+  QStringList sources;
+  for (const QString& name : QDir(outputFolder(files)).entryList({"*.v"}, QDir::Files, QDir::Name)) {
+    const QString other = settings.core + "/" + name;
+    sources += !settings.core.isEmpty() && QFile::exists(other) ? other : outputFolder(files) + "/" + name;
+  }
+  runTool(QStringList{"iverilog", "-g2005", "-o", "capture.vvp", "-s", "tb", "capture_tb.v", files.jtagFile} + sources,
+          files.folder, "capture_build.log");
+}
+
+}  // namespace oracle

@@ -1,0 +1,63 @@
+// Runs on a live simulation, and their comparison with what the model expects of the uninstrumented device's record.
+#pragma once
+
+#include "platform/reader/core_reader.h"
+#include "platform/reader/faulty_port.h"
+#include "platform/reader/remote_bitbang.h"
+#include "tests/sim/oracle/bench.h"
+
+namespace oracle {
+
+/// Thrown for a difference between hardware and model.
+struct Difference {
+  QString text;
+};
+
+void need(bool good, const QString& text);       ///< Throws Broken.
+void mustHold(bool right, const QString& text);  ///< Throws Difference.
+
+/// What was compared.
+struct Totals {
+  qint64 seeds = 0, cores = 0, runs = 0, windows = 0, samples = 0, bits = 0, toggles = 0, pulses = 0, repeats = 0;
+  qint64 untriggered = 0, aborted = 0;
+};
+
+/// The bench in simulation, with the reader at its JTAG pins.
+class Live {
+ public:
+  /// `noise`: probability of a flip on TDI and TDO in each cycle; an eighth of it on TMS.
+  Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise = 0, quint32 seed = 0,
+       const QStringList& arguments = {});
+  /// Closes the line and waits for the simulation's end.
+  void end();
+
+ private:
+  Simulation simulation_;
+  std::unique_ptr<ost::RemoteBitbang> port_;
+
+ public:
+  ost::FaultyPort line;
+  ost::HubLink hub;
+  ost::CoreReader reader;
+};
+
+/// One run of one core: what was chosen and what became of it.
+struct Run {
+  enum Outcome { Done, Untriggered, Aborted };
+  int core = 0;
+  RunChoice choice;
+  Outcome outcome = Done;
+  ost::Capture capture;
+  QStringList reasons;    ///< Untriggered: what the reader says of it,
+  qint64 waitedTime = 0;  ///< and for how long (ps) at least it has waited.
+};
+
+ost::RunSettings settingsFor(const ost::PlanCore& plan, const Core& core, const RunChoice& choice);
+/// Arms a core, waits for `patience` cycles of TCK, and reads the capture or the reasons why there is none.
+Run capture(Live& live, const Project& project, const ost::InsertPlan& plan, int core, const RunChoice& choice,
+            qint64 patience);
+/// `runs` are all runs of the simulation that has ended, in order.
+void compareRuns(const Project& project, const ost::InsertPlan& plan, const BenchFiles& files, const QVector<Run>& runs,
+                 Totals& totals);
+
+}  // namespace oracle
