@@ -42,7 +42,7 @@ struct CoreOptions {
   int triggerOutType = 0;  ///< 0 IO, 1 NET, 2 BOTH.
   QString triggerOutName;
   int triggerOutPolarity = 0;
-  int triggerOutMinPulse = 0;  ///< Samples; 0 = as long as the condition holds.
+  int triggerOutMinPulse = 0;  ///< Sample clock cycles that the output stays active at least; 0 counts as 1.
 };
 
 /// A trigger unit: `signalNames` are single bits or vectors; their concatenation, first name leftmost, is compared.

@@ -163,6 +163,8 @@ bool CoreReader::load(int core, const RunSettings& settings, QString& error) {
     const int rows = tableRows(expression), rowBits = expression.maxSequenceDepth;
     for (command.address = 0; command.address < rows; command.address += kTableRowsPerFrame) {
       const QByteArray part = table.mid(command.address * rowBits, kTableRowsPerFrame * rowBits);
+      command.rows = part.size() / rowBits;
+      command.tableRows = rows;
       if (!loadOne(command, part, rowBits, error)) return false;
     }
   }

@@ -61,10 +61,13 @@ bool readBlock(const QByteArray& bits, int first, int payloadBits, const HubComm
   if (block.size() < kBlockOverhead + payloadBits) return false;
   const QByteArray checked = block.left(block.size() - kCheckBits);
   if (checkBits(frameCrc(checked)) != block.right(kCheckBits)) return false;
-  // A table's rows count in the address, so its echo holds the row behind the last one.
-  const int echoed = expected.op == HubOp::Table ? 20 : kCommandBits;
-  if (checked.left(echoed) != commandBits(expected).left(echoed) || !checked[kCommandBits + 7]) return false;
   const char* flags = checked.constData() + kCommandBits;
+  const int echoed = expected.op == HubOp::Table ? 20 : kCommandBits;
+  if (checked.left(echoed) != commandBits(expected).left(echoed) || !flags[7]) return false;
+  if (expected.op == HubOp::Table) {
+    const int next = expected.address + (flags[5] ? 0 : expected.rows);
+    if ((bitsNumber(checked, 20, 20) ^ quint64(next)) & quint64(expected.tableRows - 1)) return false;
+  }
   reply.flags.ready = flags[0];
   reply.flags.armed = flags[1];
   reply.flags.done = flags[2];

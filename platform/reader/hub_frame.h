@@ -11,8 +11,10 @@ enum class HubOp { Status = 0, Info = 1, Read = 2, Config = 3, Table = 4, Arm = 
 struct HubCommand {
   HubOp op = HubOp::Status;
   int core = 0;
-  int tag = 0;      ///< Run's tag (Arm, Read) or expression (Table), 0 to 255.
-  int address = 0;  ///< First word (Read) or row (Table), 20 bits.
+  int tag = 0;        ///< Run's tag (Arm, Read) or expression (Table), 0 to 255.
+  int address = 0;    ///< First word (Read) or row (Table), 20 bits.
+  int rows = 0;       ///< Table: rows in the payload,
+  int tableRows = 1;  ///< and of the whole table, a power of two.
 };
 
 constexpr int kCommandBits = 40;
@@ -42,7 +44,8 @@ quint32 frameCrc(const QByteArray& bits, quint32 seed = 0xFFFFFFFFu);
 QByteArray writeFrame(const HubCommand& command, const QByteArray& payload);
 
 /// Takes one reply block from `first` on out of `bits`. False unless its check value is right, it echoes `expected` and
-/// holds the bit that is always 1.
+/// holds the bit that is always 1. The echo of a Table command has counted the rows that were taken; how many bits of
+/// it count depends on the hub's largest memory, so that only those of the table's own address are looked at.
 bool readBlock(const QByteArray& bits, int first, int payloadBits, const HubCommand& expected, HubReply& reply);
 
 }  // namespace ost
