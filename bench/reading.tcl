@@ -40,16 +40,16 @@ proc compare {what source rounds} {
   timeRow "  of that the service itself" [median $own] "Yosys alone" [median $alone]
 }
 
-set sizes [expr {$full ? {50000 500000} : {50000}}]
+# The largest first, in a process that has not read anything yet: memory that was freed once would hide what a read takes.
+set sizes [expr {$full ? {500000 50000} : {50000}}]
+logicDesign $work/logic.v [lindex $sizes 0]
+set peak [peakMemory { ost_design read -top bench_top $work/logic.v }]
+set nets [dict get [ost_design info] nets]
+limitRow "memory a net, $nets nets" [expr {double($peak) / $nets}] 600 bytes "peak of the process" \
+  "[dict get [ost_design info] bits] bits"
 foreach size $sizes {
   logicDesign $work/logic.v $size
-  # First, in a process that has not read anything yet: memory that was freed once would hide what a read takes.
-  ost_design close
-  set peak [peakMemory { ost_design read -top bench_top $work/logic.v }]
-  set nets [dict get [ost_design info] nets]
-  limitRow "memory a net, $nets nets" [expr {double($peak) / $nets}] 600 bytes "peak of the process" \
-    "[dict get [ost_design info] bits] bits"
-  compare "$nets nets" $work/logic.v [expr {$size > 100000 ? 1 : 2}]
+  compare "about $size nets" $work/logic.v [expr {$size > 100000 ? 1 : 2}]
 }
 memoryDesign $work/memory.v 16
 compare "16 memories of 64 Kbit" $work/memory.v 5
