@@ -7,6 +7,8 @@
 #include "platform/insert/capture_map.h"
 #include "platform/insert/capture_map_words.h"
 #include "platform/istdata/json_fields.h"
+#include "platform/istdata/json_keys.h"
+#include "platform/istdata/names.h"
 #include "platform/istdata/trigger_expression.h"
 #include "platform/istdata/unit_value.h"
 #include "platform/istdata/wire_text.h"
@@ -242,6 +244,14 @@ bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
 }  // namespace
 
 bool readCaptureMap(const QByteArray& json, InsertPlan& plan, QString& error) {
+  QByteArray key;
+  const int repeated = findRepeatedKey(json, key);
+  if (repeated >= 0) {
+    error = QStringLiteral("The capture map is not usable: line %1: the key %2 stands twice.")
+                .arg(json.left(repeated).count('\n') + 1)
+                .arg(quoted(wireFromBytes(key)));
+    return false;
+  }
   QJsonParseError fault;
   const QJsonDocument document = QJsonDocument::fromJson(json, &fault);
   if (fault.error != QJsonParseError::NoError) {

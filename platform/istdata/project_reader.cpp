@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "platform/istdata/json_fields.h"
+#include "platform/istdata/json_keys.h"
 #include "platform/istdata/project_checks.h"
 #include "platform/istdata/project_file.h"
 #include "platform/istdata/project_words.h"
@@ -242,14 +243,18 @@ std::unique_ptr<istProject> projectFromJson(const QByteArray& json, QString& err
     error = QString("it is larger than %1 MB.").arg(kMaxProjectFileBytes >> 20);
     return nullptr;
   }
+  const auto failAt = [&](int offset, const QString& what) {
+    const QByteArray before = json.left(offset);
+    const int column = before.size() - before.lastIndexOf('\n');
+    error = QString("line %1, column %2: %3.").arg(before.count('\n') + 1).arg(column).arg(what);
+    return nullptr;
+  };
+  QByteArray key;
+  const int repeated = findRepeatedKey(json, key);
+  if (repeated >= 0) return failAt(repeated, "the key " + quoted(wireFromBytes(key)) + " stands twice");
   QJsonParseError parseError;
   const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
-  if (parseError.error != QJsonParseError::NoError) {
-    const QByteArray before = json.left(parseError.offset);
-    const int column = before.size() - before.lastIndexOf('\n');
-    error = QString("line %1, column %2: %3.").arg(before.count('\n') + 1).arg(column).arg(parseError.errorString());
-    return nullptr;
-  }
+  if (parseError.error != QJsonParseError::NoError) return failAt(parseError.offset, parseError.errorString());
   if (!document.isObject()) {
     error = "it is not a project file (it holds no JSON object).";
     return nullptr;

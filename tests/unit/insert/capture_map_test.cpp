@@ -114,6 +114,7 @@ TEST(CaptureMap, RefusesADamagedOneWithThePlace) {
       {"\"eventCount\": 7", "\"eventCount\": 8", "hash"},
       {"\"top\"", "\"extra\": 1, \"top\"", "extra"},
       {"\"cores\"", "cores", "line"},
+      {"\"top\"", "\"top\": \"\", \"top\"", "stands twice"},
   };
   for (const Case& c : cases) {
     QByteArray damaged = json;

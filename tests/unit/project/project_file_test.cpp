@@ -46,6 +46,8 @@ TEST(ProjectFileTest, FaultsAreRefusedWithTheirPlace) {
     const char *before, *after, *error;
   } cases[] = {
       {"{", "", "line 2, column"},
+      {"\"version\": 1", "\"version\": 1, \"cores\": []", "line "},
+      {"\"name\": \"c1\"", "\"name\": \"c1\", \"n\\u0061me\": \"c2\"", "line "},
       {"ostrel-project", "other", "it is not a project file"},
       {"\"version\": 1", "\"version\": 2", "it has version 2, written by a newer release"},
       {"\"version\": 1", "\"version\": 0.5", "version: expected a whole number"},
