@@ -6,9 +6,8 @@
 
 #include "platform/insert/capture_map.h"
 #include "platform/insert/capture_map_words.h"
+#include "platform/istdata/json_check.h"
 #include "platform/istdata/json_fields.h"
-#include "platform/istdata/json_keys.h"
-#include "platform/istdata/names.h"
 #include "platform/istdata/trigger_expression.h"
 #include "platform/istdata/unit_value.h"
 #include "platform/istdata/wire_text.h"
@@ -244,19 +243,18 @@ bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
 }  // namespace
 
 bool readCaptureMap(const QByteArray& json, InsertPlan& plan, QString& error) {
-  QByteArray key;
-  const int repeated = findRepeatedKey(json, key);
-  if (repeated >= 0) {
-    error = QStringLiteral("The capture map is not usable: line %1: the key %2 stands twice.")
-                .arg(json.left(repeated).count('\n') + 1)
-                .arg(quoted(wireFromBytes(key)));
-    return false;
+  int offset = 0;
+  QString fault;
+  QJsonParseError qtFault;
+  const QJsonDocument document =
+      checkJson(json, offset, fault) ? QJsonDocument::fromJson(json, &qtFault) : QJsonDocument();
+  if (fault.isEmpty() && qtFault.error != QJsonParseError::NoError) {
+    offset = qtFault.offset;
+    fault = qtFault.errorString();
   }
-  QJsonParseError fault;
-  const QJsonDocument document = QJsonDocument::fromJson(json, &fault);
-  if (fault.error != QJsonParseError::NoError) {
-    const int line = json.left(fault.offset).count('\n') + 1;
-    error = QStringLiteral("The capture map is not usable: line %1: %2.").arg(line).arg(fault.errorString());
+  if (!fault.isEmpty()) {
+    const int line = json.left(offset).count('\n') + 1;
+    error = QStringLiteral("The capture map is not usable: line %1: %2.").arg(line).arg(fault);
     return false;
   }
   return MapReader().read(document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array()), plan,

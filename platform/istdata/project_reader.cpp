@@ -4,8 +4,8 @@
 #include <QJsonObject>
 #include <limits>
 
+#include "platform/istdata/json_check.h"
 #include "platform/istdata/json_fields.h"
-#include "platform/istdata/json_keys.h"
 #include "platform/istdata/project_checks.h"
 #include "platform/istdata/project_file.h"
 #include "platform/istdata/project_words.h"
@@ -249,9 +249,9 @@ std::unique_ptr<istProject> projectFromJson(const QByteArray& json, QString& err
     error = QString("line %1, column %2: %3.").arg(before.count('\n') + 1).arg(column).arg(what);
     return nullptr;
   };
-  QByteArray key;
-  const int repeated = findRepeatedKey(json, key);
-  if (repeated >= 0) return failAt(repeated, "the key " + quoted(wireFromBytes(key)) + " stands twice");
+  int offset = 0;
+  QString fault;
+  if (!checkJson(json, offset, fault)) return failAt(offset, fault);
   QJsonParseError parseError;
   const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
   if (parseError.error != QJsonParseError::NoError) return failAt(parseError.offset, parseError.errorString());

@@ -1,11 +1,15 @@
 // Walks over the text once, with the keys of the objects that are open.
-#include "platform/istdata/json_keys.h"
+#include "platform/istdata/json_check.h"
 
+#include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
 #include <QSet>
 #include <vector>
+
+#include "platform/istdata/names.h"
+#include "platform/istdata/wire_text.h"
 
 namespace ost {
 
@@ -38,13 +42,21 @@ struct KeyWatch : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, KeyWatch> {
 
 }  // namespace
 
-int findRepeatedKey(const QByteArray& json, QByteArray& key) {
+bool checkJson(const QByteArray& json, int& offset, QString& fault) {
+  const int mark = json.startsWith("\xef\xbb\xbf") ? 3 : 0;
   KeyWatch watch;
-  rapidjson::MemoryStream stream(json.constData(), std::size_t(json.size()));
+  rapidjson::MemoryStream stream(json.constData() + mark, std::size_t(json.size() - mark));
   rapidjson::Reader reader;
-  reader.Parse<rapidjson::kParseIterativeFlag>(stream, watch);
-  key = watch.repeated;
-  return watch.found ? int(stream.Tell()) : -1;
+  const rapidjson::ParseResult result = reader.Parse<rapidjson::kParseIterativeFlag>(stream, watch);
+  if (!result.IsError()) return true;
+  offset = mark + int(result.Offset());
+  if (watch.found) {
+    fault = QString("the key %1 stands twice").arg(quoted(wireFromBytes(watch.repeated)));
+  } else {
+    fault = rapidjson::GetParseError_En(result.Code());
+    fault.chop(fault.endsWith('.') ? 1 : 0);
+  }
+  return false;
 }
 
 }  // namespace ost
