@@ -1,15 +1,20 @@
 # The ways to build and check, by job. Everything lands below build/; the work is done by CMake and its presets.
 OST_WERROR ?= OFF
 JOBS ?= $(shell nproc)
+SECONDS ?= 60
+SEEDS ?= 200
 
-.PHONY: help build release test demo bench asan clean
+.PHONY: help build release test oracle mutants demo bench asan fuzz clean
 
 help:
 	@echo "make build   build the package into build/dev (usable as TCLLIBPATH=build/dev/lib)"
 	@echo "make test    build and run all tests"
+	@echo "make oracle  capture random projects in simulation and compare; SEEDS=n (200)"
+	@echo "make mutants put single faults into the core and the inserter; each must be found"
 	@echo "make demo    build, insert a debug core into examples/, simulate it and show its capture"
 	@echo "make bench   measure speed and the core's cost against their aims; BENCH_FULL=1 for the largest designs"
 	@echo "make asan    run the tests on a build with address and undefined-behaviour checks"
+	@echo "make fuzz    feed generated words and damaged files to the same build; SECONDS=n (60), SEED=n (the day's)"
 	@echo "make release build optimised for installing, into build/release"
 	@echo "make clean   remove build/"
 
@@ -26,8 +31,23 @@ build/%.built:
 test: build/dev.built
 	@ctest --preset dev -j 2
 
+# Two processes share the seeds.
+oracle: build/dev.built
+	@tests/sim/run_oracle build/dev $(SEEDS)
+
+mutants: build/dev.built
+	@tests/sim/mutants/run build/dev
+
 asan: build/asan.built
 	@ctest --preset asan -j 2
+
+# Only what the fuzzers need is built.
+fuzz:
+	@tools/bootstrap
+	@mkdir -p build
+	@cmake --preset asan >build/fuzz.log 2>&1 || { cat build/fuzz.log; exit 1; }
+	@cmake --build --preset asan --target fuzz_commands fuzz_files -j $(JOBS) >build/fuzz.log || { cat build/fuzz.log; exit 1; }
+	@tests/fuzz/run build/asan $(SECONDS) $(SEED)
 
 demo: build/dev.built
 	@examples/demo/run build/dev

@@ -40,14 +40,8 @@ endmodule
 const char* const kTemplates[] = {
     "ost_core add %c",
     "ost_core add %c",
-    "ost_core delete %c",
-    "ost_core rename %c %c",
     "ost_core select [%c]",
     "ost_core list",
-    "ost_core add_wishbone",
-    "ost_core del_wishbone",
-    "ost_core add_serdes",
-    "ost_core del_serdes",
     "ost_serdes set [clk=%s] [rst=%s]",
     "ost_trace add_sig [-core %c] [-insert_at %p] %s+",
     "ost_trace add_sig [-insert_at %p] %s+",
@@ -77,11 +71,17 @@ const char* const kTemplates[] = {
     "ost_te set [-ram %k] [-expression %x] [-max_seq_depth %i] [-max_event_count %i] %t",
     "ost_te rename %t %t",
     "ost_te remove %t",
-    "ost_te list [-core %c]",
-    "ost_project save [-overwrite] [%f]",
-    "ost_project close [-force]",
-    "ost_project new [-overwrite] [%f]",
-    "ost_project open %f"};
+    "ost_te list [-core %c]"};
+const char* const kRareTemplates[] = {"ost_project save [-overwrite] [%f]",
+                                      "ost_project close [-force]",
+                                      "ost_project new [-overwrite] [%f]",
+                                      "ost_project open %f",
+                                      "ost_core delete %c",
+                                      "ost_core rename %c %c",
+                                      "ost_core add_wishbone",
+                                      "ost_core del_wishbone",
+                                      "ost_core add_serdes",
+                                      "ost_core del_serdes"};
 const char* const kCostlyTemplates[] = {
     "ost_project run -drc [-insert_core %c]",
     "ost_project run [-save] [-saveAs %f] [-overwrite] [-insert_core %c]",
@@ -96,8 +96,7 @@ const char* const kCostlyTemplates[] = {
 
 const char* const kCores[] = {"c1", "c2", "c3"};
 const char* const kNets[] = {"state", "state[0]", "state[3:1]", "u1/cnt", "u1/cnt[2]", "u2/cnt", "done",
-                             "clk",   "rst",      "en",         "a",      "b[7:4]",    "u1/en",  "\\odd/n[1] ",
-                             "stat",  "u3/cnt",   "state[7]"};
+                             "clk",   "rst",      "en",         "a",      "b[7:4]",    "u1/en",  "\\odd/n[1] "};
 const char* const kBuses[] = {"BUS1", "BUS2", "pair", "state", "u1/cnt", "BUS3", ""};
 const char* const kMembers[] = {"state[1]", "state[2]", "u1/cnt[3]", "BUS1<1>", "<1>", "<2>", "state<2>"};
 const char* const kPositions[] = {"1", "2", ".end.", "BUS1<1>", "BUS1<.end.>", "state<2>", "<1>", "0", "done"};
@@ -105,7 +104,7 @@ const char* const kUnits[] = {"TU1", "TU2", "TU3", "go", "stop"};
 const char* const kExpressions[] = {"TE1", "TE2", "te"};
 const char* const kOperators[] = {"==", "!=", ">", ">=", "<", "<=", ".RE.", ".fe.", ".SC.", "~"};
 const char* const kRadices[] = {"bin", "Oct", "dec", "HEX", "ternary"};
-const char* const kValues[] = {"0", "1", "10", "x1", "xF", "3", "17", "255", "1x0", "0101", "z"};
+const char* const kValues[] = {"0", "1", "0", "1", "0", "1", "10", "x1", "xF", "3", "17", "255", "1x0", "0101", "z"};
 const char* const kFiles[] = {"a.ost",   "b.ost",    "sub/c.ost", "none/d.ost", "top.v",
                               "other.v", "../e.ost", "/dev/full", "."};
 const char* const kNumbers[] = {"1", "2", "4", "8", "16", "256", "65536", "3", "0", "-1", "65537"};
@@ -148,8 +147,9 @@ class Commands : public Driver {
     expect(done, words[0] + ' ' + words[1] + " fails: " + result_ + console_);
   }
   int script(const char* text) { return Tcl_Eval(interp_, text); }
-void readDesign();
+  void readDesign();
   std::string word(char kind, Random& random);
+  std::string traced(int kind, Random& random);
   std::string expanded(const std::string& pattern, Random& random);
   Words generated(Random& random);
   /// All that a user can see of the project, or the model itself. The model's text closes holes in its lists, so only
@@ -161,6 +161,8 @@ void readDesign();
 
   static void hear(void* user, Tcl_Interp*, const char* text, int) { static_cast<Commands*>(user)->console_ += text; }
   mero::ostrel::istProject* project() { return mero::ostrel::IstComData::getInstance()->currentProject(); }
+
+  const ost::Core* activeCore() { return project() ? project()->activeCore : nullptr; }
 
   QTemporaryDir folder_;
   Tcl_Interp* interp_;
@@ -214,21 +216,25 @@ int Commands::call(const Words& words) {
 }
 
 std::string Commands::word(char kind, Random& random) {
-  if (random.oneIn(40)) return hostileWord(random);
+  if (random.oneIn(120)) return hostileWord(random);
   switch (kind) {
     case 'c':
       return random.pick(kCores);
     case 's':
       return random.pick(kNets);
     case 'm':
-      return random.oneIn(3) ? random.pick(kMembers) : random.oneIn(2) ? random.pick(kBuses) : random.pick(kNets);
+      return !random.oneIn(5) ? traced(0, random) : random.oneIn(2) ? random.pick(kMembers) : random.pick(kNets);
     case 'b':
-      return random.pick(kBuses);
+      return random.oneIn(2) ? traced(mero::ostrel::TRACE_NODE_BUS, random) : random.pick(kBuses);
     case 'p':
-      return random.pick(kPositions);
+      return random.oneIn(2) ? traced(0, random) : random.pick(kPositions);
     case 'u':
+      if (const auto* core = activeCore(); core && !core->dataset.units().empty() && random.oneIn(2))
+        return random.pick(core->dataset.units())->unit.name.toStdString();
       return random.pick(kUnits);
     case 't':
+      if (const auto* core = activeCore(); core && !core->dataset.expressions().empty() && random.oneIn(2))
+        return random.pick(core->dataset.expressions())->name.toStdString();
       return random.pick(kExpressions);
     case 'q':
       return random.pick(kOperators);
@@ -263,6 +269,19 @@ std::string Commands::word(char kind, Random& random) {
   }
 }
 
+/// The name of an entry of the active core's list, of that kind unless it is 0.
+std::string Commands::traced(int kind, Random& random) {
+  const auto* core = activeCore();
+  std::string name = random.pick(kNets);
+  const QList<mero::ostrel::TraceNode*>* list = core ? &core->trace->nodes : nullptr;
+  while (list && !list->isEmpty()) {
+    const mero::ostrel::TraceNode* node = list->at(int(random.below(std::size_t(list->size()))));
+    if (kind ? node->kind == kind : node->kind != 0) name = node->name.toStdString();
+    list = random.oneIn(2) ? &node->children : nullptr;
+  }
+  return name;
+}
+
 std::string Commands::expanded(const std::string& pattern, Random& random) {
   std::string text;
   for (std::size_t i = 0; i < pattern.size(); ++i) {
@@ -289,7 +308,10 @@ std::string Commands::expanded(const std::string& pattern, Random& random) {
 }
 
 Commands::Words Commands::generated(Random& random) {
-  std::istringstream pattern(random.oneIn(60) ? random.pick(kCostlyTemplates) : random.pick(kTemplates));
+  const char* const chosen = random.oneIn(60)   ? random.pick(kCostlyTemplates)
+                             : random.oneIn(12) ? random.pick(kRareTemplates)
+                                                : random.pick(kTemplates);
+  std::istringstream pattern(chosen);
   Words words;
   bool skipping = false;
   for (std::string piece; pattern >> piece;) {
@@ -299,7 +321,7 @@ Commands::Words Commands::generated(Random& random) {
     skipping &= !closes;
   }
   const bool mayBreak = words.front() != "ost_design" && words.size() > 1;  // a stray word there costs a run of Yosys
-  if (mayBreak && random.oneIn(12)) {
+  if (mayBreak && random.oneIn(25)) {
     const auto at = words.begin() + 1 + long(random.below(words.size() - 1));
     const int how = int(random.below(4));
     if (how == 0) words.erase(at);
@@ -371,6 +393,12 @@ std::size_t Commands::run(Random& random) {
   readDesign();
   must({"ost_project", "new"});
   must({"ost_core", "add", "c1"});
+  if (!random.oneIn(4)) {
+    must({"ost_trace", "add_sig", "state done u1/cnt u2/cnt[3:1] state[1] en"});
+    must({"ost_tu", "add", "{state} == 1x0x"});
+    must({"ost_tu", "add", "done .RE. 1"});
+    must({"ost_te", "add", "-expression", "TU1 -> TU2*3", "-max_seq_depth", "2", "-max_event_count", "4"});
+  }
   const bool byModel = random.oneIn(2);
   std::size_t bytes = 0;
   for (std::size_t count = 20 + random.below(60); count > 0; --count) {
