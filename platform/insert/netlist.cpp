@@ -21,7 +21,9 @@ QVector<int> clockOf(const CellConnections& cell, CellKind kind, int bit) {
   // All read ports of the memory in one cell: port i has bit i, counted from the right, of the parameter.
   const QVector<int> data = cell.ports.value("RD_DATA"), clocks = cell.ports.value("RD_CLK");
   const QByteArray enables = cell.parameters.value("RD_CLK_ENABLE");
-  const int readPort = clocks.isEmpty() ? 0 : data.indexOf(bit) / std::max(1, data.size() / clocks.size());
+  const int place = data.indexOf(bit);
+  if (place < 0 || clocks.isEmpty()) return {};
+  const int readPort = place / std::max(1, data.size() / clocks.size());
   if (readPort < clocks.size() && readPort < enables.size() && enables[enables.size() - 1 - readPort] == '1')
     return {clocks[readPort]};
   return {};
@@ -109,6 +111,7 @@ bool Netlist::Private::climb(const PlacedBit& inner, PlacedBit& outer) const {
 }
 
 bool Netlist::Private::descend(const PlacedBit& outer, const IndexedCell& cell, PlacedBit& inner) const {
+  if (cell.instance < 0) return false;  // one of Yosys' own cells that a damaged netlist gives an inout
   const int below = text.module(outer.module).instances[size_t(cell.instance)].module;
   if (below < 0 || text.module(below).blackBox) return false;
   const CellConnections connections = readCell(text, cell.offset);

@@ -208,7 +208,7 @@ int runCases(const char* name, Driver& driver, int argc, char** argv) {
     if (option == "-seed") seed = std::strtoull(argv[i + 1], nullptr, 10);
   }
   for (const int number : {SIGALRM, SIGABRT, SIGSEGV, SIGFPE})
-    if (number == SIGALRM || !&__sanitizer_set_death_callback) signal(number, onSignal);
+    if (number == SIGALRM || number == SIGABRT || !&__sanitizer_set_death_callback) signal(number, onSignal);
   if (&__sanitizer_set_death_callback) __sanitizer_set_death_callback(sayCurrent);
 
   const auto start = std::chrono::steady_clock::now();
