@@ -68,7 +68,7 @@ TEST(TriggerExpressionTest, ErrorsNameTheColumn) {
       {"TU1 -> ", "column 8: expected a trigger unit"},
       {"TU1 - TU2", "column 5: expected an operator"},
       {"a%", "column 2: expected an operator, '*', '->' or the end, found '%'"},
-      {"a\x01", "column 2: expected an operator, '*', '->' or the end, found an unprintable"},
+      {"a\x01", "column 2: expected an operator, '*', '->' or the end, found a character that is not printable ASCII"},
       {QString(200, '!') + "a", "column 66: parentheses and '!' are nested more than 64 deep"},
       {QString(60000, '('), "column 66: parentheses and '!' are nested more than 64 deep"},
       {"a0|a1|a2|a3|a4|a5|a6|a7|a8|a9|b0|b1|b2", "column 37: more than 12 different trigger units"},
