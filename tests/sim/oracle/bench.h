@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "platform/insert/insert_plan.h"
+#include "platform/plan/insert_plan.h"
 #include "tests/sim/oracle/model.h"
 
 namespace oracle {

@@ -165,7 +165,7 @@ Core Generator::makeCore(const Project& project, const QVector<Record>& records,
   while ((1 << depthBits) < core.depth) ++depthBits;
   if (chance(40)) core.timestampBits = depthBits + 1 + below(12);
   core.includeTrigger = chance(40);
-  if (chance(35)) core.eventCount = 2 + below(4);
+  if (chance(core.windows > 1 ? 65 : 35)) core.eventCount = 2 + below(4);
   if (chance(45)) core.triggerOut = static_cast<Core::TriggerOut>(1 + below(3));
   core.displayRadix = pick(QStringList{"bin", "oct", "dec", "hex"});
   core.triggerOutLow = chance(50);

@@ -5,7 +5,7 @@
 #include <QFile>
 #include <QRegularExpression>
 
-#include "platform/insert/capture_map.h"
+#include "platform/plan/capture_map.h"
 #include "tests/sim/oracle/runs.h"
 
 namespace oracle {

@@ -28,7 +28,15 @@ bool chooseRun(Generator& generator, const Core& core, const Record& record, boo
   return false;
 }
 
-/// Arms and reads every core, kRunsPerCore times.
+bool anyToggled(const QVector<Run>& runs) {
+  for (const Run& run : runs)
+    for (int row = 1; row < run.capture.table.rows(); ++row)
+      for (int bit = 0; bit < run.capture.core.probeWidth(); ++bit)
+        if (run.capture.probeBit(row, bit) != run.capture.probeBit(row - 1, bit)) return true;
+  return false;
+}
+
+/// Arms and reads every core, kRunsPerCore times, and more often where nothing worth comparing was captured.
 QVector<Run> captureAll(const Project& project, const ost::InsertPlan& plan, const QVector<Record>& rehearsal,
                         Generator& generator, const BenchFiles& files, double noise, Totals& totals) {
   Live live(files, plan, noise, static_cast<quint32>(generator.below(1 << 30)));
@@ -38,7 +46,7 @@ QVector<Run> captureAll(const Project& project, const ost::InsertPlan& plan, con
   double fastest = project.clockPeriods[0];
   for (double period : project.clockPeriods) fastest = std::min(fastest, period);
   const int passes = project.tckHalfPeriod > 5 * fastest ? 1 : kRunsPerCore;
-  for (int pass = 0; pass < passes; ++pass) {
+  for (int pass = 0; pass < passes || (pass < 12 && !anyToggled(runs)); ++pass) {
     for (int i = 0; i < project.cores.size(); ++i) {
       const Core& core = project.cores[i];
       const int clock = project.dut->clocks.indexOf(core.clock);
