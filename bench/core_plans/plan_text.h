@@ -8,7 +8,7 @@
 //   expr=0+1+2[:STEPS[:COUNT]][:ebr]                    units, largest depth, largest step count
 #pragma once
 
-#include "platform/insert/insert_plan.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 

@@ -3,12 +3,12 @@
 
 #include <QElapsedTimer>
 
-#include "platform/insert/capture_map.h"
 #include "platform/insert/netlist_editor.h"
 #include "platform/insert/output_folder.h"
 #include "platform/insert/proof.h"
 #include "platform/insert/verilog_writer.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/plan/capture_map.h"
 
 namespace ost {
 namespace {

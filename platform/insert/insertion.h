@@ -4,8 +4,8 @@
 #include <functional>
 
 #include "platform/design/design.h"
-#include "platform/insert/insert_plan.h"
 #include "platform/insert/netlist.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 

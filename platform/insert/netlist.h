@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "platform/design/design.h"
-#include "platform/insert/insert_plan.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 

@@ -4,11 +4,11 @@
 #include <QFileInfo>
 #include <QHash>
 
-#include "platform/insert/capture_map.h"
 #include "platform/istdata/trace_tree.h"
 #include "platform/istdata/trigger_expression.h"
 #include "platform/istdata/unit_value.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/plan/capture_map.h"
 
 namespace ost {
 

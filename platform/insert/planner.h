@@ -2,8 +2,8 @@
 #pragma once
 
 #include "platform/design/design.h"
-#include "platform/insert/insert_plan.h"
 #include "platform/istdata/project.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 

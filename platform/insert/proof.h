@@ -7,8 +7,8 @@
 #include <memory>
 
 #include "platform/design/design.h"
-#include "platform/insert/insert_plan.h"
 #include "platform/insert/netlist.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 

@@ -6,7 +6,7 @@
 #include <QVector>
 #include <vector>
 
-#include "platform/insert/insert_plan.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 

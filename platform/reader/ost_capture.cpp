@@ -3,9 +3,9 @@
 #include <QSaveFile>
 #include <cstdio>
 
-#include "platform/insert/capture_map.h"
 #include "platform/istdata/unit_value.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/plan/capture_map.h"
 #include "platform/reader/capture_options.h"
 #include "platform/reader/core_reader.h"
 #include "platform/reader/read_layout.h"

@@ -2,7 +2,7 @@
 // chain and status word.
 #pragma once
 
-#include "platform/insert/insert_plan.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 

@@ -5,7 +5,7 @@
 #include <QString>
 #include <QVector>
 
-#include "platform/insert/insert_plan.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 

@@ -7,7 +7,7 @@
 #include <QPair>
 #include <QString>
 
-#include "platform/insert/insert_plan.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "platform/insert/insert_plan.h"
+#include "platform/plan/insert_plan.h"
 #include "platform/rules/core_check.h"
 
 namespace ost {

@@ -11,13 +11,13 @@
 #include "platform/design/file_list.h"
 #include "platform/design/name_index.h"
 #include "platform/design/yosys.h"
-#include "platform/insert/capture_map.h"
 #include "platform/insert/netlist.h"
 #include "platform/insert/netlist_editor.h"
 #include "platform/insert/planner.h"
 #include "platform/istdata/project_file.h"
 #include "platform/istdata/trigger_expression.h"
 #include "platform/istdata/unit_value.h"
+#include "platform/plan/capture_map.h"
 #include "tests/fuzz/fuzz.h"
 
 namespace ost_fuzz {

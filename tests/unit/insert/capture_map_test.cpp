@@ -1,5 +1,5 @@
 // The capture map there and back, and the damaged ones that are refused.
-#include "platform/insert/capture_map.h"
+#include "platform/plan/capture_map.h"
 
 #include <gtest/gtest.h>
 

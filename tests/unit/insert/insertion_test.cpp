@@ -4,7 +4,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 
-#include "platform/insert/capture_map.h"
+#include "platform/plan/capture_map.h"
 #include "tests/unit/insert/tricky.h"
 
 namespace ost {

@@ -5,7 +5,7 @@
 
 #include <QFile>
 
-#include "platform/insert/capture_map.h"
+#include "platform/plan/capture_map.h"
 
 namespace ost {
 

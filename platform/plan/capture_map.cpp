@@ -1,13 +1,13 @@
 // Writes the capture map. Bits are short lists on one line each, so that the file reads well and stays small.
-#include "platform/insert/capture_map.h"
+#include "platform/plan/capture_map.h"
 
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
 #include <QCryptographicHash>
 
-#include "platform/insert/capture_map_words.h"
 #include "platform/istdata/unit_value.h"
+#include "platform/plan/capture_map_words.h"
 
 namespace ost {
 namespace {

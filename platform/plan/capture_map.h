@@ -4,7 +4,7 @@
 
 #include <QByteArray>
 
-#include "platform/insert/insert_plan.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 

@@ -4,13 +4,13 @@
 #include <QJsonObject>
 #include <climits>
 
-#include "platform/insert/capture_map.h"
-#include "platform/insert/capture_map_words.h"
 #include "platform/istdata/json_check.h"
 #include "platform/istdata/json_fields.h"
 #include "platform/istdata/trigger_expression.h"
 #include "platform/istdata/unit_value.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/plan/capture_map.h"
+#include "platform/plan/capture_map_words.h"
 
 namespace ost {
 namespace {
