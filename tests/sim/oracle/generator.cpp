@@ -215,6 +215,20 @@ bool isWorthRunning(const Core& core, const RunChoice& choice, const Record& rec
   return expected.complete && expected.rowsSeen - kArmRow <= kMostRunRows;
 }
 
+namespace {
+
+/// A core that would see nothing move proves nothing.
+bool sometimesToggles(const Core& core, const Record& record) {
+  int toggles = 0;
+  for (const Probe& probe : core.probes)
+    for (const QString& bit : probe.bits)
+      for (int row = kArmRow; row + 1 < record.rows.size(); ++row)
+        toggles += record.at(row, bit) != record.at(row + 1, bit);
+  return toggles > record.rows.size() / 10;
+}
+
+}  // namespace
+
 void Generator::addCores(Project& project, const QVector<Record>& records) {
   const int count = 1 + (chance(40) ? 1 + below(2) : 0);
   while (project.cores.size() < count) {
@@ -223,7 +237,7 @@ void Generator::addCores(Project& project, const QVector<Record>& records) {
     RunChoice whole = choice(core, record, true);
     whole.position = core.windowSamples - 1;
     whole.enabled.fill(true);
-    if (!core.probes.isEmpty() && isWorthRunning(core, whole, record)) project.cores += core;
+    if (sometimesToggles(core, record) && isWorthRunning(core, whole, record)) project.cores += core;
   }
 }
 

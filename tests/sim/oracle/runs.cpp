@@ -78,11 +78,13 @@ Run capture(Live& live, const Project& project, const ost::InsertPlan& plan, int
   run.choice = choice;
   const ost::RunSettings settings = settingsFor(plan.cores[core], project.cores[core], choice);
   const QString name = "core " + project.cores[core].name + ": ";
+  const qint64 before = live.hub.cycles();
   mustHold(live.reader.arm(core, settings, error), name + error);
   const qint64 armed = live.hub.cycles();
   const ost::WaitResult result = live.reader.waitUntilDone(core, {120, patience}, error);
   mustHold(result != ost::WaitResult::Failed, name + error);
   if (result == ost::WaitResult::Done) {
+    run.waitedTime = qint64(double(live.hub.cycles() - before) * 2000 * project.tckHalfPeriod);
     mustHold(live.reader.readOut(core, settings, run.capture, error), name + error);
     return run;
   }
@@ -279,6 +281,8 @@ class Comparison {
       if (run.outcome == Run::Done) {
         expected = expectedCapture(core, run.choice, record, armRow);
         if (expected.complete && expected.rowsSeen + 16 < record.rows.size()) break;
+        mustHold(record.times.last() < span.from + run.waitedTime + 40 * period,
+                 where + ": is done, where the model sees no end of the run");
       } else if (record.times.last() > span.to + 40 * period) {
         break;
       }

@@ -48,8 +48,8 @@ struct Run {
   RunChoice choice;
   Outcome outcome = Done;
   ost::Capture capture;
-  QStringList reasons;    ///< Untriggered: what the reader says of it,
-  qint64 waitedTime = 0;  ///< and for how long (ps) at least it has waited.
+  QStringList reasons;    ///< Untriggered: what the reader says of it.
+  qint64 waitedTime = 0;  ///< For how long (ps) the run went on: at most when done, at least when untriggered.
 };
 
 ost::RunSettings settingsFor(const ost::PlanCore& plan, const Core& core, const RunChoice& choice);
