@@ -1,11 +1,10 @@
-// Frames, the configuration chain of a run, and the words of the command line that change it.
+// Frames, what a run may change, and the words of the command line that change it.
 #include "platform/reader/run_settings.h"
 
 #include <gtest/gtest.h>
 
 #include "platform/reader/capture_options.h"
 #include "platform/reader/hub_frame.h"
-#include "platform/reader/read_layout.h"
 
 namespace ost {
 namespace {
@@ -84,75 +83,10 @@ TEST(HubFrame, TheCheckValueMakesTheFrameGoodAndAnyFlipBad) {
   EXPECT_EQ(frameCrc(digits), 0x0376E6E7u);
 }
 
-TEST(RunSettings, TheChainHoldsEveryFieldInItsPlace) {
-  InsertPlan plan = planWith(4, 16);
-  RunSettings settings(plan.cores[0]);
-  QString error;
-  ASSERT_TRUE(settings.setPosition(QStringLiteral("25%"), error));
-  ASSERT_TRUE(settings.setWindows(3, error));
-  ASSERT_TRUE(settings.setEventCount(4, error));
-  ASSERT_TRUE(settings.chooseExpressions(QStringLiteral("TE1"), error));
-  QByteArray chain = settings.chain();
-  for (char& bit : chain) bit = static_cast<char>('0' + bit);
-  EXPECT_EQ(chain,
-            "0010"  // pre 4
-            "01"    // last window 2
-            "110"   // 4 events
-            "10"
-            "001"
-            "101"  // M == 1x0
-            "000"
-            "0110"  // O < 6
-            "001"
-            "011"  // S 10x
-            "1"
-            "1"
-            "0001"
-            "00"
-            "10"
-            "01"
-            "11"   // TE1: 2 steps, counts 1 and 3, rows 0 to 3
-            "0");  // TE2 off, its table is in a memory
-  EXPECT_EQ(chain.size(), ReadLayout(plan.cores[0]).chainBits);
-}
-
-TEST(RunSettings, OperatorsWithinTheClassAndEdgesAsEncoded) {
+/// What is refused changes nothing. (How settings are encoded is the simulation's matter: tests/sim.)
+TEST(RunSettings, RefusesWhatTheHardwareHasNoRoomFor) {
   const InsertPlan plan = planWith(1, 16);
   QString error;
-  auto unitBits = [&](const char* op, const char* value, int first, int count) {
-    RunSettings settings(plan.cores[0]);
-    const QString name = first < 11 ? QStringLiteral("M") : QStringLiteral("O");
-    EXPECT_TRUE(settings.setUnit(name, QString::fromLatin1(op), QString::fromLatin1(value), error))
-        << error.toStdString();
-    QByteArray bits = settings.chain().mid(first, count);
-    for (char& bit : bits) bit = static_cast<char>('0' + bit);
-    return bits;
-  };
-  EXPECT_EQ(unitBits("!=", "0x1", 7, 8),
-            "00"
-            "100"
-            "101");
-  EXPECT_EQ(unitBits(".RE.", "011", 7, 8),
-            "01"
-            "000"
-            "110");
-  EXPECT_EQ(unitBits(".fe.", "100", 7, 8),
-            "01"
-            "001"
-            "000");
-  EXPECT_EQ(unitBits(">", "9", 15, 7),
-            "101"
-            "1001");
-  EXPECT_EQ(unitBits(">=", "9", 15, 7),
-            "100"
-            "1001");
-  EXPECT_EQ(unitBits("<=", "9", 15, 7),
-            "001"
-            "1001");
-  EXPECT_EQ(unitBits("!=", "9", 15, 7),
-            "110"
-            "1001");
-
   RunSettings settings(plan.cores[0]);
   const QByteArray before = settings.chain();
   const struct {
