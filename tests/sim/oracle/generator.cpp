@@ -218,13 +218,14 @@ bool isWorthRunning(const Core& core, const RunChoice& choice, const Record& rec
 namespace {
 
 /// A core that would see nothing move proves nothing.
-bool sometimesToggles(const Core& core, const Record& record) {
+bool seesMovement(const Core& core, const RunChoice& choice, const Record& record) {
   int toggles = 0;
-  for (const Probe& probe : core.probes)
-    for (const QString& bit : probe.bits)
-      for (int row = kArmRow; row + 1 < record.rows.size(); ++row)
-        toggles += record.at(row, bit) != record.at(row + 1, bit);
-  return toggles > record.rows.size() / 10;
+  for (const QVector<ExpectedSample>& window : expectedCapture(core, choice, record, kArmRow).windows)
+    for (const Probe& probe : core.probes)
+      for (const QString& bit : probe.bits)
+        for (int i = 1; i < window.size(); ++i)
+          toggles += record.at(window[i].row, bit) != record.at(window[i - 1].row, bit);
+  return toggles > 0;
 }
 
 }  // namespace
@@ -237,7 +238,7 @@ void Generator::addCores(Project& project, const QVector<Record>& records) {
     RunChoice whole = choice(core, record, true);
     whole.position = core.windowSamples - 1;
     whole.enabled.fill(true);
-    if (sometimesToggles(core, record) && isWorthRunning(core, whole, record)) project.cores += core;
+    if (isWorthRunning(core, whole, record) && seesMovement(core, whole, record)) project.cores += core;
   }
 }
 
