@@ -85,7 +85,9 @@ Run capture(Live& live, const Project& project, const ost::InsertPlan& plan, int
   mustHold(result != ost::WaitResult::Failed, name + error);
   if (result == ost::WaitResult::Done) {
     run.waitedTime = qint64(double(live.hub.cycles() - before) * 2000 * project.tckHalfPeriod);
+    const qint64 done = live.hub.cycles();
     mustHold(live.reader.readOut(core, settings, run.capture, error), name + error);
+    run.readCycles = live.hub.cycles() - done;
     return run;
   }
   // The last look's flags were those of its first cycles.

@@ -49,6 +49,7 @@ struct Run {
   Outcome outcome = Done;
   ost::Capture capture;
   QStringList reasons;    ///< Untriggered: what the reader says of it.
+  qint64 readCycles = 0;  ///< TCK cycles of the whole read-out.
   qint64 waitedTime = 0;  ///< For how long (ps) the run went on: at most when done, at least when untriggered.
 };
 

@@ -2,6 +2,7 @@
 #include "tests/sim/oracle/scenes.h"
 
 #include <QDir>
+#include <cstdio>
 
 #include "platform/reader/read_layout.h"
 
@@ -272,6 +273,37 @@ void Scenes::unusableLine() {
   live.end();
 }
 
+/// A full read-out of 32 x 1024 takes at most a tenth more TCK than its bare bits.
+void readOutCost(const Settings& settings, Totals& totals) {
+  Project project = sceneProject();
+  Core& core = project.cores[0];
+  project.cores.resize(1);
+  core.timestampBits = 0;
+  core.depth = core.windowSamples = 1024;
+  core.probes.clear();
+  for (const Net& net : project.dut->nets)
+    if (net.name == "u_a/count" || net.name == "u_a/noise" || net.name == "u_b/count")
+      core.probes += {net.name, net.bits()};
+  const BenchFiles files = prepareFolder(settings, "readout", project);
+  const ost::InsertPlan plan = insert(project, settings, files);
+  Live live(files, plan);
+  QString error;
+  mustHold(live.hub.open(error), error);
+  RunChoice choice;
+  choice.position = 100;
+  choice.enabled = {false, true};
+  choice.units = core.units;
+  const Run run = capture(live, project, plan, 0, choice, 400000);
+  live.end();
+  compareRuns(project, plan, files, {run}, totals);
+  const qint64 bits = 1024 * 32;
+  printf("read-out of %lld bits: %lld TCK cycles, %.1f %% more\n", bits, run.readCycles,
+         100.0 * double(run.readCycles - bits) / double(bits));
+  mustHold(plan.cores[0].probeBits.size() == 32 && run.readCycles * 10 <= bits * 11,
+           QString("%1 cycles for %2 bits").arg(run.readCycles).arg(bits));
+  if (!settings.keep && !settings.reuse) QDir(files.folder).removeRecursively();
+}
+
 }  // namespace
 
 void playScenes(const Settings& settings, Totals& totals) {
@@ -291,6 +323,7 @@ void playScenes(const Settings& settings, Totals& totals) {
     } catch (const Difference& difference) {
       throw Difference{QString("%1: ").arg(scene.name) + difference.text};
     }
+  readOutCost(settings, totals);
   if (!settings.keep && !settings.reuse) QDir(settings.work + "/scenes").removeRecursively();
 }
 
