@@ -15,18 +15,20 @@ help:
 	@echo "make bench   measure speed and the core's cost against their aims; BENCH_FULL=1 for the largest designs"
 	@echo "make asan    run the tests on a build with address and undefined-behaviour checks"
 	@echo "make fuzz    feed generated words and damaged files to the same build; SECONDS=n (60), SEED=n (the day's)"
-	@echo "make release build optimised for installing, into build/release"
+	@echo "make release build for installing: cmake --install build/release --prefix FOLDER"
 	@echo "make clean   remove build/"
 
-build: build/dev.built
-release: build/release.built
+build: build/dev.product
+release: build/release.product
 
-# Always run; the file is never made. CMake decides what is out of date.
-build/%.built:
+# Always run; the files are never made. CMake decides what is out of date. `product` is what a user runs, `built` has the
+# tests too.
+build/%.product: TARGET = --target product
+build/%.product build/%.built:
 	@tools/bootstrap
 	@mkdir -p build
 	@cmake --preset $* -DOST_WERROR=$(OST_WERROR) >build/$*.log 2>&1 || { cat build/$*.log; exit 1; }
-	@cmake --build --preset $* -j $(JOBS)
+	@cmake --build --preset $* -j $(JOBS) $(TARGET)
 
 test: build/dev.built
 	@ctest --preset dev -j 2
@@ -49,10 +51,10 @@ fuzz:
 	@cmake --build --preset asan --target fuzz_commands fuzz_files -j $(JOBS) >build/fuzz.log || { cat build/fuzz.log; exit 1; }
 	@tests/fuzz/run build/asan $(SECONDS) $(SEED)
 
-demo: build/dev.built
+demo: build/dev.product
 	@examples/demo/run build/dev
 
-bench: build/dev.built
+bench: build/dev.product
 	@cmake --build --preset dev --target bench_modules ost_emit_core -j $(JOBS) >build/bench.log 2>&1 || { cat build/bench.log; exit 1; }
 	@bench/run build/dev
 	@bench/core_cost build/dev || test $$? -eq 1

@@ -26,11 +26,12 @@ QString outputDirectory(const istProject& project) {
 
 void sayEstimate(const ost::InsertPlan& plan) {
   const auto line = [](const QString& object, const ost::ResourceEstimate& e) {
-    ost::say(QString("%1: about %2 LUTs, %3 flip-flops, %4 block RAMs, %5 memory bits")
+    ost::say(QString("%1: about %2 LUTs, %3 flip-flops, %4 block RAM%5, %6 memory bits")
                  .arg(object)
                  .arg(e.luts)
                  .arg(e.flipFlops)
                  .arg(e.blockRams)
+                 .arg(e.blockRams == 1 ? "" : "s")
                  .arg(e.memoryBits));
   };
   for (const ost::PlanCore& core : plan.cores) line("Core " + core.name, ost::estimateCore(core));
