@@ -127,7 +127,7 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (!routing.build(data, plan_, error_)) return false;
   int unique = 0;
   for (const ModuleVariant& variant : routing.variants()) unique += !variant.inPlace;
-  say(QStringLiteral("Connecting the probes: %1 modules below the top get a probe port, %2 of them made unique.")
+  say(QStringLiteral("Connecting the probes; modules below the top with a probe port: %1, made unique: %2.")
           .arg(routing.variants().size())
           .arg(unique));
   if (!instrument(data, routing)) return false;
