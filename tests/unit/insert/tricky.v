@@ -1,14 +1,7 @@
 // Small modules that are each hard to instrument for one reason, and a top that drives them all.
 
 // Instantiated often, with and without parameters; has a net of the name that the inserter would like.
-module leaf #(
-    parameter W = 4
-) (
-    input clk,
-    input rst,
-    input [W-1:0] step,
-    output [W-1:0] value
-);
+module leaf #(parameter W = 4) (input clk, input rst, input [W-1:0] step, output [W-1:0] value);
   reg [W-1:0] count = {W{1'b1}};
   wire ostrel_probe = count[0] ^ count[1];
   always @(posedge clk)
@@ -17,46 +10,25 @@ module leaf #(
   assign value = count;
 endmodule
 
-module pair (
-    input clk,
-    input rst,
-    input [3:0] step,
-    output [3:0] left,
-    output [3:0] right
-);
+module pair (input clk, input rst, input [3:0] step, output [3:0] left, output [3:0] right);
   leaf u_left (.clk(clk), .rst(rst), .step(step), .value(left));
   leaf u_right (.clk(clk), .rst(rst), .step(~step), .value(right));
 endmodule
 
 // Outputs that are the same net as an inout and an input, declared before them.
-module pad (
-    output seen,
-    output through,
-    inout io,
-    input drive,
-    input enable
-);
+module pad (output seen, output through, inout io, input drive, input enable);
   assign io = enable ? drive : 1'bz;
   assign seen = io;
   assign through = drive;
 endmodule
 
-module divider (
-    input clk,
-    output reg slow
-);
+module divider (input clk, output reg slow);
   initial slow = 0;
   always @(posedge clk) slow <= ~slow;
 endmodule
 
 // Byte enables and contents from the start.
-module store (
-    input clk,
-    input [1:0] write,
-    input [3:0] address,
-    input [15:0] in,
-    output reg [15:0] out
-);
+module store (input clk, input [1:0] write, input [3:0] address, input [15:0] in, output reg [15:0] out);
   (* ram_style = "block" *) reg [15:0] words[0:15];
   integer i;
   initial for (i = 0; i < 16; i = i + 1) words[i] = i * 16'h1357;
@@ -68,20 +40,9 @@ module store (
 endmodule
 
 module tricky (
-    input clk,
-    input rst,
-    input [7:0] stimulus,
-    inout io,
-    output io_seen,
-    output through,
-    output [3:0] a,
-    output [3:0] b,
-    output [6:0] wide,
-    output reg [0:7] turned,
-    output [15:0] word,
-    output reg [1:0] slow_count,
-    output reg held,
-    input ostrel_tck
+    input clk, input rst, input [7:0] stimulus, inout io, output io_seen, output through, output [3:0] a,
+    output [3:0] b, output [6:0] wide, output reg [0:7] turned, output [15:0] word, output reg [1:0] slow_count,
+    output reg held, input ostrel_tck
 );
   wire [3:0] c, d;
   pair u_one (.clk(clk), .rst(rst), .step(stimulus[3:0]), .left(a), .right(b));
