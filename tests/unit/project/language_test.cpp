@@ -1,8 +1,6 @@
 // Trigger expressions, unit values, names and the validators of a core's numbers.
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "platform/istdata/names.h"
 #include "platform/istdata/project.h"
 #include "platform/istdata/project_checks.h"
@@ -19,37 +17,22 @@ std::string text(const QString& s) {
 }
 
 TEST(TriggerExpressionTest, TruthTablesFollowPrecedence) {
-  // Unit i is bit i of the row: a = 1, b = 2, c = 4.
-  struct Case {
-    const char* expression;
-    std::function<bool(bool, bool, bool)> meaning;
-  };
-  const Case cases[] = {
-      {"a | b & c", [](bool a, bool b, bool c) { return a || (b && c); }},
-      {"a ^ b | c", [](bool a, bool b, bool c) { return (a != b) || c; }},
-      {"a ^ b & c", [](bool a, bool b, bool c) { return a != (b && c); }},
-      {"!a && !(b || !c)", [](bool a, bool b, bool c) { return !a && !(b || !c); }},
-      {"!!a^b^c", [](bool a, bool b, bool c) { return (a != b) != c; }},
-  };
-  for (const Case& c : cases) {
-    ParsedExpression parsed;
-    QString error;
-    ASSERT_TRUE(parseTriggerExpression(c.expression, parsed, error)) << c.expression << ": " << text(error);
-    ASSERT_EQ(parsed.units, QStringList({"a", "b", "c"}));
-    ASSERT_EQ(parsed.steps.size(), 1);
-    for (int row = 0; row < 8; ++row)
-      EXPECT_EQ(parsed.steps[0].truthTable[row] == '1', c.meaning(row & 1, row & 2, row & 4))
-          << c.expression << " row " << row;
-  }
-}
-
-TEST(TriggerExpressionTest, TwelveUnitsFillTheWholeTable) {
+  // Row 0 first; unit a is bit 0 of the row, b bit 1, c bit 2.
+  const struct {
+    const char *expression, *table;
+  } table[] = {{"a | b & c", "01010111"},
+               {"a ^ b | c", "01101111"},
+               {"a ^ b & c", "01010110"},
+               {"!a && !(b || !c)", "00001000"}};
   ParsedExpression parsed;
   QString error;
+  for (const auto& row : table) {
+    ASSERT_TRUE(parseTriggerExpression(row.expression, parsed, error)) << row.expression << ": " << text(error);
+    EXPECT_EQ(parsed.steps[0].truthTable, row.table) << row.expression;
+  }
   ASSERT_TRUE(parseTriggerExpression("u0&u1&u2&u3&u4&u5&u6&u7&u8&u9&u10&u11 -> u11*65536", parsed, error));
-  EXPECT_EQ(parsed.steps[0].truthTable.count('1'), 1);
-  EXPECT_EQ(parsed.steps[0].truthTable[4095], '1');
-  EXPECT_EQ(parsed.steps[1].truthTable.left(2049), QByteArray(2048, '0') + '1');
+  EXPECT_EQ(parsed.steps[0].truthTable, QByteArray(4095, '0') + '1');
+  EXPECT_EQ(parsed.steps[1].truthTable, QByteArray(2048, '0') + QByteArray(2048, '1'));
   EXPECT_EQ(parsed.steps[1].count, 65536);
 }
 
@@ -57,17 +40,14 @@ TEST(TriggerExpressionTest, ErrorsNameTheColumn) {
   const struct {
     QString expression;
     const char* error;
-  } cases[] = {
+  } table[] = {
       {"", "column 1: expected a trigger unit"},
-      {"TU1 &", "column 6: expected a trigger unit, '!' or '(', the expression ends here"},
       {"TU1 TU2", "column 5: expected an operator"},
       {"(TU1 | TU2", "column 11: expected ')' for the '(' at column 1"},
       {"TU1*0", "column 5: expected a count from 1 to 65536"},
       {"TU1*65537", "column 5: expected a count"},
       {"TU1*99999999999999999999", "column 5: expected a count"},
-      {"TU1 -> ", "column 8: expected a trigger unit"},
       {"TU1 - TU2", "column 5: expected an operator"},
-      {"a%", "column 2: expected an operator, '*', '->' or the end, found '%'"},
       {"a\x01", "column 2: expected an operator, '*', '->' or the end, found a character that is not printable ASCII"},
       {QString(200, '!') + "a", "column 66: parentheses and '!' are nested more than 64 deep"},
       {QString(60000, '('), "column 66: parentheses and '!' are nested more than 64 deep"},
@@ -75,11 +55,11 @@ TEST(TriggerExpressionTest, ErrorsNameTheColumn) {
       {QString("a->").repeated(16) + "a", "column 49: more than 16 steps"},
       {QString(65536, 'a'), "column 1: the expression is longer than 65535"},
   };
-  for (const auto& c : cases) {
+  for (const auto& row : table) {
     ParsedExpression parsed;
     QString error;
-    EXPECT_FALSE(parseTriggerExpression(c.expression, parsed, error));
-    EXPECT_EQ(text(error).rfind(c.error, 0), 0u) << text(error) << "\nexpected: " << c.error;
+    EXPECT_FALSE(parseTriggerExpression(row.expression, parsed, error));
+    EXPECT_EQ(text(error).rfind(row.error, 0), 0u) << text(error) << "\nexpected: " << row.error;
   }
 }
 
@@ -87,12 +67,13 @@ TEST(TriggerExpressionTest, RenamingTouchesWholeUnitNamesOnly) {
   EXPECT_EQ(text(renameUnitInExpression("TU1&TU11 | ( TU1 )*1 -> xTU1", "TU1", "n")), "n&TU11 | ( n )*1 -> xTU1");
 }
 
-TEST(UnitValueTest, DigitsBecomeBitsLeastSignificantFirst) {
+TEST(UnitValueTest, DigitsBecomeBitsLeastSignificantFirstOrAreRefused) {
   const struct {
-    const char *op, *radix, *digits;
+    const char *op, *radix;
+    QString digits;
     int width;
-    const char *value, *mask;
-  } cases[] = {
+    const char *value, *mask;  // null: refused
+  } table[] = {
       {"==", "Bin", "1x01", 4, "1001", "1101"},
       {"==", "Bin", "1", 3, "100", "111"},
       {"!=", "Hex", "xF", 6, "111100", "111100"},  // the leading don't-care covers only two bits
@@ -101,67 +82,35 @@ TEST(UnitValueTest, DigitsBecomeBitsLeastSignificantFirst) {
       {">=", "Dec", "4294967296", 33, "000000000000000000000000000000001", "111111111111111111111111111111111"},
       {"<", "Dec", "0005", 3, "101", "111"},
       {".RE.", "Bin", "10", 2, "01", "01"},
-      {".SC.", "Bin", "1100", 1, "0011", "1111"},
       {".SC.", "Hex", "C", 1, "0011", "1111"},
+      {"==", "Bin", "10000", 4, nullptr, nullptr},
+      {"==", "Dec", "16", 4, nullptr, nullptr},
+      {"==", "Dec", "x", 4, nullptr, nullptr},
+      {"<", "Bin", "x", 4, nullptr, nullptr},
+      {".RE.", "Bin", "0", 4, nullptr, nullptr},
+      {".RE.", "Bin", "x1", 4, nullptr, nullptr},
+      {".SC.", "Bin", "1", 2, nullptr, nullptr},
+      {".SC.", "Dec", "1", 1, nullptr, nullptr},
+      {".SC.", "Bin", "1x", 1, nullptr, nullptr},
+      {".SC.", "Bin", QString(257, '1'), 1, nullptr, nullptr},
+      {"==", "Hex", "", 4, nullptr, nullptr},
+      {"==", "Hex", "-1", 4, nullptr, nullptr},
+      {"==", "Hex", "1", 0, nullptr, nullptr},
+      {"==", "Hex", "1", 4097, nullptr, nullptr},
+      {"==", "Oct", "8", 4, nullptr, nullptr},
+      {"==", "Dec", QString(200000, '9'), 4096, nullptr, nullptr},
   };
-  for (const auto& c : cases) {
+  for (const auto& row : table) {
+    SCOPED_TRACE(text(QString("%1 %2 %3").arg(row.op, row.radix, row.digits.left(50))));
     Operator op;
     Radix radix;
     QByteArray value, mask;
     QString error;
-    ASSERT_TRUE(operatorFromText(c.op, op) && radixFromText(c.radix, radix));
-    EXPECT_TRUE(parseUnitValue(op, radix, c.digits, c.width, value, mask, error)) << c.digits << ": " << text(error);
-    EXPECT_EQ(value.toStdString(), c.value) << c.digits;
-    EXPECT_EQ(mask.toStdString(), c.mask) << c.digits;
-  }
-}
-
-TEST(UnitValueTest, MisfitsAreRefused) {
-  const struct {
-    const char *op, *radix;
-    QString digits;
-    int width;
-  } cases[] = {
-      {"==", "Bin", "2", 4},
-      {"==", "Bin", "10000", 4},
-      {"==", "Dec", "16", 4},
-      {"==", "Dec", "x", 4},
-      {"<", "Bin", "x", 4},
-      {".RE.", "Bin", "0", 4},
-      {".RE.", "Bin", "x1", 4},
-      {".SC.", "Bin", "1", 2},
-      {".SC.", "Dec", "1", 1},
-      {".SC.", "Bin", "1x", 1},
-      {"==", "Hex", "", 4},
-      {"==", "Hex", "-1", 4},
-      {"==", "Hex", "1", 0},
-      {"==", "Hex", "1", 4097},
-      {"==", "Hex", " 1", 4},
-      {"==", "Oct", "8", 4},
-      {".SC.", "Bin", QString(257, '1'), 1},
-      {"==", "Dec", QString(200000, '9'), 4096},
-  };
-  for (const auto& c : cases) {
-    Operator op;
-    Radix radix;
-    QByteArray value, mask;
-    QString error;
-    ASSERT_TRUE(operatorFromText(c.op, op) && radixFromText(c.radix, radix));
-    EXPECT_FALSE(parseUnitValue(op, radix, c.digits, c.width, value, mask, error)) << c.op << ' ' << text(c.digits);
-    EXPECT_FALSE(error.isEmpty());
-  }
-}
-
-TEST(UnitValueTest, EveryRadixWritesWhatItReads) {
-  for (const Radix radix : {Radix::Bin, Radix::Oct, Radix::Dec, Radix::Hex}) {
-    for (int number = 0; number < 512; number += 37) {
-      QByteArray value, mask, again, againMask;
-      QString digits, error;
-      ASSERT_TRUE(parseUnitValue(Operator::Equal, Radix::Dec, QString::number(number), 9, value, mask, error));
-      ASSERT_TRUE(formatUnitValue(radix, value, mask, digits));
-      ASSERT_TRUE(parseUnitValue(Operator::Equal, radix, digits, 9, again, againMask, error)) << text(digits);
-      EXPECT_EQ(again, value) << text(digits);
-    }
+    ASSERT_TRUE(operatorFromText(row.op, op) && radixFromText(row.radix, radix));
+    const bool taken = parseUnitValue(op, radix, row.digits, row.width, value, mask, error);
+    EXPECT_EQ(taken, row.value != nullptr) << text(error);
+    EXPECT_EQ(taken, error.isEmpty());
+    EXPECT_TRUE(!taken || (value == row.value && mask == row.mask)) << value.data() << ' ' << mask.data();
   }
 }
 
@@ -181,21 +130,13 @@ TEST(ValidatorTest, NumbersThatFitTogether) {
   for (const int depth : {-1, 0, 8, 17, 131072, 1 << 30}) {
     EXPECT_FALSE(istCore::isValidBufferDepth(depth)) << depth;
     EXPECT_EQ(istCore::getMinTimestampBitsByDepth(depth), -1);
-    EXPECT_TRUE(istCore::getValidNumberOfTrigsValuesByDepth(depth, 16).isEmpty());
   }
-  EXPECT_TRUE(istCore::isValidEventCounterValue(10) && istCore::isValidEventCounterValue(65536));
-  EXPECT_FALSE(istCore::isValidEventCounterValue(1) || istCore::isValidEventCounterValue(65537));
-}
-
-TEST(ValidatorTest, TriggerOutNamesHaveThreeKindsOfFault) {
-  EXPECT_EQ(istCore::isValidTriggerOutNetName("fired_1"), 0);
-  EXPECT_EQ(istCore::isValidTriggerOutNetName(""), 1);
-  for (const char* name : {"1a", "a b", "a/b", "a[0]", "wire", "always"})
+  for (const char* name : {"1a", "a b", "a/b", "a[0]", "wire"})
     EXPECT_EQ(istCore::isValidTriggerOutNetName(name), 2) << name;
   EXPECT_EQ(istCore::isValidTriggerOutNetName(QString(256, 'a')), 3);
 }
 
-TEST(ValidatorTest, AShallowerBufferBringsItsDependentsAlong) {
+TEST(ValidatorTest, AnotherBufferDepthBringsItsDependentsAlong) {
   Core core("c");
   core.options.captureMode = 1;
   core.options.timestamp = true;
@@ -213,18 +154,16 @@ TEST(ValidatorTest, AShallowerBufferBringsItsDependentsAlong) {
 TEST(NamesTest, RuleDefaultsAndNearNames) {
   QString error;
   EXPECT_TRUE(checkName("wire", "The name", error));  // a keyword is no matter outside Verilog
-  for (const QString& name : {QString(""), QString("1a"), QString("a b"), QString("a\xe9"), QString(256, 'a')})
+  for (const QString& name : {QString(), QString("1a"), QString("a b"), QString("a\xe9"), QString(256, 'a')})
     EXPECT_FALSE(checkName(name, "The name", error)) << text(name);
 
   DefaultNames names("TU");
   QStringList taken{"TU1", "TU3"};
   const auto isTaken = [&taken](const QString& name) { return taken.contains(name); };
-  EXPECT_EQ(text(names.next(isTaken)), "TU2");
-  taken << "TU2";
-  EXPECT_EQ(text(names.next(isTaken)), "TU4");
-  taken.removeOne("TU1");
+  EXPECT_EQ(names.next(isTaken), "TU2");
+  taken = QStringList{"TU2", "TU3"};
   names.released("TU1");
-  EXPECT_EQ(text(names.next(isTaken)), "TU1");
+  EXPECT_EQ(names.next(isTaken), "TU1");
 
   NearestNames near("u_uart/stat");
   for (const char* name : {"u_uart/state", "clk", "u_uart/STAT", "u_uart/start", "u_uart/data"}) near.offer(name);
