@@ -15,8 +15,8 @@ void need(bool good, const QString& text) {
   if (!good) throw Broken{text};
 }
 
-void mustHold(bool right, const QString& text) {
-  if (!right) throw Difference{text};
+void mustHold(bool right, const QString& text, const QString& error) {
+  if (!right) throw Difference{text + error};
 }
 
 namespace {
@@ -79,14 +79,14 @@ Run capture(Live& live, const Project& project, const ost::InsertPlan& plan, int
   const ost::RunSettings settings = settingsFor(plan.cores[core], project.cores[core], choice);
   const QString name = "core " + project.cores[core].name + ": ";
   const qint64 before = live.hub.cycles();
-  mustHold(live.reader.arm(core, settings, error), name + error);
+  mustHold(live.reader.arm(core, settings, error), name, error);
   const qint64 armed = live.hub.cycles();
   const ost::WaitResult result = live.reader.waitUntilDone(core, {120, patience}, error);
-  mustHold(result != ost::WaitResult::Failed, name + error);
+  mustHold(result != ost::WaitResult::Failed, name, error);
   if (result == ost::WaitResult::Done) {
     run.waitedTime = qint64(double(live.hub.cycles() - before) * 2000 * project.tckHalfPeriod);
     const qint64 done = live.hub.cycles();
-    mustHold(live.reader.readOut(core, settings, run.capture, error), name + error);
+    mustHold(live.reader.readOut(core, settings, run.capture, error), name, error);
     run.readCycles = live.hub.cycles() - done;
     return run;
   }
@@ -95,9 +95,9 @@ Run capture(Live& live, const Project& project, const ost::InsertPlan& plan, int
   run.outcome = Run::Untriggered;
   run.waitedTime = qint64(double(live.hub.cycles() - armed - look) * 2000 * project.tckHalfPeriod);
   ost::CoreStatus status;
-  mustHold(live.reader.status(core, status, error), name + error);
+  mustHold(live.reader.status(core, status, error), name, error);
   run.reasons = ost::explainWaiting(settings, status);
-  mustHold(live.reader.stop(core, error), name + error);
+  mustHold(live.reader.stop(core, error), name, error);
   return run;
 }
 

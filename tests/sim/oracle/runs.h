@@ -13,8 +13,9 @@ struct Difference {
   QString text;
 };
 
-void need(bool good, const QString& text);       ///< Throws Broken.
-void mustHold(bool right, const QString& text);  ///< Throws Difference.
+void need(bool good, const QString& text);  ///< Throws Broken.
+/// Throws Difference. `error`: what follows `text`, when `right` is what sets it.
+void mustHold(bool right, const QString& text, const QString& error = QString());
 
 /// What was compared.
 struct Totals {

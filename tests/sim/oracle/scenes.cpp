@@ -128,7 +128,7 @@ void Scenes::refusals() {
   } maps[] = {{&hash, "another project"}, {&cores, "number of cores"}, {&width, "word width of core c1"}};
   for (const auto& one : maps)
     mustHold(!ost::CoreReader(live.hub, *one.map).identify(error) && error.contains(one.text),
-             QString("a map with another %1 is taken: ").arg(one.text) + error);
+             QString("a map with another %1 is taken: ").arg(one.text), error);
   mustHold(live.reader.identify(error), error);
   const auto refused = [&](ost::HubOp op, int core, const char* text) {
     mustHold(ask(live.hub, op, core).flags.refused, QString("not refused: ") + text);
@@ -215,7 +215,7 @@ void Scenes::stoppedClock() {
            "not done before the clock stops");
   need(live.hub.cycles() < kFrom && live.hub.idle(int(kFrom + 10 - live.hub.cycles()), error),
        "too late to stop a clock");
-  mustHold(live.reader.readOut(0, settings, run.capture, error), "read-out with the clock stopped: " + error);
+  mustHold(live.reader.readOut(0, settings, run.capture, error), "read-out with the clock stopped: ", error);
   ost::CoreStatus status;
   mustHold(live.reader.status(2, status, error), error);
   mustHold(ost::explainWaiting(other, status).join(' ').contains("'clk_b' stands still"),
@@ -224,7 +224,7 @@ void Scenes::stoppedClock() {
   mustHold(!live.reader.arm(2, other, error), "armed without a clock");
   need(live.hub.cycles() < kTo && live.hub.idle(int(kTo + 10 - live.hub.cycles()), error),
        "the clock was back too early");
-  mustHold(live.reader.stop(2, error), "does not stop when the clock is back: " + error);
+  mustHold(live.reader.stop(2, error), "does not stop when the clock is back: ", error);
   Run stopped;
   stopped.core = 2;
   stopped.outcome = Run::Aborted;
@@ -269,7 +269,7 @@ void Scenes::slowTck() {
 void Scenes::unusableLine() {
   Live live(files_, plan_, 0.03, 1);
   QString error;
-  mustHold(!live.reader.identify(error) && error.contains("undisturbed"), "identifies on a line of noise: " + error);
+  mustHold(!live.reader.identify(error) && error.contains("undisturbed"), "identifies on a line of noise: ", error);
   live.end();
 }
 
