@@ -1,11 +1,79 @@
-// Which modules are made unique, what stays as the user wrote it, and trigger outputs.
+// Insertion into a design that is hard to instrument: what is made unique, what stays as the user wrote it, and the
+// proof, which accepts what is written and refuses every tampered edition of it.
+#include "platform/insert/insertion.h"
+
 #include <QRegularExpression>
 
+#include "bench/core_plans/plan_text.h"
+#include "platform/insert/proof.h"
 #include "platform/plan/capture_map.h"
-#include "tests/unit/insert/tricky.h"
+#include "tests/unit/scratch.h"
 
 namespace ost {
 namespace {
+
+/// Read once for all tests.
+const Design& trickyDesign() {
+  static const std::shared_ptr<const Design> design = [] {
+    DesignSource source;
+    source.files << OST_TRICKY;
+    QString error;
+    std::shared_ptr<const Design> read = Design::read(source, error);
+    EXPECT_TRUE(read) << plain(error);
+    return read;
+  }();
+  return *design;
+}
+
+std::shared_ptr<const Netlist> trickyNetlist() {
+  static const std::shared_ptr<const Netlist> netlist = [] {
+    QString error;
+    std::shared_ptr<const Netlist> loaded = Netlist::load(trickyDesign(), error);
+    EXPECT_TRUE(loaded) << plain(error);
+    return loaded;
+  }();
+  return netlist;
+}
+
+QVector<NetBit> bitsOf(const QString& name) {
+  NetSelection selection;
+  QString error;
+  EXPECT_TRUE(trickyDesign().resolve(name, selection, error)) << plain(error);
+  QVector<NetBit> bits;
+  for (int i = 0; i < selection.bits.size(); ++i)
+    bits.append({selection.instancePath, selection.net, selection.bits[i], selection.bitNames[i]});
+  return bits;
+}
+
+/// One core that traces the nets whose names or places need care, and triggers on the first bit.
+InsertPlan trickyPlan() {
+  InsertPlan plan = planFromText("depth=16 unit=match:0:1 expr=0");
+  PlanCore& core = plan.cores[0];
+  core.sampleClock = bitsOf("u_store/clk").first();
+  for (const char* name :
+       {"u_one/u_left/count", "u_two/u_right/ostrel_probe", "u_two/u_right/step", "u_wide/count[6:2]", "u/pad/io",
+        "u/pad/seen", "u/pad/through", "u_store/out", "u_div/slow", "slow_count", "odd.name[0]", "ostrel_debug_i",
+        "lanes[1].lane", "lanes[0].u_leaf/count[1]", "turned", "turned[2]", "held"}) {
+    core.probes.append(PlanProbe{name, {}});
+    for (const NetBit& bit : bitsOf(name)) {
+      core.probes.last().positions.append(core.probeBits.size());
+      core.probeBits.append(bit);
+    }
+  }
+  core.triggerBits = {core.probeBits[0]};
+  plan.topModule = trickyDesign().topModule();
+  plan.projectHash = planHash(plan);
+  return plan;
+}
+
+/// Inserts into the folder's "out"; a text when that fails.
+std::string insertTricky(const InsertPlan& plan, const Scratch& scratch, const InsertionHooks& hooks = {}) {
+  InsertionRequest request;
+  request.outputDirectory = scratch.path("out");
+  QString error;
+  if (runInsertion(plan, trickyDesign(), trickyNetlist(), request, hooks, error)) return std::string();
+  return error.isEmpty() ? "failed without a text" : plain(error);
+}
 
 TEST(Insertion, MakesUniqueOnlyWhatIsProbedDifferently) {
   Scratch scratch;
@@ -32,40 +100,75 @@ TEST(Insertion, MakesUniqueOnlyWhatIsProbedDifferently) {
   EXPECT_EQ(map.pins.tdo, "ostrel1_tdo");
 }
 
-TEST(Insertion, TriggerOutputIsAPortOrANetOfTheGivenName) {
-  Scratch scratch;
-  InsertPlan plan = trickyPlan();
-  plan.cores[0].triggerOutName = "fired";
-  const struct {
-    bool port, net;
-    const char *declaration, *driven;
-  } table[] = {{true, false, "output fired;", "fired"},
-               {false, true, "(* keep = 32'd1 *)\n  wire fired;", "fired"},
-               {true, true, "(* keep = 32'd1 *)\n  wire fired_net;", "fired_net"}};
-  for (const auto& row : table) {
-    plan.cores[0].triggerOutIo = row.port;
-    plan.cores[0].triggerOutNet = row.net;
-    ASSERT_EQ(insertTricky(plan, scratch), "");
-    const QString verilog = scratch.read("out/tricky_debug.v");
-    EXPECT_TRUE(has(verilog, row.declaration));
-    EXPECT_TRUE(verilog.contains(QString(".c0_trig_out(") + row.driven + ")")) << row.driven;
-    EXPECT_EQ(verilog.contains("output fired;"), row.port);
-    EXPECT_EQ(verilog.contains("assign fired = fired_net;"), row.port && row.net);
-  }
-  plan.cores[0].triggerOutName = "slow";
-  EXPECT_TRUE(has(insertTricky(plan, scratch).c_str(), "\"slow\""));
-}
-
-TEST(Insertion, ThatIsCancelledLeavesTheOldResult) {
+TEST(Insertion, ThatFailsLeavesTheOldResult) {
   Scratch scratch;
   ASSERT_EQ(insertTricky(trickyPlan(), scratch), "");
   const QByteArray before = scratch.read("out/capture_map.json");
-  for (int left : {0, 2}) {
+  InsertPlan taken = trickyPlan();
+  taken.cores[0].triggerOutIo = true;
+  taken.cores[0].triggerOutName = "slow";
+  const struct {
+    InsertPlan plan;
+    int idleCalls;
+    const char* text;
+  } table[] = {{trickyPlan(), 0, "cancelled"}, {trickyPlan(), 2, "ancelled"}, {taken, 1 << 30, "\"slow\""}};
+  for (const auto& row : table) {
     InsertionHooks hooks;
+    int left = row.idleCalls;
     hooks.idle = [&left] { return left-- > 0; };
-    EXPECT_NE(insertTricky(trickyPlan(), scratch, hooks), "");
+    EXPECT_TRUE(has(insertTricky(row.plan, scratch, hooks).c_str(), row.text));
     EXPECT_EQ(scratch.entries(), QStringList("out"));
     EXPECT_EQ(scratch.read("out/capture_map.json"), before);
+  }
+}
+
+TEST(Proof, HoldsForTheWrittenDesignAndFailsForTamperedOnes) {
+  Scratch scratch;
+  InsertPlan plan = trickyPlan();
+  ASSERT_EQ(insertTricky(plan, scratch), "");
+  plan.pins = {"ostrel1_tck", "ostrel1_tms", "ostrel1_tdi", "ostrel1_tdo"};
+  const QString original = scratch.read("out/tricky_debug.v");
+  ProofReport report;
+  const auto prove = [&](const QString& verilog) {
+    ProofFiles files;
+    files.instrumented = scratch.write("tampered.v", verilog.toLatin1());
+    files.debugModule = scratch.path("out/ostrel_debug.v");
+    QString error;
+    return proveUnchanged(plan, trickyDesign(), trickyNetlist(), files, {}, report, error) ? QString("holds") : error;
+  };
+  ASSERT_EQ(plain(prove(original)), "holds");
+  EXPECT_EQ(report.probesChecked, plan.cores[0].probeWidth() + 2);  // the clock and the trigger's bit too
+  EXPECT_GE(report.modulesProved, 9);
+  EXPECT_EQ(report.lines.size(), 2);
+
+  const struct {
+    const char* pattern;
+    const char* replacement;  // \1 ... from the pattern
+    const char* complaint;
+  } tampers[] = {
+      {"(module leaf__ostrel.*?= value) \\+ ", "\\1 - ", "module leaf__ostrel"},
+      {"(module leaf\\(.*?)value\\[1\\];", "\\1value[2];", "module leaf could"},  // one that nobody probes
+      {"(module divider.*?)posedge", "\\1negedge", "the other edge"},
+      {"slow_count = 2'h2", "slow_count = 2'h1", "initial value"},
+      {"posedge slow\\)", "posedge clk)", "module tricky could"},
+      {"posedge rst", "negedge rst", "module tricky could"},
+      {"~ slow;", "slow;", "module divider could"},
+      {"words\\[3\\] = 16'h3", "words[3] = 16'h2", "\"mem|"},
+      {"(\\.address\\(stimulus)\\[5:2\\]", "\\1[6:3]", "u_store.address"},
+      {"(\\.c0_probe\\(\\{ )(.*?), (.*?),", "\\1\\3, \\2,", "looks at another net"},
+      {"= \\{ value\\[0\\], value\\[1\\]", "= { value[1], value[0]", "looks at another net"},
+  };
+  for (const auto& tamper : tampers) {
+    SCOPED_TRACE(tamper.pattern);
+    const QRegularExpression pattern(tamper.pattern, QRegularExpression::DotMatchesEverythingOption);
+    const QRegularExpressionMatch match = pattern.match(original);
+    QString text = tamper.replacement;
+    for (int group = 1; group <= match.lastCapturedIndex(); ++group)
+      text.replace(QString("\\%1").arg(group), match.captured(group));
+    QString tampered = original;
+    tampered.replace(match.capturedStart(), match.capturedLength(), text);
+    ASSERT_TRUE(match.hasMatch() && tampered != original);
+    EXPECT_TRUE(has(prove(tampered), tamper.complaint));
   }
 }
 

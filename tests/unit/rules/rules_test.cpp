@@ -22,6 +22,9 @@ endmodule
 module inner(input ck, input d, output q);
   bit_reg u_reg(.clk(ck), .d(d), .q(q));
 endmodule
+module pad(inout io, output seen);
+  assign seen = io;
+endmodule
 module top(input clk, input clk2, input [3:0] din, output reg [3:0] count, output slow, output deep, output [15:0] wide);
   wire floating;
   wire [3:0] half;
@@ -31,9 +34,18 @@ module top(input clk, input clk2, input [3:0] din, output reg [3:0] count, outpu
   reg [15:0] shift;
   assign wide = shift ^ {12'd0, half} ^ {14'd0, fixed} ^ {15'd0, floating};
   wire mixed = slow & count[0];
+  reg [7:0] cells [0:3], cell;
+  reg cleared;
+  pad u_pad(.io(deep), .seen());
+  wire clear = din[3];
+  always @(posedge slow or posedge clear)
+    if (clear) cleared <= 1'b0;
+    else cleared <= !cleared;
   always @(posedge clk) begin
     count <= count + 4'd1;
     shift <= {shift[14:0], mixed};
+    if (din[0]) cells[din[2:1]] <= wide[7:0];
+    cell <= cells[count[1:0]];
   end
   inner u_slow(.ck(clk2), .d(din[0]), .q(slow));
   inner u_deep(.ck(renamed_clk), .d(din[1]), .q(deep));
@@ -181,6 +193,9 @@ const struct {
      {60, 60, 61, 61}},
     {"trace=u_slow/u_reg/q mixed", {62}},
     {"clock=u_deep/u_reg/clk; trace=u_deep/q", {}},  // the same clock under another name
+    {"trace=cell[0] u_pad/seen", {}},                // a memory, and a register behind an inout
+    {"clock=slow; trace=cleared", {62, 62}},         // a clock that is a register below, and an asynchronous reset
+    {"clock=u_slow/q; no_trace; trace=cleared; dram=1; signals=deep; value=1", {62}},
     {"clock=clk2", {62, 62, 63}},
     {"clock=fixed[0]", {64}},
     {"trace=renamed_clk", {65}},
