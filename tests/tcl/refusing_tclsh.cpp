@@ -2,16 +2,20 @@
 // The program's own definitions stand before those of libistcomdata, which they call for everything else. Also here:
 // what only a host of the package can do with its handlers.
 //
-//   refused(OPERATION)   fails, with this text as the service's
-//   spoken(OPERATION)    the service's text of an operation that is carried out
-//   answered(GETTER)     a number instead of the real one; or "null" for an object
-//   calls                what was called since the script emptied it: {OPERATION argument ...} ...
+//   with refused OPERATION TEXT SCRIPT   the operation fails, with TEXT as the service's
+//   with spoken OPERATION TEXT SCRIPT    it is carried out, and the service's text is TEXT
+//   with answered GETTER VALUE SCRIPT    the getter's value is VALUE; its object is gone, whatever VALUE is
+//   with spelled core NAME SCRIPT        whatever name is asked for, the service means the core NAME
+//   calls                                variable: {OPERATION argument ...} ... since the script emptied it
 #include <dlfcn.h>
 #include <tcl.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <map>
+#include <string>
 #include <type_traits>
+#include <utility>
 
 #include "commands/handlers.h"
 #include "framework/ist_com_data.h"
@@ -21,21 +25,36 @@ namespace {
 
 Tcl_Interp* host = nullptr;
 
-/// The element of the script's array; null where there is none.
-const char* wish(const char* array, const char* name) {
-  return Tcl_GetVar2(host, array, name, TCL_GLOBAL_ONLY);
+/// Of a kind and the name of an operation or getter: what the script wants.
+std::map<std::pair<std::string, std::string>, std::string> wishes;
+
+/// Null where the script wants nothing.
+const char* wish(const char* kind, const char* name) {
+  const auto found = wishes.find({kind, name});
+  return found != wishes.end() ? found->second.c_str() : nullptr;
 }
 
-void note(Tcl_DString* call, const QString& text) {
-  Tcl_DStringAppendElement(call, text.toLatin1().constData());
+int evaluateWith(ClientData, Tcl_Interp* interp, int, const char** argv) {
+  const auto place = wishes.insert_or_assign({argv[1], argv[2]}, argv[3]).first;
+  const int status = Tcl_Eval(interp, argv[4]);
+  wishes.erase(place);
+  return status;
 }
-void note(Tcl_DString* call, const QStringList& texts) {
-  note(call, texts.join(QLatin1Char('+')));
+
+// Each puts an argument behind the call, but for the `message`, which is no argument of interest.
+void note(Tcl_DString* call, const QString* message, const QString& text) {
+  if (&text != message) Tcl_DStringAppendElement(call, text.toLatin1().constData());
 }
-void note(Tcl_DString* call, int number) {
-  note(call, QString::number(number));
+void note(Tcl_DString* call, const QString* message, const std::string& text) {
+  note(call, message, QString::fromLatin1(text.c_str()));
 }
-void note(Tcl_DString*, const void*) {}  // the service's own objects
+void note(Tcl_DString* call, const QString* message, const QStringList& texts) {
+  note(call, message, texts.join(QLatin1Char('+')));
+}
+void note(Tcl_DString* call, const QString* message, int number) {
+  note(call, message, QString::number(number));
+}
+void note(Tcl_DString*, const QString*, const void*) {}  // the service's own objects
 
 /// The function that this program's `own` hides: the next one of that name.
 template <class Member>
@@ -57,18 +76,13 @@ struct SpokenText {
   QString* message;
 };
 
-template <class Argument>
-void noteUnlessMessage(Tcl_DString* call, const Argument& argument, const QString* message) {
-  if (static_cast<const void*>(&argument) != message) note(call, argument);
-}
-
 template <class Member, class... Arguments>
 auto perform(const char* name, Member own, mero::ostrel::IstComData* service, QString* message, Arguments&... arguments)
     -> decltype((service->*own)(arguments...)) {
   Tcl_DString call;
   Tcl_DStringInit(&call);
   Tcl_DStringAppendElement(&call, name);
-  (noteUnlessMessage(&call, arguments, message), ...);
+  (note(&call, message, arguments), ...);
   Tcl_SetVar(host, "calls", Tcl_DStringValue(&call), TCL_GLOBAL_ONLY | TCL_APPEND_VALUE | TCL_LIST_ELEMENT);
   Tcl_DStringFree(&call);
 
@@ -80,14 +94,38 @@ auto perform(const char* name, Member own, mero::ostrel::IstComData* service, QS
 
 /// For numbers, and for objects, which a test can only take away.
 template <class Getter, class... Arguments>
-auto answer(const char* name, Getter own, mero::ostrel::IstComData* service, Arguments&... arguments) {
+auto answer(const char* name, Getter own, mero::ostrel::IstComData* service, Arguments&... arguments)
+    -> decltype((service->*own)(arguments...)) {
   const char* wanted = wish("answered", name);
   if (!wanted) return (service->*hidden(own))(arguments...);
-  if constexpr (std::is_pointer_v<decltype((service->*own)(arguments...))>) {
-    return static_cast<decltype((service->*own)(arguments...))>(nullptr);
+  typedef decltype((service->*own)(arguments...)) Value;
+  if constexpr (std::is_pointer_v<Value>) {
+    return nullptr;
+  } else if constexpr (std::is_same_v<Value, QString>) {
+    return QString::fromLatin1(wanted);
   } else {
     return std::atoi(wanted);
   }
+}
+
+QString spelled(const QString& core) {
+  const char* name = wish("spelled", "core");
+  return name ? QString::fromLatin1(name) : core;
+}
+
+/// What a tree of the real service has not: a bus without members, an unknown kind, and a reference that is not called
+/// like its target.
+mero::ostrel::istTraceData* oddTree() {
+  static mero::ostrel::istTraceData tree;
+  static mero::ostrel::TraceNode bus, unknown, reference, target;
+  bus.kind = mero::ostrel::TRACE_NODE_BUS;
+  bus.name = QString::fromLatin1("empty");
+  unknown.kind = 5;
+  reference.kind = mero::ostrel::TRACE_NODE_REF;
+  reference.target = &target;
+  target.name = QString::fromLatin1("u q[2]");
+  tree.nodes = {&bus, &unknown, &reference};
+  return &tree;
 }
 
 }  // namespace
@@ -100,65 +138,86 @@ namespace ostrel {
   Result IstComData::name parameters {                                                                          \
     return perform(#name, static_cast<Result(IstComData::*) parameters>(&IstComData::name), this, __VA_ARGS__); \
   }
-#define GETTER(Result, name, parameters, ...)                   \
-  Result IstComData::name parameters {                          \
-    return answer(#name, &IstComData::name, this, __VA_ARGS__); \
+#define GETTER(Result, name, parameters, ...)             \
+  Result IstComData::name parameters {                    \
+    return answer(#name, &IstComData::name, __VA_ARGS__); \
   }
 
-OPERATION(bool, LoadDesign, (QString & m), &m, m)
-OPERATION(bool, NewProject, (QString & m), &m, m)
-OPERATION(bool, NewProject, (const QString& f, QString& m), &m, f, m)
-OPERATION(bool, OpenProject, (const QString& f, QString& m), &m, f, m)
-OPERATION(bool, SaveProject, (QString & m), &m, m)
-OPERATION(bool, SaveProjectAs, (const QString& f, QString& m), &m, f, m)
+typedef const QString& In;
+typedef QString& Out;
+
+OPERATION(bool, LoadDesign, (Out m), &m, m)
+OPERATION(bool, NewProject, (Out m), &m, m)
+OPERATION(bool, NewProject, (In f, Out m), &m, f, m)
+OPERATION(bool, OpenProject, (In f, Out m), &m, f, m)
+OPERATION(bool, SaveProject, (Out m), &m, m)
+OPERATION(bool, SaveProjectAs, (In f, Out m), &m, f, m)
 OPERATION(bool, CloseProject, (), nullptr)
 OPERATION(void, registerToHDLmanager, (), nullptr)
 OPERATION(void, unregisterToHDLmanager, (), nullptr)
 OPERATION(void, EnableAllCores, (bool on), nullptr, on)
-OPERATION(bool, EnableCore, (const QString& n, bool on), nullptr, n, on)
-OPERATION(bool, DRC, (QString & m), &m, m)
+OPERATION(bool, EnableCore, (In n, bool on), nullptr, n, on)
+OPERATION(bool, DRC, (Out m), &m, m)
 OPERATION(bool, Insert, (int mode), nullptr, mode)
-OPERATION(istCore*, addCore, (const QString& n, QString& m), &m, n, m)
-OPERATION(bool, deleteCore, (const QString& n, QString& m), &m, n, m)
-OPERATION(bool, renameCore, (const QString& o, const QString& n, QString& m), &m, o, n, m)
-OPERATION(bool, selectCore, (const QString& n), nullptr, n)
-OPERATION(bool, addWishboneMaster, (QString & m), &m, m)
-OPERATION(bool, deleteWishboneMaster, (QString & m), &m, m)
-OPERATION(bool, addSerdesCore, (QString & m), &m, m)
-OPERATION(bool, deleteSerdesCore, (QString & m), &m, m)
-OPERATION(bool, addTraceSignals, (istTraceData * t, QStringList s, QString b, QString p, QString& m), &m, t, s, b, p, m)
-OPERATION(bool, moveTraceSignals, (istTraceData * t, QStringList s, QString b, QString p, QString& m), &m, t, s, b, p,
-          m)
-OPERATION(bool, removeTraceSignals, (istTraceData * t, QStringList s, QString& m), &m, t, s, m)
-OPERATION(bool, groupTraceSignals, (istTraceData * t, QString& b, QStringList s, QString& m), &m, t, b, s, m)
-OPERATION(bool, ungroupTraceSignals, (istTraceData * t, const QString& b, QString& m), &m, t, b, m)
-OPERATION(bool, renameTraceBus, (istTraceData * t, const QString& b, const QString& n, QString& m), &m, t, b, n, m)
-OPERATION(bool, addTU,
-          (QString & r, const QStringList& s, QString& o, QString& v, QString& n, QString& m, istDataset* d), &m, r, s,
-          o, v, n, m, d)
-OPERATION(bool, setTU,
-          (istTU * u, QString& r, const QStringList& a, const QStringList& s, QString& o, QString& v, QString& m,
-           istDataset* d),
-          &m, u, r, a, s, o, v, m, d)
-OPERATION(bool, renameTU, (const QString& o, const QString& n, QString& m, istDataset* d), &m, o, n, m, d)
-OPERATION(bool, renameTE, (const QString& o, const QString& n, QString& m, istDataset* d), &m, o, n, m, d)
-OPERATION(bool, removeTU, (const QString& n, istDataset* d), nullptr, n, d)
-OPERATION(bool, removeTE, (const QString& n, istDataset* d), nullptr, n, d)
-OPERATION(bool, addTE, (QString & n, const QString& e, int r, int s, int c, QString& m, istDataset* d), &m, n, e, r, s,
-          c, m, d)
-OPERATION(bool, setTE, (QString & n, const QString& e, int r, int s, int c, QString& m, istDataset* d), &m, n, e, r, s,
-          c, m, d)
-
-GETTER(istTraceData*, getTrace, (istCore * core), core)
-GETTER(istDataset*, getDataset, (istCore * core), core)
 OPERATION(RTLHierachy*, hierarchy, (), nullptr)
-GETTER(int, getBufferDepth, (istCore * core), core)
-GETTER(int, getTimeStampBits, (istCore * core), core)
-GETTER(int, getCaptureMode, (istCore * core), core)
-GETTER(int, getCaptureNum, (istCore * core), core)
-GETTER(int, getCaptureMin, (istCore * core), core)
-GETTER(int, getDefaultTrigRadix, (istCore * core), core)
-GETTER(int, getEventCounter, (istCore * core), core)
+OPERATION(void, PrintMessage, (const std::string& code, std::string a, std::string b), nullptr, code, a, b)
+OPERATION(bool, deleteCore, (In n, Out m), &m, n, m)
+OPERATION(bool, renameCore, (In o, In n, Out m), &m, o, n, m)
+OPERATION(bool, addWishboneMaster, (Out m), &m, m)
+OPERATION(bool, deleteWishboneMaster, (Out m), &m, m)
+OPERATION(bool, addSerdesCore, (Out m), &m, m)
+OPERATION(bool, deleteSerdesCore, (Out m), &m, m)
+OPERATION(bool, addTraceSignals, (istTraceData * t, QStringList s, QString b, QString p, Out m), &m, t, s, b, p, m)
+OPERATION(bool, moveTraceSignals, (istTraceData * t, QStringList s, QString b, QString p, Out m), &m, t, s, b, p, m)
+OPERATION(bool, removeTraceSignals, (istTraceData * t, QStringList s, Out m), &m, t, s, m)
+OPERATION(bool, groupTraceSignals, (istTraceData * t, Out b, QStringList s, Out m), &m, t, b, s, m)
+OPERATION(bool, ungroupTraceSignals, (istTraceData * t, In b, Out m), &m, t, b, m)
+OPERATION(bool, renameTraceBus, (istTraceData * t, In b, In n, Out m), &m, t, b, n, m)
+OPERATION(bool, addTU, (Out r, const QStringList& s, Out o, Out v, Out n, Out m, istDataset* d), &m, r, s, o, v, n, m,
+          d)
+OPERATION(bool, renameTU, (In o, In n, Out m, istDataset* d), &m, o, n, m, d)
+OPERATION(bool, renameTE, (In o, In n, Out m, istDataset* d), &m, o, n, m, d)
+OPERATION(bool, removeTU, (In n, istDataset* d), nullptr, n, d)
+OPERATION(bool, removeTE, (In n, istDataset* d), nullptr, n, d)
+OPERATION(bool, addTE, (Out n, In e, int r, int s, int c, Out m, istDataset* d), &m, n, e, r, s, c, m, d)
+OPERATION(bool, setTE, (Out n, In e, int r, int s, int c, Out m, istDataset* d), &m, n, e, r, s, c, m, d)
+OPERATION(void, setDisableDistRAM, (bool on, istCore* core), nullptr, on, core)
+
+GETTER(bool, isProjBusy, (), this)
+GETTER(istDataset*, getDataset, (istCore * core), this, core)
+GETTER(int, getBufferDepth, (istCore * core), this, core)
+GETTER(QString, getCaptureModeName, (istCore * core), this, core)
+GETTER(int, getTimeStampBits, (istCore * core), this, core)
+GETTER(int, getCaptureMode, (istCore * core), this, core)
+GETTER(int, getCaptureNum, (istCore * core), this, core)
+GETTER(int, getCaptureMin, (istCore * core), this, core)
+GETTER(int, getDefaultTrigRadix, (istCore * core), this, core)
+GETTER(int, getEventCounter, (istCore * core), this, core)
+
+istCore* IstComData::addCore(const QString& typed, QString& m) {
+  const QString name = spelled(typed);
+  return perform("addCore", &IstComData::addCore, this, &m, name, m);
+}
+
+bool IstComData::selectCore(const QString& typed) {
+  const QString name = spelled(typed);
+  return perform("selectCore", &IstComData::selectCore, this, nullptr, name);
+}
+
+istCore* IstComData::getCore(const QString& typed) {
+  return (this->*hidden(&IstComData::getCore))(spelled(typed));
+}
+
+istTraceData* IstComData::getTrace(istCore* core) {
+  const char* wanted = wish("answered", "getTrace");
+  return wanted && !std::strcmp(wanted, "odd") ? oddTree() : answer("getTrace", &IstComData::getTrace, this, core);
+}
+
+istWishboneMaster* IstComData::getWishboneMaster() {
+  istWishboneMaster* master = answer("getWishboneMaster", &IstComData::getWishboneMaster, this);
+  if (master) master->bigEndianOnly = wish("answered", "bigEndianOnly");
+  return master;
+}
 
 }  // namespace ostrel
 }  // namespace mero
@@ -190,6 +249,7 @@ int start(Tcl_Interp* interp) {
   host = interp;
   hostTable().registerCmd("ost_wishbone", "set", "usage", ost_set_wbone_opt, mero::ostrel::IstComData::getInstance());
   Tcl_CreateCommand(interp, "ost_wishbone", tcl_cmdex::TclCmdExInvoker, &hostTable(), nullptr);
+  Tcl_CreateCommand(interp, "with", evaluateWith, nullptr, nullptr);
   Tcl_CreateCommand(interp, "silent", isSilent, nullptr, nullptr);
   return Tcl_Init(interp);
 }

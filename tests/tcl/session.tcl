@@ -1,14 +1,15 @@
 # What the test files of the command groups share: a small design, a project to begin with, and sessions, which say
-# what an engineer types and sees.
+# what an engineer types and sees. Run by refusing_tclsh.
 package require tcltest 2.3
 namespace import ::tcltest::*
 package require ost_tclwrapper
 package require ost_platform
+source [file join [file dirname [info script]] files.tcl]
 
+if {[info commands silent] eq ""} {error "run this file by <build>/bin/refusing_tclsh in the place of tclsh"}
 set dir [makeDirectory work]
 cd $dir
-set verilog [open top.v w]
-puts $verilog {
+put top.v {
 module sub(input clk, input en, output reg [7:0] cnt);
   always @(posedge clk) if (en) cnt <= cnt + 1;
 endmodule
@@ -20,8 +21,9 @@ module top(input clk, input rst, input en, output [7:0] a, output [7:0] b, outpu
   always @(posedge clk)
     if (rst) begin state <= 0; done <= 0; end else begin state <= state + 1; done <= state == 9; end
 endmodule
+(* ostrel_role = "dcu j2w jtag2wb" *) module paths(input clk); endmodule
+(* ostrel_role = "jtag2wb jtag2wb_core" *) module own(input clk); endmodule
 }
-close $verilog
 ost_design read -top top top.v
 
 proc fresh {} {
@@ -31,10 +33,7 @@ proc fresh {} {
 # The unit TU1 as the project file holds it.
 proc stored {} {
     listen {ost_project save -overwrite stored.ost}
-    set in [open stored.ost]
-    set text [read $in]
-    close $in
-    regexp {"units": \[\s+\{([^\}]*)\}} $text -> unit
+    regexp {"units": \[\s+\{([^\}]*)\}} [contents stored.ost] -> unit
     return [string trim [regsub -all {\s+} [string map {\" {}} $unit] " "]]
 }
 
@@ -63,15 +62,22 @@ proc listen {script} {
     return [list $status $result $text]
 }
 
+# The operations of the service that the script called, with their arguments.
+proc called {script} {
+    set ::calls {}
+    listen $script
+    return $::calls
+}
+
 # Code and pattern of each message of the catalogue, with the places of its arguments in parentheses.
-set in [open [file join [file dirname [info script]] ../../platform/istcomdata/message_catalogue.cpp]]
+set catalogue [contents [file join [file dirname [info script]] ../../platform/istcomdata/message_catalogue.cpp]]
+set messages [regexp -all -inline {\{"(\d+)",\s+((?:"(?:[^"\\]|\\.)*"\s*)+)\}} $catalogue]
 set catalogue {}
-foreach {- code text} [regexp -all -inline {\{"(\d+)",\s+((?:"(?:[^"\\]|\\.)*"\s*)+)\}} [read $in]] {
+foreach {- code text} $messages {
     set text [string map {\\\" \"} [regsub -all {^"|"$|"\s+"} $text {}]]
     set text [regsub -all {%[12]} [regsub -all {[][(){}.*+?^$|\\]} $text {\\&}] (.*)]
     lappend catalogue $code [string map {%r {(?:: (.*))?} %q {(?: '(.*)')?}} $text]
 }
-close $in
 
 # "#0104(x.ost)" for the catalogue's message of that code about x.ost, any other line as it is.
 proc numbered {line} {
@@ -101,7 +107,7 @@ proc shown {script} {
     } elseif {$result ne ""} {
         lappend shown "= $result"
     }
-    return [string map [list $::dir <dir> \n \\n \u00e9 {\u00e9}] [join $shown]]
+    return [string map [list $::dir <dir> \n \\n \u00e9 {\u00e9} \u00e0 {\u00e0}] [join $shown]]
 }
 
 # A test that runs each row's script and expects what stands behind two blanks or in the lines below, indented deeper.
