@@ -13,13 +13,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
 
 #include "commands/handlers.h"
 #include "framework/ist_com_data.h"
-#include "framework/tcl_cmdex.h"
+#include "platform/tclcmdex/host.h"
 
 namespace {
 
@@ -77,8 +78,8 @@ struct SpokenText {
 };
 
 template <class Member, class... Arguments>
-auto perform(const char* name, Member own, mero::ostrel::IstComData* service, QString* message, Arguments&... arguments)
-    -> decltype((service->*own)(arguments...)) {
+auto perform(const char* name, Member own, mero::ostrel::IstComData* service, QString* message,
+             Arguments&&... arguments) -> decltype((service->*own)(arguments...)) {
   Tcl_DString call;
   Tcl_DStringInit(&call);
   Tcl_DStringAppendElement(&call, name);
@@ -94,7 +95,7 @@ auto perform(const char* name, Member own, mero::ostrel::IstComData* service, QS
 
 /// For numbers, and for objects, which a test can only take away.
 template <class Getter, class... Arguments>
-auto answer(const char* name, Getter own, mero::ostrel::IstComData* service, Arguments&... arguments)
+auto answer(const char* name, Getter own, mero::ostrel::IstComData* service, Arguments&&... arguments)
     -> decltype((service->*own)(arguments...)) {
   const char* wanted = wish("answered", name);
   if (!wanted) return (service->*hidden(own))(arguments...);
@@ -113,15 +114,20 @@ QString spelled(const QString& core) {
   return name ? QString::fromLatin1(name) : core;
 }
 
+struct PlainNode : mero::ostrel::TraceNode {
+  QString displayName() const override { return name; }
+};
+
 /// What a tree of the real service has not: a bus without members, an unknown kind, and a reference that is not called
 /// like its target.
 mero::ostrel::istTraceData* oddTree() {
   static mero::ostrel::istTraceData tree;
-  static mero::ostrel::TraceNode bus, unknown, reference, target;
+  static PlainNode bus, unknown, reference, target;
   bus.kind = mero::ostrel::TRACE_NODE_BUS;
   bus.name = QString::fromLatin1("empty");
   unknown.kind = 5;
   reference.kind = mero::ostrel::TRACE_NODE_REF;
+  reference.name = QString::fromLatin1("not shown");
   reference.target = &target;
   target.name = QString::fromLatin1("u q[2]");
   tree.nodes = {&bus, &unknown, &reference};
@@ -161,6 +167,8 @@ OPERATION(bool, DRC, (Out m), &m, m)
 OPERATION(bool, Insert, (int mode), nullptr, mode)
 OPERATION(RTLHierachy*, hierarchy, (), nullptr)
 OPERATION(void, PrintMessage, (const std::string& code, std::string a, std::string b), nullptr, code, a, b)
+OPERATION(istCore*, addCore, (In n, Out m), &m, spelled(n), m)
+OPERATION(bool, selectCore, (In n), nullptr, spelled(n))
 OPERATION(bool, deleteCore, (In n, Out m), &m, n, m)
 OPERATION(bool, renameCore, (In o, In n, Out m), &m, o, n, m)
 OPERATION(bool, addWishboneMaster, (Out m), &m, m)
@@ -181,9 +189,12 @@ OPERATION(bool, removeTU, (In n, istDataset* d), nullptr, n, d)
 OPERATION(bool, removeTE, (In n, istDataset* d), nullptr, n, d)
 OPERATION(bool, addTE, (Out n, In e, int r, int s, int c, Out m, istDataset* d), &m, n, e, r, s, c, m, d)
 OPERATION(bool, setTE, (Out n, In e, int r, int s, int c, Out m, istDataset* d), &m, n, e, r, s, c, m, d)
+OPERATION(void, setTriggeroutMPW, (In samples, istCore* core), nullptr, samples, core)
 OPERATION(void, setDisableDistRAM, (bool on, istCore* core), nullptr, on, core)
 
 GETTER(bool, isProjBusy, (), this)
+GETTER(istCore*, getCore, (In n), this, spelled(n))
+GETTER(int, getWBEdianMode, (), this)
 GETTER(istDataset*, getDataset, (istCore * core), this, core)
 GETTER(int, getBufferDepth, (istCore * core), this, core)
 GETTER(QString, getCaptureModeName, (istCore * core), this, core)
@@ -193,20 +204,6 @@ GETTER(int, getCaptureNum, (istCore * core), this, core)
 GETTER(int, getCaptureMin, (istCore * core), this, core)
 GETTER(int, getDefaultTrigRadix, (istCore * core), this, core)
 GETTER(int, getEventCounter, (istCore * core), this, core)
-
-istCore* IstComData::addCore(const QString& typed, QString& m) {
-  const QString name = spelled(typed);
-  return perform("addCore", &IstComData::addCore, this, &m, name, m);
-}
-
-bool IstComData::selectCore(const QString& typed) {
-  const QString name = spelled(typed);
-  return perform("selectCore", &IstComData::selectCore, this, nullptr, name);
-}
-
-istCore* IstComData::getCore(const QString& typed) {
-  return (this->*hidden(&IstComData::getCore))(spelled(typed));
-}
 
 istTraceData* IstComData::getTrace(istCore* core) {
   const char* wanted = wish("answered", "getTrace");
@@ -224,10 +221,39 @@ istWishboneMaster* IstComData::getWishboneMaster() {
 
 namespace {
 
-/// A host's own table, with the handler that the package binds to no command.
-tcl_cmdex::TclCmdMap& hostTable() {
+/// `ost_host throw ?text?`
+int throwText(void*, Tcl_Interp*, int argc, const char** argv) {
+  if (argc > 1) throw std::runtime_error(argv[1]);
+  throw 7;
+}
+
+/// `ost_host serve ?-core core?`: serves events before it finds more words than it takes.
+int serveEvents(void* context, Tcl_Interp* interp, int argc, const char** argv) {
+  tcl_cmdex::TclCmdParametersChecker words;
+  words.setOptionValue("core", nullptr);
+  const bool fits = tcl_cmdex::CheckCmdParameters(argc, argv, words);
+  Tcl_SetResult(interp, const_cast<char*>(tcl_cmdex::currentInterpreter() == interp ? "mine" : "not mine"), TCL_STATIC);
+  if (!tcl_cmdex::servePendingEvents()) {
+    tcl_cmdex::TclMsgOutput(interp, "the interpreter is gone\n", 0);
+    return TCL_ERROR;
+  }
+  if (fits && words.values.empty()) return TCL_OK;
+  static_cast<tcl_cmdex::CommandContext*>(context)->command->reportTclArgsErrorResult(interp);
+  return TCL_ERROR;
+}
+
+/// `host INTERPRETER`: creates ost_host there, with the handler that the package binds to no command and some that
+/// only a test can want.
+int createHostCommand(ClientData, Tcl_Interp* interp, int, const char** argv) {
   static tcl_cmdex::TclCmdMap table("Host");
-  return table;
+  table.registerCmd("ost_host", nullptr, "ost_host - Host\n", nullptr, nullptr);
+  table.registerCmd("ost_host", "none", "  none help\n", nullptr, nullptr);
+  table.registerCmd("ost_host", "serve", "  serve help\n", serveEvents, nullptr);
+  table.registerCmd("ost_host", "throw", "  throw help\n", throwText, nullptr);
+  table.registerCmd("ost_host", "wishbone", "  wishbone help\n", ost_set_wbone_opt,
+                    mero::ostrel::IstComData::getInstance());
+  Tcl_CreateCommand(Tcl_GetSlave(interp, argv[1]), "ost_host", tcl_cmdex::TclCmdExInvoker, &table, nullptr);
+  return TCL_OK;
 }
 
 /// `silent COMMAND SUB-COMMAND`: 1 when the handler fails without a call and without a word while any part of its
@@ -247,8 +273,7 @@ int isSilent(ClientData, Tcl_Interp* interp, int, const char** argv) {
 
 int start(Tcl_Interp* interp) {
   host = interp;
-  hostTable().registerCmd("ost_wishbone", "set", "usage", ost_set_wbone_opt, mero::ostrel::IstComData::getInstance());
-  Tcl_CreateCommand(interp, "ost_wishbone", tcl_cmdex::TclCmdExInvoker, &hostTable(), nullptr);
+  Tcl_CreateCommand(interp, "host", createHostCommand, nullptr, nullptr);
   Tcl_CreateCommand(interp, "with", evaluateWith, nullptr, nullptr);
   Tcl_CreateCommand(interp, "silent", isSilent, nullptr, nullptr);
   return Tcl_Init(interp);
