@@ -71,15 +71,11 @@ TEST_F(Yosys, that_is_missing_or_fails_gives_one_text) {
 }
 
 TEST_F(Yosys, words_are_one_word_or_none) {
-  YosysJob job;
-  QByteArray said;
-  for (const char* word : {"plain", "a b", "caf\xc3\xa9", "x;y", "$paramod\\m\\W=s32'0", "a\"b", "n#1"}) {
-    job.script += "log -stdout " + yosysWord(word) + "\n";
-    said += yosysWord(word) + '\n';
-  }
-  EXPECT_EQ(runYosys(job).output, said);
   for (const char* word : {"", "-x", "#x", "\"x\"", "<<EOT", "x;", "x\\", "a\nb", "a \"b"})
     EXPECT_TRUE(yosysWord(word).isEmpty()) << word;
+  YosysJob job;
+  job.script = "log -stdout " + yosysWord("a b") + ' ' + yosysWord("x;y\"$n#1") + '\n';
+  EXPECT_EQ(runYosys(job).output, "\"a b\" x;y\"$n#1\n");
 }
 
 }  // namespace

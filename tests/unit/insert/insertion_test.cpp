@@ -12,33 +12,30 @@
 namespace ost {
 namespace {
 
+struct Tricky {
+  std::shared_ptr<const Design> design;
+  std::shared_ptr<const Netlist> netlist;
+};
+
 /// Read once for all tests.
-const Design& trickyDesign() {
-  static const std::shared_ptr<const Design> design = [] {
+const Tricky& tricky() {
+  static const Tricky read = [] {
+    Tricky made;
     DesignSource source;
     source.files << OST_TRICKY;
     QString error;
-    std::shared_ptr<const Design> read = Design::read(source, error);
-    EXPECT_TRUE(read) << plain(error);
-    return read;
+    made.design = Design::read(source, error);
+    if (made.design) made.netlist = Netlist::load(*made.design, error);
+    EXPECT_TRUE(made.netlist) << plain(error);
+    return made;
   }();
-  return *design;
-}
-
-std::shared_ptr<const Netlist> trickyNetlist() {
-  static const std::shared_ptr<const Netlist> netlist = [] {
-    QString error;
-    std::shared_ptr<const Netlist> loaded = Netlist::load(trickyDesign(), error);
-    EXPECT_TRUE(loaded) << plain(error);
-    return loaded;
-  }();
-  return netlist;
+  return read;
 }
 
 QVector<NetBit> bitsOf(const QString& name) {
   NetSelection selection;
   QString error;
-  EXPECT_TRUE(trickyDesign().resolve(name, selection, error)) << plain(error);
+  EXPECT_TRUE(tricky().design->resolve(name, selection, error)) << plain(error);
   QVector<NetBit> bits;
   for (int i = 0; i < selection.bits.size(); ++i)
     bits.append({selection.instancePath, selection.net, selection.bits[i], selection.bitNames[i]});
@@ -61,7 +58,7 @@ InsertPlan trickyPlan() {
     }
   }
   core.triggerBits = {core.probeBits[0]};
-  plan.topModule = trickyDesign().topModule();
+  plan.topModule = tricky().design->topModule();
   plan.projectHash = planHash(plan);
   return plan;
 }
@@ -71,7 +68,7 @@ std::string insertTricky(const InsertPlan& plan, const Scratch& scratch, const I
   InsertionRequest request;
   request.outputDirectory = scratch.path("out");
   QString error;
-  if (runInsertion(plan, trickyDesign(), trickyNetlist(), request, hooks, error)) return std::string();
+  if (runInsertion(plan, *tricky().design, tricky().netlist, request, hooks, error)) return std::string();
   return error.isEmpty() ? "failed without a text" : plain(error);
 }
 
@@ -134,7 +131,8 @@ TEST(Proof, HoldsForTheWrittenDesignAndFailsForTamperedOnes) {
     files.instrumented = scratch.write("tampered.v", verilog.toLatin1());
     files.debugModule = scratch.path("out/ostrel_debug.v");
     QString error;
-    return proveUnchanged(plan, trickyDesign(), trickyNetlist(), files, {}, report, error) ? QString("holds") : error;
+    return proveUnchanged(plan, *tricky().design, tricky().netlist, files, {}, report, error) ? QString("holds")
+                                                                                              : error;
   };
   ASSERT_EQ(plain(prove(original)), "holds");
   EXPECT_EQ(report.probesChecked, plan.cores[0].probeWidth() + 2);  // the clock and the trigger's bit too

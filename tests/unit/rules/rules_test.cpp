@@ -22,7 +22,7 @@ endmodule
 module inner(input ck, input d, output q);
   bit_reg u_reg(.clk(ck), .d(d), .q(q));
 endmodule
-module pad(inout io, output seen);
+module pad(inout io, output seen, input [1:0] through);
   assign seen = io;
 endmodule
 module top(input clk, input clk2, input [3:0] din, output reg [3:0] count, output slow, output deep, output [15:0] wide);
@@ -36,7 +36,7 @@ module top(input clk, input clk2, input [3:0] din, output reg [3:0] count, outpu
   wire mixed = slow & count[0];
   reg [7:0] cells [0:3], cell;
   reg cleared;
-  pad u_pad(.io(deep), .seen());
+  pad u_pad(.io(deep), .seen(), .through({slow, count[0]}));
   wire clear = din[3];
   always @(posedge slow or posedge clear)
     if (clear) cleared <= 1'b0;
@@ -192,6 +192,7 @@ const struct {
     {"trace=half[3] half[2] half[1] fixed[0]; signals=floating din[2:0]; enable=on; enable_signal=fixed[1]",
      {60, 60, 61, 61}},
     {"trace=u_slow/u_reg/q mixed", {62}},
+    {"trace=u_pad/through[1]", {62}},
     {"clock=u_deep/u_reg/clk; trace=u_deep/q", {}},  // the same clock under another name
     {"trace=cell[0] u_pad/seen", {}},                // a memory, and a register behind an inout
     {"clock=slow; trace=cleared", {62, 62}},         // a clock that is a register below, and an asynchronous reset
