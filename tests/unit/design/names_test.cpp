@@ -1,5 +1,5 @@
 // Which net a name means, on a design made of traps, and what is said about names that mean none.
-#include "tests/unit/design/read_design.h"
+#include "tests/unit/read_design.h"
 
 namespace ost {
 namespace {
@@ -26,20 +26,15 @@ module top (input clk, input [7:0] d, output [3:0] q0);
 endmodule
 )";
 
-class Names : public testing::Test {
- protected:
-  static void SetUpTestSuite() {
-    QString error;
-    design = readDesign(sourceOf({Scratch().write("traps.v", kTraps)}), error);
-    ASSERT_TRUE(design) << plain(error);
-  }
-  static void TearDownTestSuite() { design.reset(); }
-  static std::shared_ptr<const Design> design;
-};
+/// Read once for all tests.
+const Design& traps() {
+  static QString error;
+  static const auto read = readDesign(sourceOf({Scratch().write("traps.v", kTraps)}), error);
+  if (!read) throw std::runtime_error(plain(error));
+  return *read;
+}
 
-std::shared_ptr<const Design> Names::design;
-
-TEST_F(Names, resolve_to_the_bits_that_the_source_declares) {
+TEST(Names, resolve_to_the_bits_that_the_source_declares) {
   const struct {
     const char *typed, *path, *canonical, *firstBit;
     QVector<int> bits;
@@ -65,17 +60,17 @@ TEST_F(Names, resolve_to_the_bits_that_the_source_declares) {
     SCOPED_TRACE(row.typed);
     NetSelection found, again;
     QString error;
-    ASSERT_TRUE(design->resolve(row.typed, found, error) && design->exists(row.typed)) << plain(error);
+    ASSERT_TRUE(traps().resolve(row.typed, found, error) && traps().exists(row.typed)) << plain(error);
     EXPECT_EQ(plain(found.instancePath), row.path);
     EXPECT_EQ(plain(found.canonicalName), row.canonical);
     EXPECT_EQ(plain(found.bitNames.value(0)), row.firstBit);
     EXPECT_EQ(found.bits, row.bits);
-    ASSERT_TRUE(design->resolve(found.canonicalName, again, error)) << plain(error);
+    ASSERT_TRUE(traps().resolve(found.canonicalName, again, error)) << plain(error);
     EXPECT_TRUE(again.bits == found.bits && again.net == found.net);
   }
 }
 
-TEST_F(Names, that_mean_nothing_say_why_and_what_is_near) {
+TEST(Names, that_mean_nothing_say_why_and_what_is_near) {
   const struct {
     const char *typed, *text, *near;
   } table[] = {
@@ -95,16 +90,16 @@ TEST_F(Names, that_mean_nothing_say_why_and_what_is_near) {
     NetSelection untouched;
     untouched.net = "before";
     QString error;
-    EXPECT_FALSE(design->resolve(row.typed, untouched, error) || design->exists(row.typed));
+    EXPECT_FALSE(traps().resolve(row.typed, untouched, error) || traps().exists(row.typed));
     EXPECT_EQ(untouched.net, "before");
     EXPECT_TRUE(has(error, row.text));
-    EXPECT_TRUE(!row.near || design->nearest(row.typed).value(0) == row.near);
+    EXPECT_TRUE(!row.near || traps().nearest(row.typed).value(0) == row.near);
   }
 }
 
-TEST_F(Names, of_instances_and_roles) {
+TEST(Names, of_instances_and_roles) {
   EXPECT_EQ(instancePathKeys("\\a/b /$x/\\\\y "), QStringList({"a/b", "\\$x", "\\\\y"}));
-  const DesignRoles& roles = design->roles();
+  const DesignRoles& roles = traps().roles();
   EXPECT_TRUE(roles.dcu && roles.jtag2wbCore && !roles.j2w && !roles.jtag2wb);
 }
 

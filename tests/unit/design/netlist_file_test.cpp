@@ -1,5 +1,5 @@
 // Yosys JSON netlists from strangers: nothing in them is trusted, and what is wrong is said.
-#include "tests/unit/design/read_design.h"
+#include "tests/unit/read_design.h"
 
 namespace ost {
 namespace {

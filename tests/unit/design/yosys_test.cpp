@@ -3,7 +3,7 @@
 
 #include <sys/stat.h>
 
-#include "tests/unit/design/read_design.h"
+#include "tests/unit/read_design.h"
 
 namespace ost {
 namespace {

@@ -7,28 +7,14 @@
 #include "bench/core_plans/plan_text.h"
 #include "platform/insert/proof.h"
 #include "platform/plan/capture_map.h"
-#include "tests/unit/scratch.h"
+#include "tests/unit/read_design.h"
 
 namespace ost {
 namespace {
 
-struct Tricky {
-  std::shared_ptr<const Design> design;
-  std::shared_ptr<const Netlist> netlist;
-};
-
 /// Read once for all tests.
-const Tricky& tricky() {
-  static const Tricky read = [] {
-    Tricky made;
-    DesignSource source;
-    source.files << OST_TRICKY;
-    QString error;
-    made.design = Design::read(source, error);
-    if (made.design) made.netlist = Netlist::load(*made.design, error);
-    EXPECT_TRUE(made.netlist) << plain(error);
-    return made;
-  }();
+const DesignAndNetlist& tricky() {
+  static const DesignAndNetlist read(OST_TRICKY);
   return read;
 }
 

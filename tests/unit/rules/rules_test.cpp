@@ -8,7 +8,7 @@
 #include "platform/istdata/trace_tree.h"
 #include "platform/istdata/unit_value.h"
 #include "platform/rules/rule_table.h"
-#include "tests/unit/scratch.h"
+#include "tests/unit/read_design.h"
 
 namespace ost {
 namespace {
@@ -52,30 +52,16 @@ module top(input clk, input clk2, input [3:0] din, output reg [3:0] count, outpu
 endmodule
 )";
 
-/// The design and its netlist, read once.
-class RulesTest : public testing::Test {
- protected:
-  static void SetUpTestSuite() {
-    const Scratch scratch;
-    DesignSource what;
-    what.files << scratch.write("top.v", kDesign);
-    what.top = "top";
-    QString error;
-    design = Design::read(what, error);
-    ASSERT_TRUE(design) << plain(error);
-    netlist = Netlist::load(*design, error);
-    ASSERT_TRUE(netlist) << plain(error);
-  }
-  static void TearDownTestSuite() {
-    netlist.reset();
-    design.reset();
-  }
+/// Read once for all tests.
+const DesignAndNetlist& board() {
+  static const DesignAndNetlist read(Scratch().write("top.v", kDesign));
+  return read;
+}
 
-  static std::shared_ptr<const Design> design;
-  static std::shared_ptr<const Netlist> netlist;
-};
-std::shared_ptr<const Design> RulesTest::design;
-std::shared_ptr<const Netlist> RulesTest::netlist;
+/// The findings with the rules that need drivers.
+QList<Finding> findingsOf(const Project& project) {
+  return checkDesignRules(project, *board().design, board().netlist.get());
+}
 
 void trace(Core& core, TraceNode* bus, const QString& names) {
   QString error;
@@ -202,7 +188,7 @@ const struct {
     {"trace=renamed_clk", {65}},
 };
 
-TEST_F(RulesTest, EachProjectBreaksExactlyItsRules) {
+TEST(DesignRules, EachProjectBreaksExactlyItsRules) {
   std::set<int> seen;
   for (const auto& row : kProjects) {
     SCOPED_TRACE(row.changes);
@@ -210,7 +196,7 @@ TEST_F(RulesTest, EachProjectBreaksExactlyItsRules) {
     addGoodCore(project, "c1");
     for (const QString& text : QString(row.changes).split("; ", Qt::SkipEmptyParts))
       change(project, text.section('=', 0, 0), text.section('=', 1));
-    const QList<Finding> findings = checkDesignRules(project, *design, netlist.get());
+    const QList<Finding> findings = findingsOf(project);
     EXPECT_EQ(numbersOf(findings), row.rules) << plain(designRuleReport(findings));
     bool anyError = false;
     for (const Finding& finding : findings) {
@@ -223,18 +209,18 @@ TEST_F(RulesTest, EachProjectBreaksExactlyItsRules) {
   for (const RuleRow& row : ruleTable()) EXPECT_TRUE(seen.count(int(row.rule))) << "no row for rule " << int(row.rule);
 }
 
-TEST_F(RulesTest, RulesThatNeedDriversAreLeftOutWithoutNetlist) {
+TEST(DesignRules, RulesThatNeedDriversAreLeftOutWithoutNetlist) {
   Project project;
   trace(addGoodCore(project, "c1"), nullptr, "floating");
-  EXPECT_TRUE(checkDesignRules(project, *design, nullptr).isEmpty());
-  EXPECT_EQ(numbersOf(checkDesignRules(project, *design, netlist.get())), std::multiset<int>({60}));
+  EXPECT_TRUE(checkDesignRules(project, *board().design, nullptr).isEmpty());
+  EXPECT_EQ(numbersOf(findingsOf(project)), std::multiset<int>({60}));
 }
 
-TEST_F(RulesTest, ReportNamesObjectAndWayOutErrorsFirst) {
+TEST(DesignRules, ReportNamesObjectAndWayOutErrorsFirst) {
   Project project;
   trace(addGoodCore(project, "c1"), nullptr, "u_slow/u_reg/q u_slow/u_reg/cllk");
   change(project, "expression", "TU1 -> TU1 -> TU1");
-  QString report = designRuleReport(checkDesignRules(project, *design, netlist.get()));
+  QString report = designRuleReport(findingsOf(project));
   EXPECT_TRUE(has(report, "; nearest: u_slow/u_reg/clk"));
   report.remove(QRegularExpression("; nearest: [^(]*[^( ]"));
   EXPECT_EQ(plain(report),
