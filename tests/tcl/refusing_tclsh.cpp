@@ -114,26 +114,6 @@ QString spelled(const QString& core) {
   return name ? QString::fromLatin1(name) : core;
 }
 
-struct PlainNode : mero::ostrel::TraceNode {
-  QString displayName() const override { return name; }
-};
-
-/// What a tree of the real service has not: a bus without members, an unknown kind, and a reference that is not called
-/// like its target.
-mero::ostrel::istTraceData* oddTree() {
-  static mero::ostrel::istTraceData tree;
-  static PlainNode bus, unknown, reference, target;
-  bus.kind = mero::ostrel::TRACE_NODE_BUS;
-  bus.name = QString::fromLatin1("empty");
-  unknown.kind = 5;
-  reference.kind = mero::ostrel::TRACE_NODE_REF;
-  reference.name = QString::fromLatin1("not shown");
-  reference.target = &target;
-  target.name = QString::fromLatin1("u q[2]");
-  tree.nodes = {&bus, &unknown, &reference};
-  return &tree;
-}
-
 }  // namespace
 
 namespace mero {
@@ -184,31 +164,21 @@ OPERATION(bool, renameTraceBus, (istTraceData * t, In b, In n, Out m), &m, t, b,
 OPERATION(bool, addTU, (Out r, const QStringList& s, Out o, Out v, Out n, Out m, istDataset* d), &m, r, s, o, v, n, m,
           d)
 OPERATION(bool, renameTU, (In o, In n, Out m, istDataset* d), &m, o, n, m, d)
-OPERATION(bool, renameTE, (In o, In n, Out m, istDataset* d), &m, o, n, m, d)
-OPERATION(bool, removeTU, (In n, istDataset* d), nullptr, n, d)
 OPERATION(bool, removeTE, (In n, istDataset* d), nullptr, n, d)
 OPERATION(bool, addTE, (Out n, In e, int r, int s, int c, Out m, istDataset* d), &m, n, e, r, s, c, m, d)
 OPERATION(bool, setTE, (Out n, In e, int r, int s, int c, Out m, istDataset* d), &m, n, e, r, s, c, m, d)
 OPERATION(void, setTriggeroutMPW, (In samples, istCore* core), nullptr, samples, core)
-OPERATION(void, setDisableDistRAM, (bool on, istCore* core), nullptr, on, core)
 
 GETTER(bool, isProjBusy, (), this)
 GETTER(istCore*, getCore, (In n), this, spelled(n))
 GETTER(int, getWBEdianMode, (), this)
+GETTER(istTraceData*, getTrace, (istCore * core), this, core)
 GETTER(istDataset*, getDataset, (istCore * core), this, core)
 GETTER(int, getBufferDepth, (istCore * core), this, core)
 GETTER(QString, getCaptureModeName, (istCore * core), this, core)
-GETTER(int, getTimeStampBits, (istCore * core), this, core)
 GETTER(int, getCaptureMode, (istCore * core), this, core)
 GETTER(int, getCaptureNum, (istCore * core), this, core)
-GETTER(int, getCaptureMin, (istCore * core), this, core)
 GETTER(int, getDefaultTrigRadix, (istCore * core), this, core)
-GETTER(int, getEventCounter, (istCore * core), this, core)
-
-istTraceData* IstComData::getTrace(istCore* core) {
-  const char* wanted = wish("answered", "getTrace");
-  return wanted && !std::strcmp(wanted, "odd") ? oddTree() : answer("getTrace", &IstComData::getTrace, this, core);
-}
 
 istWishboneMaster* IstComData::getWishboneMaster() {
   istWishboneMaster* master = answer("getWishboneMaster", &IstComData::getWishboneMaster, this);
@@ -233,6 +203,7 @@ int serveEvents(void* context, Tcl_Interp* interp, int argc, const char** argv) 
   words.setOptionValue("core", nullptr);
   const bool fits = tcl_cmdex::CheckCmdParameters(argc, argv, words);
   Tcl_SetResult(interp, const_cast<char*>(tcl_cmdex::currentInterpreter() == interp ? "mine" : "not mine"), TCL_STATIC);
+  tcl_cmdex::TclMsgOutput(interp, "serving\n", 0);
   if (!tcl_cmdex::servePendingEvents()) {
     tcl_cmdex::TclMsgOutput(interp, "the interpreter is gone\n", 0);
     return TCL_ERROR;
