@@ -82,11 +82,12 @@ TEST(ProjectFileTest, FaultsAreRefusedWithTheirPlace) {
 TEST(ProjectFileTest, BusesNestToTheirLimit) {
   const QByteArray json = projectToJson(*fullProject());
   const auto nested = [&json](int depth) {
-    QByteArray buses = "[]";
-    while (depth-- > 0) buses = "[{\"bus\": \"b" + QByteArray::number(depth) + "\", \"members\": " + buses + "}]";
-    const int begin = json.indexOf("[", json.indexOf("\"trace\"")),
-              end = json.lastIndexOf(']', json.indexOf("\"units\""));
-    return json.left(begin) + buses + json.mid(end + 1);
+    QByteArray buses = "\"trace\": [", ends = ",";
+    for (int i = 0; i < depth; ++i) {
+      buses += "{\"bus\": \"b" + QByteArray::number(i) + "\", \"members\": [";
+      ends.prepend("]}");
+    }
+    return damaged(json, "\"trace\": [", buses + ends);
   };
   QString error;
   EXPECT_TRUE(projectFromJson(nested(TraceTree::kMaxBusNesting), error)) << error.toStdString();
