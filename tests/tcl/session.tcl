@@ -37,28 +37,25 @@ proc stored {} {
     return [string trim [regsub -all {\s+} [string map {\" {}} $unit] " "]]
 }
 
-# Collects what reaches the channel itself, past the `puts` that tcltest watches.
-namespace eval collector {
-    namespace export initialize finalize write flush
-    namespace ensemble create
-    variable text {}
-    proc initialize {id mode} {return {initialize finalize write flush}}
-    proc finalize {id} {}
-    proc flush {id} {return {}}
-    proc write {id data} {variable text; append text $data; return {}}
+# A transformation of the console's channel, which collects what reaches it past the `puts` that tcltest watches.
+set console {}
+proc collect {operation id {data {}}} {
+    if {$operation eq "initialize"} {return {initialize finalize write flush}}
+    append ::console $data
+    return {}
 }
 
 # Status and result of the script, and what it printed on the console.
 proc listen {script} {
-    set before $collector::text
-    set collector::text {}
+    set before $::console
+    set ::console {}
     flush stdout
-    chan push stdout collector
+    chan push stdout collect
     set status [catch {uplevel #0 $script} result]
     flush stdout
     chan pop stdout
-    set text [encoding convertfrom utf-8 $collector::text]
-    set collector::text $before
+    set text [encoding convertfrom utf-8 $::console]
+    set ::console $before
     return [list $status $result $text]
 }
 
