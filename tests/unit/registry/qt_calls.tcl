@@ -1,6 +1,7 @@
 # The sources of the module use only what Qt 4.8 and Qt 5 both have: headers from a list of what is allowed, and no
 # name from a list of what came later or went away.
 # Usage: tclsh qt_calls.tcl <source folder>...
+source [file join [file dirname [info script]] ../../tcl/files.tcl]
 set allowedHeaders {QByteArray QFile QFileInfo QList QRegExp QString QStringList}
 set deniedNames {
     {\m(fromAscii|toAscii)\M} {\mQ(String|ByteArray)Literal\M} {\mQRegularExpression\w*\M} {\mQString(View|Ref)\M}
@@ -34,12 +35,10 @@ set wrong 0
 set read 0
 foreach folder $argv {
     foreach source [glob -directory $folder *.cpp *.h] {
-        set file [open $source]
-        foreach violation [violations [read $file] $allowedHeaders $deniedNames] {
+        foreach violation [violations [contents $source] $allowedHeaders $deniedNames] {
             puts stderr "$source: $violation is not in both Qt 4.8 and Qt 5"
             incr wrong
         }
-        close $file
         incr read
     }
 }

@@ -14,12 +14,11 @@ proc lateCalls {code slots firstLaterSlot} {
     return $late
 }
 
-set file [open $declarations]
+source [file join [file dirname [info script]] ../../tcl/files.tcl]
 set slots {}
-foreach {- call slot} [regexp -all -inline {\(\*(tcl\w*)\) \([^;]*\); /\* (\d+) \*/} [read $file]] {
+foreach {- call slot} [regexp -all -inline {\(\*(tcl\w*)\) \([^;]*\); /\* (\d+) \*/} [contents $declarations]] {
     if {![dict exists $slots $call]} { dict set slots $call $slot }
 }
-close $file
 
 # The check must be able to fail.
 if {[lateCalls {(tclStubsPtr->tcl_CreateCommand) (tclStubsPtr->tcl_DictObjPut) tclIntStubsPtr->x} $slots \
