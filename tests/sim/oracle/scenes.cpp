@@ -36,8 +36,20 @@ Term termOf(int unit) {
   return term;
 }
 
+Term anyOf(int units) {
+  Term term = termOf(0);
+  for (int unit = 1; unit < units; ++unit) {
+    Term either;
+    either.kind = Term::Or;
+    either.parts = {term, termOf(unit)};
+    term = either;
+  }
+  return term;
+}
+
 /// Three cores on the device with two clocks. The first waits in its second step for a value that never comes, but its
-/// second expression fires at once; the others never sample and never look.
+/// second expression fires at once; the others never sample and never look. The second one's tables, of many units, may
+/// not be distributed RAM.
 Project sceneProject() {
   Project project;
   project.dut = &duts()[0];
@@ -51,11 +63,16 @@ Project sceneProject() {
   core.timestampBits = 6;
   core.units = {unitOn("ALWAYS", "u_a/count", core.probes[0].bits, ">=", "00000000"),
                 unitOn("NEVER", "u_a/count", core.probes[0].bits, "<", "00000000"),
-                unitOn("RISE", "u_a/strobe", core.probes[1].bits, ".RE.", "1")};
+                unitOn("RISE", "u_a/strobe", core.probes[1].bits, ".RE.", "1"),
+                unitOn("CHANGE", "u_a/count", core.probes[0].bits, ".RE.", "11111111"),
+                unitOn("LOW", "u_a/strobe", core.probes[1].bits, "==", "0")};
+  core.includeTrigger = true;
   core.expressions = {{"TE1", false, 2, 2, {{termOf(0), 2}, {termOf(1), 1}}}, {"TE2", true, 1, 1, {{termOf(2), 1}}}};
   project.cores = {core, core, core};
   project.cores[1].name = "c1";
   project.cores[1].sampleEnable = "rst";
+  project.cores[1].distRamDisable = true;
+  project.cores[1].expressions[0].steps[0].term = anyOf(project.cores[1].units.size());
   project.cores[2].name = "c2";
   project.cores[2].clock = "clk_b";
   project.cores[2].triggerEnable = "rst";
@@ -75,6 +92,7 @@ class Scenes {
   void flippedFrames();
   void reasons();
   void stoppedClock();
+  void firstSample();
   void quickAbort();
   void slowTck();
   void unusableLine();
@@ -235,6 +253,20 @@ void Scenes::stoppedClock() {
   compareRuns(project_, plan_, files_, {run, stopped}, totals_);
 }
 
+/// The first expression fires at the run's third sample, so that the window begins with its first one, at which no unit
+/// may have seen an edge.
+void Scenes::firstSample() {
+  Live live(files_, plan_);
+  QString error;
+  mustHold(live.hub.open(error), error);
+  RunChoice early = choice(false, 2);
+  early.units[1].op = ">=";
+  const QVector<Run> runs = {capture(live, project_, plan_, 0, early, 400000),
+                             capture(live, project_, plan_, 0, early, 400000)};
+  for (const Run& run : runs) mustHold(run.outcome == Run::Done, "no trigger at the third sample");
+  finish(live, runs);
+}
+
 /// 250 TCK in a sample clock: ARM and STOP come within one of them, and still make a run.
 void Scenes::quickAbort() {
   setTck(0.02);
@@ -279,6 +311,7 @@ void readOutCost(const Settings& settings, Totals& totals) {
   Core& core = project.cores[0];
   project.cores.resize(1);
   core.timestampBits = 0;
+  core.includeTrigger = false;
   core.depth = core.windowSamples = 1024;
   core.probes.clear();
   for (const Net& net : project.dut->nets)
@@ -316,6 +349,7 @@ void playScenes(const Settings& settings, Totals& totals) {
              {"reasons", &Scenes::reasons},
              {"stopped clock", &Scenes::stoppedClock},
              {"unusable line", &Scenes::unusableLine},
+             {"first sample", &Scenes::firstSample},
              {"quick abort", &Scenes::quickAbort},
              {"slow TCK", &Scenes::slowTck}};
   for (const auto& scene : all) try {
