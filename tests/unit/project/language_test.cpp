@@ -1,9 +1,7 @@
-// Trigger expressions, unit values, names and the validators of a core's numbers.
+// Trigger expressions, unit values and near names.
 #include <gtest/gtest.h>
 
 #include "platform/istdata/names.h"
-#include "platform/istdata/project.h"
-#include "platform/istdata/project_checks.h"
 #include "platform/istdata/trigger_expression.h"
 #include "platform/istdata/unit_value.h"
 
@@ -103,21 +101,6 @@ TEST(UnitValueTest, DigitsBecomeBitsLeastSignificantFirstOrAreRefused) {
     EXPECT_EQ(taken, error.isEmpty());
     EXPECT_TRUE(!taken || (value == row.value && mask == row.mask)) << value.data() << ' ' << mask.data();
   }
-}
-
-TEST(ValidatorTest, AnotherBufferDepthBringsItsDependentsAlong) {
-  Core core("c");
-  core.options.captureMode = 1;
-  core.options.timestamp = true;
-  core.samplesPerTrigger = 256;
-  core.options.triggerCount = 4;
-  core.options.bufferDepth = 128;
-  EXPECT_EQ(fitToBufferDepth(core).size(), 2);
-  EXPECT_EQ(core.samplesPerTrigger, 128);
-  EXPECT_EQ(core.options.triggerCount, 1);
-  core.options.timestampBits = 8;
-  core.options.bufferDepth = 65536;
-  EXPECT_EQ(fitToBufferDepth(core), QStringList("TimestampBits is now 17 to fit the buffer depth 65536."));
 }
 
 TEST(NamesTest, NearOnesComeFirst) {

@@ -209,14 +209,14 @@ TEST(DesignRules, RulesThatNeedDriversAreLeftOutWithoutNetlist) {
 TEST(DesignRules, ReportNamesObjectAndWayOutErrorsFirst) {
   Project project;
   trace(addGoodCore(project, "c1"), nullptr, "u_slow/u_reg/q u_slow/u_reg/cllk");
-  change(project, "expression", "TU1 -> TU1 -> TU1");
+  change(project, "expression", "TU1 -> TU1 -> TU1 -> TU1");
   QString report = designRuleReport(findingsOf(project));
   EXPECT_TRUE(has(report, "; nearest: u_slow/u_reg/clk"));
   report.remove(QRegularExpression("; nearest: [^(]*[^( ]"));
   EXPECT_EQ(plain(report),
             "DRC-14 error: core c1: traced signal \"u_slow/u_reg/cllk\" is not in the design "
             "(ost_trace del_sig -core c1 {u_slow/u_reg/cllk}, then ost_trace add_sig with its new name)\n"
-            "DRC-33 error: core c1, expression TE1: it has 3 steps, its max_seq_depth is 1 "
+            "DRC-33 error: core c1, expression TE1: it has 4 steps, its max_seq_depth is 1 "
             "(ost_te set -core c1 -max_seq_depth 4 TE1)\n"
             "DRC-62 warning: core c1: \"u_slow/u_reg/q\" is clocked by \"clk2\", not by the sample clock "
             "(ost_core add <name> for a core of its own with SampleClk=clk2)\n"
