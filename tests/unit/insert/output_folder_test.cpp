@@ -36,7 +36,7 @@ TEST(OutputFolder, ReplacesItsOwnAndRefusesForeignOnes) {
   EXPECT_EQ(scratch.entries(), QStringList({"file", "out"}));
 }
 
-TEST(OutputFolder, IsLeftAsItWasByAProcessThatExits) {
+TEST(OutputFolder, IsLeftAsItWasByAProcessThatExitsOrBroughtBack) {
   Scratch scratch;
   QString error;
   ASSERT_TRUE(replace(scratch.path("out"), "one", error)) << plain(error);
@@ -49,6 +49,10 @@ TEST(OutputFolder, IsLeftAsItWasByAProcessThatExits) {
   }
   waitpid(child, nullptr, 0);
   EXPECT_EQ(scratch.entries(), QStringList("out"));
+  EXPECT_EQ(scratch.read("out/a.v"), "one");
+  // A run that died between its two renames left the old folder under this name.
+  ASSERT_TRUE(QDir().rename(scratch.path("out"), scratch.path("out") + QString(".old-%1").arg(child)));
+  EXPECT_TRUE(OutputFolder(scratch.path("out")).begin({"a.v"}, error)) << plain(error);
   EXPECT_EQ(scratch.read("out/a.v"), "one");
 }
 
