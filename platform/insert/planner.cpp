@@ -137,7 +137,7 @@ bool CorePlanner::addLeaves(const TraceNode* node, PlanProbe& probe) {
   auto known = captured_.constFind(signal);
   if (known == captured_.constEnd()) {
     NetBit bit;
-    if (!resolveBit(QStringLiteral(", trace"), signal->name, bit)) return false;
+    if (!resolveBit(QStringLiteral(", trace"), signal->displayName(), bit)) return false;
     known = captured_.insert(signal, plan_.probeBits.size());
     plan_.probeBits.append(bit);
   }
@@ -148,7 +148,7 @@ bool CorePlanner::addLeaves(const TraceNode* node, PlanProbe& probe) {
 bool CorePlanner::planTrace() {
   for (const TraceNode* node : core_.trace->nodes) {
     PlanProbe probe;
-    probe.name = node->name;
+    probe.name = node->displayName();
     if (!addLeaves(node, probe)) return false;
     if (!probe.positions.isEmpty()) plan_.probes.append(probe);
   }

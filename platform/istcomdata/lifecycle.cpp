@@ -16,7 +16,7 @@ template <class Visit>
 void forEachNet(const istProject& project, Visit visit) {
   const auto visitTrace = [&visit](const auto& self, const QString& where, const QList<TraceNode*>& nodes) -> void {
     for (const TraceNode* node : nodes) {
-      if (node->kind == TRACE_NODE_SIGNAL) visit(where, node->name);
+      if (node->kind == TRACE_NODE_SIGNAL) visit(where, node->displayName());
       if (node->kind == TRACE_NODE_BUS) self(self, where, node->children);
     }
   };

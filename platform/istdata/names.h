@@ -43,6 +43,9 @@ class ISTDATA_API DefaultNames {
   QString next(const std::function<bool(const QString&)>& isTaken);
   /// A name is no longer in use.
   void released(const QString& name);
+  void released(QLatin1String name) {
+    if (name.startsWith(prefix_)) released(QString(name));
+  }
 
  private:
   QString prefix_;

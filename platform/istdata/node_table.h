@@ -1,37 +1,69 @@
-// The captured bits of a trace tree by name: an open-addressed table of node pointers. The name stands in the node
-// only, and a lookup touches one cache line beside the node's own, so that it costs little more among 100,000 names
-// than among 1,000.
+// The named nodes of a trace tree: an open-addressed table of node pointers. Many names can be looked up together, so
+// that the memory which one of them needs is on its way while the others are looked at.
 #pragma once
 
-#include <QHash>
-#include <QString>
+#include <QStringList>
+#include <algorithm>
 #include <vector>
+
+#include "platform/istdata/name_pool.h"
 
 namespace ost {
 
-/// `Node` has a member `name`, which must not change while the node is in the table.
+/// `Node` has a member `text`, a pointer to its PooledName, which must not change but for the address while the node is
+/// in the table. Names are unique.
 template <class Node>
 class NodeTable {
  public:
   /// Null when there is no node of that name.
-  Node* value(const QString& name) const { return slots_.empty() ? nullptr : slots_[place(name, hashOf(name))].node; }
+  Node* value(const QString& name) const { return value(name, PooledName::hashOf(name)); }
   bool contains(const QString& name) const { return value(name) != nullptr; }
   int size() const { return int(count_); }
 
-  /// Takes the place of a node of the same name.
-  void insert(Node* node) {
-    if ((count_ + 1) * 5 > slots_.size() * 4) grow();
-    const uint hash = hashOf(node->name);
-    Slot& slot = slots_[place(node->name, hash)];
-    count_ += slot.node == nullptr;
-    slot = {node, hash};
+  /// Calls `visit(name, node)` for each of the names, with null for an unknown one, until it returns false.
+  template <class Visit>
+  bool lookUp(const QStringList& names, const Visit& visit) const {
+    quint32 hashes[kTogether];
+    for (int begin = 0; begin < names.size(); begin += kTogether) {
+      const int count = std::min(kTogether, names.size() - begin);
+      for (int i = 0; i < count; ++i) fetch(hashes[i] = PooledName::hashOf(names[begin + i]));
+      for (int i = 0; i < count; ++i)
+        if (const Node* node = firstOf(hashes[i])) __builtin_prefetch(node);
+      for (int i = 0; i < count; ++i)
+        if (const Node* node = firstOf(hashes[i])) __builtin_prefetch(node->text);
+      for (int i = 0; i < count; ++i)
+        if (!visit(names[begin + i], value(names[begin + i], hashes[i]))) return false;
+    }
+    return true;
   }
 
-  void remove(const QString& name) {
-    if (slots_.empty()) return;
+  /// Calls `visit(node)` for each of `nodes`, which may remove it from the table.
+  template <class Visit>
+  void fetchAhead(const std::vector<Node*>& nodes, const Visit& visit) const {
+    for (std::size_t begin = 0; begin < nodes.size(); begin += kTogether) {
+      const std::size_t end = std::min(nodes.size(), begin + kTogether);
+      for (std::size_t i = begin; i < end; ++i) __builtin_prefetch(nodes[i]->text);
+      for (std::size_t i = begin; i < end; ++i) fetch(nodes[i]->text->hash);
+      for (std::size_t i = begin; i < end; ++i) visit(nodes[i]);
+    }
+  }
+
+  /// Makes room for so many nodes in all.
+  void reserve(int count) {
+    std::size_t size = std::max<std::size_t>(slots_.size(), 16);
+    while (std::size_t(count) * 5 > size * 4) size *= 2;
+    if (size > slots_.size()) growTo(size);
+  }
+
+  void insert(Node* node) {
+    reserve(size() + 1);
+    ++count_;
+    put({node, node->text->hash});
+  }
+
+  void remove(const Node* node) {
     const std::size_t mask = slots_.size() - 1;
-    std::size_t free = place(name, hashOf(name));
-    if (!slots_[free].node) return;
+    std::size_t free = placeOf(node);
     --count_;
     // What follows without a gap moves up where its probing would otherwise end at the freed slot.
     for (std::size_t next = (free + 1) & mask; slots_[next].node; next = (next + 1) & mask) {
@@ -43,6 +75,14 @@ class NodeTable {
     slots_[free] = Slot();
   }
 
+  /// `heir` takes the place of `node` and has its text.
+  void replace(const Node* node, Node* heir) { slots_[placeOf(node)].node = heir; }
+
+  /// Has the processor fetch the slot where the search for a name begins.
+  void fetch(quint32 hash) const {
+    if (!slots_.empty()) __builtin_prefetch(&slots_[hash & (slots_.size() - 1)]);
+  }
+
   template <class Visit>
   void forEach(const Visit& visit) const {
     for (const Slot& slot : slots_)
@@ -50,37 +90,49 @@ class NodeTable {
   }
 
  private:
+  static constexpr int kTogether = 32;  ///< Fetches that are under way at a time.
+
   struct Slot {
     Node* node = nullptr;
-    uint hash = 0;
+    quint32 hash = 0;
   };
 
-  static uint hashOf(const QString& name) {
-    // Names differ in their last digits: spread them over the low bits that choose the slot.
-    uint hash = qHash(name, uint(qGlobalQHashSeed()));
-    hash ^= hash >> 16;
-    hash *= 0x85ebca6bu;
-    return hash ^ (hash >> 13);
+  Node* value(const QString& name, quint32 hash) const {
+    if (slots_.empty()) return nullptr;
+    const std::size_t mask = slots_.size() - 1;
+    for (std::size_t at = hash & mask; slots_[at].node; at = (at + 1) & mask)
+      if (slots_[at].hash == hash && slots_[at].node->text->text() == name) return slots_[at].node;
+    return nullptr;
   }
 
-  /// The slot of the name, or the free one where it would go.
-  std::size_t place(const QString& name, uint hash) const {
+  /// The node at which a search most likely ends; null when there is none.
+  const Node* firstOf(quint32 hash) const {
+    if (slots_.empty()) return nullptr;
     const std::size_t mask = slots_.size() - 1;
     std::size_t at = hash & mask;
-    while (slots_[at].node && (slots_[at].hash != hash || slots_[at].node->name != name)) at = (at + 1) & mask;
+    while (slots_[at].node && slots_[at].hash != hash) at = (at + 1) & mask;
+    return slots_[at].node;
+  }
+
+  std::size_t placeOf(const Node* node) const {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = node->text->hash & mask;
+    while (slots_[at].node != node) at = (at + 1) & mask;
     return at;
   }
 
-  void grow() {
-    std::vector<Slot> old(slots_.empty() ? 16 : slots_.size() * 2);
-    old.swap(slots_);
+  void put(const Slot& slot) {
     const std::size_t mask = slots_.size() - 1;
-    for (const Slot& slot : old) {
-      if (!slot.node) continue;
-      std::size_t at = slot.hash & mask;
-      while (slots_[at].node) at = (at + 1) & mask;
-      slots_[at] = slot;
-    }
+    std::size_t at = slot.hash & mask;
+    while (slots_[at].node) at = (at + 1) & mask;
+    slots_[at] = slot;
+  }
+
+  void growTo(std::size_t size) {
+    std::vector<Slot> old(size);
+    old.swap(slots_);
+    for (const Slot& slot : old)
+      if (slot.node) put(slot);
   }
 
   std::vector<Slot> slots_;  ///< A power of two, at most four fifths in use.

@@ -18,9 +18,9 @@ QJsonArray traceJson(const QList<TraceNode*>& nodes) {
   QJsonArray array;
   for (const TraceNode* node : nodes) {
     if (node->kind == TRACE_NODE_SIGNAL)
-      array.append(toUnicode(node->name));
+      array.append(toUnicode(node->displayName()));
     else if (node->kind == TRACE_NODE_REF)
-      array.append(QJsonObject{{"reference", toUnicode(node->name)}});
+      array.append(QJsonObject{{"reference", toUnicode(node->displayName())}});
     else if (node->kind == TRACE_NODE_BUS)
       array.append(QJsonObject{{"bus", toUnicode(node->name)}, {"members", traceJson(node->children)}});
   }

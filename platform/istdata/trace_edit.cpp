@@ -12,10 +12,6 @@ using mero::ostrel::TRACE_NODE_SIGNAL;
 
 namespace {
 
-TraceTree::Node* asNode(TraceNode* node) {
-  return static_cast<TraceTree::Node*>(node);
-}
-
 /// Buses inside one another in a subtree, its root among them.
 int busHeight(const TraceNode* node) {
   if (node->kind != TRACE_NODE_BUS) return 0;
@@ -35,6 +31,18 @@ bool isBefore(const TraceTree::Node* a, const TraceTree::Node* b) {
   return path(a) < path(b);
 }
 
+/// The buses that entries were taken from, in runs: entries of one bus mostly come together.
+class Parents {
+ public:
+  void note(TraceTree::Bus* bus) {
+    if (buses_.empty() || buses_.back() != bus) buses_.push_back(bus);
+  }
+  const std::vector<TraceTree::Bus*>& all() const { return buses_; }
+
+ private:
+  std::vector<TraceTree::Bus*> buses_;
+};
+
 }  // namespace
 
 bool TraceTree::findAll(const QStringList& names, const std::function<QString(const QString&)>& canonical,
@@ -42,8 +50,8 @@ bool TraceTree::findAll(const QStringList& names, const std::function<QString(co
   entries.clear();
   entries.reserve(names.size());
   const quint32 mark = ++mark_;
-  for (const QString& name : names) {
-    Node* node = asNode(find(name));
+  const bool found = named_.lookUp(names, [&](const QString& name, Node* node) {
+    if (!node) node = numberedMember(name);
     if (!node) node = asNode(find(canonical(name)));
     if (!node) {
       error = QString("%1 is not traced in this core%2.").arg(quoted(name), nearestHint(name));
@@ -55,8 +63,21 @@ bool TraceTree::findAll(const QStringList& names, const std::function<QString(co
     }
     node->mark = mark;
     entries.append(node);
-  }
-  return true;
+    return true;
+  });
+  if (found && !entries.isEmpty()) fetchBehind(asNode(entries.last()));
+  return found;
+}
+
+/// Who names one entry a call mostly goes through the list: has the processor fetch what finding the next ones takes.
+void TraceTree::fetchBehind(const Node* node) {
+  const QList<TraceNode*>& list = members(node->parent);
+  const auto signalAt = [&list](int slot) {
+    return slot < list.size() && list[slot]->kind == TRACE_NODE_SIGNAL ? asNode(list[slot]) : nullptr;
+  };
+  if (node->slot + 4 < list.size()) __builtin_prefetch(list[node->slot + 4]);
+  if (const Node* third = signalAt(node->slot + 3)) __builtin_prefetch(third->text);
+  if (const Node* second = signalAt(node->slot + 2)) named_.fetch(second->text->hash);
 }
 
 bool TraceTree::move(const QVector<TraceNode*>& entries, Place place, QString& error) {
@@ -66,7 +87,7 @@ bool TraceTree::move(const QVector<TraceNode*>& entries, Place place, QString& e
     asNode(entry)->mark = mark;
     height = std::max(height, busHeight(entry));
   }
-  for (Node* outer = place.bus; outer; outer = outer->parent) {
+  for (Bus* outer = place.bus; outer; outer = outer->parent) {
     if (outer->mark != mark) continue;
     error = QString("Bus %1 cannot be moved into itself.").arg(quoted(outer->name));
     return false;
@@ -74,66 +95,77 @@ bool TraceTree::move(const QVector<TraceNode*>& entries, Place place, QString& e
   if (height > 0 && !checkNesting(place.bus, height, error)) return false;
   // Moved entries are no anchor: what follows them is.
   while (place.before && place.before->mark == mark) place.before = nextSibling(place.before);
-  std::vector<Node*> moved;
-  moved.reserve(entries.size());
+  int slot = openGap(place, entries.size());
+  Parents parents;
   for (TraceNode* entry : entries) {
+    parents.note(asNode(entry)->parent);
     vacate(asNode(entry));
-    moved.push_back(asNode(entry));
+    put(asNode(entry), place.bus, slot++);
   }
-  insertNodes(moved, place);
+  for (Bus* parent : parents.all()) compactIfDue(parent);
   return true;
 }
 
-void TraceTree::checkedOut(Node* node, std::vector<Node*>& signalNodes, std::vector<Node*>& references, quint32 mark) {
-  node->mark = mark;
-  if (node->kind != TRACE_NODE_BUS) {
-    (node->kind == TRACE_NODE_REF ? references : signalNodes).push_back(node);
-    return;
-  }
-  forget(node);
-  for (TraceNode* child : node->children)
-    if (child->kind != 0 && asNode(child)->mark != mark) checkedOut(asNode(child), signalNodes, references, mark);
-}
+/// What is to be removed, buses with all that is in them.
+struct TraceTree::Condemned {
+  quint32 mark;  ///< All of them bear it.
+  std::vector<Node*> signalNodes, references;
+  std::vector<Bus*> buses;
 
-/// The first reference of a signal that goes becomes the signal; the others follow it.
-void TraceTree::promote(Node* signal) {
-  Node* heir = signal->nextReference;
-  for (Node* other = heir->nextReference; other; other = other->nextReference)
-    if (isBefore(other, heir)) heir = other;
-  unlinkReference(heir);
+  void add(TraceNode* entry) {
+    if (entry->kind == 0 || asNode(entry)->mark == mark) return;
+    Node* node = asNode(entry);
+    node->mark = mark;
+    if (node->kind == TRACE_NODE_SIGNAL) signalNodes.push_back(node);
+    if (node->kind == TRACE_NODE_REF) references.push_back(node);
+    if (node->kind != TRACE_NODE_BUS) return;
+    buses.push_back(asBus(node));
+    for (TraceNode* child : node->children) add(child);
+  }
+};
+
+/// The first reference of a signal that goes becomes the signal; the others follow it. False when it has none.
+bool TraceTree::promoteReference(Node* signal) {
+  const auto found = references_.find(signal);
+  if (found == references_.end()) return false;
+  Node* heir = *std::min_element(found->begin(), found->end(), isBefore);
+  unbind(heir);
   heir->kind = TRACE_NODE_SIGNAL;
-  heir->target = nullptr;
-  heir->nextReference = signal->nextReference;
-  if (heir->nextReference) heir->nextReference->previousReference = heir;
-  for (Node* other = heir->nextReference; other; other = other->nextReference) other->target = heir;
-  signal->nextReference = nullptr;
-  signals_.insert(heir);
+  heir->text = signal->text;
+  named_.replace(signal, heir);
+  const std::vector<Node*> others = references_.take(signal);
+  for (Node* other : others) bind(other, heir);
+  return true;
 }
 
 void TraceTree::remove(const QVector<TraceNode*>& entries) {
-  // As few passes as possible: in a long list each of them fetches every node from memory again.
-  const quint32 mark = ++mark_;
-  std::vector<Node*> signalNodes, references, roots;
-  signalNodes.reserve(std::size_t(entries.size()));
-  for (TraceNode* entry : entries)
-    if (asNode(entry)->mark != mark) checkedOut(asNode(entry), signalNodes, references, mark);
-  // References that go too must not inherit.
-  for (Node* reference : references) unlinkReference(reference);
-  for (Node* signal : signalNodes) {
-    if (signal->nextReference)
-      promote(signal);
-    else
-      forget(signal);
+  Condemned condemned{++mark_, {}, {}, {}};
+  condemned.signalNodes.reserve(std::size_t(entries.size()));
+  for (TraceNode* entry : entries) condemned.add(entry);
+  Parents parents;
+  const auto leaveParent = [&](Node* node) {
+    if (node->parent && node->parent->mark == condemned.mark) return;
+    parents.note(node->parent);
+    vacate(node);
+  };
+  // Before the signals: a reference that goes too must not inherit.
+  for (Node* reference : condemned.references) {
+    unbind(reference);
+    leaveParent(reference);
+    nodes_.destroy(reference);
   }
-  roots.reserve(std::size_t(entries.size()));
-  for (TraceNode* entry : entries) {
-    Node* parent = asNode(entry)->parent;
-    if (!parent || parent->mark != mark) roots.push_back(asNode(entry));
+  named_.fetchAhead(condemned.signalNodes, [&](Node* signal) {
+    if (!promoteReference(signal)) forget(signal);
+    leaveParent(signal);
+    nodes_.destroy(signal);
+  });
+  for (Bus* bus : condemned.buses) {
+    forget(bus);
+    leaveParent(bus);
   }
-  for (Node* root : roots) {
-    vacate(root);
-    deleteSubtree(root);
-  }
+  for (Bus* bus : condemned.buses) delete bus;
+  for (Bus* parent : parents.all()) compactIfDue(parent);
+  tidyNames();
 }
 
 bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString& error) {
@@ -141,12 +173,12 @@ bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString
     error = "A bus needs at least one member: name the traced signals to group.";
     return false;
   }
-  Node* parent = asNode(entries.first())->parent;
+  Bus* parent = asNode(entries.first())->parent;
   int height = 0;
   for (TraceNode* entry : entries) {
     if (asNode(entry)->parent != parent) {
       error = QString("%1 and %2 are not members of the same bus; move them together first (ost_trace move_sig).")
-                  .arg(quoted(entries.first()->name), quoted(entry->name));
+                  .arg(quoted(entries.first()->displayName()), quoted(entry->displayName()));
       return false;
     }
     height = std::max(height, busHeight(entry));
@@ -161,29 +193,32 @@ bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString
       return false;
     }
   }
-  Node* bus = newBus(name);
-  Node* first = asNode(entries.first());
-  bus->parent = parent;
-  bus->slot = first->slot;
-  members(parent)[first->slot] = bus;
+  Bus* bus = newBus(name);
+  bus->children.reserve(entries.size());
+  const int slot = asNode(entries.first())->slot;
   for (TraceNode* entry : entries) {
-    if (entry != first) vacate(asNode(entry));
+    vacate(asNode(entry));
     append(bus, asNode(entry));
   }
+  put(bus, parent, slot);
+  compactIfDue(parent);
   return true;
 }
 
 void TraceTree::ungroup(TraceNode* node) {
-  Node* bus = asNode(node);
+  Bus* bus = asBus(node);
+  Bus* parent = bus->parent;
   if (bus->holes > 0) compactList(bus);
   std::vector<Node*> freed;
+  freed.reserve(std::size_t(bus->children.size()));
   for (TraceNode* child : bus->children) freed.push_back(asNode(child));
-  bus->children.clear();
-  const Place place{bus->parent, nextSibling(bus)};
+  const Place place{parent, nextSibling(bus)};
   vacate(bus);
   insertNodes(freed, place);
+  compactIfDue(parent);
   forget(bus);
   delete bus;
+  tidyNames();
 }
 
 bool TraceTree::renameBus(TraceNode* node, const QString& newName, QString& error) {
@@ -193,9 +228,14 @@ bool TraceTree::renameBus(TraceNode* node, const QString& newName, QString& erro
     error = QString("The name %1 is already used in this core.").arg(quoted(newName));
     return false;
   }
-  forget(asNode(node));
-  node->name = newName;
-  buses_.insert(newName, asNode(node));
+  Bus* bus = asBus(node);
+  named_.remove(bus);
+  busNames_.released(bus->text->text());
+  texts_.giveBack(bus->text);
+  bus->name = newName;
+  bus->text = texts_.add(newName);
+  named_.insert(bus);
+  tidyNames();
   return true;
 }
 

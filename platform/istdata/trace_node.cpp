@@ -1,5 +1,5 @@
-// The contract's trace node.
-#include "framework/ist_data.h"
+// The contract's trace node, and what the tree's own nodes show.
+#include "platform/istdata/trace_node.h"
 
 namespace mero {
 namespace ostrel {
@@ -14,3 +14,11 @@ QString TraceNode::displayName() const {
 
 }  // namespace ostrel
 }  // namespace mero
+
+namespace ost {
+
+QString TraceTree::Node::displayName() const {
+  return kind == mero::ostrel::TRACE_NODE_SIGNAL ? QString(text->text()) : TraceNode::displayName();
+}
+
+}  // namespace ost

@@ -1,17 +1,33 @@
-// The node class behind the contract's TraceNode, for the trace tree's own sources.
+// The node classes behind the contract's TraceNode, for the trace tree's own sources.
 #pragma once
 
 #include "platform/istdata/trace_tree.h"
 
 namespace ost {
 
-struct TraceTree::Node final : TraceNode {
-  Node* parent = nullptr;             ///< The bus that holds it; null at the top level.
-  Node* nextReference = nullptr;      ///< From a signal: its first reference; from a reference: the next one.
-  Node* previousReference = nullptr;  ///< From a reference: the one before, or the signal itself.
-  int slot = 0;                       ///< Its index in the parent's list.
-  int holes = 0;                      ///< Of a bus: holes in `children`.
-  quint32 mark = 0;                   ///< The operation that touched it last.
+/// A signal or a reference; a bus is the class below. On 64 bits a node fills one cache line, so that a pass through a
+/// long list fetches no more than that and the name.
+struct alignas(64) TraceTree::Node : TraceNode {
+  QString displayName() const override;
+
+  Bus* parent = nullptr;  ///< The bus that holds it; null at the top level.
+  int slot = 0;           ///< Its index in the parent's list.
+  quint32 mark = 0;       ///< The operation that touched it last.
+  union {
+    const PooledName* text = nullptr;  ///< Of a signal or a bus. The contract's `name` is a bus's only.
+    std::size_t place;                 ///< Of a reference: its index among the references to its target.
+  };
 };
+
+struct TraceTree::Bus final : Node {
+  int holes = 0;  ///< Holes in `children`.
+};
+
+inline TraceTree::Node* asNode(TraceNode* node) {
+  return static_cast<TraceTree::Node*>(node);
+}
+inline TraceTree::Bus* asBus(TraceNode* node) {
+  return static_cast<TraceTree::Bus*>(node);
+}
 
 }  // namespace ost

@@ -1,4 +1,4 @@
-// The trace tree's structure: lists with holes, the hash of captured bits, and the chain of references to each bit.
+// The trace tree's structure: lists with holes, names and places, and the references to each captured bit.
 #include "platform/istdata/trace_tree.h"
 
 #include <algorithm>
@@ -19,54 +19,53 @@ TraceNode* hole() {
   return &node;
 }
 
-TraceTree::Node* asNode(TraceNode* node) {
-  return static_cast<TraceTree::Node*>(node);
-}
-
 }  // namespace
 
 TraceTree::TraceTree() = default;
 
 TraceTree::~TraceTree() {
   for (TraceNode* node : nodes)
-    if (node != hole()) deleteSubtree(asNode(node));
+    if (node != hole()) destroySubtree(asNode(node));
 }
 
-QList<TraceNode*>& TraceTree::members(Node* bus) {
+QList<TraceNode*>& TraceTree::members(Bus* bus) {
   return bus ? bus->children : nodes;
 }
 
-int& TraceTree::holes(Node* bus) {
+int& TraceTree::holes(Bus* bus) {
   return bus ? bus->holes : holes_;
 }
 
 TraceNode* TraceTree::findBus(const QString& name) const {
-  return buses_.value(name);
+  Node* node = named_.value(name);
+  return node && node->kind == TRACE_NODE_BUS ? node : nullptr;
 }
 
 bool TraceTree::isTaken(const QString& name) const {
-  return buses_.contains(name) || signals_.contains(name);
+  return named_.contains(name);
 }
 
 TraceNode* TraceTree::find(const QString& name) {
-  if (Node* node = buses_.value(name)) return node;
-  if (Node* node = signals_.value(name)) return node;
+  Node* node = named_.value(name);
+  return node ? node : numberedMember(name);
+}
+
+TraceTree::Node* TraceTree::numberedMember(const QString& name) {
   if (!name.endsWith('>')) return nullptr;
   const int open = name.lastIndexOf('<');
-  Node* bus = open > 0 ? buses_.value(name.left(open)) : nullptr;
+  TraceNode* bus = open > 0 ? findBus(name.left(open)) : nullptr;
   if (open < 0 || (open > 0 && !bus)) return nullptr;
   QString error;
-  return nthMember(bus, name.mid(open + 1, name.size() - open - 2), error);
+  return nthMember(asBus(bus), name.mid(open + 1, name.size() - open - 2), error);
 }
 
 QString TraceTree::nearestHint(const QString& name) const {
   NearestNames near(name);
-  for (auto it = buses_.begin(); it != buses_.end(); ++it) near.offer(it.key());
-  signals_.forEach([&near](const Node* node) { near.offer(node->name); });
+  named_.forEach([&near](const Node* node) { near.offer(node->text->text()); });
   return near.hint();
 }
 
-TraceTree::Node* TraceTree::nthMember(Node* bus, const QString& number, QString& error) {
+TraceTree::Node* TraceTree::nthMember(Bus* bus, const QString& number, QString& error) {
   bool isNumber = false;
   const int index = number.toInt(&isNumber);
   const QList<TraceNode*>& list = members(bus);
@@ -88,15 +87,14 @@ TraceTree::Node* TraceTree::nthMember(Node* bus, const QString& number, QString&
 bool TraceTree::findPlace(const QString& busName, const QString& position, Place& place, QString& error) {
   place = Place();
   if (!busName.isEmpty()) {
-    place.bus = buses_.value(busName);
+    place.bus = asBus(findBus(busName));
     if (!place.bus) {
       error = QString("There is no bus %1 in this core%2.").arg(quoted(busName), nearestHint(busName));
       return false;
     }
   }
   if (position.isEmpty() || position.compare(QLatin1String(".end."), Qt::CaseInsensitive) == 0) return true;
-  Node* named = buses_.value(position);
-  if (!named) named = signals_.value(position);
+  Node* named = named_.value(position);
   if (named && (busName.isEmpty() || named->parent == place.bus)) {
     place.bus = named->parent;
     place.before = named;
@@ -116,67 +114,95 @@ bool TraceTree::findPlace(const QString& busName, const QString& position, Place
   return false;
 }
 
-bool TraceTree::checkNesting(const Node* bus, int height, QString& error) const {
+bool TraceTree::checkNesting(const Bus* bus, int height, QString& error) const {
   int depth = 0;
-  for (const Node* outer = bus; outer; outer = outer->parent) ++depth;
+  for (const Bus* outer = bus; outer; outer = outer->parent) ++depth;
   if (depth + height <= kMaxBusNesting) return true;
   error = QString("Buses can be nested %1 deep at most; ungroup one of them first.").arg(kMaxBusNesting);
   return false;
 }
 
 TraceTree::Node* TraceTree::newSignal(const QString& name) {
-  Node* node = new Node;
+  Node* node = nodes_.make();
   node->kind = TRACE_NODE_SIGNAL;
-  node->name = name;
-  signals_.insert(node);
+  node->text = texts_.add(name);
+  named_.insert(node);
   return node;
 }
 
-TraceTree::Node* TraceTree::newBus(const QString& name) {
-  Node* node = new Node;
-  node->kind = TRACE_NODE_BUS;
-  node->name = name;
-  buses_.insert(name, node);
-  return node;
+TraceTree::Bus* TraceTree::newBus(const QString& name) {
+  Bus* bus = new Bus;
+  bus->kind = TRACE_NODE_BUS;
+  bus->name = name;
+  bus->text = texts_.add(name);
+  named_.insert(bus);
+  ++busCount_;
+  return bus;
 }
 
 TraceTree::Node* TraceTree::newReference(Node* target) {
-  Node* node = new Node;
+  Node* node = nodes_.make();
   node->kind = TRACE_NODE_REF;
-  node->name = target->name;
-  node->target = target;
-  node->nextReference = target->nextReference;
-  node->previousReference = target;
-  if (node->nextReference) node->nextReference->previousReference = node;
-  target->nextReference = node;
+  bind(node, target);
   return node;
 }
 
-void TraceTree::unlinkReference(Node* reference) {
-  if (reference->previousReference) reference->previousReference->nextReference = reference->nextReference;
-  if (reference->nextReference) reference->nextReference->previousReference = reference->previousReference;
-  reference->nextReference = reference->previousReference = nullptr;
+void TraceTree::bind(Node* reference, Node* target) {
+  std::vector<Node*>& list = references_[target];
+  reference->target = target;
+  reference->place = list.size();
+  list.push_back(reference);
 }
 
-/// Takes the names of a subtree's nodes out of the indexes and the chains.
+void TraceTree::unbind(Node* reference) {
+  const auto list = references_.find(asNode(reference->target));
+  Node* last = list->back();
+  (*list)[reference->place] = last;
+  last->place = reference->place;
+  list->pop_back();
+  if (list->empty()) references_.erase(list);
+  reference->target = nullptr;
+}
+
+/// Takes a node's name out of the table, or a reference from its target.
 void TraceTree::forget(Node* node) {
   if (node->kind == TRACE_NODE_REF) {
-    unlinkReference(node);
-  } else if (node->kind == TRACE_NODE_SIGNAL) {
-    if (signals_.value(node->name) == node) {
-      signals_.remove(node->name);
-      busNames_.released(node->name);
-    }
-  } else {
-    buses_.remove(node->name);
-    busNames_.released(node->name);
+    if (node->target) unbind(node);
+    return;
   }
+  named_.remove(node);
+  busNames_.released(node->text->text());
+  texts_.giveBack(node->text);
+  busCount_ -= node->kind == TRACE_NODE_BUS;
 }
 
-void TraceTree::deleteSubtree(Node* node) {
+void TraceTree::destroy(Node* node) {
+  if (node->kind == TRACE_NODE_BUS)
+    delete asBus(node);
+  else
+    nodes_.destroy(node);
+}
+
+void TraceTree::destroySubtree(Node* node) {
   for (TraceNode* child : node->children)
-    if (child != hole()) deleteSubtree(asNode(child));
-  delete node;
+    if (child != hole()) destroySubtree(asNode(child));
+  destroy(node);
+}
+
+/// To be called at the end of operations that give names back; all nodes must stand in the tree.
+void TraceTree::tidyNames() {
+  if (!texts_.isWasteful()) return;
+  NamePool pool;
+  moveNames(nodes, pool);
+  texts_ = std::move(pool);
+}
+
+void TraceTree::moveNames(const QList<TraceNode*>& list, NamePool& pool) {
+  for (TraceNode* entry : list) {
+    if (entry->kind != TRACE_NODE_SIGNAL && entry->kind != TRACE_NODE_BUS) continue;
+    asNode(entry)->text = pool.add(*asNode(entry)->text);
+    if (entry->kind == TRACE_NODE_BUS) moveNames(entry->children, pool);
+  }
 }
 
 /// Finds or makes `count` holes at the place and returns the first one's slot. Where it must shift the list, it leaves
@@ -186,6 +212,7 @@ int TraceTree::openGap(const Place& place, int count) {
   QList<TraceNode*>& list = members(place.bus);
   const int end = list.size();
   if (!place.before) {
+    list.reserve(end + count);
     for (int i = 0; i < count; ++i) list.append(hole());
     holes(place.bus) += count;
     return end;
@@ -211,16 +238,25 @@ int TraceTree::openGap(const Place& place, int count) {
   return place.numbered ? slot - count : slot - run;
 }
 
-/// Puts new or detached nodes into a list.
+/// Fills a hole.
+void TraceTree::put(Node* node, Bus* bus, int slot) {
+  node->parent = bus;
+  node->slot = slot;
+  members(bus)[slot] = node;
+  --holes(bus);
+}
+
+/// Puts nodes into a list that stand in none.
 void TraceTree::insertNodes(const std::vector<Node*>& added, const Place& place) {
   int slot = openGap(place, int(added.size()));
-  QList<TraceNode*>& list = members(place.bus);
-  holes(place.bus) -= int(added.size());
-  for (Node* node : added) {
-    node->parent = place.bus;
-    node->slot = slot;
-    list[slot++] = node;
-  }
+  for (Node* node : added) put(node, place.bus, slot++);
+}
+
+void TraceTree::append(Bus* bus, Node* node) {
+  QList<TraceNode*>& list = members(bus);
+  node->parent = bus;
+  node->slot = list.size();
+  list.append(node);
 }
 
 /// The entry after `node` in its list, or null.
@@ -231,17 +267,20 @@ TraceTree::Node* TraceTree::nextSibling(Node* node) {
   return next < list.size() ? asNode(list[next]) : nullptr;
 }
 
-/// Leaves a hole where the node is. The lists are compacted when they are more holes than entries.
+/// Leaves a hole where the node is; compactIfDue() ends a series of these.
 void TraceTree::vacate(Node* node) {
-  Node* bus = node->parent;
-  QList<TraceNode*>& list = members(bus);
   if (gap_.before == node) gap_ = Gap();
-  list[node->slot] = hole();
-  const int count = ++holes(bus);
-  if (count == list.size() || (count > 32 && count > list.size() / 2)) compactList(bus);
+  members(node->parent)[node->slot] = hole();
+  ++holes(node->parent);
 }
 
-void TraceTree::compactList(Node* bus) {
+/// Compacts a list that is more holes than entries.
+void TraceTree::compactIfDue(Bus* bus) {
+  const int count = holes(bus), size = members(bus).size();
+  if (count > 0 && (count == size || (count > 32 && count > size / 2))) compactList(bus);
+}
+
+void TraceTree::compactList(Bus* bus) {
   gap_ = Gap();
   QList<TraceNode*>& list = members(bus);
   int kept = 0;
@@ -255,130 +294,14 @@ void TraceTree::compactList(Node* bus) {
   holes(bus) = 0;
 }
 
-void TraceTree::compactBelow(Node* bus) {
+void TraceTree::compactBelow(Bus* bus) {
   if (holes(bus) > 0) compactList(bus);
   for (TraceNode* child : members(bus))
-    if (child->kind == TRACE_NODE_BUS) compactBelow(asNode(child));
+    if (child->kind == TRACE_NODE_BUS) compactBelow(asBus(child));
 }
 
 void TraceTree::compact() {
   compactBelow(nullptr);
-}
-
-TraceTree::Addition::Addition(TraceTree& tree) : tree_(tree), mark_(++tree.mark_) {}
-
-TraceTree::Addition::~Addition() {
-  // References first: a signal that goes must not leave one behind.
-  const auto forgetAll = [this](bool references) {
-    for (Node* node : staged_) {
-      if ((node->kind == TRACE_NODE_REF) == references) tree_.forget(node);
-      for (TraceNode* child : node->children)
-        if ((child->kind == TRACE_NODE_REF) == references) tree_.forget(asNode(child));
-    }
-  };
-  forgetAll(true);
-  forgetAll(false);
-  for (Node* node : staged_) tree_.deleteSubtree(node);
-}
-
-bool TraceTree::Addition::stage(const QString& name, const QStringList& bits, bool isVector, QString& remark,
-                                QString& error) {
-  const auto twice = [&](Node* named) {
-    if (!named || named->mark != mark_) return false;
-    error = QString("%1 is in the list twice.").arg(quoted(name));
-    return true;
-  };
-  Node* sameBus = tree_.buses_.value(name);
-  if (!isVector) {
-    Node* captured = tree_.signals_.value(name);
-    if (twice(captured)) return false;
-    if (sameBus) {
-      error = QString("%1 is the name of a bus in this core; rename the bus first (ost_trace rename_bus).")
-                  .arg(quoted(name));
-      return false;
-    }
-    staged_.push_back(captured ? tree_.newReference(captured) : tree_.newSignal(name));
-    (captured ? captured : staged_.back())->mark = mark_;
-    return true;
-  }
-  if (twice(sameBus)) return false;
-  for (const QString& bit : bits) {
-    if (!tree_.buses_.contains(bit)) continue;
-    error = QString("Bit %1 has the name of a bus in this core; rename the bus first (ost_trace rename_bus).")
-                .arg(quoted(bit));
-    return false;
-  }
-  QString busName = name;
-  for (int n = 2; tree_.isTaken(busName) || bits.contains(busName); ++n) busName = name + '_' + QString::number(n);
-  if (sameBus) sameBus->mark = mark_;
-  if (busName != name)
-    remark +=
-        QString("The name %1 is taken in this core: the new bus is named %2.\n").arg(quoted(name), quoted(busName));
-  Node* bus = tree_.newBus(busName);
-  bus->mark = mark_;
-  staged_.push_back(bus);
-  for (const QString& bit : bits) {
-    Node* captured = tree_.signals_.value(bit);
-    tree_.append(bus, captured ? tree_.newReference(captured) : tree_.newSignal(bit));
-  }
-  return true;
-}
-
-bool TraceTree::Addition::insert(const Place& place, QString& error) {
-  const bool hasBus = std::any_of(staged_.begin(), staged_.end(), [](Node* n) { return n->kind == TRACE_NODE_BUS; });
-  if (!tree_.checkNesting(place.bus, hasBus ? 1 : 0, error)) return false;
-  tree_.insertNodes(staged_, place);
-  staged_.clear();
-  return true;
-}
-
-TraceNode* TraceTree::append(Node* bus, Node* node) {
-  QList<TraceNode*>& list = members(bus);
-  node->parent = bus;
-  node->slot = list.size();
-  list.append(node);
-  return node;
-}
-
-TraceNode* TraceTree::appendSignal(TraceNode* bus, const QString& name, QString& error) {
-  if (!isTaken(name)) return append(asNode(bus), newSignal(name));
-  error = QString("%1 is in the trace list already.").arg(quoted(name));
-  return nullptr;
-}
-
-TraceNode* TraceTree::appendBus(TraceNode* bus, const QString& name, QString& error) {
-  if (isTaken(name)) {
-    error = QString("the bus name %1 is taken.").arg(quoted(name));
-    return nullptr;
-  }
-  if (!checkNesting(asNode(bus), 1, error)) return nullptr;
-  return append(asNode(bus), newBus(name));
-}
-
-TraceNode* TraceTree::appendReference(TraceNode* bus, const QString& name, QString&) {
-  Node* node = new Node;
-  node->kind = TRACE_NODE_REF;
-  node->name = name;
-  unbound_.append(node);
-  return append(asNode(bus), node);
-}
-
-bool TraceTree::bindReferences(QString& error) {
-  for (TraceNode* reference : unbound_) {
-    Node* target = signals_.value(reference->name);
-    if (!target) {
-      error = QString("the reference to %1 has no signal of that name.").arg(quoted(reference->name));
-      return false;
-    }
-    Node* node = asNode(reference);
-    node->target = target;
-    node->nextReference = target->nextReference;
-    node->previousReference = target;
-    if (node->nextReference) node->nextReference->previousReference = node;
-    target->nextReference = node;
-  }
-  unbound_.clear();
-  return true;
 }
 
 }  // namespace ost

@@ -8,25 +8,31 @@
 #include <vector>
 
 #include "framework/ist_data.h"
+#include "platform/istdata/name_pool.h"
 #include "platform/istdata/names.h"
+#include "platform/istdata/node_pool.h"
 #include "platform/istdata/node_table.h"
 
 namespace ost {
 
 using mero::ostrel::TraceNode;
 
-/// A signal node (kind 4) is one bit and bears its full bit name; a bus (kind 2) has a name of its own; a reference
-/// (kind 3) bears the bit name too and targets the signal node that captures it. Entries that were taken away leave
-/// holes (nodes of kind 0) in the lists, so that removing one costs the same in a list of any length; compact()
-/// closes them. Failing operations change nothing.
+/// A signal node (kind 4) is one bit, a bus (kind 2) has a name of its own, a reference (kind 3) targets the signal
+/// node that captures its bit. displayName() is the name of each, the full bit name of signals and references; the
+/// member `name` is filled for buses only. Entries that were taken away leave holes (nodes of kind 0) in the lists, so
+/// that removing one costs the same in a list of any length; compact() closes them. Failing operations change nothing.
+///
+/// Nodes and names lie in pools, and operations on many entries go through them in as few passes as possible: with
+/// 100,000 signals their time is the time to fetch them from memory.
 class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
  public:
   static constexpr int kMaxBusNesting = 32;  ///< Buses inside one another.
   struct Node;
+  struct Bus;
 
   /// Where entries go: into `bus` (null: the top level), before `before` (null: at the end).
   struct Place {
-    Node* bus = nullptr;
+    Bus* bus = nullptr;
     Node* before = nullptr;
     bool numbered = false;  ///< `before` was given by number: what is inserted next goes before this insertion.
   };
@@ -35,8 +41,8 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
   ~TraceTree();
 
   /// Signal nodes, that is captured bits.
-  int signalCount() const { return signals_.size(); }
-  int busCount() const { return buses_.size(); }
+  int signalCount() const { return named_.size() - busCount_; }
+  int busCount() const { return busCount_; }
   /// The signal or bus of that name, or null. A name of the form `bus<n>` or `<n>` means the n-th member.
   TraceNode* find(const QString& name);
   TraceNode* findBus(const QString& name) const;
@@ -51,7 +57,8 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
   /// object goes away is forgotten.
   class ISTDATA_API Addition {
    public:
-    explicit Addition(TraceTree& tree);
+    /// `expected`: about how many names will be staged.
+    explicit Addition(TraceTree& tree, int expected = 1);
     ~Addition();
     Addition(const Addition&) = delete;
     Addition& operator=(const Addition&) = delete;
@@ -59,6 +66,8 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
     /// Bits that are traced already become references. `remark` gets a text when the bus needs another name.
     bool stage(const QString& name, const QStringList& bits, bool isVector, QString& remark, QString& error);
     bool insert(const Place& place, QString& error);
+    /// The name that is probably staged next: what that needs from memory is on its way while the name is resolved.
+    void announce(const QString& name) const;
 
    private:
     TraceTree& tree_;
@@ -89,29 +98,42 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
   void compact();
 
  private:
-  QList<TraceNode*>& members(Node* bus);
-  int& holes(Node* bus);
-  void compactList(Node* bus);
-  void compactBelow(Node* bus);
-  void vacate(Node* node);
-  int openGap(const Place& place, int count);
-  void insertNodes(const std::vector<Node*>& added, const Place& place);
-  Node* nextSibling(Node* node);
-  Node* nthMember(Node* bus, const QString& number, QString& error);
-  Node* newSignal(const QString& name);
-  Node* newReference(Node* target);
-  Node* newBus(const QString& name);
-  void unlinkReference(Node* reference);
-  void promote(Node* signal);
-  void forget(Node* node);
-  void deleteSubtree(Node* node);
-  void checkedOut(Node* node, std::vector<Node*>& signalNodes, std::vector<Node*>& references, quint32 mark);
-  bool checkNesting(const Node* bus, int height, QString& error) const;
-  TraceNode* append(Node* bus, Node* node);
+  struct Condemned;
 
-  NodeTable<Node> signals_;
-  QHash<QString, Node*> buses_;
-  QList<TraceNode*> unbound_;
+  QList<TraceNode*>& members(Bus* bus);
+  int& holes(Bus* bus);
+  void vacate(Node* node);
+  void compactList(Bus* bus);
+  void compactIfDue(Bus* bus);
+  void compactBelow(Bus* bus);
+  int openGap(const Place& place, int count);
+  void put(Node* node, Bus* bus, int slot);
+  void insertNodes(const std::vector<Node*>& added, const Place& place);
+  void append(Bus* bus, Node* node);
+  Node* nextSibling(Node* node);
+  Node* nthMember(Bus* bus, const QString& number, QString& error);
+  Node* numberedMember(const QString& name);
+  bool checkNesting(const Bus* bus, int height, QString& error) const;
+
+  Node* newSignal(const QString& name);
+  Bus* newBus(const QString& name);
+  Node* newReference(Node* target);
+  void bind(Node* reference, Node* target);
+  void unbind(Node* reference);
+  bool promoteReference(Node* signal);
+  void forget(Node* node);
+  void destroy(Node* node);
+  void destroySubtree(Node* node);
+  void fetchBehind(const Node* node);
+  void tidyNames();
+  void moveNames(const QList<TraceNode*>& list, NamePool& pool);
+
+  NodePool<Node> nodes_;  ///< Signals and references; buses are few.
+  NamePool texts_;
+  NodeTable<Node> named_;  ///< Signals and buses.
+  int busCount_ = 0;
+  QHash<const Node*, std::vector<Node*>> references_;  ///< Of each signal that has any, in no order.
+  std::vector<Node*> unbound_;                         ///< References whose targets are yet to come.
   DefaultNames busNames_{"BUS"};
   /// The holes known to stand before the entry of the last insertion, so that a series of them need not look again.
   struct Gap {

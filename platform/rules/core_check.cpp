@@ -108,15 +108,15 @@ void CoreCheck::checkTracedSignals() {
   bool any = false;
   forEachSignal(core_.trace->nodes, [&](const TraceNode& node) {
     any = true;
-    const FindingList::Fills fills = {{QStringLiteral("<signal>"), node.name}};
+    const QString name = node.displayName();
+    const FindingList::Fills fills = {{QStringLiteral("<signal>"), name}};
     NetSelection selection;
     QString error;
-    if (!design_.exists(node.name) || !design_.resolve(node.name, selection, error))
-      reportVanished(DesignRule::TracedSignalVanished, QString(), QStringLiteral("traced signal"), node.name, fills);
+    if (!design_.exists(name) || !design_.resolve(name, selection, error))
+      reportVanished(DesignRule::TracedSignalVanished, QString(), QStringLiteral("traced signal"), name, fills);
     else if (selection.bits.size() != 1)
       report(DesignRule::TracedSignalVanished, QString(),
-             QStringLiteral("traced signal \"%1\" has become %2 wide")
-                 .arg(node.name, counted(selection.bits.size(), "bit")),
+             QStringLiteral("traced signal \"%1\" has become %2 wide").arg(name, counted(selection.bits.size(), "bit")),
              fills);
     else
       traced_.append({object(), selection});

@@ -276,7 +276,7 @@ std::string Commands::traced(int kind, Random& random) {
   const QList<mero::ostrel::TraceNode*>* list = core ? &core->trace->nodes : nullptr;
   while (list && !list->isEmpty()) {
     const mero::ostrel::TraceNode* node = list->at(int(random.below(std::size_t(list->size()))));
-    if (kind ? node->kind == kind : node->kind != 0) name = node->name.toStdString();
+    if (kind ? node->kind == kind : node->kind != 0) name = node->displayName().toStdString();
     list = random.oneIn(2) ? &node->children : nullptr;
   }
   return name;

@@ -135,5 +135,20 @@ TEST_F(TreeTest, ListsWithHolesKeepTheirOrder) {
   }
 }
 
+/// Enough of them for the pools of nodes and names to be emptied and tidied up.
+TEST_F(TreeTest, WhatStaysKeepsItsNameWhenManyGo) {
+  QStringList all, kept;
+  for (int i = 0; i < 20000; ++i) (i % 50 ? all : kept) << QString("u_block/sig_%1").arg(i);
+  for (int round = 0; round < 3; ++round) {
+    ASSERT_TRUE(add(all));
+    ASSERT_TRUE(round > 0 || (add(kept, "", all[100]) && group("k", kept)));
+    ASSERT_TRUE(remove(all));
+    ASSERT_EQ(shown(), "k{" + kept.join(' ').toStdString() + "}");
+    ASSERT_TRUE(tree->find(kept[7]) && !tree->find(all[7]));
+  }
+  ASSERT_TRUE(remove({"k"}));
+  ASSERT_EQ(tree->signalCount() + tree->busCount(), 0);
+}
+
 }  // namespace
 }  // namespace ost
