@@ -1,10 +1,11 @@
 // ost_oracle: seeded random projects and directed scenes, captured through JTAG in a simulator and compared with what
 // the model expects of the uninstrumented device's own record. Ends with a line of what was compared; the first
 // difference ends it with 1.
+#include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QDir>
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 
 #include "tests/sim/oracle/generator.h"
 #include "tests/sim/oracle/insertion.h"
@@ -119,41 +120,34 @@ int runAll(int first, int count, bool scenes, const Settings& settings) {
 }  // namespace oracle
 
 int main(int argc, char** argv) {
+  const QCoreApplication application(argc, argv);
+  QCommandLineParser words;
+  words.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+  words.addHelpOption();
+  words.addOptions({{"sources", "Root of the source tree.", "folder", "."},
+                    {"package", "Where Tcl finds the package.", "folder"},
+                    {"work", "Where projects and simulations are written.", "folder"},
+                    {"first", "The first seed.", "number", "1"},
+                    {"seeds", "How many.", "number", "0"},
+                    {"scenes", "Play the directed scenes."},
+                    {"noise", "Probability of a flip on TDI and TDO.", "rate", "0"},
+                    {"core", "Verilog in place of files of the same name in the insertion.", "folder"},
+                    {"keep", "Leave the files of seeds that agree."},
+                    {"reuse", "Take insertions that are there."}});
+  words.process(application);
+  const auto folder = [&](const char* name) {
+    return words.isSet(name) ? QDir(words.value(name)).absolutePath() : QString();
+  };
   oracle::Settings settings;
-  int first = 1, count = 0;
-  bool scenes = false;
-  for (int i = 1; i < argc; ++i) {
-    const QString word = argv[i];
-    const QString value = i + 1 < argc ? argv[i + 1] : "";
-    if (word == "-scenes")
-      scenes = true;
-    else if (word == "-keep")
-      settings.keep = true;
-    else if (word == "-reuse")
-      settings.reuse = true;
-    else if (++i >= argc)
-      return fprintf(stderr, "ost_oracle: bad word '%s'\n", qPrintable(word)), 2;
-    else if (word == "-first")
-      first = value.toInt();
-    else if (word == "-seeds")
-      count = value.toInt();
-    else if (word == "-sources")
-      settings.sources = QDir(value).absolutePath();
-    else if (word == "-work")
-      settings.work = QDir(value).absolutePath();
-    else if (word == "-package")
-      settings.package = QDir(value).absolutePath();
-    else if (word == "-core")
-      settings.core = QDir(value).absolutePath();
-    else if (word == "-noise")
-      settings.noise = value.toDouble();
-    else
-      return fprintf(stderr, "ost_oracle: bad word '%s'\n", qPrintable(word)), 2;
-  }
-  if (settings.work.isEmpty() || settings.package.isEmpty() || (count == 0 && !scenes))
-    return fprintf(stderr,
-                   "usage: ost_oracle -sources DIR -package DIR -work DIR -first N -seeds N ?-scenes? ?-noise RATE? "
-                   "?-core DIR? ?-keep? ?-reuse?\n"),
-           2;
-  return oracle::runAll(first, count, scenes, settings);
+  settings.sources = QDir(words.value("sources")).absolutePath();
+  settings.package = folder("package");
+  settings.work = folder("work");
+  settings.core = folder("core");
+  settings.noise = words.value("noise").toDouble();
+  settings.keep = words.isSet("keep");
+  settings.reuse = words.isSet("reuse");
+  const int seeds = words.value("seeds").toInt();
+  if (settings.work.isEmpty() || settings.package.isEmpty() || (seeds <= 0 && !words.isSet("scenes")))
+    words.showHelp(2);
+  return oracle::runAll(words.value("first").toInt(), seeds, words.isSet("scenes"), settings);
 }
