@@ -3,7 +3,6 @@
 
 #include <errno.h>
 #include <string.h>
-#include <unistd.h>
 
 #include <QDir>
 #include <QFileInfo>
@@ -125,17 +124,16 @@ std::unique_ptr<SourcePlan> SourcePlan::make(const DesignSource& source, const Q
 }
 
 QByteArray SourcePlan::link(const QString& target, const char* kind, const QByteArray& suffix, QString& error) {
-  if (!linkFolder_) linkFolder_.reset(new QTemporaryDir(QDir::tempPath() + QString::fromLatin1("/ost-XXXXXX")));
-  const QByteArray folder = QFile::encodeName(linkFolder_->path());
-  const QByteArray name = folder + '/' + kind + QByteArray::number(links_.size()) + suffix;
-  const QByteArray real = QFile::encodeName(target);
-  if (!linkFolder_->isValid() || !isPlainPath(folder) || symlink(real.constData(), name.constData()) != 0) {
+  if (!links_) links_.reset(new LinkFolder);
+  const QByteArray name = kind + QByteArray::number(linked_.size()) + suffix, real = QFile::encodeName(target);
+  const QByteArray path = links_->path() + '/' + name;
+  if (!isPlainPath(links_->path()) || !links_->add(name, real)) {
     error = QString::fromLatin1("Cannot link \"%1\" into the temporary folder \"%2\": %3; set TMPDIR to another folder")
                 .arg(wireFromFile(target), wireFromFile(QDir::tempPath()), QString::fromLatin1(strerror(errno)));
     return QByteArray();
   }
-  links_.append(qMakePair(name, real));
-  return name;
+  linked_.append(qMakePair(path, real));
+  return path;
 }
 
 bool SourcePlan::addIncludeDir(const QString& directory, const QString& wire, QString& error) {
@@ -213,7 +211,7 @@ QByteArray SourcePlan::inUsersWords(QByteArray text) const {
 
 QString SourcePlan::realFile(const QByteArray& name) const {
   QByteArray real = name;
-  for (const auto& link : links_) {
+  for (const auto& link : linked_) {
     if (real == link.first || real.startsWith(link.first + '/')) real.replace(0, link.first.size(), link.second);
   }
   return QDir::cleanPath(QDir(workingDirectory_).absoluteFilePath(QFile::decodeName(real)));

@@ -6,10 +6,10 @@
 #include <QHash>
 #include <QList>
 #include <QString>
-#include <QTemporaryDir>
 #include <memory>
 
 #include "platform/design/design.h"
+#include "platform/design/link_folder.h"
 
 namespace ost {
 
@@ -50,8 +50,8 @@ class SourcePlan {
   QList<File> scriptFiles_;
   QList<QByteArray> includeDirs_;                  ///< As the script names them.
   QList<QPair<QByteArray, QByteArray>> rewrites_;  ///< Script name, name as typed.
-  QList<QPair<QByteArray, QByteArray>> links_;     ///< Link, what it stands for.
-  std::unique_ptr<QTemporaryDir> linkFolder_;
+  QList<QPair<QByteArray, QByteArray>> linked_;    ///< Link, what it stands for.
+  std::unique_ptr<LinkFolder> links_;
 };
 
 }  // namespace ost

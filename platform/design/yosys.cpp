@@ -93,6 +93,9 @@ struct FileCloser {
 }  // namespace
 
 int openScratchFile(QString& error) {
+  // Without a name from the start, so that nothing is left of it whenever the process ends. Not every file system can.
+  const int nameless = open(QFile::encodeName(QDir::tempPath()).constData(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+  if (nameless >= 0) return nameless;
   QByteArray path = QFile::encodeName(QDir::tempPath()) + "/ost-XXXXXX";
   const int fd = mkostemp(path.data(), O_CLOEXEC);
   if (fd < 0) {
@@ -111,7 +114,8 @@ YosysResult runYosys(const YosysJob& job) {
   QFile file;
   file.open(script.fd, QIODevice::WriteOnly, QFileDevice::DontCloseHandle);
   if (file.write(job.script) != job.script.size() || !file.flush() || lseek(script.fd, 0, SEEK_SET) != 0) {
-    result.error = QString::fromLatin1("Cannot write a temporary file in \"%1\"").arg(wireFromFile(QDir::tempPath()));
+    result.error = QString::fromLatin1("Cannot write a temporary file in \"%1\": %2")
+                       .arg(wireFromFile(QDir::tempPath()), toWire(file.errorString()));
     return result;
   }
 

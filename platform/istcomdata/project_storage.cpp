@@ -6,8 +6,8 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -34,6 +34,12 @@ QString canonical(const QString& file) {
   if (!existing.isEmpty()) return existing;
   const QString folder = QFileInfo(info.path()).canonicalFilePath();
   return folder.isEmpty() ? file : folder + '/' + info.fileName();
+}
+
+/// The file that a save writes before it takes the project's place. Whoever has the lock may remove one.
+QString savingName(const QString& target) {
+  const QFileInfo info(target);
+  return info.path() + "/." + info.fileName() + ".saving";
 }
 
 }  // namespace
@@ -65,6 +71,7 @@ bool ProjectStorage::claim(const QString& file, Claim& claim, QString& error) co
   auto lock = std::make_unique<QLockFile>(lockName);
   lock->setStaleLockTime(0);  // held as long as the project is open; a dead owner is noticed all the same
   if (lock->tryLock(0)) {
+    QFile::remove(savingName(target));  // of a save that was killed
     claim.lock = std::make_unique<HeldLock>(std::move(lock), lockName);
     return true;
   }
@@ -100,15 +107,23 @@ bool ProjectStorage::write(const QString& file, const QByteArray& bytes, QString
     error = QString("%1 is not a file.").arg(shown(file));
     return false;
   }
-  // QSaveFile takes no notice of a disk that fails when it is made to store what was written, and has no words for some
-  // failures of a full one.
-  QSaveFile target(file);
-  if (target.open(QIODevice::WriteOnly) && target.write(bytes) == bytes.size() && target.flush() &&
-      (fdatasync(target.handle()) == 0 || errno == EINVAL) && target.commit())
+  // Not by QSaveFile: its files beside the project cannot be told from a user's, and it takes no notice of a disk that
+  // fails when it is made to store what was written.
+  const QString goal = canonical(file);
+  QFile target(savingName(goal));
+  QFile::remove(target.fileName());
+  const auto permissions = info.exists() ? info.permissions() : QFile::Permissions();
+  const bool written = target.open(QIODevice::WriteOnly | QIODevice::NewOnly) && target.write(bytes) == bytes.size() &&
+                       target.flush() &&
+                       (!permissions || target.permissions() == permissions || target.setPermissions(permissions)) &&
+                       (fdatasync(target.handle()) == 0 || errno == EINVAL);
+  if (written &&
+      std::rename(QFile::encodeName(target.fileName()).constData(), QFile::encodeName(goal).constData()) == 0)
     return true;
   const int reason = errno;
   QString words = toWire(target.errorString());
   if (words == "Unknown error") words = wireFromBytes(std::strerror(reason));
+  if (target.isOpen()) target.remove();
   error = QString("%1 cannot be written: %2. Choose another place for the file.").arg(shown(file), words);
   return false;
 }

@@ -1,0 +1,27 @@
+// A private folder of links, by which Yosys' scripts reach files whose names they cannot hold.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryDir>
+
+namespace ost {
+
+/// Goes away with the object. What a process that was killed left behind is removed when another makes its own.
+class LinkFolder {
+ public:
+  LinkFolder();
+  ~LinkFolder();
+  LinkFolder(const LinkFolder&) = delete;
+  LinkFolder& operator=(const LinkFolder&) = delete;
+
+  QByteArray path() const;
+  /// Makes the link `name` to the file or folder `target`. False with errno set.
+  bool add(const QByteArray& name, const QByteArray& target) const;
+
+ private:
+  QTemporaryDir folder_;
+  int lock_ = -1;  ///< The folder itself, open and locked as long as it is in use.
+};
+
+}  // namespace ost
