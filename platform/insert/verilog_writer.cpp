@@ -36,13 +36,14 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   YosysJob job;
   job.files = {source.handle(), debug.handle(), result.handle()};
   // The user's instances stay even where nothing reads them. opt_expr -mux_bool and opt_reduce merge the write enables
-  // that `proc` made one a bit; without them a memory no longer maps to block RAM.
+  // that `proc` made one a bit; without them a memory no longer maps to block RAM. Without -keepdc a 'z' counts as any
+  // value: an open-drain output would become a constant.
   job.script =
       "read_json /proc/self/fd/3\n"
       "read_verilog -lib /proc/self/fd/4\n"
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
-      "opt_expr -mux_bool\nopt_reduce\nopt_expr\nopt_merge\nopt_clean\n"
+      "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n"
       "setattr -unset keep @instances\n";
   for (const char* attribute : kBookkeeping)
     job.script += QByteArray("setattr -unset ") + attribute + "\nsetattr -mod -unset " + attribute + '\n';

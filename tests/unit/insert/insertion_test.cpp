@@ -2,6 +2,7 @@
 // proof, which accepts what is written and refuses every tampered edition of it.
 #include "platform/insert/insertion.h"
 
+#include <QProcess>
 #include <QRegularExpression>
 
 #include "bench/core_plans/plan_text.h"
@@ -81,6 +82,18 @@ TEST(Insertion, MakesUniqueOnlyWhatIsProbedDifferently) {
   QString error;
   ASSERT_TRUE(readCaptureMap(scratch.read("out/capture_map.json"), map, error)) << plain(error);
   EXPECT_EQ(map.pins.tdo, "ostrel1_tdo");
+}
+
+TEST(Insertion, NetlistDrivesEveryInoutFromTheRightSide) {
+  Scratch scratch;
+  ASSERT_EQ(insertTricky(trickyPlan(), scratch), "");
+  // Read without any pass: a user's own script may do so.
+  const QString script =
+      "read_json " + scratch.path("out/tricky_debug.json") + "; write_verilog -noattr " + scratch.path("read_back.v");
+  ASSERT_EQ(QProcess::execute("yosys", {"-q", "-p", script}), 0);
+  const QString verilog = scratch.read("read_back.v");
+  EXPECT_EQ(verilog.count(QRegularExpression("assign seen = \\+ io;")), 2);
+  EXPECT_EQ(verilog.count(QRegularExpression("assign io = [^?]*;")), 0);
 }
 
 TEST(Insertion, ThatFailsLeavesTheOldResult) {

@@ -22,6 +22,12 @@ module pad (output seen, output through, inout io, input drive, input enable);
   assign through = drive;
 endmodule
 
+// The same in a module that nobody probes, and an open output.
+module bare_pad (output seen, inout io, input drive);
+  assign io = drive ? 1'b1 : 1'bz;
+  assign seen = io;
+endmodule
+
 module divider (input clk, output reg slow);
   initial slow = 0;
   always @(posedge clk) slow <= ~slow;
@@ -40,8 +46,9 @@ module store (input clk, input [1:0] write, input [3:0] address, input [15:0] in
 endmodule
 
 module tricky (
-    input clk, input rst, input [7:0] stimulus, inout io, output io_seen, output through, output [3:0] a,
-    output [3:0] b, output [6:0] wide, output reg [0:7] turned, output [15:0] word, output reg [1:0] slow_count,
+    input clk, input rst, input [7:0] stimulus, inout io, output io_seen, output through, inout bare, output bare_seen,
+    output [3:0] a, output [3:0] b, output [6:0] wide, output reg [0:7] turned, output [15:0] word,
+    output reg [1:0] slow_count,
     output reg held, input ostrel_tck
 );
   wire [3:0] c, d;
@@ -49,6 +56,7 @@ module tricky (
   pair u_two (.clk(clk), .rst(rst), .step(stimulus[7:4]), .left(c), .right(d));
   leaf #(.W(7)) u_wide (.clk(clk), .rst(rst), .step(stimulus[6:0]), .value(wide));
   pad \u/pad (.seen(io_seen), .through(through), .io(io), .drive(stimulus[1]), .enable(stimulus[0]));
+  bare_pad u_bare (.seen(bare_seen), .io(bare), .drive(stimulus[2]));
   store u_store (.clk(clk), .write(stimulus[1:0]), .address(stimulus[5:2]), .in({a, b, c, d}), .out(word));
 
   wire slow;
