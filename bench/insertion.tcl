@@ -25,7 +25,7 @@ proc insertion {} {
 }
 proc yosysAlone {} {
   global work yosys
-  set script "read_json $work/plain.json; opt_expr -mux_bool; opt_reduce; opt_expr; opt_merge; opt_clean;\
+  set script "read_json $work/plain.json; opt_expr -mux_bool -keepdc; opt_reduce; opt_expr -keepdc; opt_merge; opt_clean;\
     write_verilog $work/plain_out.v"
   childCpu { exec $yosys -q -p $script }
 }
