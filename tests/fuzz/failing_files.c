@@ -71,12 +71,9 @@ ssize_t write(int fd, const void* data, size_t size) {
   }
 CALL(rename, (const char* from, const char* to), (from, to))
 CALL(mkdir, (const char* path, mode_t mode), (path, mode))
-CALL(fsync, (int fd), (fd))
 CALL(fdatasync, (int fd), (fd))
 CALL(ftruncate64, (int fd, off64_t size), (fd, size))
 CALL(fchmod, (int fd, mode_t mode), (fd, mode))
-CALL(link, (const char* from, const char* to), (from, to))
-CALL(linkat, (int at, const char* from, int in, const char* to, int flags), (at, from, in, to, flags))
 
 /* Removing works on a full disk. */
 #define REMOVAL(name)                  \

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 
 extern "C" void __sanitizer_set_death_callback(void (*callback)()) __attribute__((weak));
 
@@ -19,182 +20,116 @@ constexpr unsigned kCaseSeconds = 30;
 
 char current[160];  // "driver: -seed N -cases 1", for the last words of a crashing process.
 
-void sayCurrent() {
-  if (write(STDERR_FILENO, current, std::strlen(current)) < 0) _exit(99);
+void say(const char* text) {
+  if (write(STDERR_FILENO, text, std::strlen(text)) < 0) _exit(99);
 }
 
 void onSignal(int number) {
-  sayCurrent();
-  const char* text = number == SIGALRM ? "  the case takes too long\n" : "  crashed\n";
-  if (write(STDERR_FILENO, text, std::strlen(text)) < 0) _exit(99);
+  say(current);
+  say(number == SIGALRM ? "  the case takes too long\n" : "  crashed\n");
   signal(number, SIG_DFL);
   raise(number);
 }
 
 /// A number of kilobytes from /proc/self/status.
-std::size_t statusKilobytes(const char* key) {
-  std::size_t value = 0;
-  if (FILE* status = std::fopen("/proc/self/status", "r")) {
-    char line[200];
-    while (std::fgets(line, sizeof line, status))
-      if (!std::strncmp(line, key, std::strlen(key))) value = std::strtoull(line + std::strlen(key), nullptr, 10);
-    std::fclose(status);
-  }
-  return value;
+std::size_t statusKilobytes(const std::string& key) {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);)
+    if (!line.compare(0, key.size(), key)) return std::stoull(line.substr(key.size()));
+  return 0;
 }
 
-/// Peak memory of a case, against what its input allows. The sanitizer's own memory would drown it.
-class MemoryWatch {
- public:
-  MemoryWatch() {
-    if (&__sanitizer_set_death_callback) return;
-    if (FILE* reset = std::fopen("/proc/self/clear_refs", "w")) {
-      watching_ = std::fputs("5", reset) >= 0;
-      watching_ &= std::fclose(reset) == 0;
-    }
-    before_ = statusKilobytes("VmRSS:");
-  }
-  void check(std::size_t inputBytes) const {
-    const std::size_t allowed = 48 * 1024 + inputBytes / 2;  // KB: 48 MB and 512 bytes for each of the input
-    const std::size_t peak = watching_ ? statusKilobytes("VmHWM:") : 0;
-    expect(peak <= before_ + allowed,
-           "took " + std::to_string(peak - before_) + " KB for an input of " + std::to_string(inputBytes) + " bytes");
-  }
+/// Begins to watch the peak of memory and returns what is in use, in kilobytes; 0 when it cannot be watched. The
+/// sanitizer's own memory would drown it.
+std::size_t watchMemory() {
+  std::ofstream reset("/proc/self/clear_refs");
+  const bool watching = !&__sanitizer_set_death_callback && reset << 5 << std::flush;
+  return watching ? statusKilobytes("VmRSS:") : 0;
+}
 
- private:
-  bool watching_ = false;
-  std::size_t before_ = 0;
-};
+void checkMemory(std::size_t before, std::size_t inputBytes) {
+  const std::size_t allowed = 48 * 1024 + inputBytes / 2;  // KB: 48 MB and 512 bytes for each of the input
+  const std::size_t peak = before ? statusKilobytes("VmHWM:") : 0;
+  expect(peak <= before + allowed,
+         "took " + std::to_string(peak - before) + " KB for an input of " + std::to_string(inputBytes) + " bytes");
+}
 
 }  // namespace
 
-std::uint64_t Random::next() {
-  std::uint64_t z = (state_ += 0x9e3779b97f4a7c15u);  // splitmix64
-  z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
-  z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
-  return z ^ (z >> 31);
+const char kDesign[] = R"(
+module memory(input clk, input [3:0] at, input [7:0] data, input we, output reg [7:0] out);
+  reg [7:0] cells [0:15];
+  always @(posedge clk) begin if (we) cells[at] <= data; out <= cells[at]; end
+endmodule
+module pad(inout io, input drive); assign io = drive ? 1'b1 : 1'bz; endmodule
+(* blackbox *) module box(input a, output b); endmodule
+module lane(input clk, input rst, output reg [3:0] cnt, inout io);
+  reg [0:2] \odd/name ;
+  always @(posedge clk or posedge rst) if (rst) cnt <= 0; else cnt <= cnt + 1;
+  always @(negedge clk) \odd/name <= cnt[2:0];
+  pad p(.io(io), .drive(cnt[0]));
+endmodule
+(* ostrel_role = "dcu" *)
+module top(input clk, input rst, input en, inout io, output [7:0] b, output done);
+  wire [3:0] state, other;
+  lane u1(.clk(clk), .rst(rst), .cnt(state), .io(io));
+  lane u2(.clk(clk), .rst(en), .cnt(other), .io());
+  memory m(.clk(clk), .at(state), .data({state, other}), .we(rst), .out(b));
+  box x(.a(state[0]), .b(done));
+endmodule
+)";
+
+std::vector<std::string> words(const std::string& text) {
+  std::vector<std::string> list;
+  for (std::size_t at = 0, end; at < text.size(); at = end) {
+    end = std::min(text.find(text[0], at + 1), text.size());
+    list.push_back(text.substr(at + 1, end - at - 1));
+  }
+  return list;
 }
 
 std::string mutated(std::string text, Random& random) {
-  static const char* const tokens[] = {
-      "-1",    "0",        "4294967296", "2147483647", "-2147483648", "99999999999999999999",
-      "1e999", "0.5",      "null",       "true",       "\"\"",        "{}",
-      "[]",    "[[",       "}",          "]",          ",",           ":",
-      "\"",    "\\",       "\\u0000",    "\\ud800",    "\"x\"",       "\"z\"",
-      "\xff",  "\xc3",     "/",          "..",         "&",           "!",
-      "->",    "*65537",   "(",          ")",          " ",           "\n",
-      "-f ",   "+incdir+", "$",          "//",         "\"modules\"", "\"bits\""};
+  static const auto tokens = words(
+      "~-1~0~4294967296~2147483647~-2147483648~99999999999999999999~1e999~0.5~null~true~\"\"~{}~[]~[[~}~]~,~:~\"~\\"
+      "~\\u0000~\\ud800~\"x\"~\"z\"~\xff~\xc3~/~..~&~!~->~*65537~(~)~ ~\n~-f ~+incdir+~$~//~\"modules\"~\"bits\"");
+  static const char* const digits = "0123456789";
   for (std::size_t count = 1 + random.below(4); count > 0; --count) {
-    const std::size_t at = random.below(text.size() + 1);
+    const std::size_t at = random.below(text.size() + 1), how = random.below(9);
     const std::size_t length = random.below(std::min<std::size_t>(text.size() - at, random.oneIn(4) ? 4000 : 40) + 1);
-    switch (random.below(9)) {
-      case 0:
-        if (at < text.size()) text[at] = char(random.next());
-        break;
-      case 1:
-        text.erase(at, length);
-        break;
-      case 2:
-        text.insert(random.below(text.size() + 1), text.substr(at, length));
-        break;
-      case 3:
-        text.insert(at, random.pick(tokens));
-        break;
-      case 4:
-        text.replace(at, length, random.pick(tokens));
-        break;
-      case 5: {  // the next number becomes another
-        const std::size_t digit = text.find_first_of("0123456789", at);
-        if (digit == std::string::npos) break;
-        const std::size_t end = text.find_first_not_of("0123456789", digit);
-        text.replace(digit, (end == std::string::npos ? text.size() : end) - digit,
-                     random.oneIn(2) ? std::to_string(random.below(40)) : random.pick(tokens));
-        break;
-      }
-      case 6:
-        text.resize(at);
-        break;
-      case 7: {
-        const std::string piece = text.substr(at, length);
-        for (std::size_t i = random.below(200); i > 0 && text.size() < 200000; --i) text.insert(at, piece);
-        break;
-      }
-      case 8:
-        if (random.oneIn(8)) text.insert(at, std::string(random.below(100000), random.pick("[{(!\\\"#x0 ")));
-        break;
+    if (how == 0 && at < text.size()) text[at] = char(random.next());
+    if (how == 1) text.erase(at, length);
+    if (how == 2) text.insert(random.below(text.size() + 1), text.substr(at, length));
+    if (how == 3) text.insert(at, random.pick(tokens));
+    if (how == 4) text.replace(at, length, random.pick(tokens));
+    const std::size_t digit = text.find_first_of(digits, at);
+    if (how == 5 && digit != std::string::npos) {
+      const std::size_t end = std::min(text.find_first_not_of(digits, digit), text.size());
+      text.replace(digit, end - digit, random.oneIn(2) ? std::to_string(random.below(40)) : random.pick(tokens));
     }
+    if (how == 6) text.resize(at);
+    if (how == 7) {
+      const std::string piece = text.substr(at, length);
+      for (std::size_t i = random.below(200); i > 0 && text.size() < 200000; --i) text.insert(at, piece);
+    }
+    if (how == 8 && random.oneIn(8)) text.insert(at, std::string(random.below(100000), random.pick("[{(!\\\"#x0 ")));
   }
   return text;
 }
 
 std::string hostileWord(Random& random) {
-  static const char* const words[] = {"",
-                                      " ",
-                                      "-",
-                                      "--",
-                                      "-core",
-                                      "-name",
-                                      "=",
-                                      "{",
-                                      "}",
-                                      "{a",
-                                      "a}b",
-                                      "\"",
-                                      "\\",
-                                      "\\a ",
-                                      "$(touch pwned)",
-                                      "`touch pwned`",
-                                      "; exec touch pwned",
-                                      "[exec touch pwned]",
-                                      "|touch pwned",
-                                      "../x",
-                                      "..",
-                                      ".",
-                                      "a/../b",
-                                      "\n",
-                                      "a\nb",
-                                      "%s%n",
-                                      "*",
-                                      "?",
-                                      "-1",
-                                      "2147483648",
-                                      "1e9",
-                                      "0x10",
-                                      "99999999999999999999",
-                                      "caf\xc3\xa9",
-                                      "\xc2\x85",
-                                      "\xed\xa0\x80",
-                                      "\xc0\x80",
-                                      "state[",
-                                      "state[]",
-                                      "state[99999999999]",
-                                      "state[1:]",
-                                      "<1>",
-                                      "<>",
-                                      "BUS1<0>",
-                                      "/",
-                                      "//",
-                                      "u1/",
-                                      "\\u1/cnt ",
-                                      "\x01\x7f",
-                                      "module"};
-  std::string word = random.pick(words);
-  switch (random.below(12)) {
-    case 0:
-      for (std::size_t i = random.below(40); i > 0; --i) word += char(1 + random.below(255));
-      break;
-    case 1:
-      word.assign(random.below(random.oneIn(10) ? 200000 : 5000), random.pick("a1({[!&x\xff \\"));
-      break;
-    case 2: {
-      const std::size_t depth = random.below(2000);
-      word = std::string(depth, '{') + word + std::string(depth, '}');
-      break;
-    }
-    case 3:
-      for (std::size_t i = random.below(3000); i > 0; --i) word += " x" + std::to_string(i);
-      break;
-  }
+  static const auto hostile = words(
+      "~~ ~-~--~-core~-name~=~{~}~{a~a}b~\"~\\~\\a ~$(touch pwned)~`touch pwned`~; exec touch pwned~[exec touch pwned]"
+      "~|touch pwned~../x~..~.~a/../b~\n~a\nb~%s%n~*~?~-1~2147483648~1e9~0x10~99999999999999999999~caf\xc3\xa9~\xc2\x85"
+      "~\xed\xa0\x80~\xc0\x80~state[~state[]~state[99999999999]~state[1:]~<1>~<>~BUS1<0>~/~//~u1/~\\u1/cnt ~\x01\x7f"
+      "~module");
+  std::string word = random.pick(hostile);
+  const std::size_t how = random.below(12), many = random.below(3000);
+  if (how == 0)
+    for (std::size_t i = many % 40; i > 0; --i) word += char(1 + random.below(255));
+  if (how == 1) word.assign(random.oneIn(10) ? many * 64 : many, random.pick("a1({[!&x\xff \\"));
+  if (how == 2) word = std::string(many, '{') + word + std::string(many, '}');
+  if (how == 3)
+    for (std::size_t i = many; i > 0; --i) word += " x" + std::to_string(i);
   return word;
 }
 
@@ -209,7 +144,7 @@ int runCases(const char* name, Driver& driver, int argc, char** argv) {
   }
   for (const int number : {SIGALRM, SIGABRT, SIGSEGV, SIGFPE})
     if (number == SIGALRM || number == SIGABRT || !&__sanitizer_set_death_callback) signal(number, onSignal);
-  if (&__sanitizer_set_death_callback) __sanitizer_set_death_callback(sayCurrent);
+  if (&__sanitizer_set_death_callback) __sanitizer_set_death_callback([] { say(current); });
 
   const auto start = std::chrono::steady_clock::now();
   const auto spent = [start] {
@@ -218,15 +153,13 @@ int runCases(const char* name, Driver& driver, int argc, char** argv) {
   double slowest = 0;
   std::uint64_t done = 0, bytes = 0;
   for (; done < cases && spent() < seconds; ++done) {
-    std::snprintf(current, sizeof current, "%s: -seed %llu -cases 1", name,
-                  static_cast<unsigned long long>(seed + done));
+    std::snprintf(current, sizeof current, "%s: -seed %s -cases 1", name, std::to_string(seed + done).c_str());
     Random random(seed + done);
     const double begin = spent();
     alarm(kCaseSeconds);
     try {
-      const MemoryWatch watch;
-      const std::size_t input = driver.run(random);
-      watch.check(input);
+      const std::size_t before = watchMemory(), input = driver.run(random);
+      checkMemory(before, input);
       bytes += input;
     } catch (const Fault& fault) {
       std::fprintf(stderr, "%s\n  %s\n", current, fault.what());
@@ -235,9 +168,9 @@ int runCases(const char* name, Driver& driver, int argc, char** argv) {
     alarm(0);
     slowest = std::max(slowest, spent() - begin);
   }
-  std::printf("%s: %llu cases from seed %llu, %llu KB of input in %.1f s, the slowest %.2f s\n", name,
-              static_cast<unsigned long long>(done), static_cast<unsigned long long>(seed),
-              static_cast<unsigned long long>(bytes >> 10), spent(), slowest);
+  std::printf("%s: %s cases from seed %s, %s KB of input in %.1f s, the slowest %.2f s\n", name,
+              std::to_string(done).c_str(), std::to_string(seed).c_str(), std::to_string(bytes >> 10).c_str(), spent(),
+              slowest);
   current[0] = '\0';
   return 0;
 }
