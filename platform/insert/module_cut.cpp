@@ -1,7 +1,7 @@
 // Cuts a module and writes what is left.
 #include "platform/insert/module_cut.h"
 
-#include <QSet>
+#include <algorithm>
 
 namespace ost {
 namespace {
@@ -10,13 +10,22 @@ bool isRisingEdge(const CellConnections& cell) {
   return !cell.parameters.value("CLK_POLARITY", "1").endsWith('0');
 }
 
+/// "_12_" and the like: a net that had no name before it was written as Verilog.
+bool isWritersName(const QByteArray& net) {
+  bool number = false;
+  if (net.size() > 2 && net.startsWith('_') && net.endsWith('_')) net.mid(1, net.size() - 2).toInt(&number);
+  return number;
+}
+
 }  // namespace
 
-ModuleCut::ModuleCut(const Netlist::Private& netlist, int module)
+ModuleCut::ModuleCut(const Netlist::Private& netlist, int module, const QSet<QByteArray>& added)
     : netlist_(netlist),
       module_(netlist.text.module(module)),
       index_(netlist.index(module)),
       nextBit_(netlist.index(module).highestBit() + 1) {
+  std::vector<TriState> buffers;
+  std::vector<Memory> memories;
   for (const NetlistPort& port : module_.portList) addPorts("port|" + port.name, port.bits);
   for (const IndexedCell& indexed : index_.cells()) {
     const CellConnections cell = readCell(netlist.text, indexed.offset);
@@ -31,24 +40,70 @@ ModuleCut::ModuleCut(const Netlist::Private& netlist, int module)
     } else if (indexed.kind == CellKind::MemoryBlock) {
       const QByteArray name = "mem|" + cell.parameters.value("MEMID");
       cells_[name] = {type, cell.parameters};
-      for (auto port = cell.ports.begin(); port != cell.ports.end(); ++port)
-        addPorts(name + '.' + port.key(), port.value());
+      memories.push_back({name, cell});
     } else if (type == "$tribuf") {
-      const QVector<int> y = cell.ports.value("Y"), a = cell.ports.value("A"), enable = cell.ports.value("EN");
-      for (int i = 0; i < y.size() && i < a.size() && !enable.isEmpty(); ++i) {
-        QByteArray net;
-        int position = 0;
-        if (!index_.nameOf(y[i], net, position)) continue;
-        const QByteArray name = "tri|" + net + '.' + QByteArray::number(position);
-        addPorts(name + ".Y", {y[i]});
-        addPorts(name + ".A", {a[i]});
-        addPorts(name + ".EN", {enable.first()});
-      }
+      buffers.push_back({cell.ports.value("Y"), cell.ports.value("A"), cell.ports.value("EN").value(0, kBitX)});
     } else {
       kept_.back() = 1;
     }
   }
-  readInitialValues();
+  QSet<int> named;
+  for (const TriState& buffer : buffers) {
+    named.insert(buffer.enable);
+    for (const int bit : buffer.y) named.insert(bit);
+  }
+  for (const Memory& memory : memories)
+    for (const QVector<int>& bits : memory.cell.ports)
+      for (const int bit : bits) named.insert(bit);
+  QHash<int, QByteArray> names;
+  readNets(named, added, names);
+  addTriStates(buffers, names);
+  for (const Memory& memory : memories) addMemory(memory, names);
+}
+
+/// The order of a memory's read ports is chance, and that of write ports without priorities, too: they are put in that
+/// of the names at them.
+void ModuleCut::addMemory(const Memory& memory, const QHash<int, QByteArray>& names) {
+  QHash<QByteArray, QVector<int>> ports = memory.cell.ports;
+  for (const char* kind : {"RD_", "WR_"}) {
+    const int count = ports.value(QByteArray(kind) + "CLK").size();
+    if (*kind == 'W' && memory.cell.parameters.value("WR_PRIORITY_MASK").contains('1')) continue;
+    std::vector<std::pair<QByteArray, int>> order;
+    for (int i = 0; i < count; ++i) {
+      QByteArray key;
+      for (const char* port : {"CLK", "ADDR", "DATA"}) {
+        const QVector<int> bits = ports.value(QByteArray(kind) + port);
+        const int width = bits.size() / count;
+        for (int bit = i * width; bit < (i + 1) * width; ++bit) key += names.value(bits[bit]) + ' ';
+      }
+      order.push_back({key, i});
+    }
+    std::sort(order.begin(), order.end());
+    for (auto port = ports.begin(); port != ports.end(); ++port) {
+      if (!port.key().startsWith(kind) || count == 0) continue;
+      const int width = port->size() / count;
+      QVector<int> sorted;
+      for (const auto& [key, i] : order) sorted += port->mid(i * width, width);
+      *port = sorted;
+    }
+  }
+  for (auto port = ports.begin(); port != ports.end(); ++port) addPorts(memory.name + '.' + port.key(), port.value());
+}
+
+/// A buffer is known by what it drives, or inside an expression by its enable: of several names by the first one in the
+/// alphabet, which is the same in both editions.
+void ModuleCut::addTriStates(const std::vector<TriState>& buffers, const QHash<int, QByteArray>& names) {
+  for (const TriState& buffer : buffers) {
+    for (int i = 0; i < buffer.y.size() && i < buffer.a.size(); ++i) {
+      QByteArray name = names.value(buffer.y[i]);
+      if (name.isEmpty()) name = "by|" + names.value(buffer.enable) + '.' + QByteArray::number(i);
+      name.prepend("tri|");
+      while (ports_.count(name + ".Y|0")) name += '\'';
+      addPorts(name + ".Y", {buffer.y[i]});
+      addPorts(name + ".A", {buffer.a[i]});
+      addPorts(name + ".EN", {buffer.enable});
+    }
+  }
 }
 
 void ModuleCut::addPorts(const QByteArray& prefix, const QVector<int>& bits) {
@@ -99,7 +154,8 @@ bool ModuleCut::registerAt(const QByteArray& net, int position, CutRegister& res
   return true;
 }
 
-void ModuleCut::readInitialValues() {
+/// Initial values; and the users' names of the bits `named`.
+void ModuleCut::readNets(const QSet<int>& named, const QSet<QByteArray>& added, QHash<int, QByteArray>& names) {
   if (!module_.netNames) return;
   JsonCursor cursor(netlist_.text.text(), module_.netNames);
   std::string_view key, field, attribute;
@@ -107,10 +163,13 @@ void ModuleCut::readInitialValues() {
   while (cursor.nextMember(key)) {
     QVector<int> bits;
     QByteArray initial;
+    qint64 hidden = 0;
     cursor.enterObject();
     while (cursor.nextMember(field)) {
       if (field == "bits") {
         readBits(cursor, bits);
+      } else if (field == "hide_name") {
+        cursor.readInteger(hidden);
       } else if (field == "attributes") {
         cursor.enterObject();
         while (cursor.nextMember(attribute)) {
@@ -123,12 +182,20 @@ void ModuleCut::readInitialValues() {
         cursor.skipValue();
       }
     }
+    const QByteArray net = unescapeJson(key);
+    const bool usable = !named.isEmpty() && !hidden && !isWritersName(net) && !added.contains(net);
+    for (int i = 0; usable && i < bits.size(); ++i) {
+      if (!named.contains(bits[i])) continue;
+      const QByteArray name = net + '.' + QByteArray::number(i);
+      QByteArray& known = names[bits[i]];
+      if (known.isEmpty() || name < known) known = name;
+    }
     if (initial.size() != bits.size() || bits.isEmpty()) continue;
     for (int i = 0; i < bits.size(); ++i) {
       const char digit = initial[initial.size() - 1 - i];
       if (digit == '0' || digit == '1') initial_.insert(bits[i], digit);
     }
-    initialNets_[unescapeJson(key)] = bits;
+    initialNets_[net] = bits;
   }
 }
 

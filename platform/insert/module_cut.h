@@ -2,6 +2,7 @@
 // itself on its own: what such a cell takes becomes an output, what it gives an input.
 #pragma once
 
+#include <QSet>
 #include <map>
 
 #include "platform/insert/netlist_private.h"
@@ -26,7 +27,8 @@ struct CutRegister {
 
 class ModuleCut {
  public:
-  ModuleCut(const Netlist::Private& netlist, int module);
+  /// `added`: nets that only one edition has; nothing is named after them.
+  ModuleCut(const Netlist::Private& netlist, int module, const QSet<QByteArray>& added = {});
 
   const NetlistModule& module() const { return module_; }
   /// By name: "port|d|3", "cell|u_rx.q|0", "mem|table.RD_DATA|7", "tri|pad.A|0".
@@ -50,7 +52,17 @@ class ModuleCut {
   QByteArray json(const QByteArray& name) const;
 
  private:
-  void readInitialValues();
+  struct TriState {
+    QVector<int> y, a;
+    int enable;
+  };
+  struct Memory {
+    QByteArray name;  ///< "mem|" and its own.
+    CellConnections cell;
+  };
+  void addTriStates(const std::vector<TriState>& buffers, const QHash<int, QByteArray>& names);
+  void addMemory(const Memory& memory, const QHash<int, QByteArray>& names);
+  void readNets(const QSet<int>& named, const QSet<QByteArray>& added, QHash<int, QByteArray>& names);
   void addPorts(const QByteArray& prefix, const QVector<int>& bits);
 
   const Netlist::Private& netlist_;

@@ -256,7 +256,8 @@ bool Proof::proveModule(int gateModule) {
     return fail(QStringLiteral("it has a module \"%1\" that the original has not.").arg(shown(module)));
   if (module.blackBox || gold_.text.module(goldModule).blackBox) return true;
   const bool top = gateModule == gate_.text.top();
-  ModuleCut gold(gold_, goldModule), gate(gate_, gateModule);
+  const QSet<QByteArray> added = top ? topPorts_ : QSet<QByteArray>{probePort(module.name)};
+  ModuleCut gold(gold_, goldModule), gate(gate_, gateModule, added);
   gold.direct();
   if (!compareCells(gold, gate, top) || !comparePorts(gold, gate, top) || !compareRegisters(gold, gate)) return false;
   if (!proveLogic(gold, gate)) return false;

@@ -37,7 +37,7 @@ InsertPlan trickyPlan() {
   for (const char* name :
        {"u_one/u_left/count", "u_two/u_right/ostrel_probe", "u_two/u_right/step", "u_wide/count[6:2]", "u/pad/io",
         "u/pad/seen", "u/pad/through", "u_store/out", "u_div/slow", "slow_count", "odd.name[0]", "ostrel_debug_i",
-        "lanes[1].lane", "lanes[0].u_leaf/count[1]", "turned", "turned[2]", "held"}) {
+        "lanes[1].lane", "lanes[0].u_leaf/count[1]", "turned", "turned[2]", "held", "u_corner/pin", "u_corner/zin"}) {
     core.probes.append(PlanProbe{name, {}});
     for (const NetBit& bit : bitsOf(name)) {
       core.probes.last().positions.append(core.probeBits.size());
@@ -151,7 +151,8 @@ TEST(Proof, HoldsForTheWrittenDesignAndFailsForTamperedOnes) {
       {"posedge rst", "negedge rst", "module tricky could"},
       {"~ slow;", "slow;", "module divider could"},
       {"words\\[3\\] = 16'h3", "words[3] = 16'h2", "\"mem|"},
-      {"(\\.address\\(stimulus)\\[5:2\\]", "\\1[6:3]", "u_store.address"},
+      {"ram\\[x\\[1:0\\]\\];", "ram[x[2:1]];", "module corner"},
+      {"(\\.address\\(stimulus)\\[5:2\\]", "\\1[6:3]", "module tricky"},
       {"(\\.c0_probe\\(\\{ )(.*?), (.*?),", "\\1\\3, \\2,", "looks at another net"},
       {"= \\{ value\\[0\\], value\\[1\\]", "= { value[1], value[0]", "looks at another net"},
   };

@@ -45,11 +45,26 @@ module store (input clk, input [1:0] write, input [3:0] address, input [15:0] in
   end
 endmodule
 
+// A pin whose name comes behind its probe port's, a 'z' inside an expression, and a memory with two ports each way.
+module corner (input c1, input c2, input [7:0] x, inout pin, inout zin, output reg [1:0] q1, output reg [1:0] q2);
+  assign pin = x[0] ? 1'bz : 1'b0;
+  assign zin = x[1] ? (x[2] ? 1'b1 : 1'bz) : x[3];
+  reg [1:0] ram[0:3];
+  always @(posedge c1) begin
+    q1 <= ram[x[1:0]];
+    if (x[4]) ram[x[3:2]] <= x[7:6];
+  end
+  always @(posedge c2) begin
+    q2 <= ram[x[3:2]];
+    if (x[5]) ram[x[1:0]] <= x[5:4];
+  end
+endmodule
+
 module tricky (
     input clk, input rst, input [7:0] stimulus, inout io, output io_seen, output through, inout bare, output bare_seen,
     output [3:0] a, output [3:0] b, output [6:0] wide, output reg [0:7] turned, output [15:0] word,
-    output reg [1:0] slow_count,
-    output reg held, input ostrel_tck
+    output reg [1:0] slow_count, output reg held, inout [1:0] pins, output [3:0] ends,
+    input ostrel_tck
 );
   wire [3:0] c, d;
   pair u_one (.clk(clk), .rst(rst), .step(stimulus[3:0]), .left(a), .right(b));
@@ -61,6 +76,7 @@ module tricky (
 
   wire slow;
   divider u_div (.clk(clk), .slow(slow));
+  corner u_corner (.c1(clk), .c2(slow), .x(stimulus), .pin(pins[0]), .zin(pins[1]), .q1(ends[1:0]), .q2(ends[3:2]));
   initial slow_count = 2'd2;
   always @(posedge slow) slow_count <= slow_count + 2'd1;
 
