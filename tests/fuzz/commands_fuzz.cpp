@@ -58,6 +58,7 @@ ost_core delete %c
 ost_core rename %c %c
 ost_core %j)");
 const auto kRarely = words(R"(
+ost_project run
 ost_project run [-drc] [-save] [-saveAs %f] [-overwrite] [-insert_core %c]
 ost_design read [-top %m] [-define %h] [-incdir %f] [-blackbox %m] [-timeout %i] [-memory %i] %f
 ost_design read -timeout 20 -f %f
@@ -134,15 +135,19 @@ class Commands : public Driver {
     readDesign();
     must("ost_project new; ost_core add c1");
     if (!random.oneIn(4))
-      must(R"(ost_trace add_sig {state done u1/cnt u2/cnt[3:1] state[1] en}
+      must(R"(ost_trace trc_option SampleClk=clk
+              ost_trace add_sig {state done u1/cnt u2/cnt[3:1] state[1] en}
               ost_tu add {{state} == 1x0x}
               ost_tu add {done .RE. 1}
-              ost_te add -expression {TU1 -> TU2*3} -max_seq_depth 2 -max_event_count 4)");
+              ost_te add -expression {TU1 -> TU2*3} -max_seq_depth 2 -max_event_count 4
+              ost_project save -overwrite a.ost)");
     const bool byModel = random.oneIn(2);
     std::size_t bytes = 0;
     for (std::size_t count = 20 + random.below(60); count > 0; --count) {
       const Words words = generated(random);
       for (const std::string& word : words) bytes += word.size();
+      // Only where no project is open can another be opened.
+      if (words.size() > 1 && words[1] == "open" && random.oneIn(2)) must("catch {ost_project close -force}");
       step(words, byModel);
     }
     if (project()) {
