@@ -40,11 +40,11 @@ std::unique_ptr<ost::RemoteBitbang> connected(const BenchFiles& files) {
 }  // namespace
 
 Live::Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise, quint32 seed,
-           const QStringList& arguments)
+           const QStringList& arguments, ost::UserInstruction instruction)
     : simulation_(vvp(files, arguments), files.folder, "capture_run.log"),
       port_(connected(files)),
       line(*port_, seed, noise / 8, noise, noise),
-      hub(line),
+      hub(line, instruction),
       reader(hub, plan) {}
 
 void Live::end() {

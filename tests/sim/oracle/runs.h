@@ -28,7 +28,7 @@ class Live {
  public:
   /// `noise`: probability of a flip on TDI and TDO in each cycle; an eighth of it on TMS.
   Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise = 0, quint32 seed = 0,
-       const QStringList& arguments = {});
+       const QStringList& arguments = {}, ost::UserInstruction instruction = {});
   /// Closes the line and waits for the simulation's end.
   void end();
 

@@ -93,6 +93,7 @@ class Scenes {
   void reasons();
   void stoppedClock();
   void firstSample();
+  void devicePrimitive();
   void quickAbort();
   void slowTck();
   void unusableLine();
@@ -265,6 +266,17 @@ void Scenes::firstSample() {
   finish(live, {capture(live, project_, plan_, 0, early, 400000), capture(live, project_, plan_, 0, early, 400000)});
 }
 
+/// The hub behind a device's own JTAG primitive, by a file that a user puts in the place of the inserted one.
+void Scenes::devicePrimitive() {
+  Settings replaced = settings_;
+  replaced.core = settings_.sources + "/tests/sim/designs/primitive";
+  compileBench(project_, plan_, replaced, files_);
+  Live live(files_, plan_, 0, 0, {}, {6, 0x22});
+  QString error;
+  mustHold(live.reader.identify(error), error);
+  finish(live, {capture(live, project_, plan_, 0, choice(true), 400000)});
+}
+
 /// 250 TCK in a sample clock: ARM and STOP come within one of them, and still make a run.
 void Scenes::quickAbort() {
   setTck(0.02);
@@ -348,6 +360,7 @@ void playScenes(const Settings& settings, Totals& totals) {
              {"stopped clock", &Scenes::stoppedClock},
              {"unusable line", &Scenes::unusableLine},
              {"first sample", &Scenes::firstSample},
+             {"device primitive", &Scenes::devicePrimitive},
              {"quick abort", &Scenes::quickAbort},
              {"slow TCK", &Scenes::slowTck}};
   for (const auto& scene : all) try {
