@@ -1,34 +1,24 @@
 // Verilog text and child processes.
 #include "tests/sim/oracle/bench.h"
 
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <QFile>
 #include <limits>
 
 namespace oracle {
 namespace {
 
-int start(const QStringList& words, const QString& folder, const QString& log) {
-  std::vector<QByteArray> texts;
-  for (const QString& word : words) texts.push_back(word.toUtf8());
-  std::vector<char*> arguments;
-  for (QByteArray& text : texts) arguments.push_back(text.data());
-  arguments.push_back(nullptr);
-  const QByteArray place = folder.toUtf8(), logFile = (folder + "/" + log).toUtf8();
-  const int pid = fork();
-  if (pid != 0) return pid;
-  const int out = open(logFile.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  const int in = open("/dev/null", O_RDONLY);
-  if (chdir(place.constData()) != 0 || out < 0 || in < 0) _exit(126);
-  dup2(in, 0);
-  dup2(out, 1);
-  dup2(out, 2);
-  execvp(arguments[0], arguments.data());
-  _exit(127);
+void launch(QProcess& process, const QStringList& words, const QString& folder, const QString& log) {
+  process.setWorkingDirectory(folder);
+  process.setProcessChannelMode(QProcess::MergedChannels);
+  process.setStandardOutputFile(folder + "/" + log);
+  process.setStandardInputFile(QProcess::nullDevice());
+  process.start(words[0], words.mid(1));
+  if (!process.waitForStarted()) throw Broken{"cannot start " + words[0]};
+}
+
+bool endsWell(QProcess& process) {
+  if (process.state() != QProcess::NotRunning) process.waitForFinished(-1);
+  return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
 void writeFile(const QString& name, const QByteArray& text) {
@@ -90,28 +80,22 @@ QByteArray stimulus(const Project& project, const QByteArray& ports, const QByte
 }  // namespace
 
 void runTool(const QStringList& words, const QString& folder, const QString& log) {
-  const int pid = start(words, folder, log);
-  int status = 0;
-  if (pid < 0 || waitpid(pid, &status, 0) != pid || status != 0)
-    throw Broken{words[0] + " failed; see " + folder + "/" + log};
+  QProcess tool;
+  launch(tool, words, folder, log);
+  if (!endsWell(tool)) throw Broken{words[0] + " failed; see " + folder + "/" + log};
 }
 
-Simulation::Simulation(const QStringList& words, const QString& folder, const QString& log)
-    : pid_(start(words, folder, log)) {
-  if (pid_ < 0) throw Broken{"cannot start " + words[0]};
+Simulation::Simulation(const QStringList& words, const QString& folder, const QString& log) {
+  launch(process_, words, folder, log);
 }
 
 Simulation::~Simulation() {
-  if (pid_ < 0) return;
-  kill(pid_, SIGKILL);
-  waitpid(pid_, nullptr, 0);
+  process_.kill();
+  endsWell(process_);
 }
 
 void Simulation::waitForEnd() {
-  int status = 0;
-  waitpid(pid_, &status, 0);
-  pid_ = -1;
-  if (status != 0) throw Broken{"the simulation failed"};
+  if (!endsWell(process_)) throw Broken{"the simulation failed"};
 }
 
 QVector<Record> recordDevice(const Project& project, const BenchFiles& files, qint64 fromTime, int rows) {

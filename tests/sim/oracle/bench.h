@@ -1,7 +1,7 @@
 // Test benches, their simulation with Icarus Verilog, and the records that they write.
 #pragma once
 
-#include <memory>
+#include <QProcess>
 
 #include "platform/plan/insert_plan.h"
 #include "tests/sim/oracle/model.h"
@@ -19,7 +19,7 @@ class Simulation {
   void waitForEnd();
 
  private:
-  int pid_ = -1;
+  QProcess process_;
 };
 
 struct BenchFiles {

@@ -1,6 +1,8 @@
 // Runs on a live simulation, and their comparison with what the model expects of the uninstrumented device's record.
 #pragma once
 
+#include <memory>
+
 #include "platform/reader/core_reader.h"
 #include "platform/reader/faulty_port.h"
 #include "platform/reader/remote_bitbang.h"
