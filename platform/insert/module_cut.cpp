@@ -2,6 +2,7 @@
 #include "platform/insert/module_cut.h"
 
 #include <algorithm>
+#include <set>
 
 namespace ost {
 namespace {
@@ -10,9 +11,10 @@ bool isRisingEdge(const CellConnections& cell) {
   return !cell.parameters.value("CLK_POLARITY", "1").endsWith('0');
 }
 
-/// "_12_" and the like: a net that had no name before it was written as Verilog.
+/// "_12_" and the like: a net that had no name before it was written as Verilog, or a function's that was written for
+/// it.
 bool isWritersName(const QByteArray& net) {
-  bool number = false;
+  bool number = net.contains("$func$");
   if (net.size() > 2 && net.startsWith('_') && net.endsWith('_')) net.mid(1, net.size() - 2).toInt(&number);
   return number;
 }
@@ -61,33 +63,36 @@ ModuleCut::ModuleCut(const Netlist::Private& netlist, int module, const QSet<QBy
   for (const Memory& memory : memories) addMemory(memory, names);
 }
 
-/// The order of a memory's read ports is chance, and that of write ports without priorities, too: they are put in that
+/// The order of a memory's read ports is chance, and so is that of write ports without priorities: they are put in that
 /// of the names at them.
 void ModuleCut::addMemory(const Memory& memory, const QHash<int, QByteArray>& names) {
-  QHash<QByteArray, QVector<int>> ports = memory.cell.ports;
-  for (const char* kind : {"RD_", "WR_"}) {
-    const int count = ports.value(QByteArray(kind) + "CLK").size();
-    if (*kind == 'W' && memory.cell.parameters.value("WR_PRIORITY_MASK").contains('1')) continue;
-    std::vector<std::pair<QByteArray, int>> order;
+  const QHash<QByteArray, QVector<int>>& ports = memory.cell.ports;
+  for (const QByteArray kind : {"RD_", "WR_"}) {
+    const int count = ports.value(kind + "CLK").size();
+    const bool ordered = kind == "WR_" && memory.cell.parameters.value("WR_PRIORITY_MASK").contains('1');
+    const auto bitsAt = [&](const QByteArray& port, int i) {
+      const QVector<int> bits = ports.value(port);
+      return bits.mid(i * bits.size() / count, bits.size() / count);
+    };
+    std::vector<std::pair<std::vector<std::set<QByteArray>>, int>> order;
     for (int i = 0; i < count; ++i) {
-      QByteArray key;
-      for (const char* port : {"CLK", "ADDR", "DATA"}) {
-        const QVector<int> bits = ports.value(QByteArray(kind) + port);
-        const int width = bits.size() / count;
-        for (int bit = i * width; bit < (i + 1) * width; ++bit) key += names.value(bits[bit]) + ' ';
+      std::vector<std::set<QByteArray>> key;
+      for (const char* port : {"CLK", "DATA", "ADDR"}) {
+        if (ordered) break;
+        std::set<QByteArray> found;
+        for (const int bit : bitsAt(kind + port, i))
+          if (names.contains(bit)) found.insert(names[bit]);
+        key.push_back(found);
       }
       order.push_back({key, i});
     }
     std::sort(order.begin(), order.end());
-    for (auto port = ports.begin(); port != ports.end(); ++port) {
-      if (!port.key().startsWith(kind) || count == 0) continue;
-      const int width = port->size() / count;
-      QVector<int> sorted;
-      for (const auto& [key, i] : order) sorted += port->mid(i * width, width);
-      *port = sorted;
-    }
+    for (int i = 0; i < count; ++i)
+      for (auto port = ports.begin(); port != ports.end(); ++port)
+        if (port.key().startsWith(kind))
+          addPorts(memory.name + '.' + kind + QByteArray::number(i) + '.' + port.key().mid(3),
+                   bitsAt(port.key(), order[size_t(i)].second));
   }
-  for (auto port = ports.begin(); port != ports.end(); ++port) addPorts(memory.name + '.' + port.key(), port.value());
 }
 
 /// A buffer is known by what it drives, or inside an expression by its enable: of several names by the first one in the

@@ -154,6 +154,8 @@ TEST(Proof, HoldsForTheWrittenDesignAndFailsForTamperedOnes) {
       {"posedge rst", "negedge rst", "module tricky could"},
       {"~ slow;", "slow;", "module divider could"},
       {"words\\[3\\] = 16'h3", "words[3] = 16'h2", "\"mem|"},
+      {"(module store.*?)reg \\[15:0\\] words \\[.*?(assign ostrel_probe[^;]*;).*?endmodule",
+       "\\1always @(posedge clk) out <= in;\n\\2\nendmodule", "module store"},
       {"ram\\[x\\[1:0\\]\\];", "ram[x[2:1]];", "module corner"},
       {"(\\.address\\(stimulus)\\[5:2\\]", "\\1[6:3]", "module tricky"},
       {"(\\.c0_probe\\(\\{ )(.*?), (.*?),", "\\1\\3, \\2,", "looks at another net"},
