@@ -3,6 +3,7 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <limits>
 
 #include "platform/design/yosys.h"
 #include "platform/istdata/wire_text.h"
@@ -20,6 +21,29 @@ bool endsWithModule(QFile& file) {
   const qint64 tail = 64;
   if (!file.seek(std::max<qint64>(0, file.size() - tail))) return false;
   return file.readAll().trimmed().endsWith("endmodule");
+}
+
+/// False with `error` when a port is declared as inout and as a register, which no tool reads: Yosys writes so what a
+/// register drives without a tri-state buffer.
+bool inoutsAreNets(QFile& file, QString& error) {
+  const uchar* data = file.size() <= std::numeric_limits<int>::max() ? file.map(0, file.size()) : nullptr;
+  if (!data) return true;
+  const QByteArray text = QByteArray::fromRawData(reinterpret_cast<const char*>(data), int(file.size()));
+  const QByteArray start = "\n  inout ";
+  for (int at = text.indexOf(start); at >= 0; at = text.indexOf(start, at + 1)) {
+    const int name = at + start.size(), end = text.indexOf(';', name);
+    const QByteArray declared = text.mid(name, end - name);
+    if (text.mid(end + 2, declared.size() + 6) != "  reg " + declared) continue;
+    const QByteArray port = declared.startsWith('[') ? declared.mid(declared.indexOf(' ') + 1) : declared;
+    const int module = text.lastIndexOf("\nmodule ", at) + 8;
+    error = QStringLiteral(
+                "The inout port \"%1\" of the module \"%2\" is driven by a register without a tri-state "
+                "buffer, which cannot be written as Verilog; declare it as an output.")
+                .arg(wireFromBytes(port.trimmed()),
+                     wireFromBytes(text.mid(module, text.indexOf('(', module) - module).trimmed()));
+    return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -60,7 +84,7 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
     error = QStringLiteral("The instrumented design could not be written in full; is the disk full?");
     return false;
   }
-  return true;
+  return inoutsAreNets(result, error);
 }
 
 QSet<QByteArray> definedModules(const QByteArray& verilog) {
