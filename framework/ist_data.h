@@ -10,8 +10,8 @@
 namespace mero {
 namespace ostrel {
 
-class istDataset;         ///< A core's trigger units and trigger expressions.
-class istTU;              ///< One trigger unit.
+class istDataset;  ///< A core's trigger units and trigger expressions.
+class istTU;       ///< One trigger unit.
 
 /// Byte order of the Wishbone master.
 enum ENDIAN_MODE { ENDIAN_BIG = 0, ENDIAN_LITTLE = 1 };
@@ -52,9 +52,9 @@ class ISTDATA_API TraceNode {
   virtual QString displayName() const;
 
   QString name;
-  int kind;                     ///< A TraceNodeKind, or another value that listings skip.
-  QList<TraceNode*> children;   ///< Members of a bus, in order.
-  TraceNode* target;            ///< What a reference stands for; null otherwise.
+  int kind;                    ///< A TraceNodeKind, or another value that listings skip.
+  QList<TraceNode*> children;  ///< Members of a bus, in order.
+  TraceNode* target;           ///< What a reference stands for; null otherwise.
 
  private:
   TraceNode(const TraceNode&);
