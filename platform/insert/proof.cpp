@@ -173,7 +173,7 @@ bool Proof::comparePorts(ModuleCut& gold, ModuleCut& gate, bool top) {
       }
     }
     const bool open = port->second.bit == kBitX || port->second.bit == kBitZ;
-    if (!added && !open && !name.startsWith("tri|"))
+    if (!added && !open)
       return fail(
           QStringLiteral("module %1 connects \"%2\", which its original does not.").arg(where, wireFromBytes(base)));
     port = ports.erase(port);

@@ -154,6 +154,8 @@ TEST(Proof, HoldsForTheWrittenDesignAndFailsForTamperedOnes) {
       {"posedge rst", "negedge rst", "module tricky could"},
       {"~ slow;", "slow;", "module divider could"},
       {"words\\[3\\] = 16'h3", "words[3] = 16'h2", "\"mem|"},
+      {"(module pair.*?)endmodule", "\\1assign left = step[0] ? 4'h0 : 4'hz;\nendmodule", "module pair"},
+      {"(module bare_pad.*?)endmodule", "\\1assign io = seen ? 1'b0 : 1'bz;\nendmodule", "module bare_pad"},
       {"(module store.*?)reg \\[15:0\\] words \\[.*?(assign ostrel_probe[^;]*;).*?endmodule",
        "\\1always @(posedge clk) out <= in;\n\\2\nendmodule", "module store"},
       {"ram\\[x\\[1:0\\]\\];", "ram[x[2:1]];", "module corner"},
