@@ -10,7 +10,7 @@
 #include <QDir>
 #include <QFile>
 
-#include "platform/design/child_process.h"
+#include "platform/system/child_process.h"
 #include "platform/istdata/wire_text.h"
 
 namespace ost {

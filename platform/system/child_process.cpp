@@ -1,6 +1,6 @@
 // The child process: fork, limits, exec, and a poll loop that serves the caller. QProcess is not used: it would put a
 // SIGCHLD handler of its own beside Tcl's processes, and has no hook for limits on all Qt versions.
-#include "platform/design/child_process.h"
+#include "platform/system/child_process.h"
 
 #include <errno.h>
 #include <fcntl.h>

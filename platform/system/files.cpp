@@ -1,0 +1,168 @@
+// Reads and replaces files by the system's own calls: Qt's classes pass over a close or a flush that fails.
+#include "platform/system/files.h"
+
+#include <fcntl.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+
+#include "platform/istdata/wire_text.h"
+#include "platform/system/descriptor.h"
+
+namespace ost {
+namespace {
+
+constexpr qint64 kReadStep = 1 << 20;
+constexpr int kNamesTried = 100;
+const char kAccessList[] = "system.posix_acl_access";
+
+bool refuse(QString& reason, const char* text) {
+  reason = QString::fromLatin1(text);
+  return false;
+}
+
+bool refuseBySystem(QString& reason) {
+  reason = systemReason(errno);
+  return false;
+}
+
+const char* kindOf(const struct stat& info) {
+  if (S_ISDIR(info.st_mode)) return "it is a folder";
+  if (S_ISFIFO(info.st_mode)) return "it is a FIFO, not a regular file";
+  return "it is not a regular file";
+}
+
+/// A file that goes away again when it is not kept.
+class TemporaryFile {
+ public:
+  ~TemporaryFile() {
+    if (!name_.isEmpty()) unlink(name_.constData());
+  }
+  /// Makes the file, in place of what is left under that name.
+  bool make(const QByteArray& name, mode_t mode) {
+    return (unlink(name.constData()) == 0 || errno == ENOENT) && create(name, mode);
+  }
+  /// Makes it under a name that is free.
+  bool makeBeside(const QByteArray& place, mode_t mode) {
+    for (int i = 0; i < kNamesTried; ++i) {
+      if (create(place + ".new-" + QByteArray::number(getpid()) + '-' + QByteArray::number(i), mode)) return true;
+      if (errno != EEXIST) return false;
+    }
+    return false;
+  }
+  /// Stores the bytes and puts the file into its place.
+  bool keepAs(const QByteArray& place) {
+    if (fsync(file_.fd()) != 0 && errno != EINVAL) return false;
+    if (!file_.close() || rename(name_.constData(), place.constData()) != 0) return false;
+    name_.clear();
+    return true;
+  }
+  int fd() const { return file_.fd(); }
+
+ private:
+  bool create(const QByteArray& name, mode_t mode) {
+    file_.reset(open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+    if (file_.isOpen()) name_ = name;
+    return file_.isOpen();
+  }
+  QByteArray name_;  ///< Empty when there is none, or when it is kept.
+  Descriptor file_;
+};
+
+/// Gives the new file what protects the old one.
+bool keepProtection(int fresh, const QByteArray& old, const struct stat& info, QString& reason) {
+  struct stat now;
+  if (fstat(fresh, &now) != 0) return refuseBySystem(reason);
+  if ((now.st_uid != info.st_uid || now.st_gid != info.st_gid) && fchown(fresh, info.st_uid, info.st_gid) != 0)
+    return refuse(reason, "it belongs to another user or group, which a new file in its place would not keep");
+  char list[4096];
+  const ssize_t size = getxattr(old.constData(), kAccessList, list, sizeof list);
+  if (size < 0 && errno != ENODATA && errno != ENOTSUP) return refuseBySystem(reason);
+  if (fchmod(fresh, info.st_mode & 07777) != 0) return refuseBySystem(reason);
+  if (size > 0 && fsetxattr(fresh, kAccessList, list, size_t(size), 0) != 0)
+    return refuse(reason, "its access list cannot be kept");
+  return true;
+}
+
+bool writeInto(const QByteArray& special, const QByteArray& bytes, QString& reason) {
+  Descriptor file(open(special.constData(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+  if (!file.isOpen() || !writeAll(file.fd(), bytes.constData(), bytes.size()) || !file.close())
+    return refuseBySystem(reason);
+  return true;
+}
+
+}  // namespace
+
+QString systemReason(int code) {
+  return wireFromBytes(strerror(code));
+}
+
+bool writeAll(int fd, const char* bytes, qint64 count) {
+  while (count > 0) {
+    const ssize_t written = write(fd, bytes, size_t(count));
+    if (written < 0 && errno == EINTR) continue;
+    if (written == 0) errno = ENOSPC;
+    if (written <= 0) return false;
+    bytes += written;
+    count -= written;
+  }
+  return true;
+}
+
+bool readFile(const QString& file, qint64 mostBytes, QByteArray& bytes, QString& reason) {
+  bytes.clear();
+  // Without waiting: a FIFO that nobody writes must not hold up the program.
+  const Descriptor source(open(QFile::encodeName(file).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat info;
+  if (!source.isOpen() || fstat(source.fd(), &info) != 0) return refuseBySystem(reason);
+  if (!S_ISREG(info.st_mode)) return refuse(reason, kindOf(info));
+  qint64 size = 0;
+  bytes.resize(int(qMin(mostBytes, qint64(info.st_size)) + 1));
+  for (;;) {
+    const ssize_t count = read(source.fd(), bytes.data() + size, size_t(bytes.size() - size));
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return refuseBySystem(reason);
+    size += count;
+    if (size > mostBytes) {
+      bytes.clear();
+      reason = QString::fromLatin1("it is larger than %1 MB").arg(mostBytes >> 20);
+      return false;
+    }
+    if (count == 0) break;
+    if (size == bytes.size()) bytes.resize(int(qMin(mostBytes + 1, size + qMax(size, kReadStep))));
+  }
+  bytes.resize(int(size));
+  return true;
+}
+
+bool replaceFile(const Replacement& request, const QByteArray& bytes, QString& reason) {
+  const QString real = QFileInfo(request.file).canonicalFilePath();
+  const QByteArray place = QFile::encodeName(real.isEmpty() ? request.file : real);
+  struct stat old;
+  const bool exists = stat(place.constData(), &old) == 0;
+  if (!exists && errno != ENOENT) return refuseBySystem(reason);
+  if (!exists && lstat(place.constData(), &old) == 0) return refuse(reason, "it is a link that leads nowhere");
+  if (exists && !S_ISREG(old.st_mode)) {
+    const bool mayWrite = request.mayBeSpecial && !S_ISDIR(old.st_mode);
+    return mayWrite ? writeInto(place, bytes, reason) : refuse(reason, kindOf(old));
+  }
+  // Root may write anything, but whoever took away every right to write meant it.
+  if (exists && (!(old.st_mode & 0222) || faccessat(AT_FDCWD, place.constData(), W_OK, AT_EACCESS) != 0))
+    return refuse(reason, "it is protected from writing");
+
+  TemporaryFile fresh;
+  // Nobody else may read it before it has the old file's mode.
+  const mode_t mode = exists ? 0600 : 0666;
+  const bool made = request.temporary.isEmpty() ? fresh.makeBeside(place, mode)
+                                                : fresh.make(QFile::encodeName(request.temporary), mode);
+  if (!made) return refuseBySystem(reason);
+  if (exists && !keepProtection(fresh.fd(), place, old, reason)) return false;
+  if (!writeAll(fresh.fd(), bytes.constData(), bytes.size()) || !fresh.keepAs(place)) return refuseBySystem(reason);
+  return true;
+}
+
+}  // namespace ost

@@ -1,0 +1,32 @@
+// Reading and replacing files as a whole, with every answer of the system checked. File names are Unicode, as QFile
+// takes them. A `reason` is wire text that says why, without the file's name: the caller's sentence names it.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace ost {
+
+/// The system's text for an error number.
+QString systemReason(int code);
+
+/// Writes all bytes, however often the system takes only some. False with errno.
+bool writeAll(int fd, const char* bytes, qint64 count);
+
+/// Reads a regular file of at most `mostBytes`. What is none (a FIFO, a device, a folder) is refused without waiting
+/// for it, and a file that is longer than it claims to be, as those in /proc are, is read up to the limit and then
+/// refused.
+bool readFile(const QString& file, qint64 mostBytes, QByteArray& bytes, QString& reason);
+
+struct Replacement {
+  QString file;       ///< The place; a link leads on to what it names.
+  QString temporary;  ///< Written first, in the same folder; what is left under that name goes. Empty: a free name.
+  bool mayBeSpecial = false;  ///< A device or FIFO in the place is written into, instead of refused.
+};
+
+/// Puts `bytes` into the file's place in one step, when they are stored: on failure the old file stays and nothing is
+/// beside it. Mode, access list and owner of the old file are kept; where they cannot be, or where the file is
+/// protected from writing (for root, too), it is refused.
+bool replaceFile(const Replacement& request, const QByteArray& bytes, QString& reason);
+
+}  // namespace ost
