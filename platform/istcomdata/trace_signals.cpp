@@ -40,10 +40,9 @@ bool IstComData::addTraceSignals(istTraceData* trace, QStringList signalNames, Q
   if (!tree.findPlace(bus, position, place, error)) return refuse(message, error);
   QString remark;
   ost::TraceTree::Addition addition(tree, signalNames.size());
-  for (int i = 0; i < signalNames.size(); ++i) {
+  for (const QString& name : signalNames) {
     ost::NetSelection selection;
-    if (i + 1 < signalNames.size()) addition.announce(signalNames.at(i + 1));
-    if (!ost::resolveNet(signalNames.at(i), selection, error) ||
+    if (!ost::resolveNet(name, selection, error) ||
         !addition.stage(selection.canonicalName, selection.bitNames, selection.isVector, remark, error))
       return refuse(message, error);
   }

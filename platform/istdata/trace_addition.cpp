@@ -25,8 +25,7 @@ TraceTree::Addition::~Addition() {
   };
   forgetAll(true);
   forgetAll(false);
-  for (Node* node : staged_) tree_.destroySubtree(node);
-  tree_.tidyNames();
+  for (Node* node : staged_) destroySubtree(node);
 }
 
 bool TraceTree::Addition::stage(const QString& name, const QStringList& bits, bool isVector, QString& remark,
@@ -69,10 +68,6 @@ bool TraceTree::Addition::stage(const QString& name, const QStringList& bits, bo
   return true;
 }
 
-void TraceTree::Addition::announce(const QString& name) const {
-  tree_.named_.fetch(PooledName::hashOf(name));
-}
-
 bool TraceTree::Addition::insert(const Place& place, QString& error) {
   const bool hasBus = std::any_of(staged_.begin(), staged_.end(), [](Node* n) { return n->kind == TRACE_NODE_BUS; });
   if (!tree_.checkNesting(place.bus, hasBus ? 1 : 0, error)) return false;
@@ -103,7 +98,7 @@ TraceNode* TraceTree::appendBus(TraceNode* bus, const QString& name, QString& er
 }
 
 TraceNode* TraceTree::appendReference(TraceNode* bus, const QString& name, QString&) {
-  Node* reference = nodes_.make();
+  Node* reference = new Node;
   reference->kind = TRACE_NODE_REF;
   reference->name = name;  // until it is bound
   unbound_.push_back(reference);

@@ -50,34 +50,21 @@ bool TraceTree::findAll(const QStringList& names, const std::function<QString(co
   entries.clear();
   entries.reserve(names.size());
   const quint32 mark = ++mark_;
-  const bool found = named_.lookUp(names, [&](const QString& name, Node* node) {
-    if (!node) node = numberedMember(name);
-    if (!node) node = asNode(find(canonical(name)));
-    if (!node) {
+  for (const QString& name : names) {
+    TraceNode* found = find(name);
+    if (!found) found = find(canonical(name));
+    if (!found) {
       error = QString("%1 is not traced in this core%2.").arg(quoted(name), nearestHint(name));
       return false;
     }
-    if (node->mark == mark) {
+    if (asNode(found)->mark == mark) {
       error = QString("%1 is in the list twice.").arg(quoted(name));
       return false;
     }
-    node->mark = mark;
-    entries.append(node);
-    return true;
-  });
-  if (found && !entries.isEmpty()) fetchBehind(asNode(entries.last()));
-  return found;
-}
-
-/// Who names one entry a call mostly goes through the list: has the processor fetch what finding the next ones takes.
-void TraceTree::fetchBehind(const Node* node) {
-  const QList<TraceNode*>& list = members(node->parent);
-  const auto signalAt = [&list](int slot) {
-    return slot < list.size() && list[slot]->kind == TRACE_NODE_SIGNAL ? asNode(list[slot]) : nullptr;
-  };
-  if (node->slot + 4 < list.size()) __builtin_prefetch(list[node->slot + 4]);
-  if (const Node* third = signalAt(node->slot + 3)) __builtin_prefetch(third->text);
-  if (const Node* second = signalAt(node->slot + 2)) named_.fetch(second->text->hash);
+    asNode(found)->mark = mark;
+    entries.append(found);
+  }
+  return true;
 }
 
 bool TraceTree::move(const QVector<TraceNode*>& entries, Place place, QString& error) {
@@ -132,7 +119,7 @@ bool TraceTree::promoteReference(Node* signal) {
   unbind(heir);
   heir->kind = TRACE_NODE_SIGNAL;
   heir->text = signal->text;
-  named_.replace(signal, heir);
+  named_[heir->text] = heir;
   const std::vector<Node*> others = references_.take(signal);
   for (Node* other : others) bind(other, heir);
   return true;
@@ -152,20 +139,19 @@ void TraceTree::remove(const QVector<TraceNode*>& entries) {
   for (Node* reference : condemned.references) {
     unbind(reference);
     leaveParent(reference);
-    nodes_.destroy(reference);
+    delete reference;
   }
-  named_.fetchAhead(condemned.signalNodes, [&](Node* signal) {
+  for (Node* signal : condemned.signalNodes) {
     if (!promoteReference(signal)) forget(signal);
     leaveParent(signal);
-    nodes_.destroy(signal);
-  });
+    delete signal;
+  }
   for (Bus* bus : condemned.buses) {
     forget(bus);
     leaveParent(bus);
   }
   for (Bus* bus : condemned.buses) delete bus;
   for (Bus* parent : parents.all()) compactIfDue(parent);
-  tidyNames();
 }
 
 bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString& error) {
@@ -218,7 +204,6 @@ void TraceTree::ungroup(TraceNode* node) {
   compactIfDue(parent);
   forget(bus);
   delete bus;
-  tidyNames();
 }
 
 bool TraceTree::renameBus(TraceNode* node, const QString& newName, QString& error) {
@@ -229,13 +214,10 @@ bool TraceTree::renameBus(TraceNode* node, const QString& newName, QString& erro
     return false;
   }
   Bus* bus = asBus(node);
-  named_.remove(bus);
-  busNames_.released(bus->text->text());
-  texts_.giveBack(bus->text);
-  bus->name = newName;
-  bus->text = texts_.add(newName);
-  named_.insert(bus);
-  tidyNames();
+  named_.remove(bus->text);
+  busNames_.released(bus->text);
+  bus->name = bus->text = newName;
+  named_.insert(newName, bus);
   return true;
 }
 

@@ -18,7 +18,7 @@ QString TraceNode::displayName() const {
 namespace ost {
 
 QString TraceTree::Node::displayName() const {
-  return kind == mero::ostrel::TRACE_NODE_SIGNAL ? QString(text->text()) : TraceNode::displayName();
+  return kind == mero::ostrel::TRACE_NODE_SIGNAL ? text : TraceNode::displayName();
 }
 
 }  // namespace ost

@@ -5,18 +5,15 @@
 
 namespace ost {
 
-/// A signal or a reference; a bus is the class below. On 64 bits a node fills one cache line, so that a pass through a
-/// long list fetches no more than that and the name.
-struct alignas(64) TraceTree::Node : TraceNode {
+/// A signal or a reference; a bus is the class below.
+struct TraceTree::Node : TraceNode {
   QString displayName() const override;
 
   Bus* parent = nullptr;  ///< The bus that holds it; null at the top level.
   int slot = 0;           ///< Its index in the parent's list.
   quint32 mark = 0;       ///< The operation that touched it last.
-  union {
-    const PooledName* text = nullptr;  ///< Of a signal or a bus. The contract's `name` is a bus's only.
-    std::size_t place;                 ///< Of a reference: its index among the references to its target.
-  };
+  QString text;           ///< The name of a signal or a bus. The contract's `name` is a bus's only.
+  std::size_t place = 0;  ///< Of a reference: its index among the references to its target.
 };
 
 struct TraceTree::Bus final : Node {

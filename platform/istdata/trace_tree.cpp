@@ -25,7 +25,7 @@ TraceTree::TraceTree() = default;
 
 TraceTree::~TraceTree() {
   for (TraceNode* node : nodes)
-    if (node != hole()) destroySubtree(asNode(node));
+    if (node != hole()) destroySubtree(node);
 }
 
 QList<TraceNode*>& TraceTree::members(Bus* bus) {
@@ -61,7 +61,7 @@ TraceTree::Node* TraceTree::numberedMember(const QString& name) {
 
 QString TraceTree::nearestHint(const QString& name) const {
   NearestNames near(name);
-  named_.forEach([&near](const Node* node) { near.offer(node->text->text()); });
+  for (auto entry = named_.begin(); entry != named_.end(); ++entry) near.offer(entry.key());
   return near.hint();
 }
 
@@ -123,10 +123,10 @@ bool TraceTree::checkNesting(const Bus* bus, int height, QString& error) const {
 }
 
 TraceTree::Node* TraceTree::newSignal(const QString& name) {
-  Node* node = nodes_.make();
+  Node* node = new Node;
   node->kind = TRACE_NODE_SIGNAL;
-  node->text = texts_.add(name);
-  named_.insert(node);
+  node->text = name;
+  named_.insert(name, node);
   return node;
 }
 
@@ -134,14 +134,14 @@ TraceTree::Bus* TraceTree::newBus(const QString& name) {
   Bus* bus = new Bus;
   bus->kind = TRACE_NODE_BUS;
   bus->name = name;
-  bus->text = texts_.add(name);
-  named_.insert(bus);
+  bus->text = name;
+  named_.insert(name, bus);
   ++busCount_;
   return bus;
 }
 
 TraceTree::Node* TraceTree::newReference(Node* target) {
-  Node* node = nodes_.make();
+  Node* node = new Node;
   node->kind = TRACE_NODE_REF;
   bind(node, target);
   return node;
@@ -170,39 +170,15 @@ void TraceTree::forget(Node* node) {
     if (node->target) unbind(node);
     return;
   }
-  named_.remove(node);
-  busNames_.released(node->text->text());
-  texts_.giveBack(node->text);
+  named_.remove(node->text);
+  busNames_.released(node->text);
   busCount_ -= node->kind == TRACE_NODE_BUS;
 }
 
-void TraceTree::destroy(Node* node) {
-  if (node->kind == TRACE_NODE_BUS)
-    delete asBus(node);
-  else
-    nodes_.destroy(node);
-}
-
-void TraceTree::destroySubtree(Node* node) {
+void TraceTree::destroySubtree(TraceNode* node) {
   for (TraceNode* child : node->children)
-    if (child != hole()) destroySubtree(asNode(child));
-  destroy(node);
-}
-
-/// To be called at the end of operations that give names back; all nodes must stand in the tree.
-void TraceTree::tidyNames() {
-  if (!texts_.isWasteful()) return;
-  NamePool pool;
-  moveNames(nodes, pool);
-  texts_ = std::move(pool);
-}
-
-void TraceTree::moveNames(const QList<TraceNode*>& list, NamePool& pool) {
-  for (TraceNode* entry : list) {
-    if (entry->kind != TRACE_NODE_SIGNAL && entry->kind != TRACE_NODE_BUS) continue;
-    asNode(entry)->text = pool.add(*asNode(entry)->text);
-    if (entry->kind == TRACE_NODE_BUS) moveNames(entry->children, pool);
-  }
+    if (child != hole()) destroySubtree(child);
+  delete node;
 }
 
 /// Finds or makes `count` holes at the place and returns the first one's slot. Where it must shift the list, it leaves

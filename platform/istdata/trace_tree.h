@@ -8,10 +8,7 @@
 #include <vector>
 
 #include "framework/ist_data.h"
-#include "platform/istdata/name_pool.h"
 #include "platform/istdata/names.h"
-#include "platform/istdata/node_pool.h"
-#include "platform/istdata/node_table.h"
 
 namespace ost {
 
@@ -21,9 +18,6 @@ using mero::ostrel::TraceNode;
 /// node that captures its bit. displayName() is the name of each, the full bit name of signals and references; the
 /// member `name` is filled for buses only. Entries that were taken away leave holes (nodes of kind 0) in the lists, so
 /// that removing one costs the same in a list of any length; compact() closes them. Failing operations change nothing.
-///
-/// Nodes and names lie in pools, and operations on many entries go through them in as few passes as possible: with
-/// 100,000 signals their time is the time to fetch them from memory.
 class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
  public:
   static constexpr int kMaxBusNesting = 32;  ///< Buses inside one another.
@@ -66,8 +60,6 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
     /// Bits that are traced already become references. `remark` gets a text when the bus needs another name.
     bool stage(const QString& name, const QStringList& bits, bool isVector, QString& remark, QString& error);
     bool insert(const Place& place, QString& error);
-    /// The name that is probably staged next: what that needs from memory is on its way while the name is resolved.
-    void announce(const QString& name) const;
 
    private:
     TraceTree& tree_;
@@ -122,15 +114,9 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
   void unbind(Node* reference);
   bool promoteReference(Node* signal);
   void forget(Node* node);
-  void destroy(Node* node);
-  void destroySubtree(Node* node);
-  void fetchBehind(const Node* node);
-  void tidyNames();
-  void moveNames(const QList<TraceNode*>& list, NamePool& pool);
+  static void destroySubtree(TraceNode* node);
 
-  NodePool<Node> nodes_;  ///< Signals and references; buses are few.
-  NamePool texts_;
-  NodeTable<Node> named_;  ///< Signals and buses.
+  QHash<QString, Node*> named_;  ///< Signals and buses.
   int busCount_ = 0;
   QHash<const Node*, std::vector<Node*>> references_;  ///< Of each signal that has any, in no order.
   std::vector<Node*> unbound_;                         ///< References whose targets are yet to come.
