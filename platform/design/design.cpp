@@ -15,6 +15,7 @@
 #include "platform/design/source_stamp.h"
 #include "platform/design/yosys.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/text/near_names.h"
 
 namespace ost {
 namespace {
@@ -285,10 +286,7 @@ bool Design::resolve(const QString& name, NetSelection& selection, QString& erro
   const QByteArray typed = name.toLatin1();
   NameHit hit;
   if (!findName(d->index, std::string_view(typed.constData(), size_t(typed.size())), hit, &error)) {
-    const QStringList near = nearest(name);
-    if (!near.isEmpty()) {
-      error += QString::fromLatin1("; nearest: %1").arg(near.join(QString::fromLatin1(", ")));
-    }
+    error += nearHint(nearest(name));
     return false;
   }
   const NetEntry& net = *hit.net;

@@ -1,67 +1,21 @@
 // Names near one that does not exist: first in the scope that the name leads to, then the same leaf elsewhere. Every
 // module is looked at once, however often it is instantiated.
 #include <algorithm>
-#include <array>
 
 #include "platform/design/name_index.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/text/edit_distance.h"
 
 namespace ost {
 namespace {
 
-constexpr size_t kMaxCompared = 64;  // Bytes of a name that count.
-constexpr int kMostEdits = 4;        // Beyond, a name is not near.
-
-unsigned char folded(char c) {
-  return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + 32 : c == '.' ? '/' : c);
-}
+constexpr int kMostEdits = 4;  // Beyond, a name is not near.
 
 // A set of the characters in a name; many differences between two sets mean a large distance.
 quint64 characterSet(std::string_view name) {
   quint64 set = 0;
-  for (const char c : name.substr(0, kMaxCompared)) set |= quint64(1) << (folded(c) & 63);
+  for (const char c : name.substr(0, kMaxComparedBytes)) set |= quint64(1) << (foldedByte(c) & 63);
   return set;
-}
-
-// Edits (insertions, deletions, changes, swaps of neighbours) between two names without regard to case, or limit + 1.
-int editDistance(std::string_view a, std::string_view b, int limit) {
-  a = a.substr(0, kMaxCompared);
-  b = b.substr(0, kMaxCompared);
-  while (!a.empty() && !b.empty() && folded(a.front()) == folded(b.front())) {
-    a.remove_prefix(1);
-    b.remove_prefix(1);
-  }
-  while (!a.empty() && !b.empty() && folded(a.back()) == folded(b.back())) {
-    a.remove_suffix(1);
-    b.remove_suffix(1);
-  }
-  const int rows = int(a.size()), columns = int(b.size());
-  if (std::abs(rows - columns) > limit) return limit + 1;
-  if (rows == 0 || columns == 0) return rows + columns;
-  // Only the band of `limit` cells on either side of the diagonal can hold a distance within the limit.
-  std::array<std::array<int, kMaxCompared + 2>, 3> lines;
-  for (auto& line : lines) line.fill(limit + 1);
-  for (int j = 0; j <= std::min(columns, limit); ++j) lines[0][size_t(j)] = j;
-  for (int i = 1; i <= rows; ++i) {
-    auto& now = lines[size_t(i % 3)];
-    const auto &before = lines[size_t((i + 2) % 3)], &before2 = lines[size_t((i + 1) % 3)];
-    const int first = std::max(1, i - limit), last = std::min(columns, i + limit);
-    now[size_t(first - 1)] = first == 1 ? std::min(i, limit + 1) : limit + 1;
-    int best = now[size_t(first - 1)];
-    for (int j = first; j <= last; ++j) {
-      const unsigned char x = folded(a[size_t(i - 1)]), y = folded(b[size_t(j - 1)]);
-      const size_t at = size_t(j);
-      int cost = std::min({before[at] + 1, now[at - 1] + 1, before[at - 1] + (x != y)});
-      if (i > 1 && j > 1 && x == folded(b[at - 2]) && folded(a[size_t(i - 2)]) == y) {
-        cost = std::min(cost, before2[at - 2] + 1);
-      }
-      now[at] = std::min(cost, limit + 1);
-      best = std::min(best, now[at]);
-    }
-    now[size_t(last + 1)] = limit + 1;
-    if (best > limit) return limit + 1;
-  }
-  return lines[size_t(rows % 3)][size_t(columns)];
 }
 
 struct Candidate {
@@ -83,7 +37,8 @@ class Search {
       if (full() && worst() <= extra) return;
       const int bound = full() ? std::min(limit, worst() - extra) : limit;
       const std::string_view other = index_.view(net.name);
-      if (std::abs(int(std::min(other.size(), kMaxCompared)) - int(std::min(name.size(), kMaxCompared))) > bound)
+      if (std::abs(int(std::min(other.size(), kMaxComparedBytes)) - int(std::min(name.size(), kMaxComparedBytes))) >
+          bound)
         continue;
       // An edit adds at most one new character to a name and takes at most one away.
       const quint64 otherSet = characterSet(other);
@@ -160,7 +115,7 @@ const InstanceEntry* nextInstance(const NameIndex& index, const ModuleEntry& mod
   const size_t at = rest.find('/');
   if (at == std::string_view::npos || at == 0) return nullptr;
   const InstanceEntry* best = nullptr;
-  int limit = std::max(1, int(std::min(at, kMaxCompared)) / 4);
+  int limit = std::max(1, int(std::min(at, kMaxComparedBytes)) / 4);
   for (const InstanceEntry& instance : module.instances) {
     const int distance = editDistance(rest.substr(0, at), index.view(instance.name), limit);
     if (distance > limit) continue;

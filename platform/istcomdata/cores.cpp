@@ -1,6 +1,7 @@
 // The project's debug cores and which of them take part in a run.
 #include "framework/ist_com_data.h"
 #include "platform/istcomdata/service_private.h"
+#include "platform/text/near_names.h"
 
 namespace mero {
 namespace ostrel {

@@ -3,6 +3,7 @@
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_file.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/text/near_names.h"
 
 namespace mero {
 namespace ostrel {
@@ -39,8 +40,7 @@ QString vanishedReport(const istProject& project) {
   int count = 0;
   forEachNet(project, [&](const QString& where, const QString& net) {
     if (design->exists(net) || ++count > kVanishedShown) return;
-    const QStringList near = design->nearest(net);
-    const QString hint = near.isEmpty() ? QString() : " (near: " + near.join(", ") + ")";
+    const QString hint = ost::nearHint(design->nearest(net));
     report += QString("WARNING: %1: the design has no net %2%3; it is kept.\n").arg(where, ost::quoted(net), hint);
   });
   if (count > kVanishedShown)

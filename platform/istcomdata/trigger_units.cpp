@@ -4,6 +4,7 @@
 #include "platform/istdata/project_checks.h"
 #include "platform/istdata/trigger_expression.h"
 #include "platform/istdata/unit_value.h"
+#include "platform/text/near_names.h"
 
 namespace mero {
 namespace ostrel {

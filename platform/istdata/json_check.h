@@ -1,15 +1,2 @@
-// What Qt's JSON parser does not check: it takes the last of several equal keys, silently, leaks the others, and lets
-// some texts pass that are no JSON.
 #pragma once
-
-#include <QByteArray>
-#include <QString>
-
-#include "framework/ist_data.h"
-
-namespace ost {
-
-/// False for text that is no JSON or has a key twice in one object, with the offset of the fault and what it is.
-ISTDATA_API bool checkJson(const QByteArray& json, int& offset, QString& fault);
-
-}  // namespace ost
+#include "platform/text/json_check.h"

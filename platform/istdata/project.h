@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "framework/ist_data.h"
-#include "platform/istdata/names.h"
 #include "platform/istdata/project_model.h"
 #include "platform/istdata/trace_tree.h"
+#include "platform/text/names.h"
 
 namespace mero {
 namespace ostrel {

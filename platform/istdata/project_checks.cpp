@@ -3,9 +3,10 @@
 
 #include <algorithm>
 
-#include "platform/istdata/trigger_expression.h"
-#include "platform/istdata/unit_value.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/text/near_names.h"
+#include "platform/text/wire_text.h"
+#include "platform/trigger/trigger_expression.h"
+#include "platform/trigger/unit_value.h"
 
 namespace ost {
 

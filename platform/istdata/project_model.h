@@ -10,13 +10,11 @@
 #include <vector>
 
 #include "framework/ist_data.h"
+#include "platform/trigger/trigger_words.h"
 
 namespace ost {
 
 using mero::ostrel::TraceNode;
-
-enum class Operator { Equal, NotEqual, Greater, GreaterEqual, Less, LessEqual, RisingEdge, FallingEdge, SerialCompare };
-enum class Radix { Bin = 0, Oct = 1, Dec = 2, Hex = 3 };
 
 /// The options of one core, with the defaults of a new core. Encodings are those of the service's contract.
 struct CoreOptions {

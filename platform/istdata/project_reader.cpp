@@ -4,14 +4,14 @@
 #include <QJsonObject>
 #include <limits>
 
-#include "platform/istdata/json_check.h"
-#include "platform/istdata/json_fields.h"
 #include "platform/istdata/project_checks.h"
 #include "platform/istdata/project_file.h"
 #include "platform/istdata/project_words.h"
-#include "platform/istdata/trigger_expression.h"
-#include "platform/istdata/unit_value.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/text/json_check.h"
+#include "platform/text/json_fields.h"
+#include "platform/text/wire_text.h"
+#include "platform/trigger/trigger_expression.h"
+#include "platform/trigger/unit_value.h"
 
 namespace ost {
 

@@ -14,9 +14,6 @@ inline QStringList implementationWords() {
 inline QStringList captureModeWords() {
   return {"single", "multiple"};
 }
-inline QStringList radixWords() {
-  return {"Bin", "Oct", "Dec", "Hex"};
-}
 inline QStringList triggerOutWords() {
   return {"IO", "NET", "BOTH"};
 }

@@ -5,8 +5,8 @@
 
 #include "platform/istdata/project_file.h"
 #include "platform/istdata/project_words.h"
-#include "platform/istdata/unit_value.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/text/wire_text.h"
+#include "platform/trigger/unit_value.h"
 
 namespace ost {
 

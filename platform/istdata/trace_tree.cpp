@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "platform/istdata/trace_node.h"
+#include "platform/text/near_names.h"
 
 namespace ost {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "framework/ist_data.h"
-#include "platform/istdata/names.h"
+#include "platform/text/names.h"
 
 namespace ost {
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "framework/ist_data.h"
-#include "platform/istdata/names.h"
+#include "platform/text/names.h"
 
 namespace mero {
 namespace ostrel {

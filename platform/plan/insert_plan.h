@@ -8,7 +8,7 @@
 #include <QStringList>
 #include <QVector>
 
-#include "platform/istdata/project_model.h"
+#include "platform/trigger/trigger_words.h"
 
 namespace ost {
 

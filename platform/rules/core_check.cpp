@@ -2,6 +2,7 @@
 #include "platform/rules/core_check.h"
 
 #include "platform/istdata/trace_tree.h"
+#include "platform/text/near_names.h"
 
 namespace ost {
 
@@ -53,10 +54,7 @@ void CoreCheck::report(DesignRule rule, const QString& part, const QString& text
 void CoreCheck::reportVanished(DesignRule rule, const QString& part, const QString& title, const QString& name,
                                const FindingList::Fills& fills) const {
   QString text = title + QLatin1String(" \"") + name + QLatin1String("\" is not in the design");
-  if (findings_.isShown(rule)) {
-    const QStringList nearest = design_.nearest(name);
-    if (!nearest.isEmpty()) text += QLatin1String("; nearest: ") + nearest.join(QStringLiteral(", "));
-  }
+  if (findings_.isShown(rule)) text += nearHint(design_.nearest(name));
   report(rule, part, text, fills);
 }
 

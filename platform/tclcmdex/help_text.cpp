@@ -5,33 +5,17 @@
 #include <cstring>
 
 #include "platform/tclcmdex/tcl_access.h"
+#include "platform/text/edit_distance.h"
 
 namespace tcl_cmdex {
 
 namespace {
 
-/// Fewest insertions, deletions, replacements and swaps of neighbours that turn `a` into `b`.
-size_t editDistance(const std::string& a, const std::string& b) {
-  std::vector<size_t> beforePrevious, previous(b.size() + 1), row(b.size() + 1);
-  for (size_t j = 0; j <= b.size(); ++j) previous[j] = j;
-  for (size_t i = 1; i <= a.size(); ++i) {
-    row[0] = i;
-    for (size_t j = 1; j <= b.size(); ++j) {
-      row[j] = std::min({previous[j] + 1, row[j - 1] + 1, previous[j - 1] + (a[i - 1] != b[j - 1])});
-      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
-        row[j] = std::min(row[j], beforePrevious[j - 2] + 1);
-    }
-    beforePrevious = previous;
-    previous.swap(row);
-  }
-  return previous[b.size()];
-}
-
 /// The sub-command that was probably meant: few typing errors away, or the only one that `word` begins. Empty when
 /// there is none.
 std::string nearestName(const std::map<std::string, TclCmd>& subCommands, const std::string& word) {
   std::string nearest, begun;
-  size_t best = std::max<size_t>(1, word.size() / 3) + 1;
+  int best = int(std::min(std::max<size_t>(1, word.size() / 3), ost::kMaxComparedBytes)) + 1;
   int begunCount = 0;
   for (const auto& sub : subCommands) {
     const std::string& name = sub.first;
@@ -40,8 +24,8 @@ std::string nearestName(const std::map<std::string, TclCmd>& subCommands, const 
       ++begunCount;
     }
     if (word.size() > 2 * name.size()) continue;
-    const size_t distance = editDistance(word, name);
-    if (distance < best && distance < name.size()) {
+    const int distance = ost::editDistance(word, name, best - 1);
+    if (distance < best && size_t(distance) < name.size()) {
       best = distance;
       nearest = name;
     }

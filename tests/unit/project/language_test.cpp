@@ -1,7 +1,7 @@
 // Trigger expressions, unit values and near names.
 #include <gtest/gtest.h>
 
-#include "platform/istdata/names.h"
+#include "platform/text/near_names.h"
 #include "platform/istdata/trigger_expression.h"
 #include "platform/istdata/unit_value.h"
 
@@ -106,7 +106,7 @@ TEST(UnitValueTest, DigitsBecomeBitsLeastSignificantFirstOrAreRefused) {
 TEST(NamesTest, NearOnesComeFirst) {
   NearestNames near("u_uart/stat");
   for (const char* name : {"u_uart/state", "clk", "u_uart/STAT", "u_uart/start", "u_uart/data"}) near.offer(name);
-  EXPECT_EQ(text(near.hint()), " (did you mean u_uart/start, u_uart/state, u_uart/STAT?)");
+  EXPECT_EQ(text(near.hint()), " (did you mean u_uart/STAT, u_uart/start, u_uart/state?)");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Walks over the text once, with the keys of the objects that are open.
-#include "platform/istdata/json_check.h"
+#include "platform/text/json_check.h"
 
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
@@ -8,8 +8,8 @@
 #include <QSet>
 #include <vector>
 
-#include "platform/istdata/names.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/text/names.h"
+#include "platform/text/wire_text.h"
 
 namespace ost {
 

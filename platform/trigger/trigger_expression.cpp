@@ -1,6 +1,6 @@
 // The parser of trigger expressions: recursive descent into a postfix program for each step, which is then run once
 // over whole truth-table columns (64 rows a word).
-#include "platform/istdata/trigger_expression.h"
+#include "platform/trigger/trigger_expression.h"
 
 #include <QHash>
 #include <array>

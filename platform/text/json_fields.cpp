@@ -1,11 +1,11 @@
 // Strict reading of JSON objects.
-#include "platform/istdata/json_fields.h"
+#include "platform/text/json_fields.h"
 
 #include <QJsonArray>
 #include <cmath>
 
-#include "platform/istdata/names.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/text/names.h"
+#include "platform/text/wire_text.h"
 
 namespace ost {
 

@@ -1,26 +1,13 @@
-// Operators, radices and the digits of trigger unit values.
-#include "platform/istdata/unit_value.h"
+// The digits of trigger unit values.
+#include "platform/trigger/unit_value.h"
 
 #include <vector>
 
-#include "platform/istdata/names.h"
+#include "platform/text/names.h"
 
 namespace ost {
 
 namespace {
-
-struct OperatorName {
-  Operator op;
-  const char* text;
-};
-
-const OperatorName kOperators[] = {
-    {Operator::Equal, "=="},        {Operator::NotEqual, "!="},      {Operator::Greater, ">"},
-    {Operator::GreaterEqual, ">="}, {Operator::Less, "<"},           {Operator::LessEqual, "<="},
-    {Operator::RisingEdge, ".RE."}, {Operator::FallingEdge, ".FE."}, {Operator::SerialCompare, ".SC."},
-};
-
-const char* const kRadices[] = {"Bin", "Oct", "Dec", "Hex"};  // in the order of the enumeration
 
 bool isEdge(Operator op) {
   return op == Operator::RisingEdge || op == Operator::FallingEdge;
@@ -73,32 +60,6 @@ QString digitRule(Radix radix, bool allowDontCare) {
 }
 
 }  // namespace
-
-bool operatorFromText(const QString& text, Operator& op) {
-  for (const OperatorName& entry : kOperators) {
-    if (text.compare(QLatin1String(entry.text), Qt::CaseInsensitive) != 0) continue;
-    op = entry.op;
-    return true;
-  }
-  return false;
-}
-
-QString operatorText(Operator op) {
-  return QLatin1String(kOperators[int(op)].text);
-}
-
-bool radixFromText(const QString& text, Radix& radix) {
-  for (int i = 0; i < 4; ++i) {
-    if (text != QLatin1String(kRadices[i])) continue;
-    radix = Radix(i);
-    return true;
-  }
-  return false;
-}
-
-QString radixText(Radix radix) {
-  return QLatin1String(kRadices[int(radix)]);
-}
 
 bool parseUnitValue(Operator op, Radix radix, const QString& digits, int width, QByteArray& value, QByteArray& mask,
                     QString& error) {

@@ -1,8 +1,7 @@
-// The rule for user-given names, default names and near names.
-#include "platform/istdata/names.h"
+// The rule for user-given names, and default names.
+#include "platform/text/names.h"
 
 #include <QSet>
-#include <QVector>
 #include <algorithm>
 
 namespace ost {
@@ -14,26 +13,6 @@ bool isLetter(QChar c) {
 }
 bool isDigit(QChar c) {
   return c >= '0' && c <= '9';
-}
-
-/// Edits (insert, delete, replace; case counts as half of one, so results are doubled) from `a` to `b`; `limit` + 1
-/// when more are needed.
-int editDistance(const QString& a, const QString& b, int limit) {
-  if (qAbs(a.size() - b.size()) * 2 > limit) return limit + 1;
-  QVector<int> row(b.size() + 1);
-  for (int j = 0; j <= b.size(); ++j) row[j] = 2 * j;
-  for (int i = 1; i <= a.size(); ++i) {
-    int diagonal = row[0], least = row[0] = 2 * i;
-    for (int j = 1; j <= b.size(); ++j) {
-      const QChar x = a[i - 1], y = b[j - 1];
-      const int replace = diagonal + (x == y ? 0 : x.toLower() == y.toLower() ? 1 : 2);
-      diagonal = row[j];
-      row[j] = std::min({replace, row[j] + 2, row[j - 1] + 2});
-      least = std::min(least, row[j]);
-    }
-    if (least > limit) return limit + 1;
-  }
-  return row[b.size()];
 }
 
 }  // namespace
@@ -79,25 +58,6 @@ bool checkName(const QString& name, const QString& what, QString& error) {
   error = name.isEmpty() ? QString("%1 is empty.").arg(what) : QString("%1 %2 is not allowed.").arg(what, quoted(name));
   error += " Use letters, digits and underscores, not beginning with a digit.";
   return false;
-}
-
-NearestNames::NearestNames(const QString& wanted) : wanted_(wanted.left(kMaxNameLength)) {}
-
-void NearestNames::offer(const QString& candidate) {
-  const int keep = 3;
-  const int limit = best_.size() == keep ? best_.last().first - 1 : std::max(2, wanted_.size() / 2);
-  const int distance = editDistance(wanted_, candidate, limit);
-  if (distance > limit) return;
-  const QPair<int, QString> entry(distance, candidate);
-  best_.insert(std::upper_bound(best_.begin(), best_.end(), entry) - best_.begin(), entry);
-  if (best_.size() > keep) best_.removeLast();
-}
-
-QString NearestNames::hint() const {
-  if (best_.isEmpty()) return QString();
-  QStringList names;
-  for (const auto& entry : best_) names << entry.second;
-  return " (did you mean " + names.join(", ") + "?)";
 }
 
 QString DefaultNames::next(const std::function<bool(const QString&)>& isTaken) {

@@ -1,0 +1,48 @@
+// Reads the members of a JSON object strictly: every key must be known and of its kind. The first fault is kept with
+// the path at which it was found; later reads then return neutral values.
+#pragma once
+
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+namespace ost {
+
+/// The first fault of a document, shared by the readers of its parts.
+struct JsonFault {
+  QString text;
+  bool none() const { return text.isEmpty(); }
+};
+
+class JsonFields {
+ public:
+  JsonFields(const QJsonValue& value, const QString& path, JsonFault& fault);
+
+  /// Wire text.
+  QString text(const char* key);
+  bool flag(const char* key);
+  int number(const char* key, int least, int most);
+  /// The position of the text among `words`.
+  int word(const char* key, const QStringList& words);
+  QJsonArray list(const char* key);
+  bool has(const char* key) const { return object_.contains(QLatin1String(key)); }
+  QJsonValue value(const char* key);
+
+  QString pathOf(const char* key) const;
+  void fail(const QString& path, const QString& what);
+  /// Call last: reports a key that nothing has read.
+  void refuseOthers();
+
+ private:
+  QJsonObject object_;
+  QString path_;
+  JsonFault& fault_;
+  QSet<QString> read_;
+};
+
+/// "a number", "an object", ... for error texts.
+QString jsonKind(const QJsonValue& value);
+
+}  // namespace ost

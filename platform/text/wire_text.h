@@ -1,0 +1,30 @@
+// Text inside the embedded service is "wire text": a QString whose every character is one byte (1 to 255) of the UTF-8
+// text that Tcl hands over. It is turned into Unicode or into a file name only at the edge, by these functions.
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+
+namespace ost {
+
+inline QString toUnicode(const QString& wire) {
+  return QString::fromUtf8(wire.toLatin1());
+}
+/// Keeps null characters, which Tcl cannot have written, so that the checks of names find them.
+inline QString toWire(const QString& unicode) {
+  const QByteArray utf8 = unicode.toUtf8();
+  return QString::fromLatin1(utf8.constData(), utf8.size());
+}
+inline QString wireFromBytes(const QByteArray& bytes) {
+  return QString::fromLatin1(bytes);
+}
+/// The file that a name typed in Tcl means, and the way back.
+inline QString fileFromWire(const QString& wire) {
+  return QFile::decodeName(wire.toLatin1());
+}
+inline QString wireFromFile(const QString& file) {
+  return QString::fromLatin1(QFile::encodeName(file));
+}
+
+}  // namespace ost
