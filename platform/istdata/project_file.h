@@ -9,7 +9,7 @@
 
 namespace ost {
 
-constexpr int kProjectFileVersion = 1;
+constexpr int kProjectFileVersion = 2;  ///< 1 wrote its keys with underscores: "buffer_depth".
 constexpr int kMaxProjectFileBytes = 256 << 20;
 
 /// The project as indented JSON with sorted keys and a line for each signal. File name, change state and the enabled

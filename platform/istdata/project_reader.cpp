@@ -1,14 +1,13 @@
 // Reads a project from JSON and checks everything in it.
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <limits>
 
 #include "platform/istdata/project_checks.h"
 #include "platform/istdata/project_file.h"
 #include "platform/istdata/project_words.h"
-#include "platform/text/json_check.h"
 #include "platform/text/json_fields.h"
+#include "platform/text/json_text.h"
 #include "platform/text/wire_text.h"
 #include "platform/trigger/trigger_expression.h"
 #include "platform/trigger/unit_value.h"
@@ -57,28 +56,28 @@ QString ProjectReader::netName(JsonFields& fields, const char* key, bool mayBeEm
 void ProjectReader::readOptions(const QJsonValue& value, const QString& path, Core& core) {
   JsonFields f(value, path, fault);
   CoreOptions& o = core.options;
-  o.sampleClock = netName(f, "sample_clock", true);
-  o.sampleEnable = f.flag("sample_enable");
-  o.sampleEnableSignal = netName(f, "sample_enable_signal", true);
-  o.sampleEnablePolarity = f.word("sample_enable_polarity", polarityWords());
-  o.triggerEnable = f.flag("trigger_enable");
-  o.triggerEnableSignal = netName(f, "trigger_enable_signal", true);
-  o.triggerEnablePolarity = f.word("trigger_enable_polarity", polarityWords());
+  o.sampleClock = netName(f, "sampleClock", true);
+  o.sampleEnable = f.flag("sampleEnable");
+  o.sampleEnableSignal = netName(f, "sampleEnableSignal", true);
+  o.sampleEnablePolarity = f.word("sampleEnablePolarity", polarityWords());
+  o.triggerEnable = f.flag("triggerEnable");
+  o.triggerEnableSignal = netName(f, "triggerEnableSignal", true);
+  o.triggerEnablePolarity = f.word("triggerEnablePolarity", polarityWords());
   o.implementation = f.word("implementation", implementationWords());
   o.timestamp = f.flag("timestamp");
-  o.captureMode = f.word("capture_mode", captureModeWords());
-  o.includeTrigger = f.flag("include_trigger");
-  o.distRamDisabled = f.flag("dist_ram_disabled");
-  o.defaultRadix = f.word("default_radix", radixWords());
-  o.eventCounter = f.flag("event_counter");
-  o.eventCounterValue = f.number("event_counter_value", 2, 65536);
-  o.triggerOut = f.flag("trigger_out");
-  o.triggerOutType = f.word("trigger_out_type", triggerOutWords());
-  o.triggerOutPolarity = f.word("trigger_out_polarity", polarityWords());
-  o.triggerOutMinPulse = f.number("trigger_out_min_pulse", 0, std::numeric_limits<int>::max());
-  o.triggerOutName = f.text("trigger_out_name");
+  o.captureMode = f.word("captureMode", captureModeWords());
+  o.includeTrigger = f.flag("includeTrigger");
+  o.distRamDisabled = f.flag("distRamDisabled");
+  o.defaultRadix = f.word("defaultRadix", radixWords());
+  o.eventCounter = f.flag("eventCounter");
+  o.eventCounterValue = f.number("eventCounterValue", 2, 65536);
+  o.triggerOut = f.flag("triggerOut");
+  o.triggerOutType = f.word("triggerOutType", triggerOutWords());
+  o.triggerOutPolarity = f.word("triggerOutPolarity", polarityWords());
+  o.triggerOutMinPulse = f.number("triggerOutMinPulse", 0, std::numeric_limits<int>::max());
+  o.triggerOutName = f.text("triggerOutName");
   if (!o.triggerOutName.isEmpty() && istCore::isValidTriggerOutNetName(o.triggerOutName) != 0)
-    f.fail(f.pathOf("trigger_out_name"), quoted(o.triggerOutName) + " is not a name for a new net.");
+    f.fail(f.pathOf("triggerOutName"), quoted(o.triggerOutName) + " is not a name for a new net.");
 
   const auto validNumber = [&](const char* key, const QList<int>& valid) {
     const int number = f.number(key, 0, 1 << 16);
@@ -89,13 +88,13 @@ void ProjectReader::readOptions(const QJsonValue& value, const QString& path, Co
     }
     return number;
   };
-  o.bufferDepth = validNumber("buffer_depth", istCore::getValidBufferDepthValues());
-  o.timestampBits = f.number("timestamp_bits", istCore::getMinTimestampBitsByDepth(o.bufferDepth),
+  o.bufferDepth = validNumber("bufferDepth", istCore::getValidBufferDepthValues());
+  o.timestampBits = f.number("timestampBits", istCore::getMinTimestampBitsByDepth(o.bufferDepth),
                              istCore::getMaxTimestampBitsByDepth(o.bufferDepth));
   core.samplesPerTrigger =
-      validNumber("samples_per_trigger", istCore::getValidMinSamplePerTrigsValuesByDepth(o.bufferDepth));
+      validNumber("samplesPerTrigger", istCore::getValidMinSamplePerTrigsValuesByDepth(o.bufferDepth));
   o.triggerCount =
-      validNumber("trigger_count", istCore::getValidNumberOfTrigsValuesByDepth(o.bufferDepth, core.samplesPerTrigger));
+      validNumber("triggerCount", istCore::getValidNumberOfTrigsValuesByDepth(o.bufferDepth, core.samplesPerTrigger));
   f.refuseOthers();
 }
 
@@ -157,8 +156,8 @@ void ProjectReader::readExpression(const QJsonValue& value, const QString& path,
   expression.name = f.text("name");
   const QString text = f.text("expression");
   expression.ram = f.word("ram", expressionRamWords());
-  expression.maxSequenceDepth = f.number("max_sequence_depth", 1, kMaxSequenceDepth);
-  expression.maxEventCount = f.number("max_event_count", 1, kMaxEventCount);
+  expression.maxSequenceDepth = f.number("maxSequenceDepth", 1, kMaxSequenceDepth);
+  expression.maxEventCount = f.number("maxEventCount", 1, kMaxEventCount);
   f.refuseOthers();
   if (!fault.none()) return;
   int steps = 0, largestCount = 0;
@@ -167,9 +166,9 @@ void ProjectReader::readExpression(const QJsonValue& value, const QString& path,
   else if (dataset.findExpression(expression.name))
     f.fail(f.pathOf("name"), quoted(expression.name) + " is used twice.");
   else if (!isPowerOfTwoUpTo(expression.maxSequenceDepth, kMaxSequenceDepth))
-    f.fail(f.pathOf("max_sequence_depth"), "expected a power of two.");
+    f.fail(f.pathOf("maxSequenceDepth"), "expected a power of two.");
   else if (!isPowerOfTwoUpTo(expression.maxEventCount, kMaxEventCount))
-    f.fail(f.pathOf("max_event_count"), "expected a power of two.");
+    f.fail(f.pathOf("maxEventCount"), "expected a power of two.");
   else if (!setExpressionText(dataset, text, expression, steps, largestCount, error))
     f.fail(f.pathOf("expression"), error);
   else
@@ -209,20 +208,20 @@ std::unique_ptr<istProject> ProjectReader::read(const QJsonObject& root) {
                      .arg(kProjectFileVersion);
     return nullptr;
   }
-  f.number("version", 1, kProjectFileVersion);
+  fault.underscoredKeys = f.number("version", 1, kProjectFileVersion) == 1;
   auto project = std::make_unique<istProject>();
   const QJsonArray cores = f.list("cores");
   for (int i = 0; i < cores.size() && fault.none(); ++i) readCore(cores[i], element("cores", i), *project);
-  const QJsonValue active = f.value("active_core");
+  const QJsonValue active = f.value("activeCore");
   if (!active.isNull()) {
-    project->activeCore = project->findCore(f.text("active_core"));
-    if (!project->activeCore) f.fail("active_core", "names no core of the project.");
+    project->activeCore = project->findCore(f.text("activeCore"));
+    if (!project->activeCore) f.fail("activeCore", "names no core of the project.");
   }
   if (f.has("serdes")) {
     JsonFields serdes(f.value("serdes"), "serdes", fault);
     project->serdes.reset(new istSerdesCore);
-    project->serdes->sampleClock = netName(serdes, "sample_clock", true);
-    project->serdes->resetSignal = netName(serdes, "reset_signal", true);
+    project->serdes->sampleClock = netName(serdes, "sampleClock", true);
+    project->serdes->resetSignal = netName(serdes, "resetSignal", true);
     serdes.refuseOthers();
   }
   if (f.has("wishbone")) {
@@ -243,24 +242,18 @@ std::unique_ptr<istProject> projectFromJson(const QByteArray& json, QString& err
     error = QString("it is larger than %1 MB.").arg(kMaxProjectFileBytes >> 20);
     return nullptr;
   }
-  const auto failAt = [&](int offset, const QString& what) {
-    const QByteArray before = json.left(offset);
-    const int column = before.size() - before.lastIndexOf('\n');
-    error = QString("line %1, column %2: %3.").arg(before.count('\n') + 1).arg(column).arg(what);
+  QJsonValue root;
+  JsonTextFault fault;
+  if (!parseJson(json, root, fault)) {
+    error = QString("line %1, column %2: %3.").arg(fault.line).arg(fault.column).arg(fault.text);
     return nullptr;
-  };
-  int offset = 0;
-  QString fault;
-  if (!checkJson(json, offset, fault)) return failAt(offset, fault);
-  QJsonParseError parseError;
-  const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
-  if (parseError.error != QJsonParseError::NoError) return failAt(parseError.offset, parseError.errorString());
-  if (!document.isObject()) {
+  }
+  if (!root.isObject()) {
     error = "it is not a project file (it holds no JSON object).";
     return nullptr;
   }
   ProjectReader reader;
-  auto project = reader.read(document.object());
+  auto project = reader.read(root.toObject());
   if (!project) error = reader.fault.text;
   return project;
 }

@@ -30,30 +30,30 @@ QJsonArray traceJson(const QList<TraceNode*>& nodes) {
 QJsonObject optionsJson(const Core& core) {
   const CoreOptions& o = core.options;
   return QJsonObject{
-      {"buffer_depth", o.bufferDepth},
-      {"capture_mode", captureModeWords()[o.captureMode]},
-      {"default_radix", radixWords()[o.defaultRadix]},
-      {"dist_ram_disabled", o.distRamDisabled},
-      {"event_counter", o.eventCounter},
-      {"event_counter_value", o.eventCounterValue},
+      {"bufferDepth", o.bufferDepth},
+      {"captureMode", captureModeWords()[o.captureMode]},
+      {"defaultRadix", radixWords()[o.defaultRadix]},
+      {"distRamDisabled", o.distRamDisabled},
+      {"eventCounter", o.eventCounter},
+      {"eventCounterValue", o.eventCounterValue},
       {"implementation", implementationWords()[o.implementation]},
-      {"include_trigger", o.includeTrigger},
-      {"sample_clock", toUnicode(o.sampleClock)},
-      {"sample_enable", o.sampleEnable},
-      {"sample_enable_polarity", polarityWords()[o.sampleEnablePolarity]},
-      {"sample_enable_signal", toUnicode(o.sampleEnableSignal)},
-      {"samples_per_trigger", core.samplesPerTrigger},
+      {"includeTrigger", o.includeTrigger},
+      {"sampleClock", toUnicode(o.sampleClock)},
+      {"sampleEnable", o.sampleEnable},
+      {"sampleEnablePolarity", polarityWords()[o.sampleEnablePolarity]},
+      {"sampleEnableSignal", toUnicode(o.sampleEnableSignal)},
+      {"samplesPerTrigger", core.samplesPerTrigger},
       {"timestamp", o.timestamp},
-      {"timestamp_bits", o.timestampBits},
-      {"trigger_count", o.triggerCount},
-      {"trigger_enable", o.triggerEnable},
-      {"trigger_enable_polarity", polarityWords()[o.triggerEnablePolarity]},
-      {"trigger_enable_signal", toUnicode(o.triggerEnableSignal)},
-      {"trigger_out", o.triggerOut},
-      {"trigger_out_min_pulse", o.triggerOutMinPulse},
-      {"trigger_out_name", toUnicode(o.triggerOutName)},
-      {"trigger_out_polarity", polarityWords()[o.triggerOutPolarity]},
-      {"trigger_out_type", triggerOutWords()[o.triggerOutType]},
+      {"timestampBits", o.timestampBits},
+      {"triggerCount", o.triggerCount},
+      {"triggerEnable", o.triggerEnable},
+      {"triggerEnablePolarity", polarityWords()[o.triggerEnablePolarity]},
+      {"triggerEnableSignal", toUnicode(o.triggerEnableSignal)},
+      {"triggerOut", o.triggerOut},
+      {"triggerOutMinPulse", o.triggerOutMinPulse},
+      {"triggerOutName", toUnicode(o.triggerOutName)},
+      {"triggerOutPolarity", polarityWords()[o.triggerOutPolarity]},
+      {"triggerOutType", triggerOutWords()[o.triggerOutType]},
   };
 }
 
@@ -76,8 +76,8 @@ QJsonArray expressionsJson(const istDataset& dataset) {
   QJsonArray array;
   for (const auto& expression : dataset.expressions())
     array.append(QJsonObject{{"expression", expression->text},
-                             {"max_event_count", expression->maxEventCount},
-                             {"max_sequence_depth", expression->maxSequenceDepth},
+                             {"maxEventCount", expression->maxEventCount},
+                             {"maxSequenceDepth", expression->maxSequenceDepth},
                              {"name", expression->name},
                              {"ram", expressionRamWords()[expression->ram]}});
   return array;
@@ -95,13 +95,13 @@ QByteArray projectToJson(const istProject& project) {
                              {"trace", traceJson(core->trace->nodes)},
                              {"units", unitsJson(core->dataset)}});
   }
-  QJsonObject root{{"active_core", project.activeCore ? QJsonValue(project.activeCore->name) : QJsonValue()},
+  QJsonObject root{{"activeCore", project.activeCore ? QJsonValue(project.activeCore->name) : QJsonValue()},
                    {"cores", cores},
                    {"format", kProjectFormat},
                    {"version", kProjectFileVersion}};
   if (project.serdes)
-    root["serdes"] = QJsonObject{{"reset_signal", toUnicode(project.serdes->resetSignal)},
-                                 {"sample_clock", toUnicode(project.serdes->sampleClock)}};
+    root["serdes"] = QJsonObject{{"resetSignal", toUnicode(project.serdes->resetSignal)},
+                                 {"sampleClock", toUnicode(project.serdes->sampleClock)}};
   if (project.wishbone)
     root["wishbone"] =
         QJsonObject{{"connected", project.wishboneConnected}, {"endian", endianWords()[project.wishboneEndian]}};

@@ -1,16 +1,15 @@
 // Reads a capture map strictly: every field must be there, be of its kind and fit the others.
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <climits>
 
-#include "platform/istdata/json_check.h"
-#include "platform/istdata/json_fields.h"
 #include "platform/istdata/trigger_expression.h"
 #include "platform/istdata/unit_value.h"
 #include "platform/istdata/wire_text.h"
 #include "platform/plan/capture_map.h"
 #include "platform/plan/capture_map_words.h"
+#include "platform/text/json_fields.h"
+#include "platform/text/json_text.h"
 
 namespace ost {
 namespace {
@@ -243,22 +242,13 @@ bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
 }  // namespace
 
 bool readCaptureMap(const QByteArray& json, InsertPlan& plan, QString& error) {
-  int offset = 0;
-  QString fault;
-  QJsonParseError qtFault;
-  const QJsonDocument document =
-      checkJson(json, offset, fault) ? QJsonDocument::fromJson(json, &qtFault) : QJsonDocument();
-  if (fault.isEmpty() && qtFault.error != QJsonParseError::NoError) {
-    offset = qtFault.offset;
-    fault = qtFault.errorString();
-  }
-  if (!fault.isEmpty()) {
-    const int line = json.left(offset).count('\n') + 1;
-    error = QStringLiteral("The capture map is not usable: line %1: %2.").arg(line).arg(fault);
+  QJsonValue root;
+  JsonTextFault fault;
+  if (!parseJson(json, root, fault)) {
+    error = QStringLiteral("The capture map is not usable: line %1: %2.").arg(fault.line).arg(fault.text);
     return false;
   }
-  return MapReader().read(document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array()), plan,
-                          error);
+  return MapReader().read(root, plan, error);
 }
 
 }  // namespace ost

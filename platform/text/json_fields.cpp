@@ -34,8 +34,19 @@ JsonFields::JsonFields(const QJsonValue& value, const QString& path, JsonFault& 
   if (!value.isObject()) fail(path, "expected an object, found " + jsonKind(value) + ".");
 }
 
+QString JsonFields::spelled(const char* key) const {
+  if (!fault_.underscoredKeys) return QLatin1String(key);
+  QString name;
+  for (; *key; ++key) {
+    const QChar c = QLatin1Char(*key);
+    if (c.isUpper()) name += '_';
+    name += c.toLower();
+  }
+  return name;
+}
+
 QString JsonFields::pathOf(const char* key) const {
-  return path_.isEmpty() ? QString(key) : path_ + '.' + QLatin1String(key);
+  return path_.isEmpty() ? spelled(key) : path_ + '.' + spelled(key);
 }
 
 void JsonFields::fail(const QString& path, const QString& what) {
@@ -43,7 +54,7 @@ void JsonFields::fail(const QString& path, const QString& what) {
 }
 
 QJsonValue JsonFields::value(const char* key) {
-  const QString name(key);
+  const QString name = spelled(key);
   read_.insert(name);
   if (!object_.contains(name)) fail(pathOf(key), "is missing.");
   return object_.value(name);

@@ -10,9 +10,10 @@
 
 namespace ost {
 
-/// The first fault of a document, shared by the readers of its parts.
+/// What the readers of a document's parts share: its manner, and the first fault in it.
 struct JsonFault {
   QString text;
+  bool underscoredKeys = false;  ///< The document writes "bufferDepth" as "buffer_depth".
   bool none() const { return text.isEmpty(); }
 };
 
@@ -27,7 +28,7 @@ class JsonFields {
   /// The position of the text among `words`.
   int word(const char* key, const QStringList& words);
   QJsonArray list(const char* key);
-  bool has(const char* key) const { return object_.contains(QLatin1String(key)); }
+  bool has(const char* key) const { return object_.contains(spelled(key)); }
   QJsonValue value(const char* key);
 
   QString pathOf(const char* key) const;
@@ -36,6 +37,9 @@ class JsonFields {
   void refuseOthers();
 
  private:
+  /// The key as the document writes it.
+  QString spelled(const char* key) const;
+
   QJsonObject object_;
   QString path_;
   JsonFault& fault_;

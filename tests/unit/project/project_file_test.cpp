@@ -1,6 +1,8 @@
 // Project files: what is written comes back, and what is damaged is refused with its place.
 #include "platform/istdata/project_file.h"
 
+#include <QRegularExpression>
+
 #include "tests/unit/scratch.h"
 
 namespace ost {
@@ -41,33 +43,46 @@ TEST(ProjectFileTest, ReadsWhatItWrites) {
   EXPECT_EQ(again->activeCore->trace->nodes[1]->target, again->activeCore->trace->find("u/state[0]"));
 }
 
+TEST(ProjectFileTest, ReadsTheUnderscoredKeysOfVersion1) {
+  const QByteArray json = projectToJson(*fullProject());
+  QString old = QString::fromUtf8(json).replace("\"version\": 2", "\"version\": 1");
+  for (char capital = 'A'; capital <= 'Z'; ++capital)
+    old.replace(QRegularExpression(QString("(?<=[a-z])%1(?=[A-Za-z_]*\":)").arg(capital)),
+                QString("_%1").arg(QChar(capital).toLower()));
+  ASSERT_TRUE(old.contains("\"samples_per_trigger\": 32"));
+  QString error;
+  const auto again = projectFromJson(old.toUtf8(), error);
+  ASSERT_TRUE(again) << error.toStdString();
+  EXPECT_EQ(projectToJson(*again), json);
+}
+
 TEST(ProjectFileTest, FaultsAreRefusedWithTheirPlace) {
   const struct {
     const char *before, *after, *error;
   } cases[] = {
       {"\"name\": \"c1\"", "\"name\": \"c1\", \"n\\u0061me\": \"c2\"", "line "},
       {"ostrel-project", "other", "it is not a project file"},
-      {"\"version\": 1", "\"version\": 2", "it has version 2, written by a newer release"},
-      {"\"version\": 1", "\"version\": 0.5", "version: expected a whole number"},
-      {"\"version\": 1", "\"version\": 1, \"more\": 1", "has an unknown key 'more'"},
-      {"\"active_core\": \"c1\"", "\"active_core\": \"c2\"", "active_core: names no core"},
+      {"\"version\": 2", "\"version\": 3", "it has version 3, written by a newer release"},
+      {"\"version\": 2", "\"version\": 0.5", "version: expected a whole number"},
+      {"\"version\": 2", "\"version\": 2, \"more\": 1", "has an unknown key 'more'"},
+      {"\"activeCore\": \"c1\"", "\"activeCore\": \"c2\"", "activeCore: names no core"},
       {"\"name\": \"c1\"", "\"name\": \"c 1\"", "cores[0].name: The core name 'c 1'"},
-      {"\"buffer_depth\": 64", "\"buffer_depth\": 65", "cores[0].options.buffer_depth: expected 16, 32"},
-      {"\"buffer_depth\": 64,", "", "cores[0].options.buffer_depth: is missing"},
-      {"\"buffer_depth\": 64", "\"buffer_depth\": 32", "cores[0].options.trigger_count: expected 1, found 2"},
-      {"\"timestamp_bits\": 32", "\"timestamp_bits\": 6",
-       "cores[0].options.timestamp_bits: expected a whole number from 7"},
-      {"\"capture_mode\": \"single\"", "\"capture_mode\": \"Single\"",
-       "cores[0].options.capture_mode: expected single or"},
-      {"\"trigger_out_name\": \"\"", "\"trigger_out_name\": \"wire\"", "cores[0].options.trigger_out_name: 'wire'"},
-      {"\"sample_clock\": \"u/", "\"sample_clock\": \"\\u0000", "cores[0].options.sample_clock: holds a null"},
+      {"\"bufferDepth\": 64", "\"bufferDepth\": 65", "cores[0].options.bufferDepth: expected 16, 32"},
+      {"\"bufferDepth\": 64,", "", "cores[0].options.bufferDepth: is missing"},
+      {"\"bufferDepth\": 64", "\"bufferDepth\": 32", "cores[0].options.triggerCount: expected 1, found 2"},
+      {"\"timestampBits\": 32", "\"timestampBits\": 6",
+       "cores[0].options.timestampBits: expected a whole number from 7"},
+      {"\"captureMode\": \"single\"", "\"captureMode\": \"Single\"",
+       "cores[0].options.captureMode: expected single or"},
+      {"\"triggerOutName\": \"\"", "\"triggerOutName\": \"wire\"", "cores[0].options.triggerOutName: 'wire'"},
+      {"\"sampleClock\": \"u/", "\"sampleClock\": \"\\u0000", "cores[0].options.sampleClock: holds a null"},
       {"\"u/state[1]\"", "\"u/state[0]\"", "cores[0].trace[0].members[1]: 'u/state[0]' is in the trace list already"},
       {"\"reference\": \"u/state[0]\"", "\"reference\": \"q\"", "cores[0].trace: the reference to 'q'"},
       {"\"name\": \"TU1\"", "\"name\": \"1\"", "cores[0].units[0].name: The unit name '1'"},
       {"\"value\": \"x\"", "\"value\": \"g\"", "cores[0].units[0].value: 'g'"},
       {"\"operator\": \"==\"", "\"operator\": \"=\"", "cores[0].units[0].operator: '='"},
       {"!TU1*3", "!TU2*3", "cores[0].expressions[0].expression: There is no trigger unit 'TU2'"},
-      {"\"max_event_count\": 4", "\"max_event_count\": 3", "cores[0].expressions[0].max_event_count: expected a power"},
+      {"\"maxEventCount\": 4", "\"maxEventCount\": 3", "cores[0].expressions[0].maxEventCount: expected a power"},
       {"\"endian\": \"big\"", "\"endian\": 1", "wishbone.endian: expected a text, found a number"},
   };
   const QByteArray json = projectToJson(*fullProject());
