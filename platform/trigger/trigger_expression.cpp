@@ -19,19 +19,61 @@ bool isUnitStart(QChar c) {
 bool isDigit(QChar c) {
   return c >= '0' && c <= '9';
 }
-bool isUnitChar(QChar c) {
-  return isUnitStart(c) || isDigit(c);
-}
 bool isBlank(QChar c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
+
+struct Token {
+  enum Kind { End, Unit, Number, Symbol };
+  Kind kind = End;
+  int at = 0;    ///< Of its first character.
+  QString text;  ///< Of a symbol: "->", "&" and "|" also where they were doubled, or any other character.
+};
+
+/// The words of an expression, one by one.
+class Scanner {
+ public:
+  explicit Scanner(const QString& text) : text_(text) {}
+  Token next() {
+    while (at_ < text_.size() && isBlank(text_[at_])) ++at_;
+    Token token;
+    token.at = at_;
+    if (at_ >= text_.size()) return token;
+    const QChar first = text_[at_++];
+    const auto takeWhile = [this](auto belongs) {
+      while (at_ < text_.size() && belongs(text_[at_])) ++at_;
+    };
+    if (isUnitStart(first)) {
+      token.kind = Token::Unit;
+      takeWhile([](QChar c) { return isUnitStart(c) || isDigit(c); });
+    } else if (isDigit(first)) {
+      token.kind = Token::Number;
+      takeWhile(isDigit);
+    } else {
+      token.kind = Token::Symbol;
+      const QChar second = at_ < text_.size() ? text_[at_] : QChar();
+      const bool doubled = (first == '&' || first == '|') && second == first;
+      if (doubled || (first == '-' && second == '>')) ++at_;
+      if (doubled) {
+        token.text = first;
+        return token;
+      }
+    }
+    token.text = text_.mid(token.at, at_ - token.at);
+    return token;
+  }
+
+ private:
+  const QString& text_;
+  int at_ = 0;
+};
 
 /// One operation of a step's program: the index of a unit, or an operator.
 enum Operation { OpNot = -1, OpAnd = -2, OpXor = -3, OpOr = -4 };
 
 class Parser {
  public:
-  explicit Parser(const QString& text) : text_(text) {}
+  explicit Parser(const QString& text) : text_(text), scanner_(text) {}
 
   bool parse(ParsedExpression& expression, QString& error) {
     const bool ok = text_.size() > kMaxExpressionLength
@@ -58,62 +100,53 @@ class Parser {
     error_ = what;
     return false;
   }
+  bool failHere(const QString& what) { return fail(token_.at, what); }
 
   QString found() const {
-    if (at_ >= text_.size()) return "the expression ends here";
-    const QChar c = text_[at_];
+    if (token_.kind == Token::End) return "the expression ends here";
+    const QChar c = text_[token_.at];
     return c < ' ' || c > '~' ? QString("found a character that is not printable ASCII") : QString("found '%1'").arg(c);
   }
 
-  void skipBlanks() {
-    while (at_ < text_.size() && isBlank(text_[at_])) ++at_;
-  }
-
-  /// Takes an operator character, once or (`&&`, `||`) twice.
-  bool take(char c, bool mayDouble = false) {
-    skipBlanks();
-    if (at_ >= text_.size() || text_[at_] != c) return false;
-    ++at_;
-    if (mayDouble && at_ < text_.size() && text_[at_] == c) ++at_;
+  void advance() { token_ = scanner_.next(); }
+  bool take(const char* symbol) {
+    if (token_.kind != Token::Symbol || token_.text != QLatin1String(symbol)) return false;
+    advance();
     return true;
   }
 
   bool parseSteps() {
+    advance();
     do {
       if (steps_.size() == size_t(kMaxSequenceDepth))
-        return fail(at_, QString("more than %1 steps").arg(kMaxSequenceDepth));
+        return failHere(QString("more than %1 steps").arg(kMaxSequenceDepth));
       steps_.emplace_back();
       if (!parseOr(0)) return false;
-      if (take('*') && !parseCount()) return false;
-      skipBlanks();
-      if (at_ >= text_.size()) return true;
-      if (text_.mid(at_, 2) != "->") return fail(at_, "expected an operator, '*', '->' or the end, " + found());
-      at_ += 2;
+      if (take("*") && !parseCount()) return false;
+      if (token_.kind == Token::End) return true;
+      if (!take("->")) return failHere("expected an operator, '*', '->' or the end, " + found());
     } while (true);
   }
 
   bool parseCount() {
-    skipBlanks();
-    const int start = at_;
-    while (at_ < text_.size() && isDigit(text_[at_])) ++at_;
+    const bool isNumber = token_.kind == Token::Number;
     bool ok = false;
-    const int count = text_.mid(start, at_ - start).toInt(&ok);
-    if (!ok || count < 1 || count > kMaxEventCount) {
-      const bool none = start == at_;
-      return fail(start,
-                  QString("expected a count from 1 to %1%2").arg(kMaxEventCount).arg(none ? ", " + found() : ""));
-    }
+    const int count = isNumber ? token_.text.toInt(&ok) : 0;
+    if (!ok || count < 1 || count > kMaxEventCount)
+      return failHere(
+          QString("expected a count from 1 to %1%2").arg(kMaxEventCount).arg(isNumber ? "" : ", " + found()));
     steps_.back().count = count;
+    advance();
     return true;
   }
 
-  bool parseOr(int depth) { return parseChain(depth, '|', true, OpOr, &Parser::parseXor); }
-  bool parseXor(int depth) { return parseChain(depth, '^', false, OpXor, &Parser::parseAnd); }
-  bool parseAnd(int depth) { return parseChain(depth, '&', true, OpAnd, &Parser::parseUnary); }
+  bool parseOr(int depth) { return parseChain(depth, "|", OpOr, &Parser::parseXor); }
+  bool parseXor(int depth) { return parseChain(depth, "^", OpXor, &Parser::parseAnd); }
+  bool parseAnd(int depth) { return parseChain(depth, "&", OpAnd, &Parser::parseUnary); }
 
-  bool parseChain(int depth, char symbol, bool mayDouble, Operation operation, bool (Parser::*operand)(int)) {
+  bool parseChain(int depth, const char* symbol, Operation operation, bool (Parser::*operand)(int)) {
     if (!(this->*operand)(depth)) return false;
-    while (take(symbol, mayDouble)) {
+    while (take(symbol)) {
       if (!(this->*operand)(depth)) return false;
       steps_.back().program.push_back(operation);
     }
@@ -121,32 +154,29 @@ class Parser {
   }
 
   bool parseUnary(int depth) {
-    skipBlanks();
     if (depth > kMaxExpressionNesting)
-      return fail(at_, QString("parentheses and '!' are nested more than %1 deep").arg(kMaxExpressionNesting));
-    if (take('!')) {
+      return failHere(QString("parentheses and '!' are nested more than %1 deep").arg(kMaxExpressionNesting));
+    if (take("!")) {
       if (!parseUnary(depth + 1)) return false;
       steps_.back().program.push_back(OpNot);
       return true;
     }
-    const int start = at_;
-    if (take('(')) {
+    const int start = token_.at;
+    if (take("(")) {
       if (!parseOr(depth + 1)) return false;
-      if (take(')')) return true;
-      return fail(at_, QString("expected ')' for the '(' at column %1, ").arg(start + 1) + found());
+      if (take(")")) return true;
+      return failHere(QString("expected ')' for the '(' at column %1, ").arg(start + 1) + found());
     }
-    if (at_ >= text_.size() || !isUnitStart(text_[at_]))
-      return fail(at_, "expected a trigger unit, '!' or '(', " + found());
-    while (at_ < text_.size() && isUnitChar(text_[at_])) ++at_;
-    const QString name = text_.mid(start, at_ - start);
-    auto known = unitIndex_.find(name);
+    if (token_.kind != Token::Unit) return failHere("expected a trigger unit, '!' or '(', " + found());
+    auto known = unitIndex_.find(token_.text);
     if (known == unitIndex_.end()) {
       if (units_.size() == kMaxExpressionUnits)
-        return fail(start, QString("more than %1 different trigger units").arg(kMaxExpressionUnits));
-      known = unitIndex_.insert(name, units_.size());
-      units_ << name;
+        return failHere(QString("more than %1 different trigger units").arg(kMaxExpressionUnits));
+      known = unitIndex_.insert(token_.text, units_.size());
+      units_ << token_.text;
     }
     steps_.back().program.push_back(known.value());
+    advance();
     return true;
   }
 
@@ -180,7 +210,8 @@ class Parser {
   }
 
   const QString& text_;
-  int at_ = 0;
+  Scanner scanner_;
+  Token token_;  ///< The one that is looked at.
   int errorAt_ = 0;
   QString error_;
   QStringList units_;
@@ -196,16 +227,14 @@ bool parseTriggerExpression(const QString& text, ParsedExpression& expression, Q
 
 QString renameUnitInExpression(const QString& text, const QString& oldName, const QString& newName) {
   QString result;
-  for (int at = 0; at < text.size();) {
-    const int start = at;
-    if (!isUnitChar(text[at])) {
-      result += text[at++];
-      continue;
-    }
-    while (at < text.size() && isUnitChar(text[at])) ++at;
-    const QString word = text.mid(start, at - start);
-    result += word == oldName ? newName : word;
+  int copied = 0;
+  Scanner scanner(text);
+  for (Token token = scanner.next(); token.kind != Token::End; token = scanner.next()) {
+    if (token.kind != Token::Unit || token.text != oldName) continue;
+    result += text.midRef(copied, token.at - copied) + newName;
+    copied = token.at + oldName.size();
   }
+  result += text.midRef(copied);
   return result;
 }
 
