@@ -185,11 +185,14 @@ bool readOpenFile(int fd, qint64 mostBytes, QByteArray& bytes, QString& reason) 
   };
   if (info.st_size > mostBytes) return refuseSize();
   qint64 size = 0;
-  bytes.resize(int(info.st_size) + 1);
+  bytes.resize(int(info.st_size ? info.st_size + 1 : qMin(mostBytes + 1, kReadStep)));
   for (;;) {
     const ssize_t count = read(fd, bytes.data() + size, size_t(bytes.size() - size));
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return refuseBySystem(reason);
+    if (count < 0) {
+      bytes.clear();
+      return refuseBySystem(reason);
+    }
     size += count;
     if (size > mostBytes) return refuseSize();
     if (count == 0) break;
