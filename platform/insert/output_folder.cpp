@@ -23,7 +23,7 @@ namespace {
 const char kListName[] = "ostrel_files.txt";
 const char kProjectKey[] = "project/";  // No file name has a '/', and earlier versions pass over lines with one.
 constexpr qint64 kMaxListBytes = 1 << 20;
-constexpr int kNamesTried = 100;
+constexpr int kAttempts = 100;
 
 /// What an insertion noted about a folder that it wrote.
 struct FolderList {
@@ -177,7 +177,7 @@ bool OutputFolder::begin(const QStringList& files, QString& error) {
   if (!openOld(old, error)) return false;
 
   bool made = false;
-  for (int i = 0; i < kNamesTried && !made; ++i) {
+  for (int i = 0; i < kAttempts && !made; ++i) {
     stagedName_ = name_ + ".new-" + ownTag() + '-' + QByteArray::number(i);
     made = mkdirat(parent_.fd(), stagedName_.constData(), 0777) == 0;
     if (!made && errno != EEXIST) break;
@@ -239,13 +239,6 @@ bool OutputFolder::swap(QByteArray& aside) const {
   return false;
 }
 
-bool OutputFolder::swapBack(const QByteArray& aside) const {
-  const int parent = parent_.fd();
-  if (aside == stagedName_)
-    return renameat2(parent, aside.constData(), parent, name_.constData(), RENAME_EXCHANGE) == 0;
-  return rename(parent, name_, stagedName_) && rename(parent, aside, name_);
-}
-
 bool OutputFolder::commit(QString& error) {
   const char what[] = "Cannot put the new output folder in place:";
   const int parent = parent_.fd();
@@ -254,19 +247,13 @@ bool OutputFolder::commit(QString& error) {
   if (!isNameOf(parent, stagedName_, staged_.fd())) return refuse(error, what, target_, ESTALE);
   QByteArray aside;
   if (old.isOpen() ? !swap(aside) : !rename(parent, stagedName_, name_)) return refuse(error, what, target_, errno);
-  // Until then somebody may have put a file into it.
-  if (old.isOpen() && !isReplaceable(old.fd(), error)) {
-    if (!swapBack(aside)) error += QStringLiteral(" It now lies in \"%1\".").arg(wireFromBytes(aside));
-    return false;
-  }
   unfinished().removeAll(this);
-  if (old.isOpen() && !removeOwn(parent, aside, old.fd())) {
-    // Whoever works inside the old folder can even now put something there: it comes along.
+  // What somebody has put there since it was looked at, or puts there now, working inside it, comes along.
+  for (int i = 0; i < kAttempts && old.isOpen() && !removeOwn(parent, aside, old.fd()); ++i) {
     QList<QByteArray> late;
     listFolder(old.fd(), late);
     for (const QByteArray& file : late)
-      renameat2(old.fd(), file.constData(), staged_.fd(), file.constData(), RENAME_NOREPLACE);
-    removeOwn(parent, aside, old.fd());
+      if (!exists(staged_.fd(), file)) renameat(old.fd(), file.constData(), staged_.fd(), file.constData());
   }
   staged_.reset();
   return true;

@@ -35,14 +35,13 @@ class OutputFolder {
   /// Makes the disk store what another process wrote into the file.
   bool store(const QString& name, QString& error) const;
   /// Puts the staged folder in the target's place and removes the old one. False when somebody has put anything into
-  /// that one meanwhile: it stays then.
+  /// that one meanwhile: it stays then. What still comes after that look is found in the new one.
   bool commit(QString& error);
 
  private:
   bool openOld(Descriptor& old, QString& error) const;
   bool isReplaceable(int folder, QString& error) const;
   bool swap(QByteArray& aside) const;
-  bool swapBack(const QByteArray& aside) const;
   void discard();
   bool refuse(QString& error, const char* text, const QString& file, int code) const;
   static QList<OutputFolder*>& unfinished();
