@@ -133,14 +133,15 @@ void OutputFolder::discard() {
 }
 
 bool OutputFolder::refuse(QString& error, const char* text, const QString& file, int code) const {
-  error = QString::fromLatin1("%1 \"%2\": %3.").arg(QLatin1String(text), toWire(file), systemReason(code));
+  error = QString::fromLatin1(text).arg(toWire(file), systemReason(code));
   return false;
 }
 
 /// False when the folder holds anything that no insertion wrote, or is another project's.
 bool OutputFolder::isReplaceable(int folder, QString& error) const {
   QByteArray foreign;
-  if (!findForeign(folder, foreign)) return refuse(error, "Cannot look into the output folder", target_, errno);
+  if (!findForeign(folder, foreign))
+    return refuse(error, "Cannot look into the output folder \"%1\": %2.", target_, errno);
   if (!foreign.isEmpty()) {
     error = QStringLiteral(
                 "The output folder \"%1\" holds \"%2\", which no insertion wrote; move it elsewhere, since the folder "
@@ -162,7 +163,8 @@ bool OutputFolder::openOld(Descriptor& old, QString& error) const {
   old = openFolder(parent_.fd(), name_);
   if (old.isOpen()) return isReplaceable(old.fd(), error);
   if (errno == ENOENT) return true;
-  if (errno != ENOTDIR && errno != ELOOP) return refuse(error, "Cannot look into the output folder", target_, errno);
+  if (errno != ENOTDIR && errno != ELOOP)
+    return refuse(error, "Cannot look into the output folder \"%1\": %2.", target_, errno);
   error = QStringLiteral("The output folder \"%1\" is in the way of a file or link of that name; move it away.")
               .arg(toWire(target_));
   return false;
@@ -171,7 +173,7 @@ bool OutputFolder::openOld(Descriptor& old, QString& error) const {
 bool OutputFolder::begin(const QStringList& files, QString& error) {
   const QString parent = QFileInfo(target_).path();
   parent_.reset(open(QFile::encodeName(parent).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!parent_.isOpen()) return refuse(error, "Cannot create the folder", target_, errno);
+  if (!parent_.isOpen()) return refuse(error, "Cannot create the folder \"%1\": %2.", target_, errno);
   clearLeftovers(parent_.fd(), name_);
   Descriptor old;
   if (!openOld(old, error)) return false;
@@ -184,7 +186,8 @@ bool OutputFolder::begin(const QStringList& files, QString& error) {
   }
   if (made) staged_ = openFolder(parent_.fd(), stagedName_);
   if (!staged_.isOpen())
-    return refuse(error, "Cannot create the folder", parent + QLatin1Char('/') + QFile::decodeName(stagedName_), errno);
+    return refuse(error, "Cannot create the folder \"%1\": %2.",
+                  parent + QLatin1Char('/') + QFile::decodeName(stagedName_), errno);
   process_ = getpid();
   unfinished().append(this);
   QByteArray list;
@@ -201,12 +204,12 @@ std::unique_ptr<FileWriter> OutputFolder::create(const QString& name, QString& e
   const int how = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   Descriptor file(openat(staged_.fd(), QFile::encodeName(name).constData(), how, 0666));
   if (file.isOpen()) return std::make_unique<FileWriter>(std::move(file));
-  refuse(error, "Cannot write", target_ + QLatin1Char('/') + name, errno);
+  refuse(error, "Cannot write \"%1\": %2.", target_ + QLatin1Char('/') + name, errno);
   return nullptr;
 }
 
 bool OutputFolder::finish(const QString& name, FileWriter& file, QString& error) const {
-  return file.finish() || refuse(error, "Cannot write", target_ + QLatin1Char('/') + name, errno);
+  return file.finish() || refuse(error, "Cannot write \"%1\": %2.", target_ + QLatin1Char('/') + name, errno);
 }
 
 bool OutputFolder::write(const QString& name, const QByteArray& contents, QString& error) const {
@@ -219,7 +222,7 @@ bool OutputFolder::write(const QString& name, const QByteArray& contents, QStrin
 bool OutputFolder::store(const QString& name, QString& error) const {
   Descriptor file(openat(staged_.fd(), QFile::encodeName(name).constData(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC));
   if (file.isOpen() && storeAndClose(file)) return true;
-  return refuse(error, "Cannot write", target_ + QLatin1Char('/') + name, errno);
+  return refuse(error, "Cannot write \"%1\": %2.", target_ + QLatin1Char('/') + name, errno);
 }
 
 /// Puts the staged folder into the place of the old one, which lies under the name `aside` then. One call exchanges
@@ -240,7 +243,7 @@ bool OutputFolder::swap(QByteArray& aside) const {
 }
 
 bool OutputFolder::commit(QString& error) {
-  const char what[] = "Cannot put the new output folder in place:";
+  const char what[] = "Cannot put the new output folder \"%1\" in place: %2.";
   const int parent = parent_.fd();
   Descriptor old;
   if (!openOld(old, error)) return false;

@@ -43,6 +43,7 @@ class OutputFolder {
   bool isReplaceable(int folder, QString& error) const;
   bool swap(QByteArray& aside) const;
   void discard();
+  /// The text has places for the file (%1) and the reason (%2).
   bool refuse(QString& error, const char* text, const QString& file, int code) const;
   static QList<OutputFolder*>& unfinished();
 

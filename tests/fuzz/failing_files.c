@@ -1,7 +1,8 @@
 /* A file layer that fails: preloaded, it counts the calls of one program that change files. The n-th of them ends the
-   process in its middle, or fails as all later ones do. The program sets in its environment: OST_FAIL_IN its name,
-   OST_FAIL_AT n from 1 (absent: nothing fails; another n begins a new count), OST_FAIL_AS the errno or 0 for the sudden
-   end, OST_NO_EXCHANGE when renameat2() cannot do more than rename(). */
+   process in its middle, or fails, which standard error tells, and all later ones with it. The program sets in its
+   environment: OST_FAIL_IN its name, OST_FAIL_AT n from 1 (absent: nothing fails; another n begins a new count),
+   OST_FAIL_AS the errno or 0 for the sudden end, OST_FAIL_ONCE when later calls work again, OST_NO_EXCHANGE when
+   renameat2() cannot do more than rename(). */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -20,10 +21,13 @@ static int verdict(int mayOnlyEnd) {
   static int calls, last;
   const char *program = getenv("OST_FAIL_IN"), *at = getenv("OST_FAIL_AT"), *as = getenv("OST_FAIL_AS");
   if (!program || !at || strcmp(program, program_invocation_short_name) != 0) return kWorks;
+  const int code = as ? atoi(as) : 0;
+  if (mayOnlyEnd && code) return kWorks;
   if (atoi(at) != last) calls = 0;
   last = atoi(at);
-  if (++calls < last || (mayOnlyEnd && as && atoi(as))) return kWorks;
-  return as && atoi(as) ? atoi(as) : kEnd;
+  if (++calls < last || (calls > last && getenv("OST_FAIL_ONCE"))) return kWorks;
+  if (calls == last && code) dprintf(2, "<call fails>\n");
+  return code ? code : kEnd;
 }
 
 static int fails(void) {
@@ -37,15 +41,20 @@ static int fails(void) {
   static __typeof__(&name) real; \
   if (!real) *(void**)&real = dlsym(RTLD_NEXT, #name)
 
-#define OPEN(name, parameters, arguments)                                           \
-  int name parameters {                                                             \
-    REAL(name);                                                                     \
-    va_list rest;                                                                   \
-    va_start(rest, flags);                                                          \
-    const mode_t mode = flags & (O_CREAT | O_TMPFILE) ? va_arg(rest, mode_t) : 0;   \
-    va_end(rest);                                                                   \
-    if (!(flags & O_PATH) && (flags & O_ACCMODE) != O_RDONLY && fails()) return -1; \
-    return real arguments;                                                          \
+/* Where nameless files cannot be made, named ones are. */
+static int changes(int flags) {
+  return (flags & O_ACCMODE) != O_RDONLY && !(flags & O_PATH) && (flags & O_TMPFILE) != O_TMPFILE;
+}
+
+#define OPEN(name, parameters, arguments)                                         \
+  int name parameters {                                                           \
+    REAL(name);                                                                   \
+    va_list rest;                                                                 \
+    va_start(rest, flags);                                                        \
+    const mode_t mode = flags & (O_CREAT | O_TMPFILE) ? va_arg(rest, mode_t) : 0; \
+    va_end(rest);                                                                 \
+    if (changes(flags) && fails()) return -1;                                     \
+    return real arguments;                                                        \
   }
 OPEN(open, (const char* path, int flags, ...), (path, flags, mode))
 OPEN(open64, (const char* path, int flags, ...), (path, flags, mode))
@@ -87,10 +96,17 @@ static int failsAtEnd(void) {
   return as && atoi(as) && fails();
 }
 
-#define STORE(name)                      \
-  int name(int fd) {                     \
-    REAL(name);                          \
-    return failsAtEnd() ? -1 : real(fd); \
+/* Storing a folder is best effort, and what has no name is gone with its end. */
+static int writesFile(int fd) {
+  struct stat status;
+  return (fcntl(fd, F_GETFL) & O_ACCMODE) != O_RDONLY && fstat(fd, &status) == 0 && S_ISREG(status.st_mode) &&
+         status.st_nlink > 0;
+}
+
+#define STORE(name)                                        \
+  int name(int fd) {                                       \
+    REAL(name);                                            \
+    return writesFile(fd) && failsAtEnd() ? -1 : real(fd); \
   }
 STORE(fsync)
 STORE(fdatasync)
@@ -98,9 +114,7 @@ STORE(fdatasync)
 /* The descriptor is gone all the same. */
 int close(int fd) {
   REAL(close);
-  struct stat status;
-  const int writes = (fcntl(fd, F_GETFL) & O_ACCMODE) != O_RDONLY && fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
-  const int failed = writes && failsAtEnd(), code = errno;
+  const int failed = writesFile(fd) && failsAtEnd(), code = errno;
   const int closed = real(fd);
   if (!failed) return closed;
   errno = code;
