@@ -18,7 +18,7 @@
 namespace ost {
 namespace {
 
-constexpr int kAttempts = 50;
+constexpr int kAttempts = 100;
 constexpr qint64 kMostBytes = 4096;
 const char kFreshName[] = ".ost-lock-";  // Short: where it is too long, a project's own name is, too.
 
@@ -112,6 +112,7 @@ LockFile::Answer LockFile::take() {
     if (errno != EEXIST) return failed(takesNoFile(errno) ? NoPlace : Failed, systemReason(errno));
     if (judge(answer)) return answer;
   }
+  if (answer.outcome == Held) return answer;
   return failed(Failed, QString::fromLatin1("other processes take it at the same time"));
 }
 
@@ -138,9 +139,10 @@ bool LockFile::judge(Answer& answer) const {
     return true;
   }
   answer.since = QDateTime::fromSecsSinceEpoch(info.st_mtime);
-  if (answer.holder.state() != ProcessMark::Gone) {
+  const ProcessMark::State state = answer.holder.state();
+  if (state != ProcessMark::Gone) {
     answer.outcome = Held;
-    return true;
+    return state != ProcessMark::Ending;
   }
   // Whoever removes a lock that was left has it locked and sees it in its place: no one removes what has come after it.
   if (flock(lock.fd(), LOCK_EX | LOCK_NB) != 0) {

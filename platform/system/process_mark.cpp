@@ -30,9 +30,10 @@ QByteArray programOf(const QByteArray& process) {
   return path.mid(path.lastIndexOf('/') + 1);
 }
 
+constexpr qint64 kExiting = 4, kKillPending = 1 << (SIGKILL - 1);  // in the fields of /proc/<pid>/stat
+
 struct ProcessStatus {
-  char state = 0;
-  int threads = 0;
+  bool ended = false, ending = false;
   qint64 start = 0;
 };
 
@@ -42,19 +43,21 @@ bool readStatus(const QByteArray& process, ProcessStatus& status) {
   if (!readFile(QLatin1String("/proc/" + process + "/stat"), 4096, text, reason)) return false;
   // The program's name, in parentheses, may hold anything.
   const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-  if (fields.size() < 20 || fields[0].isEmpty()) return false;
-  status = {fields[0][0], fields[17].toInt(), fields[19].toLongLong()};
+  if (fields.size() < 29) return false;
+  // One that nobody has waited for yet has ended all the same, unless only its first thread has.
+  status.ended = (fields[0] == "Z" || fields[0] == "X") && fields[17].toInt() <= 1;
+  status.ending = (fields[6].toLongLong() & kExiting) || (fields[28].toLongLong() & kKillPending);
+  status.start = fields[19].toLongLong();
   return true;
 }
 
-/// Whether no process has that number, or only one that started at another moment (0: at any).
-bool isGone(qint64 pid, qint64 start) {
-  if (kill(pid_t(pid), 0) != 0 && errno == ESRCH) return true;
+/// Gone when no process has that number, or only one that started at another moment (0: at any).
+ProcessMark::State stateOf(qint64 pid, qint64 start) {
+  if (kill(pid_t(pid), 0) != 0 && errno == ESRCH) return ProcessMark::Gone;
   ProcessStatus status;
-  if (!readStatus(QByteArray::number(pid), status)) return false;
-  // One that nobody has waited for yet has ended all the same.
-  const bool ended = (status.state == 'Z' || status.state == 'X') && status.threads <= 1;
-  return ended || (start && status.start != start);
+  if (!readStatus(QByteArray::number(pid), status)) return ProcessMark::Lives;
+  if (status.ended || (start && status.start != start)) return ProcessMark::Gone;
+  return status.ending ? ProcessMark::Ending : ProcessMark::Lives;
 }
 
 /// Short for where a process counts.
@@ -69,7 +72,7 @@ bool isTagOfGone(const QByteArray& tag, const QByteArray& place) {
   if (parts.size() > 1 && (parts.size() < 3 || parts[2] != place)) return false;
   bool isPid = false, isStart = parts.size() == 1;
   const qint64 pid = parts[0].toInt(&isPid), start = isStart ? 0 : parts[1].toLongLong(&isStart);
-  return isPid && pid > 0 && isStart && isGone(pid, start);
+  return isPid && pid > 0 && isStart && stateOf(pid, start) == ProcessMark::Gone;
 }
 
 }  // namespace
@@ -114,10 +117,10 @@ ProcessMark::State ProcessMark::state() const {
   const bool sameHost = host == here.host && machine == here.machine;
   if (!boot.isEmpty() && boot != here.boot) return sameHost && !machine.isEmpty() ? Gone : Elsewhere;
   if (boot.isEmpty() ? host != here.host : !pidSpace.isEmpty() && pidSpace != here.pidSpace) return Elsewhere;
-  if (isGone(pid, start)) return Gone;
+  const State state = stateOf(pid, start);
   // Without the moment of its start, its program shows whether it is still the same.
   const QByteArray runs = start ? program : programOf(QByteArray::number(pid));
-  return runs.isEmpty() || runs == program ? Lives : Gone;
+  return runs.isEmpty() || runs == program ? state : Gone;
 }
 
 QByteArray ownTag() {

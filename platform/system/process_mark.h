@@ -10,7 +10,12 @@
 namespace ost {
 
 struct ProcessMark {
-  enum State { Lives, Gone, Elsewhere };
+  enum State {
+    Lives,
+    Ending,  ///< Killed, and gone in a moment.
+    Gone,
+    Elsewhere
+  };
 
   qint64 pid = 0;
   QByteArray program, host, machine, boot;

@@ -1,12 +1,13 @@
 // A lock belongs to one process, tells which, and is taken over when that one is gone.
 #include "platform/system/lock_file.h"
 
-#include <sys/prctl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <functional>
+#include <vector>
 
 #include "platform/system/descriptor.h"
 #include "tests/unit/scratch.h"
@@ -119,6 +120,31 @@ TEST(LockFile, IsGivenUpByItsOwnerOnly) {
   ASSERT_EQ(anew.take().outcome, LockFile::Taken);
   removed.reset();
   EXPECT_TRUE(anew.isHeld());
+}
+
+TEST(LockFile, OfAProcessThatIsBeingKilledIsWaitedFor) {
+  Scratch scratch;
+  for (int round = 0; round < 8; ++round) {
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+      LockFile lock(scratch.path("lock"));
+      const std::vector<char> heavy(60 << 20, 'x');  // which takes a moment to give back
+      const char taken = lock.take().outcome;
+      write(ready[1], &taken, 1);
+      pause();
+      _exit(heavy[0]);
+    }
+    char outcome = -1;
+    ASSERT_EQ(read(ready[0], &outcome, 1), 1);
+    EXPECT_EQ(outcome, LockFile::Taken);
+    kill(child, SIGKILL);
+    LockFile lock(scratch.path("lock"));
+    EXPECT_EQ(lock.take().outcome, LockFile::Taken);
+    waitpid(child, nullptr, 0);
+    for (const int fd : ready) close(fd);
+  }
 }
 
 TEST(LockFile, IsTakenOverByOne) {
