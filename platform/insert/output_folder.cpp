@@ -247,7 +247,12 @@ bool OutputFolder::commit(QString& error) {
   const int parent = parent_.fd();
   Descriptor old;
   if (!openOld(old, error)) return false;
-  if (!isNameOf(parent, stagedName_, staged_.fd())) return refuse(error, what, target_, ESTALE);
+  if (!isNameOf(parent, stagedName_, staged_.fd())) {
+    error =
+        QStringLiteral("Somebody has moved the folder \"%1\" away, which was to take the place of \"%2\"; run again.")
+            .arg(wireFromBytes(stagedName_), toWire(target_));
+    return false;
+  }
   QByteArray aside;
   if (old.isOpen() ? !swap(aside) : !rename(parent, stagedName_, name_)) return refuse(error, what, target_, errno);
   unfinished().removeAll(this);

@@ -63,8 +63,7 @@ QString lockRefusal(const LockFile::Answer& answer, const QString& lockFile) {
   const QString who = quoted(wireFromBytes(holder.program)).remove('\'');
   return QString(
              "is open in another process%1: %2, pid %3 on host %4, since %5. Close it there first, or use another "
-             "file; "
-             "remove the lock file %6 if that process no longer works on it.")
+             "file; remove the lock file %6 if that process no longer works on it.")
       .arg(elsewhere ? ", which cannot be seen from here" : "", who, QString::number(holder.pid),
            quoted(wireFromBytes(holder.host)).remove('\''), answer.since.toString("yyyy-MM-dd hh:mm:ss"), shownLock);
 }

@@ -18,6 +18,7 @@ namespace ost {
 namespace {
 
 constexpr qint64 kReadStep = 1 << 20;
+constexpr int kWriteStep = 1 << 16;
 constexpr int kNamesTried = 100;
 const char kAccessList[] = "system.posix_acl_access";
 
@@ -105,8 +106,6 @@ bool writeInto(const QByteArray& special, const QByteArray& bytes, QString& reas
     return refuseBySystem(reason);
   return true;
 }
-
-constexpr int kWriteStep = 1 << 16;
 
 }  // namespace
 

@@ -119,6 +119,15 @@ TEST(OutputFolder, LosesNothingThatSomebodyPutsIntoIt) {
     EXPECT_FALSE(output.commit(error));
     EXPECT_TRUE(has(error, "holds \"notes\", which no insertion wrote"));
   }
+  {
+    OutputFolder output(scratch.path("moved"));
+    ASSERT_TRUE(output.begin({"a.v"}, error)) << plain(error);
+    const QString staged = scratch.path(scratch.entries().filter("moved.new-").value(0).toLatin1());
+    ASSERT_TRUE(QDir().rename(staged, scratch.path("elsewhere")) && QDir().mkdir(staged));
+    EXPECT_FALSE(output.commit(error));
+    EXPECT_TRUE(has(error, "Somebody has moved the folder") && QDir().rmdir(staged));
+    QDir(scratch.path("elsewhere")).removeRecursively();
+  }
   EXPECT_EQ(scratch.read("out/a.v") + scratch.read("out/notes"), "onemine");
   QFile::remove(scratch.path("out/notes"));
 
