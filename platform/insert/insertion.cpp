@@ -22,7 +22,7 @@ class Insertion {
         request_(request),
         hooks_(hooks),
         error_(error),
-        folder_(request.outputDirectory) {
+        folder_(request.outputDirectory, request.project) {
     clock_.start();
   }
 
@@ -93,12 +93,10 @@ bool Insertion::instrument(const Netlist::Private& netlist, const ProbeRouting& 
   for (const auto& entry : generated_) reserved += definedModules(entry.second);
   NetlistEditor editor(netlist, routing, plan_);
   if (!editor.prepare(reserved, error_) || !serve()) return false;
-  QFile file(folder_.stagedFile(json_));
-  if (!file.open(QIODevice::WriteOnly) || !editor.write(file) || !file.flush()) {
-    error_ = QStringLiteral("Cannot write \"%1\": %2.").arg(json_, toWire(file.errorString()));
-    return false;
-  }
-  return true;
+  const std::unique_ptr<FileWriter> file = folder_.create(json_, error_);
+  if (!file) return false;
+  editor.write(*file);  // finish() tells
+  return folder_.finish(json_, *file, error_);
 }
 
 bool Insertion::prove(std::shared_ptr<const Netlist> netlist) {
@@ -135,9 +133,11 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
     if (!folder_.write(name, text, error_)) return false;
 
   say(QStringLiteral("Writing the instrumented design as Verilog."));
+  if (!folder_.write(verilog_, QByteArray(), error_)) return false;
   if (!writeInstrumentedVerilog(design_, folder_.stagedFile(json_),
                                 folder_.stagedFile(QStringLiteral("ostrel_debug.v")), folder_.stagedFile(verilog_),
-                                hooks_.idle, error_))
+                                hooks_.idle, error_) ||
+      !folder_.store(verilog_, error_))
     return false;
   if (request_.proveEquivalence && !prove(netlist)) return false;
   if (!folder_.write(QStringLiteral("capture_map.json"), captureMapJson(plan_), error_)) return false;

@@ -17,6 +17,7 @@ struct InsertionHooks {
 struct InsertionRequest {
   QString outputDirectory;  ///< File name (Unicode), replaced as a whole after success.
   bool proveEquivalence = false;
+  QString project;  ///< File name of the project without its folder, see OutputFolder; empty when there is none.
 };
 
 /// Writes the instrumented design, the core's Verilog, file list and capture map. On failure nothing in the output

@@ -1,177 +1,270 @@
-// Staging and swapping of the output folder.
+// Staging and swapping of the output folder. Everything is reached through open folders, never through a link that
+// somebody put in the place of one.
 #include "platform/insert/output_folder.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 
 #include "platform/istdata/wire_text.h"
+#include "platform/system/process_mark.h"
 
 namespace ost {
 namespace {
 
 const char kListName[] = "ostrel_files.txt";
+const char kProjectKey[] = "project/";  // No file name has a '/', and earlier versions pass over lines with one.
+constexpr qint64 kMaxListBytes = 1 << 20;
+constexpr int kAttempts = 100;
 
-QString reasonOf(int code) {
-  return wireFromBytes(std::strerror(code));
+/// What an insertion noted about a folder that it wrote.
+struct FolderList {
+  QSet<QByteArray> files;
+  QByteArray project;  ///< Empty when it is not known.
+};
+
+Descriptor openFolder(int parent, const QByteArray& name) {
+  return Descriptor(openat(parent, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
-QStringList listedFiles(const QString& folder) {
-  QFile list(folder + QLatin1Char('/') + QLatin1String(kListName));
-  if (!list.open(QIODevice::ReadOnly)) return {};
-  QStringList names;
-  for (const QByteArray& line : list.readAll().split('\n')) {
-    const QString name = QFile::decodeName(line);
-    if (!name.isEmpty() && !name.contains(QLatin1Char('/'))) names.append(name);
+FolderList readList(int folder) {
+  FolderList list;
+  const Descriptor file(openat(folder, kListName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  QByteArray text;
+  QString ignored;  // What no list names is not the insertion's own.
+  if (!file.isOpen() || !readOpenFile(file.fd(), kMaxListBytes, text, ignored)) return list;
+  for (const QByteArray& line : text.split('\n')) {
+    if (line.startsWith(kProjectKey))
+      list.project = QByteArray::fromPercentEncoding(line.mid(int(sizeof kProjectKey) - 1));
+    if (!line.isEmpty() && !line.contains('/')) list.files.insert(line);
   }
-  return names;
+  list.files.insert(kListName);
+  return list;
 }
 
-/// The first entry that the folder's list does not name; empty when all are the insertion's own.
-QString foreignEntry(const QString& folder) {
-  const QStringList names = listedFiles(folder);
-  QSet<QString> own(names.begin(), names.end());
-  own.insert(QLatin1String(kListName));
-  const QDir::Filters everything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-  for (const QFileInfo& entry : QDir(folder).entryInfoList(everything))
-    if (!own.contains(entry.fileName()) || (entry.isDir() && !entry.isSymLink())) return entry.fileName();
-  return QString();
-}
-
-/// Removes the files of the list and the folder if nothing else is in it.
-void removeOwnFolder(const QString& folder) {
-  for (const QString& name : listedFiles(folder)) QFile::remove(folder + QLatin1Char('/') + name);
-  QFile::remove(folder + QLatin1Char('/') + QLatin1String(kListName));
-  QDir().rmdir(folder);
-}
-
-bool rename(const QString& from, const QString& to) {
-  return ::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
-}
-
-/// Staged folders of this process, removed when it exits in the middle of a run.
-QSet<QString>& stagedFolders() {
-  static QSet<QString>* folders = [] {
-    std::atexit([] {
-      for (const QString& folder : stagedFolders()) removeOwnFolder(folder);
-    });
-    return new QSet<QString>;
-  }();
-  return *folders;
-}
-
-/// What runs that no longer live left beside the target: "<target>.new-<process>" and "<target>.old-<process>".
-void clearLeftovers(const QString& target) {
-  const QFileInfo info(target);
-  const QString name = info.fileName();
-  for (const QFileInfo& entry : info.dir().entryInfoList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot)) {
-    const QString tail = entry.fileName().mid(name.size());
-    if (!entry.fileName().startsWith(name) || entry.isSymLink()) continue;
-    const bool old = tail.startsWith(QLatin1String(".old-"));
-    if (!old && !tail.startsWith(QLatin1String(".new-"))) continue;
-    bool isNumber = false;
-    const int process = tail.mid(5).toInt(&isNumber);
-    if (!isNumber || process <= 0 || process == getpid() || kill(process, 0) == 0 || errno != ESRCH) continue;
-    // A run died between its two renames: the old folder is still the one in force.
-    if (old && !QFileInfo::exists(target) && rename(entry.filePath(), target)) continue;
-    removeOwnFolder(entry.filePath());
+/// The first entry that the folder's list does not name; empty when all are the insertion's own. False with errno.
+bool findForeign(int folder, QByteArray& foreign) {
+  const FolderList list = readList(folder);
+  QList<QByteArray> names;
+  if (!listFolder(folder, names)) return false;
+  for (const QByteArray& name : names) {
+    struct stat info;
+    const bool isFolder = fstatat(folder, name.constData(), &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(info.st_mode);
+    if (!list.files.contains(name) || isFolder) foreign = name;
+    if (!foreign.isEmpty()) break;
   }
+  return true;
+}
+
+/// Whether the name still leads to the open folder.
+bool isNameOf(int parent, const QByteArray& name, int folder) {
+  struct stat named, open;
+  return fstatat(parent, name.constData(), &named, AT_SYMLINK_NOFOLLOW) == 0 && fstat(folder, &open) == 0 &&
+         named.st_dev == open.st_dev && named.st_ino == open.st_ino;
+}
+
+/// Removes the files of the folder's list, the list last, and the folder if nothing else is in it.
+bool removeOwn(int parent, const QByteArray& name, int folder) {
+  FolderList list = readList(folder);
+  list.files.remove(kListName);
+  if (!isNameOf(parent, name, folder)) return false;
+  for (const QByteArray& file : list.files) unlinkat(folder, file.constData(), 0);
+  unlinkat(folder, kListName, 0);
+  return unlinkat(parent, name.constData(), AT_REMOVEDIR) == 0;
+}
+
+bool rename(int parent, const QByteArray& from, const QByteArray& to) {
+  return renameat(parent, from.constData(), parent, to.constData()) == 0;
+}
+
+bool exists(int parent, const QByteArray& name) {
+  struct stat info;
+  return fstatat(parent, name.constData(), &info, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+/// What runs that no longer live left beside the target: "<target>.new-<tag>" and "<target>.old-<tag>".
+void clearLeftovers(int parent, const QByteArray& target) {
+  const Descriptor listed = openFolder(parent, ".");
+  // A run died between its two renames: the old folder is still the one in force.
+  for (const QByteArray& name : leftBehind(listed.fd(), target + ".old-"))
+    if (!exists(parent, target) && openFolder(parent, name).isOpen()) rename(parent, name, target);
+  for (const char* kind : {".old-", ".new-"})
+    for (const QByteArray& name : leftBehind(listed.fd(), target + kind)) {
+      const Descriptor folder = openFolder(parent, name);
+      if (folder.isOpen()) removeOwn(parent, name, folder.fd());
+    }
 }
 
 }  // namespace
 
-OutputFolder::OutputFolder(const QString& target) : target_(QDir::cleanPath(QFileInfo(target).absoluteFilePath())) {}
+OutputFolder::OutputFolder(const QString& target, const QString& project)
+    : target_(QDir::cleanPath(QFileInfo(target).absoluteFilePath())),
+      project_(QFile::encodeName(project)),
+      name_(QFile::encodeName(QFileInfo(target_).fileName())) {}
 
 OutputFolder::~OutputFolder() {
-  if (staged_.isEmpty()) return;
-  removeOwnFolder(staged_);
-  stagedFolders().remove(staged_);
+  discard();
+}
+
+/// Those whose staged folder goes when the process exits in the middle of a run.
+QList<OutputFolder*>& OutputFolder::unfinished() {
+  static QList<OutputFolder*>* folders = [] {
+    std::atexit([] {
+      while (!unfinished().isEmpty()) unfinished().first()->discard();
+    });
+    return new QList<OutputFolder*>;
+  }();
+  return *folders;
+}
+
+void OutputFolder::discard() {
+  unfinished().removeAll(this);
+  // A child process that this one forked has a copy of the object.
+  if (staged_.isOpen() && process_ == getpid()) removeOwn(parent_.fd(), stagedName_, staged_.fd());
+  staged_.reset();
+}
+
+bool OutputFolder::refuse(QString& error, const char* text, const QString& file, int code) const {
+  error = QString::fromLatin1(text).arg(toWire(file), systemReason(code));
+  return false;
+}
+
+/// False when the folder holds anything that no insertion wrote, or is another project's.
+bool OutputFolder::isReplaceable(int folder, QString& error) const {
+  QByteArray foreign;
+  if (!findForeign(folder, foreign))
+    return refuse(error, "Cannot look into the output folder \"%1\": %2.", target_, errno);
+  if (!foreign.isEmpty()) {
+    error = QStringLiteral(
+                "The output folder \"%1\" holds \"%2\", which no insertion wrote; move it elsewhere, since the folder "
+                "is replaced as a whole.")
+                .arg(toWire(target_), wireFromBytes(foreign));
+    return false;
+  }
+  const QByteArray maker = readList(folder).project;
+  if (maker.isEmpty() || project_.isEmpty() || maker == project_) return true;
+  error = QStringLiteral(
+              "The output folder \"%1\" was written for the project \"%2\", and \"%3\" would replace it; move the "
+              "folder away, or save this project under another name (ost_project save <file>).")
+              .arg(toWire(target_), wireFromBytes(maker), wireFromBytes(project_));
+  return false;
+}
+
+/// Opens what is in the target's place; `old` stays closed when there is nothing.
+bool OutputFolder::openOld(Descriptor& old, QString& error) const {
+  old = openFolder(parent_.fd(), name_);
+  if (old.isOpen()) return isReplaceable(old.fd(), error);
+  if (errno == ENOENT) return true;
+  if (errno != ENOTDIR && errno != ELOOP)
+    return refuse(error, "Cannot look into the output folder \"%1\": %2.", target_, errno);
+  error = QStringLiteral("The output folder \"%1\" is in the way of a file or link of that name; move it away.")
+              .arg(toWire(target_));
+  return false;
 }
 
 bool OutputFolder::begin(const QStringList& files, QString& error) {
-  clearLeftovers(target_);
-  const QFileInfo info(target_);
-  if (info.exists() || info.isSymLink()) {
-    if (!info.isDir() || info.isSymLink()) {
-      error = QStringLiteral("The output folder \"%1\" is in the way of a file or link of that name; move it away.")
-                  .arg(toWire(target_));
-      return false;
-    }
-    const QString foreign = foreignEntry(target_);
-    if (!foreign.isEmpty()) {
-      error = QStringLiteral(
-                  "The output folder \"%1\" holds \"%2\", which no insertion wrote; move it elsewhere, since "
-                  "the folder is replaced as a whole.")
-                  .arg(toWire(target_), toWire(foreign));
-      return false;
-    }
+  const QString parent = QFileInfo(target_).path();
+  parent_.reset(open(QFile::encodeName(parent).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!parent_.isOpen()) return refuse(error, "Cannot create the folder \"%1\": %2.", target_, errno);
+  clearLeftovers(parent_.fd(), name_);
+  Descriptor old;
+  if (!openOld(old, error)) return false;
+
+  bool made = false;
+  for (int i = 0; i < kAttempts && !made; ++i) {
+    stagedName_ = name_ + ".new-" + ownTag() + '-' + QByteArray::number(i);
+    made = mkdirat(parent_.fd(), stagedName_.constData(), 0777) == 0;
+    if (!made && errno != EEXIST) break;
   }
-  const QString folder = target_ + QStringLiteral(".new-%1").arg(getpid());
-  removeOwnFolder(folder);
-  if (mkdir(QFile::encodeName(folder).constData(), 0777) != 0) {
-    error = QStringLiteral("Cannot create the folder \"%1\": %2.").arg(toWire(folder), reasonOf(errno));
-    return false;
-  }
-  staged_ = folder;
-  stagedFolders().insert(folder);
+  if (made) staged_ = openFolder(parent_.fd(), stagedName_);
+  if (!staged_.isOpen())
+    return refuse(error, "Cannot create the folder \"%1\": %2.",
+                  parent + QLatin1Char('/') + QFile::decodeName(stagedName_), errno);
+  process_ = getpid();
+  unfinished().append(this);
   QByteArray list;
+  if (!project_.isEmpty()) list = kProjectKey + project_.toPercentEncoding() + '\n';
   for (const QString& name : files) list += QFile::encodeName(name) + '\n';
   return write(QLatin1String(kListName), list, error);
 }
 
 QString OutputFolder::stagedFile(const QString& name) const {
-  return staged_ + QLatin1Char('/') + name;
+  return QStringLiteral("/proc/self/fd/%1/%2").arg(staged_.fd()).arg(name);
+}
+
+std::unique_ptr<FileWriter> OutputFolder::create(const QString& name, QString& error) const {
+  const int how = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  Descriptor file(openat(staged_.fd(), QFile::encodeName(name).constData(), how, 0666));
+  if (file.isOpen()) return std::make_unique<FileWriter>(std::move(file));
+  refuse(error, "Cannot write \"%1\": %2.", target_ + QLatin1Char('/') + name, errno);
+  return nullptr;
+}
+
+bool OutputFolder::finish(const QString& name, FileWriter& file, QString& error) const {
+  return file.finish() || refuse(error, "Cannot write \"%1\": %2.", target_ + QLatin1Char('/') + name, errno);
 }
 
 bool OutputFolder::write(const QString& name, const QByteArray& contents, QString& error) const {
-  QFile file(stagedFile(name));
-  if (file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.flush()) return true;
-  error = QStringLiteral("Cannot write \"%1\": %2.")
-              .arg(toWire(target_ + QLatin1Char('/') + name), toWire(file.errorString()));
+  const std::unique_ptr<FileWriter> file = create(name, error);
+  if (!file) return false;
+  file->write(contents);  // finish() tells
+  return finish(name, *file, error);
+}
+
+bool OutputFolder::store(const QString& name, QString& error) const {
+  Descriptor file(openat(staged_.fd(), QFile::encodeName(name).constData(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC));
+  if (file.isOpen() && storeAndClose(file)) return true;
+  return refuse(error, "Cannot write \"%1\": %2.", target_ + QLatin1Char('/') + name, errno);
+}
+
+/// Puts the staged folder into the place of the old one, which lies under the name `aside` then. One call exchanges
+/// both, so that a crash leaves the old or the new; where the file system cannot, two renames do, and the next run
+/// finishes what a crash between them leaves.
+bool OutputFolder::swap(QByteArray& aside) const {
+  const int parent = parent_.fd();
+  aside = stagedName_;
+  if (renameat2(parent, stagedName_.constData(), parent, name_.constData(), RENAME_EXCHANGE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  aside = name_ + ".old-" + ownTag();
+  if (!rename(parent, name_, aside)) return false;
+  if (rename(parent, stagedName_, name_)) return true;
+  const int code = errno;
+  rename(parent, aside, name_);
+  errno = code;
   return false;
 }
 
 bool OutputFolder::commit(QString& error) {
-  const QByteArray from = QFile::encodeName(staged_), to = QFile::encodeName(target_);
-  // One call swaps both, so that a crash leaves the old or the new; where the file system cannot, two renames do, and
-  // the next run finishes what a crash between them leaves.
-  bool done = false;
-  if (!QFileInfo::exists(target_)) {
-    done = rename(staged_, target_);
-    if (done) {
-      stagedFolders().remove(staged_);
-      staged_.clear();
-    }
-  } else if (renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_EXCHANGE) == 0) {
-    done = true;  // the old one goes with the object
-  } else if (errno == EINVAL || errno == ENOSYS) {
-    const QString old = target_ + QStringLiteral(".old-%1").arg(getpid());
-    if (rename(target_, old)) {
-      done = rename(staged_, target_);
-      if (!done) {
-        const int code = errno;
-        rename(old, target_);
-        errno = code;
-      } else {
-        stagedFolders().remove(staged_);
-        staged_.clear();
-        removeOwnFolder(old);
-      }
-    }
-  }
-  if (!done)
+  const char what[] = "Cannot put the new output folder \"%1\" in place: %2.";
+  const int parent = parent_.fd();
+  Descriptor old;
+  if (!openOld(old, error)) return false;
+  if (!isNameOf(parent, stagedName_, staged_.fd())) {
     error =
-        QStringLiteral("Cannot put the new output folder \"%1\" in place: %2.").arg(toWire(target_), reasonOf(errno));
-  return done;
+        QStringLiteral("Somebody has moved the folder \"%1\" away, which was to take the place of \"%2\"; run again.")
+            .arg(wireFromBytes(stagedName_), toWire(target_));
+    return false;
+  }
+  QByteArray aside;
+  if (old.isOpen() ? !swap(aside) : !rename(parent, stagedName_, name_)) return refuse(error, what, target_, errno);
+  unfinished().removeAll(this);
+  // What somebody has put there since it was looked at, or puts there now, working inside it, comes along.
+  for (int i = 0; i < kAttempts && old.isOpen() && !removeOwn(parent, aside, old.fd()); ++i) {
+    QList<QByteArray> late;
+    listFolder(old.fd(), late);
+    for (const QByteArray& file : late)
+      if (!exists(staged_.fd(), file)) renameat(old.fd(), file.constData(), staged_.fd(), file.constData());
+  }
+  staged_.reset();
+  return true;
 }
 
 }  // namespace ost

@@ -1,33 +1,56 @@
 // The output folder, replaced as a whole: files are written into a sibling folder, which changes places with the old
-// one when all is well. A folder is the insertion's own when its list of files names everything in it.
+// one when all is well. A folder is the insertion's own when its list of files names everything in it; the list also
+// tells which project the folder was made for.
 #pragma once
 
-#include <QFile>
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <memory>
+
+#include "platform/system/files.h"
 
 namespace ost {
 
 class OutputFolder {
  public:
-  /// `target` is the folder's file name (Unicode); errors come as wire text. Without commit() all that was staged goes
-  /// away again, with the object or with the process.
-  explicit OutputFolder(const QString& target);
+  /// `target` is the folder's file name (Unicode); errors come as wire text. `project` is the file name of the project
+  /// without its folder: of several whose output goes to one place, only the one that made the folder may replace it.
+  /// Empty: no project. Without commit() all that was staged goes away again, with the object or with the process.
+  explicit OutputFolder(const QString& target, const QString& project = QString());
   ~OutputFolder();
   OutputFolder(const OutputFolder&) = delete;
   OutputFolder& operator=(const OutputFolder&) = delete;
 
   /// Makes the staged folder for the files; first clears away what dead runs left. False when the target holds
-  /// anything that no insertion wrote, or cannot be written.
+  /// anything that no insertion wrote, or is another project's, or cannot be written.
   bool begin(const QStringList& files, QString& error);
+  /// A path to the file that leads into the staged folder whatever becomes of its name; good in this process, while
+  /// the object lives.
   QString stagedFile(const QString& name) const;
   bool write(const QString& name, const QByteArray& contents, QString& error) const;
-  /// Puts the staged folder in the target's place and removes the old one.
+  /// Begins a new file; null with the error. finish() ends it.
+  std::unique_ptr<FileWriter> create(const QString& name, QString& error) const;
+  bool finish(const QString& name, FileWriter& file, QString& error) const;
+  /// Makes the disk store what another process wrote into the file.
+  bool store(const QString& name, QString& error) const;
+  /// Puts the staged folder in the target's place and removes the old one. False when somebody has put anything into
+  /// that one meanwhile: it stays then. What still comes after that look is found in the new one.
   bool commit(QString& error);
 
  private:
-  QString target_, staged_;
+  bool openOld(Descriptor& old, QString& error) const;
+  bool isReplaceable(int folder, QString& error) const;
+  bool swap(QByteArray& aside) const;
+  void discard();
+  /// The text has places for the file (%1) and the reason (%2).
+  bool refuse(QString& error, const char* text, const QString& file, int code) const;
+  static QList<OutputFolder*>& unfinished();
+
+  QString target_;
+  QByteArray project_, name_, stagedName_;
+  Descriptor parent_, staged_;
+  qint64 process_ = 0;
 };
 
 }  // namespace ost

@@ -52,8 +52,7 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
                               const QString& verilog, const std::function<bool()>& idle, QString& error) {
   QFile source(netlist), debug(debugModule), result(verilog);
   for (QFile* file : {&source, &debug, &result}) {
-    const bool open = file == &result ? file->open(QIODevice::ReadWrite) : file->open(QIODevice::ReadOnly);
-    if (open) continue;
+    if (file->open(QIODevice::ReadOnly)) continue;  // Yosys opens the result for writing by itself
     error = QStringLiteral("Cannot open \"%1\": %2.").arg(toWire(file->fileName()), toWire(file->errorString()));
     return false;
   }

@@ -144,7 +144,8 @@ bool IstComData::SaveProject(QString& message) {
     error = "The project has no file yet; name one: ost_project save <file>.";
   } else {
     const QByteArray bytes = ost::projectToJson(*d->project);
-    if (d->storage.isUntouched(bytes, error) && d->storage.write(d->storage.file(), bytes, error)) {
+    if (d->storage.claimAgain(error) && d->storage.isUntouched(bytes, error) &&
+        d->storage.write(d->storage.file(), bytes, error)) {
       d->storage.noteWritten(bytes);
       d->project->changed = false;
       return true;

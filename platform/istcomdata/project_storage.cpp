@@ -1,19 +1,14 @@
 // Locks, reads and writes project files.
 #include "platform/istcomdata/project_storage.h"
 
-#include <unistd.h>
-
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <vector>
 
 #include "platform/istdata/names.h"
 #include "platform/istdata/project_file.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/system/files.h"
 
 namespace ost {
 
@@ -22,6 +17,9 @@ namespace {
 QByteArray digestOf(const QByteArray& bytes) {
   return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
 }
+
+const char kNoFolder[] =
+    "the current folder has been removed. Change to a folder that exists (cd), or name the whole path.";
 
 QString shown(const QString& file) {
   return quoted(wireFromFile(file));
@@ -42,13 +40,35 @@ QString savingName(const QString& target) {
   return info.path() + "/." + info.fileName() + ".saving";
 }
 
-}  // namespace
-
-HeldLock::~HeldLock() {
-  // Qt would complain on standard error about a lock file that it cannot remove; it stays owned, for the process' end.
-  static auto* orphans = new std::vector<std::unique_ptr<QLockFile>>;
-  if (!QFileInfo::exists(path_)) orphans->push_back(std::move(lock_));
+/// The whole name, since it has to be found.
+QString shownWhole(const QString& file) {
+  QString name = wireFromFile(file);
+  for (QChar& c : name)
+    if (c < ' ' || c == QChar(0x7f)) c = '?';
+  return "'" + name + "'";
 }
+
+/// What stands behind the project's name when it cannot be locked.
+QString lockRefusal(const LockFile::Answer& answer, const QString& lockFile) {
+  const QString shownLock = shownWhole(lockFile);
+  if (answer.outcome == LockFile::Unclear)
+    return QString(
+               "cannot be locked: its lock file %1 does not tell who has the project (%2). Remove that file if nobody "
+               "works on the project.")
+        .arg(shownLock, answer.reason);
+  if (answer.outcome != LockFile::Held)
+    return QString("cannot be locked: %1. Choose another place for the file.").arg(answer.reason);
+  const ProcessMark& holder = answer.holder;
+  const bool elsewhere = holder.state() == ProcessMark::Elsewhere;
+  const QString who = quoted(wireFromBytes(holder.program)).remove('\'');
+  return QString(
+             "is open in another process%1: %2, pid %3 on host %4, since %5. Close it there first, or use another "
+             "file; remove the lock file %6 if that process no longer works on it.")
+      .arg(elsewhere ? ", which cannot be seen from here" : "", who, QString::number(holder.pid),
+           quoted(wireFromBytes(holder.host)).remove('\''), answer.since.toString("yyyy-MM-dd hh:mm:ss"), shownLock);
+}
+
+}  // namespace
 
 QString ProjectStorage::fileOf(const QString& wire, QString& error) {
   const QString file = fileFromWire(wire);
@@ -56,82 +76,78 @@ QString ProjectStorage::fileOf(const QString& wire, QString& error) {
     error = "The project file name is empty.";
   else if (QFile::encodeName(file) != wire.toLatin1())
     error = QString("The file name %1 cannot be used in this locale; name the file in plain ASCII.").arg(quoted(wire));
+  else if (QFileInfo(file).isRelative() && !hasCurrentFolder())
+    error = QString("The file name %1 leads nowhere: %2").arg(quoted(wire), kNoFolder);
   else
     return QDir::cleanPath(QFileInfo(file).absoluteFilePath());
   return QString();
+}
+
+QString ProjectStorage::outputFolderOf(const QString& wire, QString& error) {
+  if (wire.isEmpty() && hasCurrentFolder()) return QDir::current().absoluteFilePath("untitled_debug");
+  if (wire.isEmpty()) {
+    error = QString("There is no place for the output: %1").arg(kNoFolder);
+    return QString();
+  }
+  const QFileInfo file(fileFromWire(wire));
+  return file.absolutePath() + '/' + file.completeBaseName() + "_debug";
 }
 
 bool ProjectStorage::claim(const QString& file, Claim& claim, QString& error) const {
   claim.file = file;
   claim.lock.reset();
   const QString target = canonical(file);
-  if (lock_ && target == canonical(file_)) return true;
+  if (lock_ && target == canonical(file_) && lock_->isHeld()) return true;
   const QFileInfo info(target);
-  const QString lockName = info.path() + "/." + info.fileName() + ".lock";
-  auto lock = std::make_unique<QLockFile>(lockName);
-  lock->setStaleLockTime(0);  // held as long as the project is open; a dead owner is noticed all the same
-  if (lock->tryLock(0)) {
-    QFile::remove(savingName(target));  // of a save that was killed
-    claim.lock = std::make_unique<HeldLock>(std::move(lock), lockName);
-    return true;
-  }
+  auto lock = std::make_unique<LockFile>(info.path() + "/." + info.fileName() + ".lock");
+  const LockFile::Answer answer = lock->take();
   // A folder that takes no lock file takes no project file either: reading is harmless, writing says why it fails.
-  if (lock->error() != QLockFile::LockFailedError) return true;
-  qint64 pid = 0;
-  QString host, program;
-  lock->getLockInfo(&pid, &host, &program);
-  error = QString("%1 is open in another process: %2, pid %3 on host %4. Close it there first, or use another file.")
-              .arg(shown(file), toWire(program), QString::number(pid), toWire(host));
-  return false;
+  if (answer.outcome == LockFile::NoPlace) return true;
+  if (answer.outcome != LockFile::Taken) {
+    error = shown(file) + ' ' + lockRefusal(answer, lock->path());
+    return false;
+  }
+  QFile::remove(savingName(target));  // of a save that was killed
+  claim.lock = std::move(lock);
+  return true;
+}
+
+bool ProjectStorage::claimAgain(QString& error) {
+  Claim again;
+  if (!claim(file_, again, error)) return false;
+  if (again.lock) lock_ = std::move(again.lock);
+  return true;
 }
 
 bool ProjectStorage::read(const QString& file, QByteArray& bytes, QString& error) const {
   const QFileInfo info(file);
-  QFile source(file);
-  if (!info.exists())
-    error = QString("There is no file %1.").arg(shown(file));
-  else if (!info.isFile())
+  QString reason;
+  if (info.exists() && !info.isFile())
     error = QString("%1 is not a file.").arg(shown(file));
-  else if (info.size() > kMaxProjectFileBytes)
-    error = QString("%1 is no project file: it is larger than %2 MB.").arg(shown(file)).arg(kMaxProjectFileBytes >> 20);
-  else if (!source.open(QIODevice::ReadOnly))
-    error = QString("%1 cannot be read: %2.").arg(shown(file), toWire(source.errorString()));
-  if (!error.isEmpty()) return false;
-  bytes = source.readAll();
-  return true;
+  else if (readFile(file, kMaxProjectFileBytes, bytes, reason))
+    return true;
+  else if (!info.exists())
+    error = QString("There is no file %1.").arg(shown(file));
+  else
+    error = QString("%1 cannot be read: %2.").arg(shown(file), reason);
+  return false;
 }
 
 bool ProjectStorage::write(const QString& file, const QByteArray& bytes, QString& error) const {
-  const QFileInfo info(file);
-  if (info.exists() && !info.isFile()) {
-    error = QString("%1 is not a file.").arg(shown(file));
-    return false;
-  }
-  // Not by QSaveFile: its files beside the project cannot be told from a user's, and it takes no notice of a disk that
-  // fails when it is made to store what was written.
   const QString goal = canonical(file);
-  QFile target(savingName(goal));
-  QFile::remove(target.fileName());
-  const auto permissions = info.exists() ? info.permissions() : QFile::Permissions();
-  const bool written = target.open(QIODevice::WriteOnly | QIODevice::NewOnly) && target.write(bytes) == bytes.size() &&
-                       target.flush() &&
-                       (!permissions || target.permissions() == permissions || target.setPermissions(permissions)) &&
-                       (fdatasync(target.handle()) == 0 || errno == EINVAL);
-  if (written &&
-      std::rename(QFile::encodeName(target.fileName()).constData(), QFile::encodeName(goal).constData()) == 0)
-    return true;
-  const int reason = errno;
-  QString words = toWire(target.errorString());
-  if (words == "Unknown error") words = wireFromBytes(std::strerror(reason));
-  if (target.isOpen()) target.remove();
-  error = QString("%1 cannot be written: %2. Choose another place for the file.").arg(shown(file), words);
+  QString reason;
+  if (replaceFile({goal, savingName(goal)}, bytes, reason)) return true;
+  error = QString("%1 cannot be written: %2. Choose another place for the file.").arg(shown(file), reason);
   return false;
 }
 
 bool ProjectStorage::isUntouched(const QByteArray& bytes, QString& error) const {
   QByteArray onDisk;
-  QString ignored;
-  if (!QFileInfo::exists(file_) || !read(file_, onDisk, ignored)) return true;
+  if (!QFileInfo::exists(file_)) return true;
+  if (!read(file_, onDisk, error)) {
+    error += " Save under another name (ost_project save <file>).";
+    return false;
+  }
   if (digestOf(onDisk) == digest_ || onDisk == bytes) return true;
   error = QString(
               "%1 has been changed on disk by somebody else since it was opened. Save under another name "
@@ -141,8 +157,8 @@ bool ProjectStorage::isUntouched(const QByteArray& bytes, QString& error) const 
 }
 
 void ProjectStorage::adopt(Claim claim, const QByteArray& bytes) {
-  const bool sameFile = lock_ && canonical(claim.file) == canonical(file_);
-  if (!sameFile) lock_ = std::move(claim.lock);
+  const bool hasLock = lock_ && canonical(claim.file) == canonical(file_);
+  if (claim.lock || !hasLock) lock_ = std::move(claim.lock);
   file_ = claim.file;
   noteWritten(bytes);
 }

@@ -2,40 +2,38 @@
 #pragma once
 
 #include <QByteArray>
-#include <QLockFile>
 #include <QString>
 #include <memory>
 
+#include "platform/system/lock_file.h"
+
 namespace ost {
-
-/// A lock file held. Where its folder has vanished meanwhile there is nothing to remove.
-class HeldLock {
- public:
-  HeldLock(std::unique_ptr<QLockFile> lock, const QString& path) : lock_(std::move(lock)), path_(path) {}
-  ~HeldLock();
-
- private:
-  std::unique_ptr<QLockFile> lock_;
-  QString path_;
-};
 
 /// File names are Unicode, absolute and clean. Methods return false with a text for the user and change nothing then.
 class ProjectStorage {
  public:
   /// The absolute, clean name of the file that wire text means. Empty, with the reason, when it means none.
   static QString fileOf(const QString& wire, QString& error);
+  /// The absolute name of the folder that a run of the project writes: beside the file that wire text means; in the
+  /// current folder for an untitled one. Empty, with the reason, when there is none.
+  static QString outputFolderOf(const QString& wire, QString& error);
 
   /// A claim on a file that is not the open project's yet.
   struct Claim {
     QString file;
-    std::unique_ptr<HeldLock> lock;  ///< Null where the folder takes no lock file, or the lock is already ours.
+    std::unique_ptr<LockFile> lock;  ///< Null where the folder takes no lock file, or the lock is already ours.
   };
+  /// Names are locked, not what lies under them: a save gives its name a file of its own, so that of a file with two
+  /// names (hard links) each keeps what was saved under it.
   bool claim(const QString& file, Claim& claim, QString& error) const;
+
+  /// Takes the open project's lock again where it was not to be had, or where somebody has removed it.
+  bool claimAgain(QString& error);
 
   bool read(const QString& file, QByteArray& bytes, QString& error) const;
   /// Replaces the file as a whole.
   bool write(const QString& file, const QByteArray& bytes, QString& error) const;
-  /// False when the file on disk is neither what was last read or written nor `bytes`.
+  /// False when the file on disk cannot be read, or is neither what was last read or written nor `bytes`.
   bool isUntouched(const QByteArray& bytes, QString& error) const;
 
   /// The claimed file becomes the open project's, with `bytes` in it.
@@ -46,7 +44,7 @@ class ProjectStorage {
 
  private:
   QString file_;
-  std::unique_ptr<HeldLock> lock_;
+  std::unique_ptr<LockFile> lock_;
   QByteArray digest_;
 };
 

@@ -1,6 +1,5 @@
 // The design-rule check and the insertion: both work on the design as it is on disk now, and serve the interpreter's
 // events meanwhile.
-#include <QDir>
 #include <QFileInfo>
 
 #include "framework/ist_com_data.h"
@@ -16,13 +15,6 @@ namespace mero {
 namespace ostrel {
 
 namespace {
-
-/// Beside the project file; an untitled project's in the current directory.
-QString outputDirectory(const istProject& project) {
-  if (project.fileName.isEmpty()) return QDir::current().absoluteFilePath("untitled_debug");
-  const QFileInfo file(ost::fileFromWire(project.fileName));
-  return file.absolutePath() + '/' + file.completeBaseName() + "_debug";
-}
 
 void sayEstimate(const ost::InsertPlan& plan) {
   const auto line = [](const QString& object, const ost::ResourceEstimate& e) {
@@ -89,15 +81,18 @@ bool IstComData::Insert(int) {
   ost::InsertPlan plan;
   ost::InsertionHooks hooks{[](const QString& line) { ost::say(line); },
                             [] { return tcl_cmdex::servePendingEvents(); }};
-  const QString directory = outputDirectory(*d->project);
-  bool done = design != nullptr;
-  if (!done) error = "No design is loaded; read it with ost_design read.";
+  const QString directory = ost::ProjectStorage::outputFolderOf(d->project->fileName, error);
+  bool done = !directory.isEmpty() && design;
+  if (!design) error = "No design is loaded; read it with ost_design read.";
   done = done && d->loadNetlist(*design, error);
   for (const auto& core : d->project->cores) core->trace->compact();
   done = done && ost::planInsertion(*d->project, *design, plan, error);
   if (done) {
     sayEstimate(plan);
-    const ost::InsertionRequest request{directory, ost::DesignSession::instance().proveInsertions()};
+    // Two projects can mean one folder, an untitled one and "untitled.ost" for example.
+    const QString file = QFileInfo(ost::fileFromWire(d->project->fileName)).fileName();
+    const ost::InsertionRequest request{directory, ost::DesignSession::instance().proveInsertions(),
+                                        file.isEmpty() ? QString("(untitled)") : file};
     done = ost::runInsertion(plan, *design, d->netlist, request, hooks, error);
   }
   if (done)

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QLockFile>
 #include <memory>
 
 #include "framework/ist_com_data.h"

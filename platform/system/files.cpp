@@ -2,6 +2,7 @@
 #include "platform/system/files.h"
 
 #include <fcntl.h>
+#include <limits.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -17,6 +18,7 @@ namespace ost {
 namespace {
 
 constexpr qint64 kReadStep = 1 << 20;
+constexpr int kWriteStep = 1 << 16;
 constexpr int kNamesTried = 100;
 const char kAccessList[] = "system.posix_acl_access";
 
@@ -56,9 +58,12 @@ class TemporaryFile {
   }
   /// Stores the bytes and puts the file into its place.
   bool keepAs(const QByteArray& place) {
-    if (fsync(file_.fd()) != 0 && errno != EINVAL) return false;
-    if (!file_.close() || rename(name_.constData(), place.constData()) != 0) return false;
+    if (!storeAndClose(file_) || rename(name_.constData(), place.constData()) != 0) return false;
     name_.clear();
+    // The file is in place for all to see; that the disk stores its name, too, is best effort: nothing could go back.
+    const Descriptor folder(
+        open(place.left(place.lastIndexOf('/') + 1).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    fsync(folder.fd());
     return true;
   }
   int fd() const { return file_.fd(); }
@@ -82,10 +87,17 @@ bool keepProtection(int fresh, const QByteArray& old, const struct stat& info, Q
   char list[4096];
   const ssize_t size = getxattr(old.constData(), kAccessList, list, sizeof list);
   if (size < 0 && errno != ENODATA && errno != ENOTSUP) return refuseBySystem(reason);
+  // The folder may have given the new file an access list that the old one has not.
+  if (size <= 0 && fremovexattr(fresh, kAccessList) != 0 && errno != ENODATA && errno != ENOTSUP)
+    return refuseBySystem(reason);
   if (fchmod(fresh, info.st_mode & 07777) != 0) return refuseBySystem(reason);
   if (size > 0 && fsetxattr(fresh, kAccessList, list, size_t(size), 0) != 0)
     return refuse(reason, "its access list cannot be kept");
   return true;
+}
+
+QString shownSize(qint64 bytes) {
+  return bytes < 1 << 20 ? QString::fromLatin1("%1 bytes").arg(bytes) : QString::fromLatin1("%1 MB").arg(bytes >> 20);
 }
 
 bool writeInto(const QByteArray& special, const QByteArray& bytes, QString& reason) {
@@ -96,6 +108,44 @@ bool writeInto(const QByteArray& special, const QByteArray& bytes, QString& reas
 }
 
 }  // namespace
+
+FileWriter::FileWriter(Descriptor file) : file_(std::move(file)) {
+  open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+}
+
+bool FileWriter::flushBuffer() {
+  if (!failure_ && !writeAll(file_.fd(), buffer_.constData(), buffer_.size())) failure_ = errno;
+  buffer_.clear();
+  return !failure_;
+}
+
+qint64 FileWriter::writeData(const char* bytes, qint64 count) {
+  for (qint64 done = 0; done < count; done += kWriteStep) {
+    buffer_.append(bytes + done, int(qMin<qint64>(kWriteStep, count - done)));
+    if (buffer_.size() >= kWriteStep && !flushBuffer()) return -1;
+  }
+  return failure_ ? -1 : count;
+}
+
+bool FileWriter::finish() {
+  if (flushBuffer() && !storeAndClose(file_)) failure_ = errno;
+  file_.reset();
+  errno = failure_;
+  return !failure_;
+}
+
+bool storeAndClose(Descriptor& file) {
+  if (fsync(file.fd()) == 0 || errno == EINVAL || errno == ENOTSUP) return file.close();
+  const int code = errno;
+  file.reset();
+  errno = code;
+  return false;
+}
+
+bool hasCurrentFolder() {
+  char name[PATH_MAX];
+  return getcwd(name, sizeof name) != nullptr;
+}
 
 QString systemReason(int code) {
   return wireFromBytes(strerror(code));
@@ -117,21 +167,33 @@ bool readFile(const QString& file, qint64 mostBytes, QByteArray& bytes, QString&
   bytes.clear();
   // Without waiting: a FIFO that nobody writes must not hold up the program.
   const Descriptor source(open(QFile::encodeName(file).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (source.isOpen()) return readOpenFile(source.fd(), mostBytes, bytes, reason);
+  if (errno == ENXIO) return refuse(reason, "it is not a regular file");  // a socket
+  return refuseBySystem(reason);
+}
+
+bool readOpenFile(int fd, qint64 mostBytes, QByteArray& bytes, QString& reason) {
+  bytes.clear();
   struct stat info;
-  if (!source.isOpen() || fstat(source.fd(), &info) != 0) return refuseBySystem(reason);
+  if (fstat(fd, &info) != 0) return refuseBySystem(reason);
   if (!S_ISREG(info.st_mode)) return refuse(reason, kindOf(info));
+  const auto refuseSize = [&] {
+    bytes.clear();
+    reason = QString::fromLatin1("it is larger than %1").arg(shownSize(mostBytes));
+    return false;
+  };
+  if (info.st_size > mostBytes) return refuseSize();
   qint64 size = 0;
-  bytes.resize(int(qMin(mostBytes, qint64(info.st_size)) + 1));
+  bytes.resize(int(info.st_size ? info.st_size + 1 : qMin(mostBytes + 1, kReadStep)));
   for (;;) {
-    const ssize_t count = read(source.fd(), bytes.data() + size, size_t(bytes.size() - size));
+    const ssize_t count = read(fd, bytes.data() + size, size_t(bytes.size() - size));
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return refuseBySystem(reason);
-    size += count;
-    if (size > mostBytes) {
+    if (count < 0) {
       bytes.clear();
-      reason = QString::fromLatin1("it is larger than %1 MB").arg(mostBytes >> 20);
-      return false;
+      return refuseBySystem(reason);
     }
+    size += count;
+    if (size > mostBytes) return refuseSize();
     if (count == 0) break;
     if (size == bytes.size()) bytes.resize(int(qMin(mostBytes + 1, size + qMax(size, kReadStep))));
   }
@@ -147,12 +209,13 @@ bool replaceFile(const Replacement& request, const QByteArray& bytes, QString& r
   if (!exists && errno != ENOENT) return refuseBySystem(reason);
   if (!exists && lstat(place.constData(), &old) == 0) return refuse(reason, "it is a link that leads nowhere");
   if (exists && !S_ISREG(old.st_mode)) {
-    const bool mayWrite = request.mayBeSpecial && !S_ISDIR(old.st_mode);
-    return mayWrite ? writeInto(place, bytes, reason) : refuse(reason, kindOf(old));
+    const bool isSpecial = request.mayBeSpecial && !S_ISDIR(old.st_mode);
+    return isSpecial ? writeInto(place, bytes, reason) : refuse(reason, kindOf(old));
   }
   // Root may write anything, but whoever took away every right to write meant it.
-  if (exists && (!(old.st_mode & 0222) || faccessat(AT_FDCWD, place.constData(), W_OK, AT_EACCESS) != 0))
-    return refuse(reason, "it is protected from writing");
+  const bool mayWrite = !exists || faccessat(AT_FDCWD, place.constData(), W_OK, AT_EACCESS) == 0;
+  if (!mayWrite && errno != EACCES) return refuseBySystem(reason);
+  if (exists && (!mayWrite || !(old.st_mode & 0222))) return refuse(reason, "it is protected from writing");
 
   TemporaryFile fresh;
   // Nobody else may read it before it has the old file's mode.

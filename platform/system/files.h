@@ -3,7 +3,10 @@
 #pragma once
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QString>
+
+#include "platform/system/descriptor.h"
 
 namespace ost {
 
@@ -13,10 +16,37 @@ QString systemReason(int code);
 /// Writes all bytes, however often the system takes only some. False with errno.
 bool writeAll(int fd, const char* bytes, qint64 count);
 
+/// Makes the disk store what was written, and closes. False with errno. (Some special files cannot be stored: no
+/// fault.)
+bool storeAndClose(Descriptor& file);
+
+/// Bytes on their way into a file that was opened for writing. Whatever fails, all that comes after it fails, too.
+class FileWriter final : public QIODevice {
+ public:
+  explicit FileWriter(Descriptor file);
+  /// Hands all to the disk and closes the file. False with errno, the one of the first call that failed.
+  bool finish();
+
+ protected:
+  qint64 readData(char*, qint64) override { return -1; }
+  qint64 writeData(const char* bytes, qint64 count) override;
+
+ private:
+  bool flushBuffer();
+  Descriptor file_;
+  QByteArray buffer_;
+  int failure_ = 0;
+};
+
+/// Whether there is a current folder: one that was removed stays a process' own, and relative names mean nothing then.
+bool hasCurrentFolder();
+
 /// Reads a regular file of at most `mostBytes`. What is none (a FIFO, a device, a folder) is refused without waiting
 /// for it, and a file that is longer than it claims to be, as those in /proc are, is read up to the limit and then
 /// refused.
 bool readFile(const QString& file, qint64 mostBytes, QByteArray& bytes, QString& reason);
+/// The same for a file that is open, without waiting (O_NONBLOCK).
+bool readOpenFile(int fd, qint64 mostBytes, QByteArray& bytes, QString& reason);
 
 struct Replacement {
   QString file;       ///< The place; a link leads on to what it names.
@@ -26,7 +56,7 @@ struct Replacement {
 
 /// Puts `bytes` into the file's place in one step, when they are stored: on failure the old file stays and nothing is
 /// beside it. Mode, access list and owner of the old file are kept; where they cannot be, or where the file is
-/// protected from writing (for root, too), it is refused.
+/// protected from writing (for root, too), it is refused. Another name of the file (a hard link) keeps the old content.
 bool replaceFile(const Replacement& request, const QByteArray& bytes, QString& reason);
 
 }  // namespace ost
