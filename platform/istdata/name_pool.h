@@ -52,6 +52,8 @@ class NamePool {
     if (wasted_ == used_) clear();
   }
 
+  /// Bytes of the names that were not given back.
+  std::size_t inUse() const { return used_ - wasted_; }
   /// True when most of the room holds names that were given back.
   bool isWasteful() const { return wasted_ > 4 * kBlockBytes && wasted_ / 3 > used_ / 4; }
 

@@ -81,6 +81,7 @@ void TraceTree::fetchBehind(const Node* node) {
 }
 
 bool TraceTree::move(const QVector<TraceNode*>& entries, Place place, QString& error) {
+  requireRoom(entries.size());
   const quint32 mark = ++mark_;
   int height = 0;
   for (TraceNode* entry : entries) {
@@ -142,6 +143,7 @@ void TraceTree::remove(const QVector<TraceNode*>& entries) {
   Condemned condemned{++mark_, {}, {}, {}};
   condemned.signalNodes.reserve(std::size_t(entries.size()));
   for (TraceNode* entry : entries) condemned.add(entry);
+  requireRoom(int(condemned.signalNodes.size() + condemned.references.size()));
   Parents parents;
   const auto leaveParent = [&](Node* node) {
     if (node->parent && node->parent->mark == condemned.mark) return;
@@ -193,6 +195,7 @@ bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString
       return false;
     }
   }
+  requireRoom(entries.size());
   Bus* bus = newBus(name);
   bus->children.reserve(entries.size());
   const int slot = asNode(entries.first())->slot;
@@ -208,6 +211,7 @@ bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString
 void TraceTree::ungroup(TraceNode* node) {
   Bus* bus = asBus(node);
   Bus* parent = bus->parent;
+  requireRoom(bus->children.size());
   if (bus->holes > 0) compactList(bus);
   std::vector<Node*> freed;
   freed.reserve(std::size_t(bus->children.size()));

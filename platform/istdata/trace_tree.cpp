@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "platform/istdata/memory.h"
 #include "platform/istdata/trace_node.h"
 
 namespace ost {
@@ -189,9 +190,17 @@ void TraceTree::destroySubtree(Node* node) {
   destroy(node);
 }
 
+/// To be called before a change that makes or moves so many entries: with memory for lists, names and look-ups at hand
+/// it does not end half-way. For a few entries asking would cost more than they do.
+void TraceTree::requireRoom(int entries) const {
+  const std::size_t bytesOfEntry = 256, bytesOfPlace = 4 * sizeof(TraceNode*);
+  const std::size_t places = std::size_t(nodes.size() + named_.size());
+  if (entries >= 64) requireMemory(std::size_t(entries) * bytesOfEntry + places * bytesOfPlace);
+}
+
 /// To be called at the end of operations that give names back; all nodes must stand in the tree.
 void TraceTree::tidyNames() {
-  if (!texts_.isWasteful()) return;
+  if (!texts_.isWasteful() || !hasMemory(2 * texts_.inUse())) return;
   NamePool pool;
   moveNames(nodes, pool);
   texts_ = std::move(pool);
@@ -223,6 +232,7 @@ int TraceTree::openGap(const Place& place, int count) {
     while (run < std::max(count, kMaxSpare) && run < slot && list[slot - 1 - run] == hole()) ++run;
   if (run < count) {
     const int shift = count - run + std::min(end / 64, kMaxSpare);
+    list.reserve(end + shift);
     for (int i = 0; i < shift; ++i) list.append(hole());
     for (int i = end - 1; i >= slot; --i) {
       list[i + shift] = list[i];

@@ -126,6 +126,7 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
   void destroySubtree(Node* node);
   void fetchBehind(const Node* node);
   void tidyNames();
+  void requireRoom(int entries) const;
   void moveNames(const QList<TraceNode*>& list, NamePool& pool);
 
   NodePool<Node> nodes_;  ///< Signals and references; buses are few.

@@ -3,6 +3,7 @@
 
 #include "platform/design/design_session.h"
 #include "platform/design/yosys.h"
+#include "platform/istdata/memory.h"
 #include "platform/istdata/wire_text.h"
 #include "platform/tclcmdex/host.h"
 
@@ -53,11 +54,6 @@ bool isFree(Tcl_Interp* interp) {
                                        : "another command is at work: wait until that is done"),
            "OST DESIGN BUSY");
   return false;
-}
-
-/// Throws std::bad_alloc when there are not so many bytes: Tcl itself would end the process.
-void requireMemory(size_t bytes) {
-  ::operator delete(::operator new(bytes));
 }
 
 /// A Tcl list under construction.
@@ -162,6 +158,7 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     }
     if (fits) {
       Tcl_Obj* entry[] = {name, Tcl_NewIntObj(net.width)};
+      // Tcl would end the process where it gets none.
       if (++listed % kListStep == 0) requireMemory(kListStep * kEntryBytes + size_t(listed) * 2 * sizeof(Tcl_Obj*));
       list.add(Tcl_NewListObj(2, entry));
     }
