@@ -326,6 +326,11 @@ bool Design::exists(const QString& name) const {
   return findName(d->index, std::string_view(typed.constData(), size_t(typed.size())), hit, nullptr);
 }
 
+bool Design::hasInstance(const QString& name) const {
+  const QByteArray typed = name.toLatin1();
+  return d->index.findInstance(d->top(), std::string_view(typed.constData(), size_t(typed.size()))) != nullptr;
+}
+
 QStringList Design::nearest(const QString& name, int count) const {
   return nearestNames(d->index, name.toLatin1(), count);
 }

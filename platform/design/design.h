@@ -78,6 +78,8 @@ class ISTCOMDATA_API Design {
   bool resolve(const QString& name, NetSelection& selection, QString& error) const;
   /// True when the name stands for a net; quicker than resolve() and without texts.
   bool exists(const QString& name) const;
+  /// True when the top module has an instance of that name.
+  bool hasInstance(const QString& name) const;
   /// Up to `count` existing net names near `name`, best first.
   QStringList nearest(const QString& name, int count = 3) const;
   /// Calls `visit` for every net of the hierarchy in a stable order until it returns false.

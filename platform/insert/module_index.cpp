@@ -7,6 +7,7 @@ namespace ost {
 namespace {
 
 constexpr int kInput = 1, kInOut = 2, kFirstCell = 3;
+constexpr int kWideNet = 64;  ///< Nets of so many bits are read once, others again whenever they are asked about.
 
 CellKind kindOf(std::string_view type, bool instance) {
   if (instance) return CellKind::Instance;
@@ -18,16 +19,6 @@ CellKind kindOf(std::string_view type, bool instance) {
   if (type == "$memrd" || type == "$memrd_v2") return CellKind::MemoryRead;
   if (type == "$mem" || type == "$mem_v2") return CellKind::MemoryBlock;
   return CellKind::Logic;
-}
-
-bool readNetBits(JsonCursor& cursor, QVector<int>& bits) {
-  std::string_view field;
-  cursor.enterObject();
-  while (cursor.nextMember(field)) {
-    if (field == "bits") return readBits(cursor, bits);
-    cursor.skipValue();
-  }
-  return false;
 }
 
 }  // namespace
@@ -59,10 +50,28 @@ CellConnections readCell(const NetlistText& netlist, size_t offset) {
       cursor.skipValue();
     }
   }
+  cell.end = cursor.position();
   return cell;
 }
 
+void PortBits::add(int port, const QVector<int>& bits) {
+  for (int i = 0; i < bits.size(); ++i)
+    if (!isConstantBit(bits[i])) places_.push_back({bits[i], port, i});
+}
+
+void PortBits::sort() {
+  std::stable_sort(places_.begin(), places_.end(), [](const Place& a, const Place& b) { return a.bit < b.bit; });
+}
+
+std::pair<const PortBits::Place*, const PortBits::Place*> PortBits::find(int bit) const {
+  const auto less = [](const Place& a, const Place& b) { return a.bit < b.bit; };
+  return std::equal_range(places_.data(), places_.data() + places_.size(), Place{bit, 0, 0}, less);
+}
+
 ModuleIndex::ModuleIndex(const NetlistText& netlist, const NetlistModule& module) : netlist_(netlist) {
+  for (size_t i = 0; i < module.portList.size(); ++i)
+    if (module.portList[i].direction != NetlistPort::Output) inputs_.add(int(i), module.portList[i].bits);
+  inputs_.sort();
   for (const NetlistPort& port : module.portList)
     for (const int bit : port.bits) {
       highestBit_ = std::max(highestBit_, bit);
@@ -177,11 +186,36 @@ const ModuleIndex::Net* ModuleIndex::findNet(const QByteArray& name) const {
   return found != nets_.end() && found->name == wanted ? &*found : nullptr;
 }
 
+ModuleIndex::NetObject ModuleIndex::readObject(const Net& net) const {
+  NetObject object;
+  JsonCursor cursor(netlist_.text(), net.object);
+  std::string_view field;
+  cursor.enterObject();
+  while (cursor.nextMember(field)) {
+    if (field == "offset")
+      cursor.readInteger(object.offset);
+    else if (field == "upto")
+      cursor.readInteger(object.upto);
+    else if (field == "bits")
+      readBits(cursor, object.bits);
+    else
+      cursor.skipValue();
+  }
+  return object;
+}
+
+const ModuleIndex::NetObject& ModuleIndex::object(const Net& net) const {
+  const auto known = wideNets_.find(&net);
+  if (known != wideNets_.end()) return known->second;
+  narrowNet_ = readObject(net);
+  return narrowNet_.bits.size() < kWideNet ? narrowNet_ : wideNets_[&net] = narrowNet_;
+}
+
 bool ModuleIndex::netBits(const QByteArray& net, QVector<int>& bits) const {
   const Net* found = findNet(net);
   if (!found) return false;
-  JsonCursor cursor(netlist_.text(), found->object);
-  return readNetBits(cursor, bits);
+  bits = object(*found).bits;
+  return true;
 }
 
 TextSpan ModuleIndex::netBitsSpan(const QByteArray& net) const {
@@ -200,48 +234,31 @@ TextSpan ModuleIndex::netBitsSpan(const QByteArray& net) const {
 
 bool ModuleIndex::nameOf(int bit, QByteArray& net, int& position) const {
   if (isConstantBit(bit)) return false;
-  QVector<int> bits;
-  if (netOfBit_.empty()) {
-    netOfBit_.resize(size_t(highestBit_) + 1);
+  if (nameOfBit_.empty()) {
+    nameOfBit_.resize(size_t(highestBit_) + 1);
     for (size_t i = 0; i < nets_.size(); ++i) {
-      JsonCursor cursor(netlist_.text(), nets_[i].object);
-      readNetBits(cursor, bits);
-      for (const int id : bits) {
-        if (isConstantBit(id)) continue;
-        int& known = netOfBit_[size_t(id)];
-        if (known == 0 || (nets_[size_t(known) - 1].hidden && !nets_[i].hidden)) known = int(i) + 1;
+      const QVector<int> bits = readObject(nets_[i]).bits;
+      for (int at = 0; at < bits.size(); ++at) {
+        if (isConstantBit(bits[at])) continue;
+        NameOfBit& known = nameOfBit_[size_t(bits[at])];
+        if (known.net == 0 || (nets_[size_t(known.net) - 1].hidden && !nets_[i].hidden)) known = {int(i) + 1, at};
       }
     }
   }
-  if (size_t(bit) >= netOfBit_.size() || netOfBit_[size_t(bit)] == 0) return false;
-  const Net& found = nets_[size_t(netOfBit_[size_t(bit)]) - 1];
-  JsonCursor cursor(netlist_.text(), found.object);
-  if (!readNetBits(cursor, bits)) return false;
-  net = QByteArray(found.name.data(), int(found.name.size()));
-  position = bits.indexOf(bit);
-  return position >= 0;
+  if (size_t(bit) >= nameOfBit_.size() || nameOfBit_[size_t(bit)].net == 0) return false;
+  const NameOfBit& found = nameOfBit_[size_t(bit)];
+  const std::string_view name = nets_[size_t(found.net) - 1].name;
+  net = QByteArray(name.data(), int(name.size()));
+  position = found.position;
+  return true;
 }
 
 int ModuleIndex::sourceIndex(const QByteArray& net, int position) const {
   const Net* found = findNet(net);
   if (!found) return -1;
-  JsonCursor cursor(netlist_.text(), found->object);
-  std::string_view field;
-  qint64 offset = 0, upto = 0;
-  QVector<int> bits;
-  cursor.enterObject();
-  while (cursor.nextMember(field)) {
-    if (field == "offset")
-      cursor.readInteger(offset);
-    else if (field == "upto")
-      cursor.readInteger(upto);
-    else if (field == "bits")
-      readBits(cursor, bits);
-    else
-      cursor.skipValue();
-  }
-  if (bits.size() == 1 && offset == 0) return -1;
-  return int(offset) + (upto ? bits.size() - 1 - position : position);
+  const NetObject& said = object(*found);
+  if (said.bits.size() == 1 && said.offset == 0) return -1;
+  return int(said.offset) + (said.upto ? said.bits.size() - 1 - position : position);
 }
 
 LocalDriver ModuleIndex::driver(int bit) const {

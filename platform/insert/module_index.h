@@ -33,8 +33,26 @@ struct CellConnections {
   TextSpan typeSpan;       ///< The type's string with its quotes.
   size_t connections = 0;  ///< Offset of the connections' object.
   size_t directions = 0;   ///< Offset of the port_directions' object, 0 when missing.
+  size_t end = 0;          ///< Of the cell's object.
 };
 CellConnections readCell(const NetlistText& netlist, size_t offset);
+
+/// Where bits stand in the bits of several ports, found without going through them: a vector of a million bits is asked
+/// about bit by bit.
+class PortBits {
+ public:
+  struct Place {
+    int bit, port, position;
+  };
+  void add(int port, const QVector<int>& bits);
+  /// To be called when all are added.
+  void sort();
+  /// The places of a bit, in the order of ports and positions.
+  std::pair<const Place*, const Place*> find(int bit) const;
+
+ private:
+  std::vector<Place> places_;
+};
 
 class ModuleIndex {
  public:
@@ -53,6 +71,8 @@ class ModuleIndex {
   LocalDriver driver(int bit) const;
   /// Other instances that a bit meets at an inout port; they count as drivers when there is no other.
   std::vector<int> inOutCells(int bit) const;
+  /// Inputs and inouts of the module by their bits; ports as in NetlistModule::portList.
+  const PortBits& inputs() const { return inputs_; }
   const std::vector<IndexedCell>& cells() const { return cells_; }
   int highestBit() const { return highestBit_; }
   /// True when a net, cell or memory of the module bears the name.
@@ -64,11 +84,18 @@ class ModuleIndex {
     size_t object;          ///< Offset of the net's object.
     bool hidden;
   };
+  /// What a net's object says.
+  struct NetObject {
+    QVector<int> bits;
+    qint64 offset = 0, upto = 0;
+  };
   std::string_view keep(std::string_view rawKey);
   void readNets(size_t offset);
   void readCells(const NetlistModule& module);
   void noteDriver(int bit, int code, bool weak);
   const Net* findNet(const QByteArray& name) const;
+  NetObject readObject(const Net& net) const;
+  const NetObject& object(const Net& net) const;
 
   const NetlistText& netlist_;
   std::vector<Net> nets_;  // in the order of their names
@@ -76,7 +103,14 @@ class ModuleIndex {
   std::vector<int> driver_;  // by bit: 0 none, 1 input, 2 inout, 3.. cell
   std::unordered_multimap<int, int> inOutCells_;
   std::vector<std::string_view> cellNames_;  // of public cells and memories, sorted
-  mutable std::vector<int> netOfBit_;        // by bit: index into nets_ + 1; filled on first use
+  struct NameOfBit {
+    int net = 0;       // index into nets_ + 1
+    int position = 0;  // in its bits
+  };
+  mutable std::vector<NameOfBit> nameOfBit_;                    // by bit; filled on first use
+  mutable std::unordered_map<const Net*, NetObject> wideNets_;  // those that were asked about
+  mutable NetObject narrowNet_;                                 // the last one that was asked about
+  PortBits inputs_;
   std::deque<std::string> unescaped_;
   int highestBit_ = 1;
 };

@@ -12,8 +12,12 @@
 namespace ost {
 namespace {
 
+/// Cells with so much text are read once, others again whenever they are looked at.
+constexpr size_t kLargeCell = 2048;
+
 /// The clock of a sequential cell's output bit; empty when that output has none.
-QVector<int> clockOf(const CellConnections& cell, CellKind kind, int bit) {
+QVector<int> clockOf(const KnownCell& known, CellKind kind, int bit) {
+  const CellConnections& cell = known.connections;
   const char* port = cell.ports.contains("CLK") ? "CLK" : "C";
   if (kind == CellKind::FlipFlop) return cell.ports.value(port);
   if (kind == CellKind::MemoryRead)
@@ -21,9 +25,9 @@ QVector<int> clockOf(const CellConnections& cell, CellKind kind, int bit) {
   // All read ports of the memory in one cell: port i has bit i, counted from the right, of the parameter.
   const QVector<int> data = cell.ports.value("RD_DATA"), clocks = cell.ports.value("RD_CLK");
   const QByteArray enables = cell.parameters.value("RD_CLK_ENABLE");
-  const int place = data.indexOf(bit);
-  if (place < 0 || clocks.isEmpty()) return {};
-  const int readPort = place / std::max(1, data.size() / clocks.size());
+  const auto [place, end] = known.outputs.find(bit);
+  if (place == end || clocks.isEmpty()) return {};
+  const int readPort = place->position / std::max(1, data.size() / clocks.size());
   if (readPort < clocks.size() && readPort < enables.size() && enables[enables.size() - 1 - readPort] == '1')
     return {clocks[readPort]};
   return {};
@@ -65,6 +69,22 @@ const ModuleIndex& Netlist::Private::index(int module) const {
   return *known;
 }
 
+const KnownCell& Netlist::Private::cell(size_t offset, int module) const {
+  const auto known = largeCells.find(offset);
+  if (known != largeCells.end()) return known->second;
+  smallCell = {readCell(text, offset), PortBits()};
+  if (module >= 0) {
+    const std::vector<NetlistPort>& ports = text.module(module).portList;
+    for (size_t i = 0; i < ports.size(); ++i)
+      if (ports[i].direction != NetlistPort::Input)
+        smallCell.outputs.add(int(i), smallCell.connections.ports.value(ports[i].name));
+  } else {
+    smallCell.outputs.add(0, smallCell.connections.ports.value("RD_DATA"));
+  }
+  smallCell.outputs.sort();
+  return smallCell.connections.end - offset < kLargeCell ? smallCell : largeCells[offset] = smallCell;
+}
+
 bool Netlist::Private::findInstance(const QString& path, PlacedBit& place) const {
   place.module = text.top();
   place.path.clear();
@@ -84,7 +104,7 @@ bool Netlist::Private::place(const NetBit& bit, PlacedBit& place) const {
   QVector<int> bits;
   if (!findInstance(bit.instancePath, place) || !index(place.module).netBits(bit.net.toLatin1(), bits)) return false;
   if (bit.bit < 0 || bit.bit >= bits.size()) return false;
-  place.bit = bits[bit.bit];
+  place.bit = bits.at(bit.bit);  // operator[] would copy a vector of any width
   return true;
 }
 
@@ -95,15 +115,14 @@ bool Netlist::Private::climb(const PlacedBit& inner, PlacedBit& outer) const {
   above.module = text.top();
   for (const int step : above.path) above.module = text.module(above.module).instances[size_t(step)].module;
   const NetlistInstance& instance = text.module(above.module).instances[size_t(inner.path.back())];
-  CellConnections cell;
-  for (const NetlistPort& port : text.module(inner.module).portList) {
-    if (port.direction == NetlistPort::Output) continue;
-    const int position = port.bits.indexOf(inner.bit);
-    if (position < 0) continue;
-    if (cell.connections == 0) cell = readCell(text, instance.cell);
-    const QVector<int> connected = cell.ports.value(port.name);
-    if (position >= connected.size()) continue;
-    above.bit = connected[position];
+  const auto [first, last] = index(inner.module).inputs().find(inner.bit);
+  if (first == last) return false;
+  const KnownCell& known = cell(instance.cell, inner.module);
+  for (const PortBits::Place* at = first; at != last; ++at) {
+    const QVector<int> connected =
+        known.connections.ports.value(text.module(inner.module).portList[size_t(at->port)].name);
+    if (at->position >= connected.size()) continue;
+    above.bit = connected[at->position];
     outer = above;
     return true;
   }
@@ -114,15 +133,14 @@ bool Netlist::Private::descend(const PlacedBit& outer, const IndexedCell& cell, 
   if (cell.instance < 0) return false;  // one of Yosys' own cells that a damaged netlist gives an inout
   const int below = text.module(outer.module).instances[size_t(cell.instance)].module;
   if (below < 0 || text.module(below).blackBox) return false;
-  const CellConnections connections = readCell(text, cell.offset);
-  for (const NetlistPort& port : text.module(below).portList) {
-    if (port.direction == NetlistPort::Input) continue;
-    const int position = connections.ports.value(port.name).indexOf(outer.bit);
-    if (position < 0 || position >= port.bits.size()) continue;
+  const auto [first, last] = this->cell(cell.offset, below).outputs.find(outer.bit);
+  for (const PortBits::Place* at = first; at != last; ++at) {
+    const QVector<int>& bits = text.module(below).portList[size_t(at->port)].bits;
+    if (at->position >= bits.size()) continue;
     inner.path = outer.path;
     inner.path.push_back(cell.instance);
     inner.module = below;
-    inner.bit = port.bits[position];
+    inner.bit = bits[at->position];
     return true;
   }
   return false;
@@ -238,7 +256,7 @@ bool Netlist::driver(const NetBit& bit, BitDriver& result) const {
     case CellKind::FlipFlop:
     case CellKind::MemoryRead:
     case CellKind::MemoryBlock:
-      clock = clockOf(readCell(d->text, cell.offset), cell.kind, place.bit);
+      clock = clockOf(d->cell(cell.offset, -1), cell.kind, place.bit);
       result.kind = cell.kind == CellKind::FlipFlop ? BitDriver::FlipFlop
                     : clock.isEmpty()               ? BitDriver::Combinational
                                                     : BitDriver::Memory;

@@ -15,11 +15,21 @@ struct PlacedBit {
   int bit = kBitX;
 };
 
+/// A cell that was looked at.
+struct KnownCell {
+  CellConnections connections;
+  PortBits outputs;  ///< Of an instance: the module's outputs and inouts. Of a memory: its RD_DATA.
+};
+
 struct Netlist::Private {
   NetlistText text;
   mutable std::map<int, std::unique_ptr<ModuleIndex>> indexes;
+  mutable std::unordered_map<size_t, KnownCell> largeCells;
+  mutable KnownCell smallCell;
 
   const ModuleIndex& index(int module) const;
+  /// The cell at the offset, an instance of `module` or of none (-1). Good until the next call.
+  const KnownCell& cell(size_t offset, int module) const;
 
   /// The instance that "u_a/u_b" names. False when there is none.
   bool findInstance(const QString& path, PlacedBit& place) const;

@@ -60,6 +60,10 @@ bool failWithLine(QString& message, const QString& error) {
 bool IstComData::LoadDesign(QString& message) {
   ost::DesignSession& session = ost::DesignSession::instance();
   if (session.design()) return true;
+  if (d->isBusy()) {
+    message = "No design is loaded, and none can be read while another command is at work.";
+    return false;
+  }
   QString error;
   bool loaded = false;
   {
@@ -84,8 +88,8 @@ bool IstComData::LoadDesign(QString& message) {
 }
 
 bool IstComData::Private::mayReplaceProject(QString& error) const {
-  if (busyTasks > 0)
-    error = "The current project is busy; wait until its run has ended.";
+  if (isBusy())
+    error = "The current project is busy; wait until the command that is at work has ended.";
   else if (project && project->changed)
     error = QString(
                 "The open project %1 has unsaved changes: save it (ost_project save), or drop them "
@@ -178,7 +182,7 @@ bool IstComData::isProjChanged() {
 }
 
 bool IstComData::CloseProject() {
-  if (!d->project || d->busyTasks > 0) {
+  if (!d->project || d->isBusy()) {
     d->reason = d->project ? "it is busy" : "none is open";
     return false;
   }

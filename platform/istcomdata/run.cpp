@@ -1,15 +1,16 @@
 // The design-rule check and the insertion: both work on the design as it is on disk now, and serve the interpreter's
 // events meanwhile.
+#include <QCryptographicHash>
 #include <QFileInfo>
 
 #include "framework/ist_com_data.h"
 #include "platform/insert/insertion.h"
 #include "platform/insert/planner.h"
 #include "platform/istcomdata/service_private.h"
+#include "platform/istdata/project_file.h"
 #include "platform/istdata/wire_text.h"
 #include "platform/rtl/debug_module.h"
 #include "platform/rules/design_rules.h"
-#include "platform/tclcmdex/host.h"
 
 namespace mero {
 namespace ostrel {
@@ -54,23 +55,38 @@ bool IstComData::Private::loadNetlist(const ost::Design& design, QString& error)
   return netlist != nullptr;
 }
 
+QByteArray IstComData::Private::state() const {
+  QCryptographicHash hash(QCryptographicHash::Sha256);
+  hash.addData(ost::projectToJson(*project));
+  for (const auto& core : project->cores) hash.addData(core->enabled ? "+" : "-", 1);
+  return hash.result();
+}
+
 bool IstComData::DRC(QString& message) {
   if (!d->project) return false;
   ost::BusyTask busy(d->busyTasks);
+  d->checked = {};
   QString error;
   if (!d->bringDesignUpToDate(error)) {
     message = error + '\n';
     return false;
   }
+  // Both are held from here on: what is served meanwhile may change neither the design nor the project.
   const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
+  const QByteArray state = d->state();
   const bool hasNetlist = d->loadNetlist(*design, error);
   for (const auto& core : d->project->cores) core->trace->compact();
+  bool cancelled = false;
   const QList<ost::Finding> findings =
-      ost::checkDesignRules(*d->project, *design, hasNetlist ? d->netlist.get() : nullptr);
+      ost::checkDesignRules(*d->project, *design, hasNetlist ? d->netlist.get() : nullptr,
+                            [&cancelled] { return !(cancelled = cancelled || !tcl_cmdex::servePendingEvents()); });
+  if (cancelled) return false;
   message = ost::designRuleReport(findings);
   if (!message.endsWith('\n')) message += '\n';
   if (!hasNetlist) message += "ERROR: " + error + '\n';
-  return hasNetlist && !ost::hasErrors(findings);
+  const bool passed = hasNetlist && !ost::hasErrors(findings);
+  if (passed) d->checked = {design, state};
+  return passed;
 }
 
 bool IstComData::Insert(int) {
@@ -86,6 +102,10 @@ bool IstComData::Insert(int) {
   if (!design) error = "No design is loaded; read it with ost_design read.";
   done = done && d->loadNetlist(*design, error);
   for (const auto& core : d->project->cores) core->trace->compact();
+  if (done && (d->checked.design.lock() != design || d->checked.project != d->state())) {
+    error = "The project or its design is not what the design rules passed; run ost_project run again.";
+    done = false;
+  }
   done = done && ost::planInsertion(*d->project, *design, plan, error);
   if (done) {
     sayEstimate(plan);

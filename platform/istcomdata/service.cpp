@@ -3,7 +3,6 @@
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/design_flags.h"
 #include "platform/istdata/project_checks.h"
-#include "platform/tclcmdex/host.h"
 
 namespace ost {
 
@@ -60,7 +59,7 @@ RTLHierachy* IstComData::hierarchy() {
 }
 
 bool IstComData::isProjBusy() {
-  return d->busyTasks > 0;
+  return d->isBusy();
 }
 
 ost::Core* IstComData::Private::coreOf(const istDataset* dataset) const {

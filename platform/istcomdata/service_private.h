@@ -9,6 +9,7 @@
 #include "platform/insert/netlist.h"
 #include "platform/istcomdata/project_storage.h"
 #include "platform/istdata/project.h"
+#include "platform/tclcmdex/host.h"
 
 namespace mero {
 namespace ostrel {
@@ -24,6 +25,12 @@ class IstComData::Private {
   /// of the failure takes it up.
   QString reason;
 
+  /// What the design rules passed last: an insertion takes that and nothing else.
+  struct Checked {
+    std::weak_ptr<const ost::Design> design;
+    QByteArray project;  ///< Its state(); empty when nothing passed.
+  } checked;
+
   /// The full netlist of the design with this digest; null when there is none yet.
   std::shared_ptr<const ost::Netlist> netlist;
   QByteArray netlistDigest;
@@ -38,6 +45,10 @@ class IstComData::Private {
     field = value;
     markChanged();
   }
+  /// While a task of its own runs, or a command inside another one, which may hold what an edit would take away.
+  bool isBusy() const { return busyTasks > 0 || tcl_cmdex::dispatchDepth() > 1; }
+  /// A digest of all that an insertion takes from the project.
+  QByteArray state() const;
   ost::Core* coreOf(const istDataset* dataset) const;
   bool mayReplaceProject(QString& error) const;
   /// Resolves a net that a core's option names, for storing; empty stays empty. Prints why not.

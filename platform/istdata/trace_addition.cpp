@@ -10,6 +10,7 @@ using mero::ostrel::TRACE_NODE_BUS;
 using mero::ostrel::TRACE_NODE_REF;
 
 TraceTree::Addition::Addition(TraceTree& tree, int expected) : tree_(tree), mark_(++tree.mark_) {
+  tree_.requireRoom(expected);
   tree_.named_.reserve(tree_.named_.size() + expected);
 }
 
@@ -52,6 +53,7 @@ bool TraceTree::Addition::stage(const QString& name, const QStringList& bits, bo
                 .arg(quoted(bit));
     return false;
   }
+  tree_.requireRoom(bits.size());
   QString busName = name;
   for (int n = 2; tree_.isTaken(busName) || bits.contains(busName); ++n) busName = name + '_' + QString::number(n);
   if (isBus) named->mark = mark_;

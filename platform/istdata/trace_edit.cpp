@@ -68,6 +68,7 @@ bool TraceTree::findAll(const QStringList& names, const std::function<QString(co
 }
 
 bool TraceTree::move(const QVector<TraceNode*>& entries, Place place, QString& error) {
+  requireRoom(entries.size());
   const quint32 mark = ++mark_;
   int height = 0;
   for (TraceNode* entry : entries) {
@@ -129,6 +130,7 @@ void TraceTree::remove(const QVector<TraceNode*>& entries) {
   Condemned condemned{++mark_, {}, {}, {}};
   condemned.signalNodes.reserve(std::size_t(entries.size()));
   for (TraceNode* entry : entries) condemned.add(entry);
+  requireRoom(int(condemned.signalNodes.size() + condemned.references.size()));
   Parents parents;
   const auto leaveParent = [&](Node* node) {
     if (node->parent && node->parent->mark == condemned.mark) return;
@@ -179,6 +181,7 @@ bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString
       return false;
     }
   }
+  requireRoom(entries.size());
   Bus* bus = newBus(name);
   bus->children.reserve(entries.size());
   const int slot = asNode(entries.first())->slot;
@@ -194,6 +197,7 @@ bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString
 void TraceTree::ungroup(TraceNode* node) {
   Bus* bus = asBus(node);
   Bus* parent = bus->parent;
+  requireRoom(bus->children.size());
   if (bus->holes > 0) compactList(bus);
   std::vector<Node*> freed;
   freed.reserve(std::size_t(bus->children.size()));

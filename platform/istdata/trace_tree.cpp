@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "platform/system/memory.h"
 #include "platform/istdata/trace_node.h"
 #include "platform/text/near_names.h"
 
@@ -182,6 +183,14 @@ void TraceTree::destroySubtree(TraceNode* node) {
   delete node;
 }
 
+/// To be called before a change that makes or moves so many entries: with memory for lists, names and look-ups at hand
+/// it does not end half-way. For a few entries asking would cost more than they do.
+void TraceTree::requireRoom(int entries) const {
+  const std::size_t bytesOfEntry = 384, bytesOfPlace = 4 * sizeof(TraceNode*);
+  const std::size_t places = std::size_t(nodes.size() + named_.size());
+  if (entries >= 64) requireMemory(std::size_t(entries) * bytesOfEntry + places * bytesOfPlace);
+}
+
 /// Finds or makes `count` holes at the place and returns the first one's slot. Where it must shift the list, it leaves
 /// spare holes, so that the next insertions at the same place need no shift.
 int TraceTree::openGap(const Place& place, int count) {
@@ -200,6 +209,7 @@ int TraceTree::openGap(const Place& place, int count) {
     while (run < std::max(count, kMaxSpare) && run < slot && list[slot - 1 - run] == hole()) ++run;
   if (run < count) {
     const int shift = count - run + std::min(end / 64, kMaxSpare);
+    list.reserve(end + shift);
     for (int i = 0; i < shift; ++i) list.append(hole());
     for (int i = end - 1; i >= slot; --i) {
       list[i + shift] = list[i];

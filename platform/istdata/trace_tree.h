@@ -114,6 +114,7 @@ class ISTDATA_API TraceTree : public mero::ostrel::istTraceData {
   void unbind(Node* reference);
   bool promoteReference(Node* signal);
   void forget(Node* node);
+  void requireRoom(int entries) const;
   static void destroySubtree(TraceNode* node);
 
   QHash<QString, Node*> named_;  ///< Signals and buses.

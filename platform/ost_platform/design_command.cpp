@@ -3,7 +3,9 @@
 
 #include "platform/design/design_session.h"
 #include "platform/design/yosys.h"
+#include "platform/system/memory.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/tclcmdex/host.h"
 
 namespace ost {
 
@@ -34,64 +36,70 @@ int failUsage(Tcl_Interp* interp, const QString& message, const char* subCommand
 namespace {
 
 constexpr qint64 kMostListedNets = 20000000;
+constexpr int kListStep = 1024;
+constexpr size_t kEntryBytes = 1024;  ///< Of a net in the list, generously.
 
 int failWithoutDesign(Tcl_Interp* interp) {
   return failWith(interp, QString::fromLatin1("no design is loaded: read one with \"ost_design read FILE ...\""),
                   "OST DESIGN NONE");
 }
 
-// Serves the events that are pending now; what their scripts leave as result is not this command's.
-bool serveEvents(Tcl_Interp* interp) {
-  Tcl_SavedResult saved;
-  Tcl_SaveResult(interp, &saved);
-  const int mostEvents = 64;  // An event that always arms the next one must not hold up the read.
-  for (int i = 0; i < mostEvents && !Tcl_InterpDeleted(interp); ++i) {
-    if (Tcl_DoOneEvent(TCL_ALL_EVENTS | TCL_DONT_WAIT) == 0) break;
-  }
-  Tcl_RestoreResult(interp, &saved);
-  return !Tcl_InterpDeleted(interp);
+/// Refuses what would change the design under a command that works with it: this one was called by an event that the
+/// other serves, or by what its output meets.
+bool isFree(Tcl_Interp* interp) {
+  const bool reading = DesignSession::instance().isReading();
+  if (!reading && tcl_cmdex::dispatchDepth() <= 1) return true;
+  failWith(interp,
+           QString::fromLatin1(reading ? "a design is being read already: wait until that is done"
+                                       : "another command is at work: wait until that is done"),
+           "OST DESIGN BUSY");
+  return false;
 }
+
+/// A Tcl list under construction.
+class TclList {
+ public:
+  TclList() { Tcl_IncrRefCount(list_); }
+  ~TclList() { Tcl_DecrRefCount(list_); }
+  TclList(const TclList&) = delete;
+  TclList& operator=(const TclList&) = delete;
+  void add(Tcl_Obj* element) { Tcl_ListObjAppendElement(nullptr, list_, element); }
+  void add(const char* word) { add(Tcl_NewStringObj(word, -1)); }
+  operator Tcl_Obj*() const { return list_; }
+
+ private:
+  Tcl_Obj* const list_ = Tcl_NewListObj(0, nullptr);
+};
 
 int runRead(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   DesignSource source;
   if (!parseReadWords(interp, objc, objv, source)) return TCL_ERROR;
+  if (!isFree(interp)) return TCL_ERROR;
   DesignSession& session = DesignSession::instance();
-  if (session.isReading()) {
-    return failWith(interp, QString::fromLatin1("a design is being read already: wait until that is done"),
-                    "OST DESIGN BUSY");
-  }
   QString error;
-  Tcl_Preserve(interp);
-  const bool done = session.read(source, error, [interp] { return serveEvents(interp); });
-  int status = TCL_OK;
-  if (!done) {
-    status = failWith(interp, error, "OST DESIGN READ");
-  } else if (const std::shared_ptr<const Design> design = session.design()) {
+  if (!session.read(source, error, tcl_cmdex::servePendingEvents)) return failWith(interp, error, "OST DESIGN READ");
+  if (const std::shared_ptr<const Design> design = session.design())
     Tcl_SetObjResult(interp, tclFromWire(design->topModule()));
-  }
-  Tcl_Release(interp);
-  return status;
+  return TCL_OK;
 }
 
 int runInfo(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
   if (objc != 2) return failUsage(interp, QString::fromLatin1("wrong # args"), "info");
   const std::shared_ptr<const Design> design = DesignSession::instance().design();
   if (!design) return failWithoutDesign(interp);
-  Tcl_Obj* list = Tcl_NewListObj(0, nullptr);
-  const auto add = [list](const char* name, Tcl_Obj* value) {
-    Tcl_ListObjAppendElement(nullptr, list, Tcl_NewStringObj(name, -1));
-    Tcl_ListObjAppendElement(nullptr, list, value);
+  TclList list, files, roles;
+  const auto add = [&list](const char* name, Tcl_Obj* value) {
+    list.add(name);
+    list.add(value);
   };
-  Tcl_Obj* files = Tcl_NewListObj(0, nullptr);
-  for (const QString& file : design->dependencies()) Tcl_ListObjAppendElement(nullptr, files, tclFromWire(file));
-  Tcl_Obj* roles = Tcl_NewListObj(0, nullptr);
+  for (const QString& file : design->dependencies()) files.add(tclFromWire(file));
   const DesignRoles& found = design->roles();
   const struct {
     bool held;
     const char* name;
   } all[] = {{found.dcu, "dcu"}, {found.j2w, "j2w"}, {found.jtag2wb, "jtag2wb"}, {found.jtag2wbCore, "jtag2wb_core"}};
   for (const auto& role : all) {
-    if (role.held) Tcl_ListObjAppendElement(nullptr, roles, Tcl_NewStringObj(role.name, -1));
+    if (role.held) roles.add(role.name);
   }
   QString noYosys;
   add("top", tclFromWire(design->topModule()));
@@ -134,8 +142,8 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
         QString::fromLatin1("the design has %1 nets over all instances, too many to list").arg(design->netCount()),
         "OST DESIGN SIZE");
   }
-  Tcl_Obj* list = Tcl_NewListObj(0, nullptr);
-  Tcl_IncrRefCount(list);
+  TclList list;
+  int listed = 0;
   bool failed = false;
   design->forEachNet([&](const NetName& net) {
     Tcl_Obj* name = tclFromWire(net.name);
@@ -150,18 +158,20 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     }
     if (fits) {
       Tcl_Obj* entry[] = {name, Tcl_NewIntObj(net.width)};
-      Tcl_ListObjAppendElement(nullptr, list, Tcl_NewListObj(2, entry));
+      // Tcl would end the process where it gets none.
+      if (++listed % kListStep == 0) requireMemory(kListStep * kEntryBytes + size_t(listed) * 2 * sizeof(Tcl_Obj*));
+      list.add(Tcl_NewListObj(2, entry));
     }
     Tcl_DecrRefCount(name);
     return !failed;
   });
   if (!failed) Tcl_SetObjResult(interp, list);
-  Tcl_DecrRefCount(list);
   return failed ? TCL_ERROR : TCL_OK;
 }
 
 int runClose(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
   if (objc != 2) return failUsage(interp, QString::fromLatin1("wrong # args"), "close");
+  if (!isFree(interp)) return TCL_ERROR;
   DesignSession::instance().close();
   return TCL_OK;
 }
@@ -174,6 +184,7 @@ int runProve(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     return failUsage(interp, QString::fromLatin1("expected on or off but got \"%1\"").arg(wireFromTcl(objv[2])),
                      "prove");
   }
+  if (objc == 3 && !isFree(interp)) return TCL_ERROR;
   if (objc == 3) session.setProveInsertions(on != 0);
   Tcl_SetObjResult(interp, Tcl_NewIntObj(session.proveInsertions()));
   return TCL_OK;
@@ -197,9 +208,7 @@ struct SubCommand {
 const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo},
                                    {"nets", runNets},   {"prove", runProve}, {"read", runRead}};
 
-}  // namespace
-
-int designCommand(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   const std::string word = objc > 1 ? Tcl_GetString(objv[1]) : "help";
   if (word == "-help" || word == "--help") return runHelp(interp, objc, objv);
   for (const SubCommand& entry : kSubCommands) {
@@ -211,6 +220,12 @@ int designCommand(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[
                                    .arg(wireFromTcl(objv[1]))));
   Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
   return TCL_ERROR;
+}
+
+}  // namespace
+
+int designCommand(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+  return tcl_cmdex::runGuarded(interp, "ost_design", [&] { return runSubCommand(interp, objc, objv); });
 }
 
 }  // namespace ost

@@ -14,8 +14,6 @@
 namespace ost {
 namespace {
 
-constexpr int kMaxCores = 256;
-constexpr int kMaxBits = 1 << 20;  ///< Of one core.
 constexpr int kMaxDepth = 65536;
 constexpr int kMaxTimestampBits = 63;
 
@@ -61,7 +59,7 @@ void MapReader::list(JsonFields& fields, const char* key, int most, const Each& 
 
 QVector<int> MapReader::numbers(JsonFields& fields, const char* key, int below) {
   QVector<int> result;
-  list(fields, key, kMaxBits, [&](const QJsonValue& value, const QString& path) {
+  list(fields, key, kMaxPlanBits, [&](const QJsonValue& value, const QString& path) {
     const int number = value.toInt(-1);
     if (number < 0 || number >= below) fail(path, QStringLiteral("expected a number from 0 to %1.").arg(below - 1));
     result.append(number);
@@ -87,7 +85,8 @@ NetBit MapReader::bit(const QJsonValue& value, const QString& path) {
 
 QVector<NetBit> MapReader::bits(JsonFields& fields, const char* key) {
   QVector<NetBit> result;
-  list(fields, key, kMaxBits, [&](const QJsonValue& value, const QString& path) { result.append(bit(value, path)); });
+  list(fields, key, kMaxPlanBits,
+       [&](const QJsonValue& value, const QString& path) { result.append(bit(value, path)); });
   return result;
 }
 
@@ -119,7 +118,7 @@ PlanUnit MapReader::unit(const QJsonValue& value, const QString& path, int input
     fail(fields.pathOf("operator"), QStringLiteral("is no operator."));
   if (!radixFromText(fields.text("radix"), unit.radix)) fail(fields.pathOf("radix"), QStringLiteral("is no radix."));
   unit.valueText = fields.text("valueText");
-  unit.width = fields.number("width", 1, kMaxBits);
+  unit.width = fields.number("width", 1, kMaxPlanBits);
   unit.inputs = numbers(fields, "inputs", inputs);
   const bool serial = unit.unitClass == UnitClass::Serial;
   if (fault_.none() && unit.inputs.size() != (serial ? 1 : unit.width))
@@ -193,7 +192,7 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   core.eventCount = fields.number("eventCount", 1, kMaxEventCount);
   triggerOut(fields, core);
   core.probeBits = bits(fields, "probeBits");
-  list(fields, "probes", kMaxBits, [&](const QJsonValue& entry, const QString& place) {
+  list(fields, "probes", kMaxPlanBits, [&](const QJsonValue& entry, const QString& place) {
     JsonFields inner(entry, place, fault_);
     PlanProbe probe;
     probe.name = inner.text("name");
@@ -202,10 +201,10 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
     core.probes.append(probe);
   });
   core.triggerBits = bits(fields, "triggerBits");
-  list(fields, "units", kMaxBits, [&](const QJsonValue& entry, const QString& place) {
+  list(fields, "units", kMaxPlanBits, [&](const QJsonValue& entry, const QString& place) {
     core.units.append(unit(entry, place, core.triggerBits.size()));
   });
-  list(fields, "expressions", kMaxBits, [&](const QJsonValue& entry, const QString& place) {
+  list(fields, "expressions", kMaxPlanExpressions, [&](const QJsonValue& entry, const QString& place) {
     core.expressions.append(expression(entry, place, core.units.size()));
   });
   fields.refuseOthers();
@@ -226,7 +225,7 @@ bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
   result.pins.tdi = jtag.text("tdi");
   result.pins.tdo = jtag.text("tdo");
   jtag.refuseOthers();
-  list(fields, "cores", kMaxCores,
+  list(fields, "cores", kMaxPlanCores,
        [&](const QJsonValue& value, const QString& path) { result.cores.append(core(value, path)); });
   fields.refuseOthers();
   if (fault_.none() && planHash(result) != result.projectHash)

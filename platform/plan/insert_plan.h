@@ -12,6 +12,12 @@
 
 namespace ost {
 
+/// A command of the hub names its core with 8 bits, and with as many the expression of a table.
+constexpr int kMaxPlanCores = 256;
+constexpr int kMaxPlanExpressions = 256;  ///< Of a core.
+/// The most entries of any other list of a core: bits that it traces, bits that its units look at, units.
+constexpr int kMaxPlanBits = 1 << 20;
+
 /// One bit of a net in one instance of the design.
 struct NetBit {
   QString instancePath;  ///< "u_sys/u_rx", empty for the top module.

@@ -8,13 +8,15 @@ namespace ost {
 
 namespace {
 
-/// Calls `visit` for every captured bit, in order. References stand for bits that are captured already.
+/// Calls `visit` for every captured bit, in order, until it returns false. References stand for bits that are captured
+/// already.
 template <typename Visit>
-void forEachSignal(const QList<TraceNode*>& nodes, const Visit& visit) {
+bool forEachSignal(const QList<TraceNode*>& nodes, const Visit& visit) {
   for (const TraceNode* node : nodes) {
-    if (node->kind == mero::ostrel::TRACE_NODE_SIGNAL) visit(*node);
-    if (node->kind == mero::ostrel::TRACE_NODE_BUS) forEachSignal(node->children, visit);
+    if (node->kind == mero::ostrel::TRACE_NODE_SIGNAL && !visit(*node)) return false;
+    if (node->kind == mero::ostrel::TRACE_NODE_BUS && !forEachSignal(node->children, visit)) return false;
   }
+  return true;
 }
 
 }  // namespace
@@ -25,10 +27,15 @@ QString counted(qint64 count, const char* noun) {
 
 void FindingList::add(DesignRule rule, const QString& object, const QString& text, const Fills& fills) {
   const RuleRow& row = ruleRow(rule);
-  ++counts_[int(rule)];
   Finding finding;
   finding.number = int(rule);
   finding.severity = row.severity;
+  const bool shown = isShown(rule);
+  ++counts_[int(rule)];
+  if (!shown) {  // only counted, and there may be a great many
+    findings_.append(finding);
+    return;
+  }
   finding.object = object;
   finding.text = text.endsWith(QLatin1Char('.')) ? text.chopped(1) : text;  // the way out follows on the line
   finding.wayOut = QLatin1String(row.wayOut);
@@ -36,8 +43,20 @@ void FindingList::add(DesignRule rule, const QString& object, const QString& tex
   findings_.append(finding);
 }
 
-CoreCheck::CoreCheck(const Core& core, const Design& design, FindingList& findings)
-    : core_(core), design_(design), findings_(findings) {}
+void ResolvedBits::append(const NetSelection& selection) {
+  // Bits of one net stand side by side, and share the words that are the same.
+  const bool same = !bits.isEmpty() && bits.last().net == selection.net;
+  const QString net = same ? bits.last().net : selection.net;
+  const bool sameInstance = !bits.isEmpty() && bits.last().instancePath == selection.instancePath;
+  const QString instance = sameInstance ? bits.last().instancePath : selection.instancePath;
+  for (int i = 0; i < selection.bits.size(); ++i)
+    bits.append({instance, net, selection.bits.at(i), selection.bitNames.at(i)});
+}
+
+CoreCheck::CoreCheck(const Core& core, const Design& design, FindingList& findings, Pulse& pulse)
+    : core_(core), design_(design), findings_(findings), pulse_(pulse) {
+  traced_.object = object();
+}
 
 QString CoreCheck::object(const QString& part) const {
   const QString core = QLatin1String("core ") + core_.name;
@@ -98,11 +117,16 @@ void CoreCheck::checkEnable(bool on, const QString& signal, const char* title, c
         QStringLiteral("signal \"%1\" has %2").arg(signal, counted(selection.bits.size(), "bit")),
         fills + FindingList::Fills{{QStringLiteral("<bit>"), selection.bitNames.value(selection.bitNames.size() - 1)}});
   } else {
-    watched_.append({object(what), selection});
+    watched_.append({object(what), {}});
+    watched_.last().append(selection);
   }
 }
 
 void CoreCheck::checkTracedSignals() {
+  const int count = core_.trace->signalCount();
+  if (count > kMaxPlanBits)
+    return report(DesignRule::TooManySignals, QString(),
+                  QStringLiteral("%1 bits are traced, at most %2 can be read").arg(count).arg(kMaxPlanBits));
   bool any = false;
   forEachSignal(core_.trace->nodes, [&](const TraceNode& node) {
     any = true;
@@ -117,7 +141,8 @@ void CoreCheck::checkTracedSignals() {
              QStringLiteral("traced signal \"%1\" has become %2 wide").arg(name, counted(selection.bits.size(), "bit")),
              fills);
     else
-      traced_.append({object(), selection});
+      traced_.append(selection);
+    return pulse_.beat();
   });
   if (!any) report(DesignRule::NothingTraced, QString(), QStringLiteral("nothing is traced"));
 }

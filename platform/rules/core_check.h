@@ -1,15 +1,38 @@
 // What the checks of one run share: the growing list of findings, and the core under check with its names resolved.
 #pragma once
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QPair>
 
+#include "platform/plan/insert_plan.h"
 #include "platform/rules/rule_table.h"
 
 namespace ost {
 
 /// Findings of one rule that are shown one by one; the rest is counted.
 constexpr int kShownFindingsOfARule = 20;
+
+/// Serves the caller of a check now and then: one beat for each small step of a long loop.
+class Pulse {
+ public:
+  explicit Pulse(const std::function<bool()>& idle) : idle_(idle) { clock_.start(); }
+  /// False from when the caller wants no more.
+  bool beat() {
+    if (goesOn_ && idle_ && ++steps_ % 64 == 0 && clock_.elapsed() >= kMilliseconds) {
+      goesOn_ = idle_();
+      clock_.start();
+    }
+    return goesOn_;
+  }
+
+ private:
+  static constexpr int kMilliseconds = 50;
+  const std::function<bool()>& idle_;
+  QElapsedTimer clock_;
+  unsigned steps_ = 0;
+  bool goesOn_ = true;
+};
 
 class FindingList {
  public:
@@ -27,17 +50,19 @@ class FindingList {
   QHash<int, int> counts_;
 };
 
-/// One name of the core that stands for nets of the design.
-struct ResolvedName {
-  QString object;  ///< Object of findings about it: "core c1, unit TU1".
-  NetSelection selection;
+/// Bits of the design that names of the core stand for.
+struct ResolvedBits {
+  QString object;  ///< Object of findings about them: "core c1, unit TU1".
+  QVector<NetBit> bits;
+
+  void append(const NetSelection& selection);
 };
 
 /// One core under check. The checks run in the order of their declaration; the first two fill the names that the last
 /// one looks at.
 class CoreCheck {
  public:
-  CoreCheck(const Core& core, const Design& design, FindingList& findings);
+  CoreCheck(const Core& core, const Design& design, FindingList& findings, Pulse& pulse);
 
   void checkSampling();  ///< Clock, enables, traced signals, capture settings.
   void checkUnits();
@@ -68,10 +93,11 @@ class CoreCheck {
   const Core& core_;
   const Design& design_;
   FindingList& findings_;
+  Pulse& pulse_;
   bool hasClock_ = false;
   NetSelection clock_;
-  QList<ResolvedName> traced_;
-  QList<ResolvedName> watched_;  ///< Enables and the signals of units.
+  ResolvedBits traced_;
+  QList<ResolvedBits> watched_;  ///< Enables and the signals of units.
 };
 
 /// "3 bits", "1 bit".

@@ -10,12 +10,15 @@ namespace ost {
 
 namespace {
 
-void checkProject(const mero::ostrel::istProject& project, bool anyEnabled, FindingList& findings) {
+void checkProject(const mero::ostrel::istProject& project, size_t enabled, FindingList& findings) {
   const QString object = QStringLiteral("project");
   if (project.cores.empty())
     findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("it has no core"));
-  else if (!anyEnabled)
+  else if (enabled == 0)
     findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("none of its cores is enabled"));
+  if (enabled > size_t(kMaxPlanCores))
+    findings.add(DesignRule::TooManyCores, object,
+                 QStringLiteral("%1 of its cores are enabled, at most %2 can be read").arg(enabled).arg(kMaxPlanCores));
   if (project.wishbone)
     findings.add(DesignRule::WishboneNotSupported, object,
                  QStringLiteral("a Wishbone master cannot be inserted: not supported yet"));
@@ -27,13 +30,7 @@ void checkProject(const mero::ostrel::istProject& project, bool anyEnabled, Find
 /// What the top module has of that name: "a net", "an instance", or empty.
 QString thingInTop(const Design& design, const QString& name) {
   if (design.exists(name)) return QStringLiteral("a net or port");
-  const QString prefix = name + QLatin1Char('/');
-  bool isInstance = false;
-  design.forEachNet([&](const NetName& net) {
-    isInstance = net.name.startsWith(prefix);
-    return !isInstance;
-  });
-  return isInstance ? QStringLiteral("an instance") : QString();
+  return design.hasInstance(name) ? QStringLiteral("an instance") : QString();
 }
 
 void checkTriggerOutputs(const std::vector<const Core*>& cores, const Design& design, FindingList& findings) {
@@ -73,17 +70,20 @@ QString severityWord(Finding::Severity severity) {
 
 }  // namespace
 
-QList<Finding> checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist) {
+QList<Finding> checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist,
+                                const std::function<bool()>& idle) {
   std::vector<const Core*> cores;
   for (const auto& core : project.cores)
     if (core->enabled) cores.push_back(core.get());
 
   FindingList findings;
-  checkProject(project, !cores.empty(), findings);
+  Pulse pulse(idle);
+  checkProject(project, cores.size(), findings);
   checkTriggerOutputs(cores, design, findings);
   qint64 totalBits = 0;
   for (const Core* core : cores) {
-    CoreCheck check(*core, design, findings);
+    if (!pulse.beat()) break;
+    CoreCheck check(*core, design, findings, pulse);
     check.checkSampling();
     check.checkUnits();
     check.checkExpressions();

@@ -21,8 +21,10 @@ struct Finding {
   QString wayOut;  ///< What to do about it, in the user's commands.
 };
 
-/// Checks the enabled cores. `netlist` may be null: the rules that need drivers are then left out.
-QList<Finding> checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist);
+/// Checks the enabled cores. `netlist` may be null: the rules that need drivers are then left out. `idle` is called
+/// some times a second; once it has returned false the check ends, with the findings so far.
+QList<Finding> checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist,
+                                const std::function<bool()>& idle = {});
 
 /// The report shown to the user: a line for each finding, errors first, and a closing count.
 QString designRuleReport(const QList<Finding>& findings);

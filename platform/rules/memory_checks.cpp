@@ -24,8 +24,7 @@ qint64 blockRamsFor(int depth, int width) {
 
 int CoreCheck::sampleBits() const {
   // The tree holds each bit as one signal; further uses of it are references.
-  int bits = 0;
-  for (const ResolvedName& name : traced_) bits += name.selection.bits.size();
+  int bits = traced_.bits.size();
   if (core_.options.includeTrigger) bits += int(core_.dataset.units().size());
   if (core_.options.timestamp) bits += core_.options.timestampBits;
   // With several windows each sample bears a bit that tells where its window begins.

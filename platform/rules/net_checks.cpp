@@ -7,13 +7,6 @@ namespace ost {
 
 namespace {
 
-QVector<NetBit> netBits(const NetSelection& selection) {
-  QVector<NetBit> bits;
-  for (int i = 0; i < selection.bits.size(); ++i)
-    bits.append({selection.instancePath, selection.net, selection.bits.at(i), selection.bitNames.at(i)});
-  return bits;
-}
-
 /// The bits of one net that share a fault: one finding, however wide the net.
 struct NetFault {
   DesignRule rule;
@@ -77,7 +70,9 @@ void CoreCheck::checkNets(const Netlist& netlist) const {
   NetBit clock;
   bool clockRuns = false;
   if (hasClock_) {
-    const NetBit named = netBits(clock_).first();
+    ResolvedBits resolved;
+    resolved.append(clock_);
+    const NetBit& named = resolved.bits.first();
     BitDriver driver;
     clock = netlist.canonical(named);
     clockRuns =
@@ -91,8 +86,9 @@ void CoreCheck::checkNets(const Netlist& netlist) const {
   NetFaults faults;
   int tracedRegisters = 0, registersOfClock = 0;
   QSet<QString> otherClocks;
-  const auto look = [&](const ResolvedName& name, bool traced) {
-    for (const NetBit& bit : netBits(name.selection)) {
+  const auto look = [&](const ResolvedBits& name, bool traced) {
+    for (const NetBit& bit : name.bits) {
+      if (!pulse_.beat()) return;
       BitDriver driver;
       if (!netlist.driver(bit, driver)) continue;
       if (driver.kind == BitDriver::Undriven) faults.add(DesignRule::NetUndriven, name.object, bit);
@@ -112,8 +108,8 @@ void CoreCheck::checkNets(const Netlist& netlist) const {
       }
     }
   };
-  for (const ResolvedName& name : traced_) look(name, true);
-  for (const ResolvedName& name : watched_) look(name, false);
+  look(traced_, true);
+  for (const ResolvedBits& name : watched_) look(name, false);
 
   const FindingList::Fills clockFill = {
       {QStringLiteral("<clock>"), otherClocks.size() == 1 ? *otherClocks.begin() : QStringLiteral("<clock>")}};

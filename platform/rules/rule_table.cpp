@@ -11,6 +11,8 @@ const std::vector<RuleRow>& ruleTable() {
        "ost_core add <name>, or name existing cores in ost_project run -insert_core <name>"},
       {R::WishboneNotSupported, E, "The project has a Wishbone master: not supported yet", "ost_core del_wishbone"},
       {R::SerdesNotSupported, E, "The project has a serdes core: not supported yet", "ost_core del_serdes"},
+      {R::TooManyCores, E, "More than 256 cores are enabled: the hub has no number for the next",
+       "name at most 256 cores in ost_project run -insert_core <name>, or trace the signals of several in one core"},
 
       {R::NoSampleClock, E, "A core has no sample clock", "ost_trace trc_option -core <core> SampleClk=<net>"},
       {R::SampleClockVanished, E, "The sample clock is not in the design",
@@ -28,6 +30,8 @@ const std::vector<RuleRow>& ruleTable() {
        "ost_trace trc_option -core <core> <enable>Sig=<bit>"},
       {R::CaptureSettings, E, "Timestamp bits, samples per trigger or number of triggers do not fit the buffer depth",
        "ost_trace trc_option -core <core> <option>=<value>"},
+      {R::TooManySignals, E, "A core traces more than 1048576 bits",
+       "ost_trace del_sig -core <core> {<signals>}, and trace them in further cores"},
 
       {R::UnitWithoutSignals, E, "A trigger unit has no signals",
        "ost_tu set -core <core> -name <unit> -set_sig {<signals>}, or ost_tu remove -core <core> <unit>"},
@@ -49,6 +53,8 @@ const std::vector<RuleRow>& ruleTable() {
        "ost_te set -core <core> -max_event_count <count> <name>"},
       {R::ExpressionTooManyUnits, E, "A trigger expression uses more than 12 different trigger units",
        "compare several signals in one unit, then ost_te set -core <core> -expression <expression> <name>"},
+      {R::TooManyExpressions, E, "A core has more than 256 trigger expressions",
+       "ost_te remove -core <core> <name>, or give them to further cores"},
 
       {R::TriggerOutName, E, "The trigger output has no usable name",
        "ost_trace trig_option -core <core> OutNetName=<name>, or TriggerOut=off"},

@@ -47,7 +47,7 @@ void CoreCheck::checkUnit(const TriggerUnit& unit) {
     report(DesignRule::UnitWithoutSignals, part, QStringLiteral("it has no signals"), fills);
   if (unit.value.isEmpty()) report(DesignRule::UnitWithoutValue, part, QStringLiteral("it has no value"), fills);
 
-  int width = 0;
+  ResolvedBits watched{object(part), {}};
   bool complete = !unit.signalNames.isEmpty() && !unit.value.isEmpty();
   for (const QString& name : unit.signalNames) {
     NetSelection selection;
@@ -57,21 +57,29 @@ void CoreCheck::checkUnit(const TriggerUnit& unit) {
       complete = false;
       continue;
     }
-    width += selection.bits.size();
-    watched_.append({object(part), selection});
+    watched.append(selection);
+    if (!pulse_.beat()) return;
   }
+  watched_.append(watched);
   if (!complete) return;
 
   QByteArray value, mask;
   QString error;
-  if (!parseUnitValue(unit.op, unit.radix, unit.value, width, value, mask, error))
+  if (!parseUnitValue(unit.op, unit.radix, unit.value, watched.bits.size(), value, mask, error))
     report(DesignRule::UnitValue, part, error, fills);
 }
 
 void CoreCheck::checkExpressions() const {
-  if (core_.dataset.expressions().empty())
-    report(DesignRule::NoExpression, QString(), QStringLiteral("it has no trigger expression"));
-  for (const auto& expression : core_.dataset.expressions()) checkExpression(*expression);
+  const size_t count = core_.dataset.expressions().size();
+  if (count == 0) report(DesignRule::NoExpression, QString(), QStringLiteral("it has no trigger expression"));
+  if (count > size_t(kMaxPlanExpressions))
+    report(
+        DesignRule::TooManyExpressions, QString(),
+        QStringLiteral("it has %1 trigger expressions, at most %2 can be set up").arg(count).arg(kMaxPlanExpressions));
+  for (const auto& expression : core_.dataset.expressions()) {
+    if (!pulse_.beat()) return;
+    checkExpression(*expression);
+  }
 }
 
 void CoreCheck::checkExpression(const TriggerExpression& expression) const {

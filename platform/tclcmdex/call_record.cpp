@@ -9,7 +9,11 @@ namespace {
 thread_local CallRecord* innermostRecord = nullptr;
 }
 
-CallRecord::CallRecord(Tcl_Interp* interpreter) : interp(interpreter), outer_(innermostRecord) {
+CallRecord::CallRecord(Tcl_Interp* interpreter, const char* calledName)
+    : interp(interpreter),
+      name(calledName),
+      outer_(innermostRecord),
+      depth_(innermostRecord != nullptr ? innermostRecord->depth_ + 1 : 1) {
   innermostRecord = this;
 }
 

@@ -11,7 +11,7 @@ namespace tcl_cmdex {
 /// One running dispatch; lives on the dispatcher's stack and links itself in and out.
 class CallRecord {
  public:
-  explicit CallRecord(Tcl_Interp* interp);
+  CallRecord(Tcl_Interp* interp, const char* name);
   ~CallRecord();
   CallRecord(const CallRecord&) = delete;
   CallRecord& operator=(const CallRecord&) = delete;
@@ -19,12 +19,17 @@ class CallRecord {
   /// The innermost running dispatch of this thread; null outside of any.
   static CallRecord* innermost();
 
+  /// How many are running, this one among them.
+  int depth() const { return depth_; }
+
   Tcl_Interp* const interp;
+  const char* name;  ///< For errors: as typed, or of the entry as soon as it is found.
   /// Why the words of this call were refused, as far as the parser knows; empty when only the handler can tell.
   std::string reason;
 
  private:
   CallRecord* const outer_;
+  const int depth_;
 };
 
 /// Remembers `reason` for the running call; outside of any call there is no one to tell.

@@ -1,10 +1,11 @@
 // The dispatcher: from a command's words to the handler of its sub-command, and what a host may ask about the
 // command that is running.
 #include <cstring>
-#include <exception>
+#include <stdexcept>
 
 #include "framework/tcl_cmdex.h"
 #include "platform/tclcmdex/call_record.h"
+#include "platform/tclcmdex/command_table.h"
 #include "platform/tclcmdex/help_text.h"
 #include "platform/tclcmdex/host.h"
 #include "platform/tclcmdex/tcl_access.h"
@@ -13,23 +14,10 @@ namespace tcl_cmdex {
 
 namespace {
 
-/// Keeps the interpreter's memory while a handler runs that may delete it (`interp delete {}` from a served event).
-class InterpreterHold {
- public:
-  explicit InterpreterHold(Tcl_Interp* interp) : interp_(interp) { Tcl_Preserve(interp_); }
-  ~InterpreterHold() { Tcl_Release(interp_); }
-  InterpreterHold(const InterpreterHold&) = delete;
-  InterpreterHold& operator=(const InterpreterHold&) = delete;
-
- private:
-  Tcl_Interp* const interp_;
-};
-
 /// The entry of the command as typed; `::ost_core` is ost_core. Null when it was renamed.
 const TclCmd* findCommand(const TclCmdMap& table, const char* word) {
   for (const char* qualifier; (qualifier = std::strstr(word, "::")) != nullptr;) word = qualifier + 2;
-  const auto found = table.commands.find(word);
-  return found != table.commands.end() ? &found->second : nullptr;
+  return findEntry(table.commands, word);
 }
 
 int refuseRenamedCommand(Tcl_Interp* interp, const TclCmdMap& table, const char* word) {
@@ -52,51 +40,36 @@ int showHelp(Tcl_Interp* interp, const TclCmd& command, int argc, const char** a
     setResult(interp, commandHelp(command));
     return TCL_OK;
   }
-  const auto sub = command.subCommands.find(argv[2]);
-  if (sub == command.subCommands.end()) return refuseSubCommand(interp, command, argv[2]);
-  setResult(interp, sub->second.help);
+  const TclCmd* sub = findEntry(command.subCommands, argv[2]);
+  if (sub == nullptr) return refuseSubCommand(interp, command, argv[2]);
+  setResult(interp, sub->help);
   return TCL_OK;
 }
 
-int reportInternalError(Tcl_Interp* interp, const TclCmd& entry, const char* text) {
-  setResult(interp, "internal error in \"" + entry.name + "\": " + text);
-  setErrorCodeWords(interp, "OST", "INTERNAL", entry.name);
-  return TCL_ERROR;
+int callHandler(Tcl_Interp* interp, const TclCmd& entry, int argc, const char** argv) {
+  if (entry.handler == nullptr) throw std::logic_error("it has no handler");
+  CommandContext context = {&entry, entry.clientData};
+  return entry.handler(&context, interp, argc, argv);
 }
 
-int callHandler(Tcl_Interp* interp, const TclCmd& entry, int argc, const char** argv) {
-  if (entry.handler == nullptr) return reportInternalError(interp, entry, "it has no handler");
-  CommandContext context = {&entry, entry.clientData};
-  try {
-    return entry.handler(&context, interp, argc, argv);
-  } catch (const std::exception& failure) {
-    return reportInternalError(interp, entry, failure.what());
-  } catch (...) {
-    return reportInternalError(interp, entry, "an exception without a text");
-  }
+int dispatch(Tcl_Interp* interp, const TclCmdMap& table, int argc, const char** argv) {
+  const TclCmd* command = findCommand(table, argv[0]);
+  if (command == nullptr) return refuseRenamedCommand(interp, table, argv[0]);
+  if (argc < 2) return showHelp(interp, *command, argc, argv);
+
+  const TclCmd* sub = findEntry(command->subCommands, argv[1]);
+  if (sub == nullptr)
+    return isHelpWord(argv[1]) ? showHelp(interp, *command, argc, argv) : refuseSubCommand(interp, *command, argv[1]);
+  CallRecord::innermost()->name = sub->name.c_str();
+  return callHandler(interp, *sub, argc - 1, argv + 1);
 }
 
 }  // namespace
 
 int TclCmdExInvoker(ClientData tableData, Tcl_Interp* interp, int argc, const char** argv) {
   if (!tclIsReady(interp)) return TCL_ERROR;
-  const TclCmdMap& table = *static_cast<const TclCmdMap*>(tableData);
-  const TclCmd* command = findCommand(table, argv[0]);
-  if (command == nullptr) return refuseRenamedCommand(interp, table, argv[0]);
-  if (argc < 2) return showHelp(interp, *command, argc, argv);
-
-  const auto sub = command->subCommands.find(argv[1]);
-  if (sub == command->subCommands.end())
-    return isHelpWord(argv[1]) ? showHelp(interp, *command, argc, argv) : refuseSubCommand(interp, *command, argv[1]);
-
-  InterpreterHold hold(interp);
-  CallRecord record(interp);
-  return callHandler(interp, sub->second, argc - 1, argv + 1);
-}
-
-Tcl_Interp* currentInterpreter() {
-  const CallRecord* record = CallRecord::innermost();
-  return record != nullptr ? record->interp : nullptr;
+  return runGuarded(interp, argv[0],
+                    [&] { return dispatch(interp, *static_cast<const TclCmdMap*>(tableData), argc, argv); });
 }
 
 bool servePendingEvents() {

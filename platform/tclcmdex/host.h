@@ -1,5 +1,5 @@
-// What a host of the embedded libraries can set or ask: where console text goes, which interpreter is running a
-// command, and the serving of its events during a long task.
+// What a host of the embedded libraries can set or ask: where console text goes, the guard in which commands run, which
+// interpreter is running one, and the serving of its events during a long task.
 #pragma once
 
 #include "framework/tcl_cmdex.h"
@@ -11,6 +11,24 @@ namespace tcl_cmdex {
 typedef void (*ConsoleSink)(void* user, Tcl_Interp* interp, const char* text, int kind);
 /// Replaces the sink; null restores the default.
 TCLCMDEX_API void setConsoleSink(ConsoleSink sink, void* user);
+
+/// Runs `body(data)` as the command `name` and returns its Tcl status; every command of ours runs so, and any other
+/// that works on the project or the design should. Refused, with an error in the interpreter, on a second thread: there
+/// is one project and one design, and the first thread that called a command keeps both until it ends. Refused, too,
+/// more than 64 commands inside one another. What `body` throws becomes the error, the end of memory with a text of its
+/// own.
+TCLCMDEX_API int runGuarded(Tcl_Interp* interp, const char* name, int (*body)(void*), void* data);
+/// The same for a function object without arguments.
+template <class Body>
+int runGuarded(Tcl_Interp* interp, const char* name, Body body) {
+  return runGuarded(
+      interp, name, [](void* data) { return (*static_cast<Body*>(data))(); }, &body);
+}
+
+/// How many commands are running, each inside the one before: an event that a command serves, or a trace or channel
+/// transformation that its output meets, may call the next. 0 outside; above 1 nothing may be changed that the outer
+/// ones hold.
+TCLCMDEX_API int dispatchDepth();
 
 /// The interpreter whose command is being dispatched, innermost; null outside.
 TCLCMDEX_API Tcl_Interp* currentInterpreter();

@@ -1,12 +1,13 @@
 // This library's stubs pointer and its small Tcl helpers. Only Tcl functions that exist since 8.4.
 #include "platform/tclcmdex/tcl_access.h"
 
+#include <atomic>
 #include <sstream>
 
 namespace tcl_cmdex {
 
 bool tclIsReady(Tcl_Interp* interp) {
-  static bool ready = false;
+  static std::atomic<bool> ready(false);
   if (!ready && interp != nullptr) ready = Tcl_InitStubs(interp, "8.4", 0) != nullptr;
   return ready;
 }

@@ -1,7 +1,12 @@
 // The trace tree: places, references, limits, and lists with holes. (Random edits, and the tree that a file brings
 // back, are what tests/fuzz drives.)
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <fstream>
+#include <map>
 #include <random>
 
 #include "platform/istdata/project_file.h"
@@ -148,6 +153,57 @@ TEST_F(TreeTest, WhatStaysKeepsItsNameWhenManyGo) {
   }
   ASSERT_TRUE(remove({"k"}));
   ASSERT_EQ(tree->signalCount() + tree->busCount(), 0);
+}
+
+/// Runs the edit in a child process that gets no more than so many bytes beyond what it has, and then the check without
+/// a limit. The child's exit status: 0 when the check holds, 1 when not, 2 when it holds and memory had ended.
+template <class Edit, class Check>
+int statusWithin(rlim_t bytes, const Edit& edit, const Check& check) {
+  int status = -1;
+  if (const pid_t child = fork()) {
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  rlim_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  rlimit before;
+  getrlimit(RLIMIT_AS, &before);
+  const rlimit limit = {pages * rlim_t(sysconf(_SC_PAGESIZE)) + bytes, before.rlim_max};
+  bool ended = false;
+  try {
+    setrlimit(RLIMIT_AS, &limit);
+    edit();
+  } catch (const std::bad_alloc&) {
+    ended = true;
+  }
+  setrlimit(RLIMIT_AS, &before);
+  _exit(!check() ? 1 : ended ? 2 : 0);
+}
+
+TEST_F(TreeTest, TheEndOfMemoryLeavesTheTreeWhole) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "address space is the checker's";
+#endif
+  ASSERT_TRUE(add({"stays:3"}));
+  QStringList names;
+  for (int i = 0; i < 20000; ++i) names << QString("sig_%1").arg(i);
+  // All or nothing, and all names are free again when what has come goes.
+  const auto whole = [&] {
+    const bool came = tree->isTaken("v[7]");
+    if (tree->signalCount() != (came ? 20003 : 3) || tree->isTaken("v") != came) return false;
+    if (came && !remove({"v"})) return false;
+    return shown() == "stays{stays[2] stays[1] stays[0]}" && add(names) && remove(names) && add({"v:20000"}) &&
+           tree->isTaken("v");
+  };
+  std::map<int, int> statuses;
+  const auto tryAll = [&](const auto& edit) {
+    for (rlim_t step = 0; step < 24; ++step) ++statuses[statusWithin(step << 18, edit, whole)];
+  };
+  tryAll([&] { add({"v:20000"}); });
+  ASSERT_TRUE(add({"v:20000"}));
+  tryAll([&] { remove({"v"}); });
+  EXPECT_EQ(statuses[0] + statuses[2], 48) << statuses[1] << " wrong, " << statuses[-1] << " crashed";
+  EXPECT_GT(statuses[2], 2);
 }
 
 }  // namespace

@@ -89,6 +89,10 @@ void change(Project& project, const QString& word, const QString& value) {
   QString error;
   const std::map<QString, std::function<void()>> changes = {
       {"core", [&] { addGoodCore(project, value); }},
+      {"cores",
+       [&] {
+         for (int i = value.toInt(); i > 0; --i) addGoodCore(project, QString("c_%1").arg(i));
+       }},
       {"no_core", [&] { project.cores.clear(); }},
       {"wishbone", [&] { project.wishbone.reset(new mero::ostrel::istWishboneMaster); }},
       {"serdes", [&] { project.serdes.reset(new mero::ostrel::istSerdesCore); }},
@@ -108,12 +112,21 @@ void change(Project& project, const QString& word, const QString& value) {
       {"out_type", [&] { o.triggerOutType = value.toInt(); }},
       {"no_trace", [&] { core.trace.reset(new TraceTree); }},
       {"trace", [&] { trace(core, nullptr, value); }},
+      {"traces",
+       [&] {
+         for (int i = value.toInt(); i > 0; --i) core.trace->appendSignal(nullptr, QString("n%1").arg(i), error);
+       }},
       {"bus", [&] { trace(core, core.trace->appendBus(nullptr, "BUS1", error), value); }},
       {"signals", [&] { unit.signalNames = value.split(' ', Qt::SkipEmptyParts); }},
       {"value", [&] { unit.value = value; }},
       {"operator", [&] { operatorFromText(value, unit.op); }},
       {"expression", [&] { expression.text = value; }},
       {"no_expression", [&] { core.dataset.removeExpression(&expression); }},
+      {"expressions",
+       [&] {
+         for (int i = value.toInt(); i > 0; --i)
+           core.dataset.addExpression({QString("E%1").arg(i), "TU1", {"TU1"}, 0, 1, 1});
+       }},
       {"steps", [&] { expression.maxSequenceDepth = value.toInt(); }},
       {"count", [&] { expression.maxEventCount = value.toInt(); }}};
   ASSERT_TRUE(changes.count(word)) << plain(word);
@@ -135,6 +148,8 @@ const struct {
     {"off", {1}},
     {"clock=; off; core=c2", {}},  // faults of a core that is not enabled do not count
     {"wishbone; serdes", {2, 3}},
+    {"cores=255", {}},
+    {"cores=256", {4}},
     {"clock=", {10}},
     {"clock=clock", {11}},
     {"clock=count", {12}},
@@ -146,6 +161,7 @@ const struct {
     {"enable_signal=nowhere", {}},
     {"enable; enable_signal=nowhere; look; look_signal=din[2:1]", {16, 17}},
     {"stamp=10; windows=8; samples=256", {18, 18}},
+    {"traces=1048567", {19}},  // and the good core's ten
     {"signals=; value=", {20, 21}},
     {"signals=count a b", {22, 22}},
     {"value=1a", {23}},
@@ -156,6 +172,8 @@ const struct {
     {"expression=TU1 -> TU1 * 3", {33, 34}},
     {"expression=TU1 -> TU1 * 4; steps=2; count=4", {}},
     {"expression=a|b|c|d|e|f|g|h|i|j|k|l|m", {35}},
+    {"expressions=255", {}},
+    {"expressions=256", {36}},
     {"out=", {40}},
     {"out=floating; core=c2; out=u_deep", {41, 41}},
     {"out=alarm; core=c2; out=alarm", {42}},

@@ -1,0 +1,20 @@
+// Tries whether memory can be had.
+#include "platform/system/memory.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace ost {
+
+bool hasMemory(std::size_t bytes) {
+  void* volatile trial = std::malloc(bytes);  // volatile: what is only freed again may be left out
+  const bool held = trial != nullptr;
+  std::free(trial);
+  return held;
+}
+
+void requireMemory(std::size_t bytes) {
+  if (!hasMemory(bytes)) throw std::bad_alloc();
+}
+
+}  // namespace ost
