@@ -44,7 +44,8 @@ QByteArray stimulus(const Project& project, const QByteArray& ports, const QByte
   QByteArray text, connections;
   for (int i = 0; i < dut.clocks.size(); ++i) {
     const QByteArray clock = dut.clocks[i].toUtf8();
-    text += "  reg " + clock + " = 0;\n  always #" + QByteArray::number(project.clockPeriods[i] / 2) + " if (" +
+    text += "  reg " + clock + ";\n  initial #" + QByteArray::number(project.clockStart) + " " + clock +
+            " = 0;\n  always #" + QByteArray::number(project.clockPeriods[i] / 2) + " if (" +
             running + ") " + clock + " = ~" + clock + ";\n";
     connections += "." + clock + "(" + clock + "), ";
   }
