@@ -215,13 +215,12 @@ QVector<WatchedNet> watchedNets(const PlanCore& core) {
 /// Each net that a run meets as x or z is named once.
 void writeWatches(QByteArray& out, const PlanCore& core, const QByteArray& c) {
   int count = 0;
-  const auto watch = [&](const QString& net, bool isEnable, const QByteArray& due, int width, const QByteArray& levels) {
-    instance(out, "ostrel_watch",
-             {{"WIDTH", number(width)},
-              {"ENABLE", number(isEnable)},
-              {"CORE", quoted(core.name)},
-              {"NET", quoted(net)}},
-             c + "watch" + number(count++), {{"clk", c + "clk"}, {"due", due}, {"levels", levels}});
+  const auto watch = [&](const QString& net, bool isEnable, const QByteArray& due, int width,
+                         const QByteArray& levels) {
+    instance(
+        out, "ostrel_watch",
+        {{"WIDTH", number(width)}, {"ENABLE", number(isEnable)}, {"CORE", quoted(core.name)}, {"NET", quoted(net)}},
+        c + "watch" + number(count++), {{"clk", c + "clk"}, {"due", due}, {"levels", levels}});
   };
   const auto bits = [](const QByteArray& port, int width, const QVector<int>& indices) {
     return indices.isEmpty() ? QByteArray() : width == 1 ? port : gather(port, indices);
@@ -232,7 +231,9 @@ void writeWatches(QByteArray& out, const PlanCore& core, const QByteArray& c) {
     const QByteArray probes = bits(c + "probe", core.probeWidth(), net.probes);
     const QByteArray triggers = bits(c + "trig", core.triggerBits.size(), net.triggers);
     watch(net.name, false, c + "sample", net.probes.size() + net.triggers.size(),
-          probes.isEmpty() ? triggers : triggers.isEmpty() ? probes : "{" + triggers + ", " + probes + "}");
+          probes.isEmpty()     ? triggers
+          : triggers.isEmpty() ? probes
+                               : "{" + triggers + ", " + probes + "}");
   }
 }
 

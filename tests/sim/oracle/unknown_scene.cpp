@@ -18,7 +18,14 @@ const Dut& device() {
                            {"en", 1, "random[25:23] == 0 ? 1'bx : random[22]"},
                            {"look", 1, "random[30:28] == 0 ? 1'bz : random[29]"}},
                           {{"count", 8}, {"taken", 8}, {"held", 4}, {"seen", 1}},
-                          {{"count", 7, 0, true}, {"din", 7, 0, true}, {"taken", 7, 0, true}, {"line"}, {"was"}, {"held", 3, 0, true}, {"en"}, {"look"}},
+                          {{"count", 7, 0, true},
+                           {"din", 7, 0, true},
+                           {"taken", 7, 0, true},
+                           {"line"},
+                           {"was"},
+                           {"held", 3, 0, true},
+                           {"en"},
+                           {"look"}},
                           {}};
   return dut;
 }
