@@ -29,4 +29,8 @@ struct Replacement {
 /// protected from writing (for root, too), it is refused.
 bool replaceFile(const Replacement& request, const QByteArray& bytes, QString& reason);
 
+/// Whether replaceFile could do it now, short of storing the bytes; changes nothing. For results that cannot be had
+/// again.
+bool checkReplaceable(const Replacement& request, QString& reason);
+
 }  // namespace ost
