@@ -47,6 +47,7 @@ bool HubLink::command(const HubCommand& command, const QByteArray& payload, int 
       return false;
     if (readBlock(bits, 0, payloadBits, command, reply) || readBlock(bits, 0, refusalBits, command, reply)) return true;
   }
+  unusable_ = true;
   error = unusableLineText("a command");
   return false;
 }
