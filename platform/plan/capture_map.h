@@ -8,6 +8,9 @@
 
 namespace ost {
 
+/// A map of 2^20 bits in all cores, the most that is read, with names of some fifty characters is about as large.
+constexpr qint64 kMaxCaptureMapBytes = 128 << 20;
+
 /// The plan as text; the same plan gives the same text.
 QByteArray captureMapJson(const InsertPlan& plan);
 /// The plan's hash: 16 hex digits over everything in it but the hash itself and the names of the JTAG pins.
