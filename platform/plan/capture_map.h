@@ -8,8 +8,8 @@
 
 namespace ost {
 
-/// A map of 2^20 bits in all cores, the most that is read, with names of some fifty characters is about as large.
-constexpr qint64 kMaxCaptureMapBytes = 128 << 20;
+/// What a reader takes: some sixty bytes for each of the 2^20 bits that the cores of one map may have together.
+constexpr qint64 kMaxCaptureMapBytes = 64 << 20;
 
 /// The plan as text; the same plan gives the same text.
 QByteArray captureMapJson(const InsertPlan& plan);

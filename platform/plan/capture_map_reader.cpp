@@ -16,7 +16,11 @@ namespace ost {
 namespace {
 
 constexpr int kMaxCores = 256;
-constexpr int kMaxBits = 1 << 20;  ///< Of one core.
+constexpr int kMaxBits = 1 << 20;     ///< Of nets, in all cores together.
+constexpr int kMaxIndexes = 1 << 22;  ///< In lists that refer to them.
+/// Samples of a core as they are stored or shown: more than any device has, and what they are as text fits a
+/// QByteArray.
+constexpr qint64 kMaxSampleBits = 1 << 28;
 constexpr int kMaxDepth = 65536;
 constexpr int kMaxTimestampBits = 63;
 
@@ -49,7 +53,13 @@ class MapReader {
   void triggerOut(JsonFields& fields, PlanCore& core);
   PlanCore core(const QJsonValue& value, const QString& path);
 
+  /// Counts an entry of a kind that the map may have `most` of.
+  void count(int& entries, int most, const QString& path) {
+    if (++entries > most) fail(path, QStringLiteral("the map has more than %1 such entries.").arg(most));
+  }
+
   JsonFault fault_;
+  int bits_ = 0, indexes_ = 0;  ///< So far.
 };
 
 template <typename Each>
@@ -63,6 +73,7 @@ void MapReader::list(JsonFields& fields, const char* key, int most, const Each& 
 QVector<int> MapReader::numbers(JsonFields& fields, const char* key, int below) {
   QVector<int> result;
   list(fields, key, kMaxBits, [&](const QJsonValue& value, const QString& path) {
+    count(indexes_, kMaxIndexes, path);
     const int number = value.toInt(-1);
     if (number < 0 || number >= below) fail(path, QStringLiteral("expected a number from 0 to %1.").arg(below - 1));
     result.append(number);
@@ -88,7 +99,10 @@ NetBit MapReader::bit(const QJsonValue& value, const QString& path) {
 
 QVector<NetBit> MapReader::bits(JsonFields& fields, const char* key) {
   QVector<NetBit> result;
-  list(fields, key, kMaxBits, [&](const QJsonValue& value, const QString& path) { result.append(bit(value, path)); });
+  list(fields, key, kMaxBits, [&](const QJsonValue& value, const QString& path) {
+    count(bits_, kMaxBits, path);
+    result.append(bit(value, path));
+  });
   return result;
 }
 
@@ -202,6 +216,8 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
     inner.refuseOthers();
     core.probes.append(probe);
   });
+  qint64 shown = 0;
+  for (const PlanProbe& probe : core.probes) shown += probe.positions.size();
   core.triggerBits = bits(fields, "triggerBits");
   list(fields, "units", kMaxBits, [&](const QJsonValue& entry, const QString& place) {
     core.units.append(unit(entry, place, core.triggerBits.size()));
@@ -209,6 +225,8 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   list(fields, "expressions", kMaxBits, [&](const QJsonValue& entry, const QString& place) {
     core.expressions.append(expression(entry, place, core.units.size()));
   });
+  if (core.depth * qMax(shown, qint64(core.sampleBits())) > kMaxSampleBits)
+    fail(fields.pathOf("depth"), QStringLiteral("is for more than %1 bits of samples.").arg(kMaxSampleBits));
   fields.refuseOthers();
   return core;
 }
