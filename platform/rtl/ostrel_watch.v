@@ -15,22 +15,22 @@ module ostrel_watch #(
     input wire [WIDTH-1:0] levels
 );
   wire unknown = (^levels) === 1'bx;
-  reg before, told;
+  reg was_unknown, told;
   time at;
   initial begin
-    before = 1'b0;
+    was_unknown = 1'b0;
     told = 1'b0;
   end
   always begin
-    wait (!told && (unknown || before));
+    wait (!told && (unknown || was_unknown));
     @(posedge clk);
-    told = before && due === 1'b1;
+    told = was_unknown && due === 1'b1;
     if (told && ENABLE != 0)
       $display("ostrel: core %0s: the enable %0s is x or z at %0t; wherever it is, it counts as inactive.", CORE, NET, at);
     else if (told)
       $display("ostrel: core %0s: %0s is x or z at %0t; wherever it is, it is captured as 0 and no unit holds by it.",
                CORE, NET, at);
-    before = unknown;
+    was_unknown = unknown;
     at = $time;
   end
 endmodule
