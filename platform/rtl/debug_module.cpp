@@ -256,9 +256,9 @@ void writeKnown(QByteArray& out, const PlanCore& core, const QByteArray& c, int 
   for (const Signal& one : signals)
     instance(out, "ostrel_known", {{"WIDTH", number(one.width)}, {"UNKNOWN", number(one.unknown)}},
              c + "knows_" + one.name, {{"in", c + one.name}, {"out", c + "known_" + one.name}});
-  out += "`ifndef VERILATOR\n";
+  out += "`ifndef VERILATOR\n// synthesis translate_off\n";
   writeWatches(out, core, c);
-  out += "`endif\n`endif\n";
+  out += "// synthesis translate_on\n`endif\n`endif\n";
 }
 
 void writeCore(QByteArray& out, const InsertPlan& plan, int index) {

@@ -1,7 +1,8 @@
 // For simulators only, no part of the hardware: says once when a net that a core looks at is x or z in a run. It sleeps
-// while the net is known. (Verilator knows no x.)
+// while the net is known. (Verilator knows no x; for synthesis that does not define the macro there are the comments.)
 `ifndef SYNTHESIS
 `ifndef VERILATOR
+// synthesis translate_off
 `default_nettype none
 
 module ostrel_watch #(
@@ -36,5 +37,6 @@ module ostrel_watch #(
 endmodule
 
 `default_nettype wire
+// synthesis translate_on
 `endif
 `endif
