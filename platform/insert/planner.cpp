@@ -44,7 +44,7 @@ class CorePlanner {
 
   bool run() {
     plan_.name = core_.name;
-    return planOptions() && planTrace() && planUnits() && planExpressions() && fits();
+    return planOptions() && planTrace() && planUnits() && planExpressions();
   }
 
  private:
@@ -70,15 +70,6 @@ class CorePlanner {
       return fail(object, QStringLiteral("\"%1\" has %2 bits; name one of them.").arg(name).arg(selection.bits.size()));
     bit = bitOf(selection, 0);
     return true;
-  }
-
-  /// What no reader of the plan would take must not be inserted.
-  bool fits() {
-    const bool few = qMax(plan_.probeBits.size(), qMax(plan_.triggerBits.size(), plan_.units.size())) <= kMaxPlanBits;
-    return (few && plan_.expressions.size() <= kMaxPlanExpressions) ||
-           fail(QString(), QStringLiteral("at most %1 bits, or units, and %2 expressions of a core can be read.")
-                               .arg(kMaxPlanBits)
-                               .arg(kMaxPlanExpressions));
   }
 
   bool planOptions();
@@ -261,10 +252,8 @@ bool planInsertion(const mero::ostrel::istProject& project, const Design& design
     error = QStringLiteral("No core is enabled; add or enable one first.");
     return false;
   }
-  if (result.cores.size() > kMaxPlanCores) {
-    error = QStringLiteral("%1 cores are enabled, at most %2 can be read.").arg(result.cores.size()).arg(kMaxPlanCores);
-    return false;
-  }
+  // What no reader would take must not be inserted.
+  if (!canBeRead(result, error)) return false;
   result.projectHash = planHash(result);
   plan = result;
   return true;

@@ -8,6 +8,9 @@
 
 namespace ost {
 
+/// What a reader takes: some sixty bytes for each of the 2^20 bits that the cores of one map may have together.
+constexpr qint64 kMaxCaptureMapBytes = 64 << 20;
+
 /// The plan as text; the same plan gives the same text.
 QByteArray captureMapJson(const InsertPlan& plan);
 /// The plan's hash: 16 hex digits over everything in it but the hash itself and the names of the JTAG pins.

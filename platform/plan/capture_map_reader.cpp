@@ -46,7 +46,13 @@ class MapReader {
   void triggerOut(JsonFields& fields, PlanCore& core);
   PlanCore core(const QJsonValue& value, const QString& path);
 
+  /// Counts an entry of a kind that the map may have `most` of.
+  void count(int& entries, int most, const QString& path) {
+    if (++entries > most) fail(path, QStringLiteral("the map has more than %1 such entries.").arg(most));
+  }
+
   JsonFault fault_;
+  int bits_ = 0, indexes_ = 0;  ///< So far.
 };
 
 template <typename Each>
@@ -60,6 +66,7 @@ void MapReader::list(JsonFields& fields, const char* key, int most, const Each& 
 QVector<int> MapReader::numbers(JsonFields& fields, const char* key, int below) {
   QVector<int> result;
   list(fields, key, kMaxPlanBits, [&](const QJsonValue& value, const QString& path) {
+    count(indexes_, kMaxPlanIndexes, path);
     const int number = value.toInt(-1);
     if (number < 0 || number >= below) fail(path, QStringLiteral("expected a number from 0 to %1.").arg(below - 1));
     result.append(number);
@@ -85,8 +92,10 @@ NetBit MapReader::bit(const QJsonValue& value, const QString& path) {
 
 QVector<NetBit> MapReader::bits(JsonFields& fields, const char* key) {
   QVector<NetBit> result;
-  list(fields, key, kMaxPlanBits,
-       [&](const QJsonValue& value, const QString& path) { result.append(bit(value, path)); });
+  list(fields, key, kMaxPlanBits, [&](const QJsonValue& value, const QString& path) {
+    count(bits_, kMaxPlanBits, path);
+    result.append(bit(value, path));
+  });
   return result;
 }
 
@@ -200,6 +209,8 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
     inner.refuseOthers();
     core.probes.append(probe);
   });
+  qint64 shown = 0;
+  for (const PlanProbe& probe : core.probes) shown += probe.positions.size();
   core.triggerBits = bits(fields, "triggerBits");
   list(fields, "units", kMaxPlanBits, [&](const QJsonValue& entry, const QString& place) {
     core.units.append(unit(entry, place, core.triggerBits.size()));
@@ -207,6 +218,8 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   list(fields, "expressions", kMaxPlanExpressions, [&](const QJsonValue& entry, const QString& place) {
     core.expressions.append(expression(entry, place, core.units.size()));
   });
+  if (core.depth * qMax(shown, qint64(core.sampleBits())) > kMaxPlanSampleBits)
+    fail(fields.pathOf("depth"), QStringLiteral("is for more than %1 bits of samples.").arg(kMaxPlanSampleBits));
   fields.refuseOthers();
   return core;
 }

@@ -15,8 +15,11 @@ namespace ost {
 /// A command of the hub names its core with 8 bits, and with as many the expression of a table.
 constexpr int kMaxPlanCores = 256;
 constexpr int kMaxPlanExpressions = 256;  ///< Of a core.
-/// The most entries of any other list of a core: bits that it traces, bits that its units look at, units.
+/// What a reader of the plan can hold: bits of nets that all cores together trace or compare, mentions of them in probes
+/// and units, and samples of a core, which are more than any device has and fit a QByteArray as text.
 constexpr int kMaxPlanBits = 1 << 20;
+constexpr int kMaxPlanIndexes = 1 << 22;
+constexpr qint64 kMaxPlanSampleBits = 1 << 28;
 
 /// One bit of a net in one instance of the design.
 struct NetBit {
@@ -135,5 +138,8 @@ struct InsertPlan {
   JtagPins pins;           ///< Chosen by the insertion, which avoids names of the design; not part of the hash.
   QVector<PlanCore> cores;
 };
+
+/// False, with what there is too much of and the limit, for a plan that could be inserted but not read.
+bool canBeRead(const InsertPlan& plan, QString& error);
 
 }  // namespace ost

@@ -78,6 +78,10 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
     connected = connected || word == QLatin1String("-connect");
     if (!takeValue(word, words[++i], options, error)) return false;
   }
+  if (!options.vcdFile.isEmpty() && options.vcdFile == options.csvFile) {
+    error = QStringLiteral("'-vcd' and '-csv' name the same file, '%1': give each its own.").arg(options.vcdFile);
+    return false;
+  }
   if (options.mapFile.isEmpty() || !connected) {
     error = QStringLiteral("'-map' and '-connect' are needed; 'ost_capture -help' tells what they mean.");
     return false;
@@ -92,10 +96,9 @@ int chooseCore(const InsertPlan& plan, const CaptureOptions& options, QString& e
     names += plan.cores[i].name;
   }
   if (options.core.isEmpty() && plan.cores.size() == 1) return 0;
-  error = (options.core.isEmpty() ? QStringLiteral("Several cores: choose one with '-core'; there are %1.")
-                                  : QStringLiteral("There is no core '%2'; there are %1."))
-              .arg(names.join(QLatin1String(", ")));
-  if (!options.core.isEmpty()) error = error.arg(options.core);
+  const QString all = names.join(QLatin1String(", "));
+  error = options.core.isEmpty() ? QStringLiteral("Several cores: choose one with '-core'; there are %1.").arg(all)
+                                 : QStringLiteral("There is no core '%1'; there are %2.").arg(options.core, all);
   return -1;
 }
 

@@ -32,9 +32,8 @@ bool agrees(const QString& coreName, const char* what, quint64 hardware, quint64
   return refuse(error,
                 QStringLiteral("The capture map does not fit the loaded design: %1%2 is %3 in the hardware and %4 "
                                "in the map. Use the capture map that was written with this design.")
-                    .arg(QLatin1String(what), coreName.isEmpty() ? QString() : QStringLiteral(" of core ") + coreName)
-                    .arg(hardware)
-                    .arg(map));
+                    .arg(QLatin1String(what), coreName.isEmpty() ? QString() : QStringLiteral(" of core ") + coreName,
+                         QString::number(hardware), QString::number(map)));
 }
 
 }  // namespace
@@ -49,7 +48,7 @@ bool CoreReader::identify(QString& error) {
     command.core = core;
     HubReply reply;
     if (!hub_.command(command, QByteArray(), kInfoBits, layout.statusBits, reply, error)) {
-      return core > 0
+      return core > 0 || !hub_.isUnusable()
                  ? false
                  : refuse(error, QStringLiteral("A JTAG TAP answers, but no debug core behind it does. Check that the "
                                                 "instrumented design is loaded and the line is undisturbed."));

@@ -25,11 +25,9 @@ QString unitsOfStep(const PlanCore& core, const PlanExpression& expression, int 
 QString stepText(const PlanCore& core, const PlanExpression& expression, int step) {
   const int count = step < expression.steps.size() ? expression.steps[step].count : 1;
   return QStringLiteral("Expression '%1' (%2) waits in step %3 of %4%5; it depends on %6.")
-      .arg(expression.name, expression.text)
-      .arg(step + 1)
-      .arg(expression.steps.size())
-      .arg(count > 1 ? QStringLiteral(", to be met %1 times").arg(count) : QString())
-      .arg(unitsOfStep(core, expression, step));
+      .arg(expression.name, expression.text, QString::number(step + 1), QString::number(expression.steps.size()),
+           count > 1 ? QStringLiteral(", to be met %1 times").arg(count) : QString(),
+           unitsOfStep(core, expression, step));
 }
 
 }  // namespace

@@ -45,8 +45,12 @@ bool HubLink::command(const HubCommand& command, const QByteArray& payload, int 
     QByteArray bits;
     if (!send(command, payload, error) || !scanReply(kBlockOverhead + qMax(payloadBits, refusalBits), bits, error))
       return false;
-    if (readBlock(bits, 0, payloadBits, command, reply) || readBlock(bits, 0, refusalBits, command, reply)) return true;
+    // The payload is as long as what was asked for or, of a refusal only, as that one's.
+    if (readBlock(bits, 0, payloadBits, command, reply) && (!reply.flags.refused || payloadBits == refusalBits))
+      return true;
+    if (readBlock(bits, 0, refusalBits, command, reply) && reply.flags.refused) return true;
   }
+  unusable_ = true;
   error = unusableLineText("a command");
   return false;
 }

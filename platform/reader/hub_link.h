@@ -35,6 +35,8 @@ class HubLink {
 
   int retries() const { return retries_; }
   void countRetry() { ++retries_; }
+  /// Whether a command was given up because no attempt had a right reply, while the port itself works.
+  bool isUnusable() const { return unusable_; }
   qint64 cycles() const { return tap_.cycles(); }
 
   static constexpr int kAttempts = 24;  ///< Of one command before the line is taken as unusable.
@@ -43,6 +45,7 @@ class HubLink {
   TapDriver tap_;
   UserInstruction instruction_;
   int retries_ = 0;
+  bool unusable_ = false;
 };
 
 /// The text for a line on which kAttempts attempts failed.

@@ -14,156 +14,174 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
+#include <thread>
+
+#include "platform/system/files.h"
 
 namespace ost {
 namespace {
 
 constexpr int kKeepAtMost = 1 << 16;  ///< Bytes kept before they are sent without being asked for.
 
-using Clock = std::chrono::steady_clock;
-
-double secondsSince(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
+QString systemError() {
+  return systemReason(errno);
 }
 
-QString systemText(int code) {
-  return QString::fromLatin1(strerror(code));
+/// Waits until one of the entries is ready, or for `seconds`. 0: none is (yet). -1 with errno.
+int pollFor(double seconds, pollfd* entries, int count) {
+  const int ready = ::poll(entries, nfds_t(count), int(qBound(0.0, seconds, 1e6) * 1000) + 1);
+  return ready < 0 && errno == EINTR ? 0 : ready;
 }
 
 void sleepMilliseconds(int milliseconds) {
   ::poll(nullptr, 0, milliseconds);
 }
 
-void ignoreBrokenPipes() {
+bool ignoreBrokenPipes(QString& error) {
   struct sigaction action;
-  if (sigaction(SIGPIPE, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) return;
-  action.sa_handler = SIG_IGN;
-  sigaction(SIGPIPE, &action, nullptr);
+  if (sigaction(SIGPIPE, nullptr, &action) == 0) {
+    if (action.sa_handler != SIG_DFL) return true;
+    action.sa_handler = SIG_IGN;
+    if (sigaction(SIGPIPE, &action, nullptr) == 0) return true;
+  }
+  error = QStringLiteral("Cannot ignore broken pipes: %1.").arg(systemError());
+  return false;
 }
 
-/// Opens a FIFO for writing once a reader is there. -1 with `error` on failure.
-int openFifoForWriting(const QString& name, double seconds, QString& error) {
-  const QByteArray file = name.toLatin1();
-  const Clock::time_point start = Clock::now();
+/// Not open, with `code` and `error`, when it fails.
+Descriptor openFifo(const QString& name, int access, int& code, QString& error) {
+  Descriptor fifo(::open(name.toLatin1().constData(), access | O_NONBLOCK | O_CLOEXEC));
+  code = fifo.isOpen() ? 0 : errno;
+  struct stat info;
+  if (!fifo.isOpen()) {
+    error = QStringLiteral("Cannot open the FIFO '%1': %2.").arg(name, systemReason(code));
+  } else if (fstat(fifo.fd(), &info) != 0 || !S_ISFIFO(info.st_mode)) {
+    error = QStringLiteral("'%1' is not a FIFO; remove it and make one with mkfifo.").arg(name);
+    fifo.reset();
+  }
+  return fifo;
+}
+
+/// Opens a FIFO for writing once a reader is there. Not open, with `error`, on failure.
+Descriptor openFifoForWriting(const QString& name, const Deadline& deadline, QString& error) {
   for (;;) {
-    struct stat info;
-    if (stat(file.constData(), &info) == 0 && !S_ISFIFO(info.st_mode)) {
-      error = QStringLiteral("'%1' is not a FIFO; remove it and make one with mkfifo.").arg(name);
-      return -1;
-    }
-    const int fd = ::open(file.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-    if (fd >= 0) return fd;
-    const int code = errno;
-    if (code != ENXIO && code != ENOENT && code != EINTR) {
-      error = QStringLiteral("Cannot open the FIFO '%1': %2.").arg(name, systemText(code));
-      return -1;
-    }
-    if (secondsSince(start) >= seconds) {
-      error = code == ENOENT
-                  ? QStringLiteral("There is no FIFO '%1'; make it with mkfifo and start the simulation.").arg(name)
-                  : QStringLiteral("Nobody reads the FIFO '%1'; start the simulation first.").arg(name);
-      return -1;
+    int code = 0;
+    Descriptor fifo = openFifo(name, O_WRONLY, code, error);
+    if (fifo.isOpen() || (code != ENXIO && code != ENOENT && code != EINTR)) return fifo;
+    if (deadline.isOver()) {
+      error = (code == ENOENT ? QStringLiteral("There is no FIFO '%1'; make it with mkfifo and start the simulation.")
+                              : QStringLiteral("Nobody reads the FIFO '%1'; start the simulation first."))
+                  .arg(name);
+      return fifo;
     }
     sleepMilliseconds(10);
   }
 }
 
-int openFifoForReading(const QString& name, QString& error) {
-  const int fd = ::open(name.toLatin1().constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  struct stat info;
-  if (fd >= 0 && fstat(fd, &info) == 0 && S_ISFIFO(info.st_mode)) return fd;
-  error = fd < 0 ? QStringLiteral("Cannot open the FIFO '%1': %2.").arg(name, systemText(errno))
-                 : QStringLiteral("'%1' is not a FIFO; remove it and make one with mkfifo.").arg(name);
-  if (fd >= 0) ::close(fd);
-  return -1;
-}
-
-/// One attempt to connect `fd` within `seconds`; 0 or the error number.
-int connectSocket(int fd, const sockaddr* address, socklen_t length, double seconds) {
+/// Connects `fd`, which does not block; 0 or the error number.
+int connectSocket(int fd, const sockaddr* address, socklen_t length, const Deadline& deadline) {
   if (::connect(fd, address, length) == 0) return 0;
-  if (errno != EINPROGRESS) return errno;
+  if (errno != EINPROGRESS && errno != EINTR) return errno;
   pollfd entry = {fd, POLLOUT, 0};
-  if (::poll(&entry, 1, static_cast<int>(seconds * 1000)) <= 0) return ETIMEDOUT;
+  int ready = 0;
+  do ready = pollFor(deadline.left(), &entry, 1);
+  while (ready == 0 && !deadline.isOver());
+  if (ready <= 0) return ready == 0 ? ETIMEDOUT : errno;
   int code = 0;
   socklen_t size = sizeof code;
-  getsockopt(fd, SOL_SOCKET, SO_ERROR, &code, &size);
-  return code;
+  return getsockopt(fd, SOL_SOCKET, SO_ERROR, &code, &size) == 0 ? code : errno;
 }
 
-/// Repeats `attempt` (which gives a descriptor, or -1 with an error number) until the server is up or time is over.
+/// Repeats `attempt` (which gives 0 or an error number) until the server is up or time is over.
 template <typename Attempt>
-int connectWithin(double seconds, const QString& place, Attempt attempt, QString& error) {
-  const Clock::time_point start = Clock::now();
+bool connectWithin(const Deadline& deadline, const QString& place, Attempt attempt, QString& error) {
   for (;;) {
-    int code = 0;
-    const int fd = attempt(seconds - secondsSince(start), code);
-    if (fd >= 0) return fd;
-    const bool mayCome = code == ECONNREFUSED || code == ENOENT;
-    if (!mayCome || secondsSince(start) >= seconds) {
-      error = QStringLiteral("Cannot connect to '%1': %2.").arg(place, systemText(code));
-      return -1;
+    const int code = attempt();
+    if (code == 0) return true;
+    const bool mayCome = code == ECONNREFUSED || code == ENOENT || code == EAGAIN;
+    if (!mayCome || deadline.isOver()) {
+      error = QStringLiteral("Cannot connect to '%1': %2.").arg(place, systemReason(code));
+      return false;
     }
     sleepMilliseconds(50);
   }
 }
 
-int connectUnix(const ServerAddress& address, double seconds, QString& error) {
+Descriptor connectUnix(const ServerAddress& address, const Deadline& deadline, QString& error) {
+  Descriptor connection;
   sockaddr_un name = {};
   name.sun_family = AF_UNIX;
   const QByteArray file = address.place.toLatin1();
   if (file.size() >= static_cast<int>(sizeof name.sun_path)) {
     error = QStringLiteral("The socket name '%1' is too long.").arg(address.place);
-    return -1;
+    return connection;
   }
   std::memcpy(name.sun_path, file.constData(), file.size());
-  return connectWithin(
-      seconds, address.place,
-      [&](double left, int& code) {
-        const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-        if (fd < 0) return code = errno, -1;
-        code = connectSocket(fd, reinterpret_cast<sockaddr*>(&name), sizeof name, left);
-        if (code == 0) return fd;
-        ::close(fd);
-        return -1;
-      },
-      error);
+  const auto attempt = [&] {
+    connection.reset(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (!connection.isOpen()) return errno;
+    return connectSocket(connection.fd(), reinterpret_cast<sockaddr*>(&name), sizeof name, deadline);
+  };
+  if (!connectWithin(deadline, address.place, attempt, error)) connection.reset();
+  return connection;
 }
 
-int connectTcp(const ServerAddress& address, double seconds, QString& error) {
-  addrinfo hints = {};
-  hints.ai_socktype = SOCK_STREAM;
+/// What the name service finds. It cannot be told to hurry, so it is asked by a thread that may be left behind.
+struct Lookup {
+  std::mutex mutex;
+  std::condition_variable ended;
+  bool isOver = false;
+  int status = 0;
   addrinfo* found = nullptr;
-  const int status =
-      getaddrinfo(address.place.toLatin1().constData(), QByteArray::number(address.port).constData(), &hints, &found);
-  if (status != 0) {
-    error =
-        QStringLiteral("Cannot find the host '%1': %2.").arg(address.place, QString::fromLatin1(gai_strerror(status)));
-    return -1;
+  ~Lookup() {
+    if (found) freeaddrinfo(found);
   }
-  const int result = connectWithin(
-      seconds, QStringLiteral("%1:%2").arg(address.place).arg(address.port),
-      [&](double left, int& code) {
-        for (const addrinfo* one = found; one; one = one->ai_next) {
-          const int fd = ::socket(one->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, one->ai_protocol);
-          if (fd < 0) {
-            code = errno;
-            continue;
-          }
-          code = connectSocket(fd, one->ai_addr, one->ai_addrlen, left);
-          if (code == 0) {
-            const int on = 1;
-            setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-            return fd;
-          }
-          ::close(fd);
-        }
-        return -1;
-      },
-      error);
-  freeaddrinfo(found);
-  return result;
+};
+
+std::shared_ptr<Lookup> lookUp(const ServerAddress& address, const Deadline& deadline, QString& error) {
+  const auto lookup = std::make_shared<Lookup>();
+  const QByteArray host = address.place.toLatin1(), port = QByteArray::number(address.port);
+  std::thread([lookup, host, port] {
+    addrinfo hints = {}, *found = nullptr;
+    hints.ai_socktype = SOCK_STREAM;
+    const int status = getaddrinfo(host.constData(), port.constData(), &hints, &found);
+    const std::lock_guard<std::mutex> lock(lookup->mutex);
+    lookup->status = status;
+    lookup->found = status == 0 ? found : nullptr;
+    lookup->isOver = true;
+    lookup->ended.notify_all();
+  }).detach();
+  std::unique_lock<std::mutex> lock(lookup->mutex);
+  const bool inTime = lookup->ended.wait_for(lock, std::chrono::duration<double>(qMax(0.0, deadline.left())),
+                                             [&] { return lookup->isOver; });
+  if (inTime && lookup->status == 0) return lookup;
+  error = QStringLiteral("Cannot find the host '%1': %2.")
+              .arg(address.place, inTime ? QString::fromLatin1(gai_strerror(lookup->status))
+                                         : QStringLiteral("the name service does not answer"));
+  return nullptr;
+}
+
+Descriptor connectTcp(const ServerAddress& address, const Deadline& deadline, QString& error) {
+  Descriptor connection;
+  const std::shared_ptr<Lookup> lookup = lookUp(address, deadline, error);
+  if (!lookup) return connection;
+  const auto attempt = [&] {
+    int code = 0;
+    for (const addrinfo* one = lookup->found; one; one = one->ai_next) {
+      connection.reset(::socket(one->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, one->ai_protocol));
+      const int on = 1;
+      code = !connection.isOpen() ? errno : connectSocket(connection.fd(), one->ai_addr, one->ai_addrlen, deadline);
+      if (code == 0 && setsockopt(connection.fd(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on) != 0) code = errno;
+      if (code == 0) break;
+    }
+    return code;
+  };
+  const QString place = address.place + QLatin1Char(':') + QString::number(address.port);
+  if (!connectWithin(deadline, place, attempt, error)) connection.reset();
+  return connection;
 }
 
 }  // namespace
@@ -180,8 +198,9 @@ bool parseServerAddress(const QString& text, ServerAddress& address, QString& er
   } else if (kind == QLatin1String("tcp")) {
     address.kind = ServerAddress::Tcp;
     const int portColon = address.place.lastIndexOf(QLatin1Char(':'));
-    address.port = address.place.mid(portColon + 1).toInt();
-    good = portColon > 0 && address.port >= 1 && address.port <= 65535;
+    bool isNumber = false;
+    address.port = address.place.mid(portColon + 1).toInt(&isNumber);
+    good = portColon > 0 && isNumber && address.port >= 1 && address.port <= 65535;
     address.place = address.place.left(portColon);
   } else {
     good = false;
@@ -192,35 +211,38 @@ bool parseServerAddress(const QString& text, ServerAddress& address, QString& er
 
 std::unique_ptr<RemoteBitbang> RemoteBitbang::connect(const ServerAddress& address, double connectSeconds,
                                                       QString& error) {
-  ignoreBrokenPipes();
+  if (!ignoreBrokenPipes(error)) return nullptr;
+  const Deadline deadline(connectSeconds);
+  Descriptor write, read;
+  int code = 0;
   if (address.kind == ServerAddress::Fifo) {
-    const int writeFd = openFifoForWriting(address.place + QLatin1String("/to_sim"), connectSeconds, error);
-    if (writeFd < 0) return nullptr;
-    const int readFd = openFifoForReading(address.place + QLatin1String("/from_sim"), error);
-    if (readFd < 0) {
-      ::close(writeFd);
-      return nullptr;
-    }
-    return std::unique_ptr<RemoteBitbang>(new RemoteBitbang(writeFd, readFd, address.place));
+    write = openFifoForWriting(address.place + QLatin1String("/to_sim"), deadline, error);
+    if (write.isOpen()) read = openFifo(address.place + QLatin1String("/from_sim"), O_RDONLY, code, error);
+    if (!read.isOpen()) return nullptr;
+  } else {
+    write = address.kind == ServerAddress::Unix ? connectUnix(address, deadline, error)
+                                                : connectTcp(address, deadline, error);
+    if (!write.isOpen()) return nullptr;
   }
-  const int fd = address.kind == ServerAddress::Unix ? connectUnix(address, connectSeconds, error)
-                                                     : connectTcp(address, connectSeconds, error);
-  if (fd < 0) return nullptr;
-  return std::unique_ptr<RemoteBitbang>(new RemoteBitbang(fd, fd, address.place));
+  error.clear();  // Of attempts before.
+  return std::unique_ptr<RemoteBitbang>(new RemoteBitbang(std::move(write), std::move(read), address.place));
 }
 
-RemoteBitbang::RemoteBitbang(int writeFd, int readFd, const QString& place)
-    : writeFd_(writeFd), readFd_(readFd), place_(place) {}
+RemoteBitbang::RemoteBitbang(Descriptor write, Descriptor read, const QString& place)
+    : write_(std::move(write)), read_(std::move(read)), place_(place) {}
 
 RemoteBitbang::~RemoteBitbang() {
-  if (!broken_) {
-    silenceSeconds_ = 1;
-    kept_ += 'Q';
-    QString ignored;
-    exchange(nullptr, ignored);
-  }
-  ::close(writeFd_);
-  if (readFd_ != writeFd_) ::close(readFd_);
+  if (broken_) return;
+  setSilenceLimit(1);
+  setTimeLimit(1);
+  kept_ += 'Q';
+  QString ignored;
+  exchange(nullptr, ignored);
+}
+
+void RemoteBitbang::setTimeLimit(double seconds) {
+  deadline_ = std::make_unique<Deadline>(seconds);
+  timeLimit_ = seconds;
 }
 
 bool RemoteBitbang::run(const QByteArray& tms, const QByteArray& tdi, QByteArray* tdo, QString& error) {
@@ -245,48 +267,59 @@ bool RemoteBitbang::flush(QString& error) {
 bool RemoteBitbang::exchange(QByteArray* tdo, QString& error) {
   if (broken_) return fail(QStringLiteral("the connection is closed"), error);
   int sent = 0;
-  Clock::time_point lastMove = Clock::now();
-  while (sent < kept_.size() || answersAwaited_ > 0) {
-    pollfd entries[2] = {{writeFd_, static_cast<short>(sent < kept_.size() ? POLLOUT : 0), 0},
-                         {readFd_, static_cast<short>(answersAwaited_ > 0 ? POLLIN : 0), 0}};
-    if (::poll(entries, 2, 200) < 0 && errno != EINTR) return fail(systemText(errno), error);
-    bool moved = false;
-    if (entries[1].revents && answersAwaited_ > 0) {
-      const int count = receive(tdo, error);
+  const int answers = answersAwaited_;
+  double quiet = 0;
+  for (;;) {
+    const bool sending = sent < kept_.size();
+    if (!sending && answersAwaited_ == 0) break;
+    const double left = deadline_ ? qMin(patience_, deadline_->left()) : patience_;
+    if (left <= 0) {
+      return failStanding(sending ? QStringLiteral("it took %1 of %2 commands").arg(sent).arg(kept_.size())
+                                  : QStringLiteral("%1 of %2 answers came").arg(answers - answersAwaited_).arg(answers),
+                          quiet, error);
+    }
+    // What is not waited for stays out of it: a hang-up there would end each wait at once.
+    pollfd entries[2] = {{write_.fd(), static_cast<short>(sending ? POLLOUT : 0), 0},
+                         {answersAwaited_ == 0 ? -1 : readFd(), POLLIN, 0}};
+    const Deadline::Clock::time_point before = Deadline::Clock::now();
+    if (pollFor(left, entries, 2) < 0) return fail(systemError(), error);
+    const double waited = std::chrono::duration<double>(Deadline::Clock::now() - before).count();
+    patience_ -= waited;
+    quiet += waited;
+    qint64 moved = 0;
+    if (entries[1].revents) {
+      const int count = receive(entries[1].revents & (POLLHUP | POLLERR), tdo, error);
       if (count < 0) return false;
-      // A FIFO that its writer has yet to open reads as ended too, but without a hang-up.
-      if (count == 0 && (entries[1].revents & (POLLHUP | POLLERR)))
-        return fail(QStringLiteral("it closed the connection"), error);
-      moved = count > 0;
+      moved += count;
     }
-    if (entries[0].revents && sent < kept_.size()) {
-      const ssize_t count = ::write(writeFd_, kept_.constData() + sent, kept_.size() - sent);
+    if (sending && entries[0].revents) {
+      const ssize_t count = ::write(write_.fd(), kept_.constData() + sent, kept_.size() - sent);
       if (count < 0 && errno != EAGAIN && errno != EINTR)
-        return fail(QStringLiteral("it has gone: ") + systemText(errno), error);
-      if (count > 0) sent += static_cast<int>(count);
-      moved = moved || count > 0;
-    } else if (!moved && (entries[0].revents & POLLERR)) {
+        return fail(QStringLiteral("it has gone: ") + systemError(), error);
+      sent += qMax(0, static_cast<int>(count));
+      moved += qMax(0, static_cast<int>(count));
+    }
+    if (moved == 0 && (entries[0].revents & (POLLERR | POLLHUP | POLLNVAL)))
       return fail(QStringLiteral("it has gone"), error);
-    }
-    if (moved) {
-      lastMove = Clock::now();
-    } else if (secondsSince(lastMove) > silenceSeconds_) {
-      return fail(QStringLiteral("it has not moved a byte for %1 s; is the simulation stopped?").arg(silenceSeconds_),
-                  error);
-    }
+    if (moved > 0) quiet = 0;
+    patience_ = qMin(silenceSeconds_, patience_ + double(moved) * silenceSeconds_ / kFewestBytes);
   }
   kept_.clear();
   return true;
 }
 
-int RemoteBitbang::receive(QByteArray* tdo, QString& error) {
+int RemoteBitbang::receive(bool hangUp, QByteArray* tdo, QString& error) {
   char buffer[4096];
-  const ssize_t count = ::read(readFd_, buffer, qMin<int>(sizeof buffer, answersAwaited_));
-  if (count < 0 && errno != EAGAIN && errno != EINTR) {
-    fail(QStringLiteral("it closed the connection: ") + systemText(errno), error);
+  const ssize_t count = ::read(readFd(), buffer, qMin<int>(sizeof buffer, answersAwaited_));
+  if (count < 0 && (errno == EAGAIN || errno == EINTR)) return 0;
+  // A FIFO that its writer has yet to open reads as ended too, but without a hang-up.
+  if (count == 0 && !isSocket() && !hangUp) return 0;
+  if (count <= 0) {
+    const QString reason = count < 0 ? QStringLiteral(": ") + systemError() : QString();
+    fail(QStringLiteral("it closed the connection with %1 answers due%2").arg(QString::number(answersAwaited_), reason),
+         error);
     return -1;
   }
-  if (count <= 0) return 0;
   for (ssize_t i = 0; i < count; ++i) {
     if (buffer[i] != '0' && buffer[i] != '1') {
       const int code = static_cast<unsigned char>(buffer[i]);
@@ -301,9 +334,19 @@ int RemoteBitbang::receive(QByteArray* tdo, QString& error) {
   return static_cast<int>(count);
 }
 
+bool RemoteBitbang::failStanding(const QString& progress, double quiet, QString& error) {
+  const QString why =
+      patience_ > 0 ? QStringLiteral("it is not done after the %1 s that it had").arg(timeLimit_)
+      : quiet >= silenceSeconds_
+          ? QStringLiteral("it has not moved a byte for %1 s").arg(silenceSeconds_)
+          : QStringLiteral("it moves fewer than %1 bytes in %2 s").arg(kFewestBytes).arg(silenceSeconds_);
+  return fail(QStringLiteral("%1 (%2); is the simulation stopped?").arg(why, progress), error);
+}
+
 bool RemoteBitbang::fail(const QString& text, QString& error) {
   broken_ = true;
-  error = QStringLiteral("The JTAG server at '%1' failed: %2.").arg(place_, text);
+  error = QStringLiteral("The JTAG server at '%1' failed: %2").arg(place_, text);
+  if (!error.endsWith(QLatin1Char('?'))) error += QLatin1Char('.');
   return false;
 }
 

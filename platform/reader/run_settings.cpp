@@ -79,8 +79,7 @@ bool RunSettings::setPosition(const QString& text, QString& error) {
   const int position = percent ? static_cast<int>(qint64(core_.windowSamples) * number / 100) : number;
   if (!isNumber || number < 0 || (percent ? number > 100 : number >= core_.windowSamples)) {
     error = QStringLiteral("The position '%1' is not valid: must be 0 to %2 samples before the trigger, or 0% to 100%.")
-                .arg(text)
-                .arg(core_.windowSamples - 1);
+                .arg(text, QString::number(core_.windowSamples - 1));
     return false;
   }
   position_ = qMin(position, core_.windowSamples - 1);
@@ -157,9 +156,8 @@ bool RunSettings::setEventCount(int count, QString& error) {
   const int most = core_.eventCounter ? core_.eventCount : 1;
   if (count < 1 || count > most) {
     error = QStringLiteral("The core '%1' can count 1 to %2 events%3.")
-                .arg(core_.name)
-                .arg(most)
-                .arg(core_.eventCounter ? QString() : QStringLiteral(" (it has no event counter)"));
+                .arg(core_.name, QString::number(most),
+                     core_.eventCounter ? QString() : QStringLiteral(" (it has no event counter)"));
     return false;
   }
   eventCount_ = count;
@@ -168,7 +166,8 @@ bool RunSettings::setEventCount(int count, QString& error) {
 
 bool RunSettings::setWindows(int count, QString& error) {
   if (count < 1 || count > core_.windows) {
-    error = QStringLiteral("The core '%1' can capture 1 to %2 windows.").arg(core_.name).arg(core_.windows);
+    error =
+        QStringLiteral("The core '%1' can capture 1 to %2 windows.").arg(core_.name, QString::number(core_.windows));
     return false;
   }
   windows_ = count;

@@ -2,7 +2,10 @@
 // expressions that the plan configures, and nothing else.
 #include "platform/rtl/debug_module.h"
 
+#include <QHash>
+#include <QSet>
 #include <algorithm>
+#include <cstring>
 #include <initializer_list>
 #include <utility>
 
@@ -118,7 +121,7 @@ void writeExpression(QByteArray& out, const PlanCore& core, const CoreLayout& la
   const ExpressionLayout& e = layout.expressions[index];
   const QByteArray name = c + "expr" + number(index);
   const bool inChain = e.store == TableStore::Chain;
-  const QByteArray hits = expression.units.isEmpty() ? QByteArray("1'b0") : gather(c + "hits", expression.units);
+  const QByteArray hits = expression.units.isEmpty() ? QByteArray("1'b0") : gather(c + "known_hits", expression.units);
 
   out += "  wire " + range(e.steps) + name + "_row;\n";
   out += "  wire " + range(std::max(e.stepBits, 1)) + name + "_step;\n";
@@ -159,6 +162,105 @@ void writeExpression(QByteArray& out, const PlanCore& core, const CoreLayout& la
     out += "  wire " + name + "_unused = &{1'b0, " + name + "_step};\n";
 }
 
+/// Text as a Verilog string. Whatever could end it, or mean something to a preprocessor, is written by its number.
+QByteArray quoted(const QString& text) {
+  QByteArray literal = "\"";
+  for (const char c : text.toLatin1()) {
+    const bool digitOrLetter = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    const bool startsComment = c == '/' && literal.endsWith('/');
+    if (digitOrLetter || (strchr("_./[]:$ ", c) && c != '\0' && !startsComment))
+      literal += c;
+    else
+      literal += '\\' + QByteArray::number(uchar(c), 8).rightJustified(3, '0');
+  }
+  return literal + '"';
+}
+
+/// A net as the core is connected to it: which bits of its two input vectors.
+struct WatchedNet {
+  QString name;
+  QVector<int> probes, triggers;
+};
+
+/// The nets of a core, each once; a bit that is probed counts as such only.
+QVector<WatchedNet> watchedNets(const PlanCore& core) {
+  QVector<WatchedNet> nets;
+  QHash<QPair<QString, QString>, int> places;
+  const auto add = [&](const NetBit& bit, QVector<int> WatchedNet::*list, int index) {
+    const QPair<QString, QString> net(bit.instancePath, bit.net);
+    const bool isNew = !places.contains(net);
+    if (isNew) {
+      places.insert(net, nets.size());
+      nets.append({bit.name, {}, {}});
+    }
+    WatchedNet& watched = nets[places.value(net)];
+    // Several bits go by the vector's name.
+    if (!isNew && watched.name.endsWith(QLatin1Char(']')))
+      watched.name.truncate(watched.name.lastIndexOf(QLatin1Char('[')));
+    (watched.*list).append(index);
+  };
+  QSet<QPair<QPair<QString, QString>, int>> probed;
+  for (int i = 0; i < core.probeBits.size(); ++i) {
+    const NetBit& bit = core.probeBits[i];
+    probed.insert({{bit.instancePath, bit.net}, bit.bit});
+    add(bit, &WatchedNet::probes, i);
+  }
+  for (int i = 0; i < core.triggerBits.size(); ++i) {
+    const NetBit& bit = core.triggerBits[i];
+    if (!probed.contains({{bit.instancePath, bit.net}, bit.bit})) add(bit, &WatchedNet::triggers, i);
+  }
+  return nets;
+}
+
+/// Each net that a run meets as x or z is named once.
+void writeWatches(QByteArray& out, const PlanCore& core, const QByteArray& c) {
+  int count = 0;
+  const auto watch = [&](const QString& net, bool isEnable, const QByteArray& due, int width,
+                         const QByteArray& levels) {
+    instance(
+        out, "ostrel_watch",
+        {{"WIDTH", number(width)}, {"ENABLE", number(isEnable)}, {"CORE", quoted(core.name)}, {"NET", quoted(net)}},
+        c + "watch" + number(count++), {{"clk", c + "clk"}, {"due", due}, {"levels", levels}});
+  };
+  const auto bits = [](const QByteArray& port, int width, const QVector<int>& indices) {
+    return indices.isEmpty() ? QByteArray() : width == 1 ? port : gather(port, indices);
+  };
+  if (core.hasSampleEnable) watch(core.sampleEnable.name, true, "~" + c + "clear", 1, c + "sample_en");
+  if (core.hasTriggerEnable) watch(core.triggerEnable.name, true, c + "sample", 1, c + "trig_en");
+  for (const WatchedNet& net : watchedNets(core)) {
+    const QByteArray probes = bits(c + "probe", core.probeWidth(), net.probes);
+    const QByteArray triggers = bits(c + "trig", core.triggerBits.size(), net.triggers);
+    watch(net.name, false, c + "sample", net.probes.size() + net.triggers.size(),
+          probes.isEmpty()     ? triggers
+          : triggers.isEmpty() ? probes
+                               : "{" + triggers + ", " + probes + "}");
+  }
+}
+
+/// What only a simulation has: the levels x and z of the design end here. An enable that is unknown is inactive, and so
+/// is a unit whose state hangs on an unknown bit.
+void writeKnown(QByteArray& out, const PlanCore& core, const QByteArray& c, int units) {
+  struct Signal {
+    QByteArray name;
+    int width;
+    bool unknown;  ///< Its level when it is unknown.
+  };
+  QVector<Signal> signals = {{"probe", core.probeWidth(), false}, {"hits", units, false}};
+  if (core.hasSampleEnable) signals.append({"sample_en", 1, core.sampleEnableActiveLow});
+  if (core.hasTriggerEnable) signals.append({"trig_en", 1, core.triggerEnableActiveLow});
+  for (const Signal& one : signals)
+    out += "  wire [" + number(one.width - 1) + ":0] " + c + "known_" + one.name + ";\n";
+  out += "`ifdef SYNTHESIS\n";
+  for (const Signal& one : signals) out += "  assign " + c + "known_" + one.name + " = " + c + one.name + ";\n";
+  out += "`else\n";
+  for (const Signal& one : signals)
+    instance(out, "ostrel_known", {{"WIDTH", number(one.width)}, {"UNKNOWN", number(one.unknown)}},
+             c + "knows_" + one.name, {{"in", c + one.name}, {"out", c + "known_" + one.name}});
+  out += "`ifndef VERILATOR\n// synthesis translate_off\n";
+  writeWatches(out, core, c);
+  out += "// synthesis translate_on\n`endif\n`endif\n";
+}
+
 void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
   const PlanCore& core = plan.cores[index];
   const CoreLayout layout(core);
@@ -186,6 +288,7 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
   if (core.expressions.isEmpty()) out += "  assign " + c + "fires = 1'b0;\n";
   if (layout.stepStateBits == 0) out += "  assign " + c + "steps = 1'b0;\n";
   if (!hasTriggerOut(core)) out += "  wire " + c + "trig_out;\n";
+  writeKnown(out, core, c, units);
 
   for (int i = 0; i < core.units.size(); ++i) writeUnit(out, core, layout, c, i);
   int stateOffset = 0;
@@ -230,16 +333,16 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
             {"INFO", infoConstant(core, layout)}},
            c + "core",
            {{"clk", c + "clk"},
-            {"probe", c + "probe"},
+            {"probe", c + "known_probe"},
             {"trig", core.triggerBits.isEmpty() ? QByteArray("1'b0") : c + "trig"},
-            {"sample_en", core.hasSampleEnable ? c + "sample_en" : QByteArray("1'b1")},
-            {"trig_en", core.hasTriggerEnable ? c + "trig_en" : QByteArray("1'b1")},
+            {"sample_en", core.hasSampleEnable ? c + "known_sample_en" : QByteArray("1'b1")},
+            {"trig_en", core.hasTriggerEnable ? c + "known_trig_en" : QByteArray("1'b1")},
             {"trig_out", c + "trig_out"},
             {"unit_clear", c + "clear"},
             {"unit_sample", c + "sample"},
             {"unit_seen", c + "seen"},
             {"unit_cur", c + "cur"},
-            {"hits", c + "hits"},
+            {"hits", c + "known_hits"},
             {"restart", c + "restart"},
             {"look", c + "look"},
             {"fires", c + "fires"},

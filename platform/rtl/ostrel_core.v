@@ -52,7 +52,7 @@ module ostrel_core #(
     parameter [127:0] INFO = 128'd0,        // This core's half of the self-description.
     parameter integer WORD_BITS = PROBES + (INCLUDE_TRIGGER != 0 ? UNITS : 0) + TIMESTAMP_BITS + (WINDOWS > 1 ? 1 : 0)
 ) (
-    // The design's side.
+    // The design's side. In a simulation, all but trig is 0 or 1 (see ostrel_known), and so are the units' hits.
     input  wire                        clk,
     input  wire [PROBES-1:0]           probe,
     input  wire [TRIGGERS-1:0]         trig,

@@ -107,6 +107,41 @@ bool writeInto(const QByteArray& special, const QByteArray& bytes, QString& reas
   return true;
 }
 
+/// Where bytes are to go.
+struct Place {
+  QByteArray name;
+  struct stat info;
+  bool exists = false;
+  bool isSpecial = false;  ///< Written into, not replaced.
+};
+
+bool findPlace(const Replacement& request, Place& place, QString& reason) {
+  const QString real = QFileInfo(request.file).canonicalFilePath();
+  place.name = QFile::encodeName(real.isEmpty() ? request.file : real);
+  place.exists = stat(place.name.constData(), &place.info) == 0;
+  if (!place.exists && errno != ENOENT) return refuseBySystem(reason);
+  if (!place.exists && lstat(place.name.constData(), &place.info) == 0)
+    return refuse(reason, "it is a link that leads nowhere");
+  if (place.exists && !S_ISREG(place.info.st_mode)) {
+    place.isSpecial = request.mayBeSpecial && !S_ISDIR(place.info.st_mode);
+    return place.isSpecial || refuse(reason, kindOf(place.info));
+  }
+  // Root may write anything, but whoever took away every right to write meant it.
+  const bool mayWrite = !place.exists || faccessat(AT_FDCWD, place.name.constData(), W_OK, AT_EACCESS) == 0;
+  if (!mayWrite && errno != EACCES) return refuseBySystem(reason);
+  if (place.exists && (!mayWrite || !(place.info.st_mode & 0222))) return refuse(reason, "it is protected from writing");
+  return true;
+}
+
+bool makeFresh(const Replacement& request, const Place& place, TemporaryFile& fresh, QString& reason) {
+  // Nobody else may read it before it has the old file's mode.
+  const mode_t mode = place.exists ? 0600 : 0666;
+  const bool made = request.temporary.isEmpty() ? fresh.makeBeside(place.name, mode)
+                                                : fresh.make(QFile::encodeName(request.temporary), mode);
+  if (!made) return refuseBySystem(reason);
+  return !place.exists || keepProtection(fresh.fd(), place.name, place.info, reason);
+}
+
 }  // namespace
 
 FileWriter::FileWriter(Descriptor file) : file_(std::move(file)) {
@@ -202,30 +237,22 @@ bool readOpenFile(int fd, qint64 mostBytes, QByteArray& bytes, QString& reason) 
 }
 
 bool replaceFile(const Replacement& request, const QByteArray& bytes, QString& reason) {
-  const QString real = QFileInfo(request.file).canonicalFilePath();
-  const QByteArray place = QFile::encodeName(real.isEmpty() ? request.file : real);
-  struct stat old;
-  const bool exists = stat(place.constData(), &old) == 0;
-  if (!exists && errno != ENOENT) return refuseBySystem(reason);
-  if (!exists && lstat(place.constData(), &old) == 0) return refuse(reason, "it is a link that leads nowhere");
-  if (exists && !S_ISREG(old.st_mode)) {
-    const bool isSpecial = request.mayBeSpecial && !S_ISDIR(old.st_mode);
-    return isSpecial ? writeInto(place, bytes, reason) : refuse(reason, kindOf(old));
-  }
-  // Root may write anything, but whoever took away every right to write meant it.
-  const bool mayWrite = !exists || faccessat(AT_FDCWD, place.constData(), W_OK, AT_EACCESS) == 0;
-  if (!mayWrite && errno != EACCES) return refuseBySystem(reason);
-  if (exists && (!mayWrite || !(old.st_mode & 0222))) return refuse(reason, "it is protected from writing");
-
+  Place place;
+  if (!findPlace(request, place, reason)) return false;
+  if (place.isSpecial) return writeInto(place.name, bytes, reason);
   TemporaryFile fresh;
-  // Nobody else may read it before it has the old file's mode.
-  const mode_t mode = exists ? 0600 : 0666;
-  const bool made = request.temporary.isEmpty() ? fresh.makeBeside(place, mode)
-                                                : fresh.make(QFile::encodeName(request.temporary), mode);
-  if (!made) return refuseBySystem(reason);
-  if (exists && !keepProtection(fresh.fd(), place, old, reason)) return false;
-  if (!writeAll(fresh.fd(), bytes.constData(), bytes.size()) || !fresh.keepAs(place)) return refuseBySystem(reason);
+  if (!makeFresh(request, place, fresh, reason)) return false;
+  if (!writeAll(fresh.fd(), bytes.constData(), bytes.size()) || !fresh.keepAs(place.name))
+    return refuseBySystem(reason);
   return true;
+}
+
+bool checkReplaceable(const Replacement& request, QString& reason) {
+  Place place;
+  TemporaryFile fresh;
+  if (!findPlace(request, place, reason)) return false;
+  if (!place.isSpecial) return makeFresh(request, place, fresh, reason);
+  return faccessat(AT_FDCWD, place.name.constData(), W_OK, AT_EACCESS) == 0 || refuseBySystem(reason);
 }
 
 }  // namespace ost

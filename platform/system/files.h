@@ -59,4 +59,8 @@ struct Replacement {
 /// protected from writing (for root, too), it is refused. Another name of the file (a hard link) keeps the old content.
 bool replaceFile(const Replacement& request, const QByteArray& bytes, QString& reason);
 
+/// Whether replaceFile could do it now, short of storing the bytes; changes nothing. For results that cannot be had
+/// again.
+bool checkReplaceable(const Replacement& request, QString& reason);
+
 }  // namespace ost

@@ -44,8 +44,9 @@ QByteArray stimulus(const Project& project, const QByteArray& ports, const QByte
   QByteArray text, connections;
   for (int i = 0; i < dut.clocks.size(); ++i) {
     const QByteArray clock = dut.clocks[i].toUtf8();
-    text += "  reg " + clock + " = 0;\n  always #" + QByteArray::number(project.clockPeriods[i] / 2) + " if (" +
-            running + ") " + clock + " = ~" + clock + ";\n";
+    text += "  reg " + clock + ";\n  initial #" + QByteArray::number(project.clockStart) + " " + clock +
+            " = 0;\n  always #" + QByteArray::number(project.clockPeriods[i] / 2) + " if (" + running + ") " + clock +
+            " = ~" + clock + ";\n";
     connections += "." + clock + "(" + clock + "), ";
   }
   // Inputs change shortly after the first clock's edge. Each bit has its own bias, so that some are often still.

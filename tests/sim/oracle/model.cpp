@@ -40,20 +40,27 @@ QVector<bool> UnitStates::next(int row) {
       for (int i = 0; state && i < length; ++i)
         state = unit.digits[i] == 'x' || unit.digits[i] == level(length - 1 - i, 0);
     } else if (unit.op == ".RE." || unit.op == ".FE.") {
-      const char after = unit.op == ".RE." ? '1' : '0';
+      const char after = unit.op == ".RE." ? '1' : '0', before = after == '1' ? '0' : '1';
       for (int i = 0; history_.size() > 1 && i < unit.columns.size(); ++i)
-        state = state || (unit.digits[i] == '1' && level(0, i) == after && level(1, i) != after);
+        state = state || (unit.digits[i] == '1' && level(0, i) == after && level(1, i) == before);
     } else if (unit.op == "==" || unit.op == "!=") {
-      bool equal = true;
-      for (int i = 0; i < unit.columns.size(); ++i)
-        equal = equal && (unit.digits[i] == 'x' || unit.digits[i] == level(0, i));
-      state = equal == (unit.op == "==");
+      bool equal = true, differs = false;  // Neither, when it hangs on a bit that is not known.
+      for (int i = 0; i < unit.columns.size(); ++i) {
+        if (unit.digits[i] == 'x') continue;
+        equal = equal && level(0, i) == unit.digits[i];
+        differs = differs || level(0, i) == (unit.digits[i] == '1' ? '0' : '1');
+      }
+      state = unit.op == "==" ? equal : differs;
     } else {
       QByteArray now;
       for (int i = 0; i < unit.columns.size(); ++i) now += level(0, i);
       // Equally long binary numbers compare like texts.
+      const bool known = now.count('0') + now.count('1') == now.size();
       const bool less = now < unit.digits, equal = now == unit.digits;
-      state = unit.op == "<" ? less : unit.op == "<=" ? less || equal : unit.op == ">" ? !less && !equal : !less;
+      state = known && (unit.op == "<"    ? less
+                        : unit.op == "<=" ? less || equal
+                        : unit.op == ">"  ? !less && !equal
+                                          : !less);
     }
     states += state;
   }
@@ -94,8 +101,10 @@ Expected expectedCapture(const Core& core, const RunChoice& choice, const Record
   int triggerIndex = -1, events = 0, samples = 0;
   const int rows = endRow < 0 ? record.rows.size() : std::min(endRow, record.rows.size());
   for (int row = armRow; row < rows; ++row) {
-    const bool sampled = core.sampleEnable.isEmpty() || record.at(row, core.sampleEnable) != core.sampleEnableLow;
-    const bool looked = core.triggerEnable.isEmpty() || record.at(row, core.triggerEnable) != core.triggerEnableLow;
+    const bool sampled =
+        core.sampleEnable.isEmpty() || record.is(core.sampleEnableLow ? '0' : '1', row, core.sampleEnable);
+    const bool looked =
+        core.triggerEnable.isEmpty() || record.is(core.triggerEnableLow ? '0' : '1', row, core.triggerEnable);
     if (sampled) {
       ++samples;
       window.append({row, states.next(row)});

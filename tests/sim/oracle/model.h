@@ -13,13 +13,15 @@ namespace oracle {
 /// The nets of a device just before each edge of one clock.
 struct Record {
   QHash<QString, int> columns;  ///< By bit name.
-  QVector<QByteArray> rows;     ///< '0', '1', 'x'
+  QVector<QByteArray> rows;     ///< '0', '1', 'x', 'z'
   QVector<qint64> times;        ///< ps
   int column(const QString& bit) const {
     if (!columns.contains(bit)) throw Broken{"the device's list of nets lacks " + bit};
     return columns[bit];
   }
-  bool at(int row, const QString& bit) const { return rows[row][column(bit)] == '1'; }
+  /// Whether the bit is known to be at that level.
+  bool is(char level, int row, const QString& bit) const { return rows[row][column(bit)] == level; }
+  bool at(int row, const QString& bit) const { return is('1', row, bit); }
 };
 
 struct ExpectedSample {

@@ -106,6 +106,7 @@ struct Project {
   const Dut* dut = nullptr;
   QVector<double> clockPeriods;  ///< ns, for each clock of the device.
   double tckHalfPeriod = 10;     ///< ns
+  int clockStart = 0;            ///< ns for which the clocks are x
   QVector<Core> cores;
 };
 

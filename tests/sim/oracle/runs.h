@@ -23,6 +23,7 @@ void mustHold(bool right, const QString& text, const QString& error = QString())
 struct Totals {
   qint64 seeds = 0, cores = 0, runs = 0, windows = 0, samples = 0, bits = 0, toggles = 0, pulses = 0, repeats = 0;
   qint64 untriggered = 0, aborted = 0;
+  qint64 unknown = 0;  ///< Bits that were x or z in the device, and had to be captured as 0.
 };
 
 /// The bench in simulation, with the reader at its JTAG pins.

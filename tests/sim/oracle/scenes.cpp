@@ -350,6 +350,11 @@ void readOutCost(const Settings& settings, Totals& totals) {
 }  // namespace
 
 void playScenes(const Settings& settings, Totals& totals) {
+  try {
+    unknownLevels(settings, totals);
+  } catch (const Difference& difference) {
+    throw Difference{"unknown levels: " + difference.text};
+  }
   Scenes scenes(settings, totals);
   const struct {
     const char* name;

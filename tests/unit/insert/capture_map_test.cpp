@@ -9,7 +9,7 @@ namespace {
 
 TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   InsertPlan plan = planFromText(
-      "probes=4 depth=256 windows=4 ts=32 incl se=low event=7 unit=match:0:3 unit=serial:1:4 expr=0+1:2:4");
+      "probes=4 depth=512 windows=4 ts=32 incl se=low event=7 unit=match:0:3 unit=serial:1:4 expr=0+1:2:4");
   PlanCore& core = plan.cores[0];
   core.sampleClock = core.sampleEnable = core.probeBits[0];
   core.probes = {{"BUS1", {0, 1, 2}}};
@@ -20,12 +20,15 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   QString error;
   ASSERT_TRUE(readCaptureMap(json, back, error)) << plain(error);
   EXPECT_EQ(captureMapJson(back), json);
+  // A map may not ask for much more memory than it takes itself.
+  const QByteArray shown = '[' + QByteArray("0,").repeated((1 << 20) - 1) + "0]";
+  const QByteArray many = shown + QByteArray("}, {\"name\": \"b\", \"positions\": " + shown).repeated(4);
   const struct {
     const char *from, *to, *complaint;
   } table[] = {
       {"\"version\": 1", "\"version\": 2", "version"},
-      {"\"depth\": 256", "\"depth\": 255", "cores[0].depth"},
-      {"\"depth\": 256", "\"deepness\": 256", "cores[0].depth"},
+      {"\"depth\": 512", "\"depth\": 511", "cores[0].depth"},
+      {"\"depth\": 512", "\"deepness\": 512", "cores[0].depth"},
       {"\"windows\": 4", "\"windows\": 5", "cores[0].windowSamples"},
       {"[0, 1, 2]", "[0, 1, 4]", "positions[2]"},
       {"\"value\": \"100\"", "\"value\": \"1020\"", "units[0].value"},
@@ -34,9 +37,11 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
       {"\"top\"", "\"extra\": 1, \"top\"", "extra"},
       {"\"cores\"", "cores", "line"},
       {"\"top\"", "\"top\": \"\", \"top\"", "stands twice"},
+      {"[0, 1, 2]", shown.constData(), "cores[0].depth: is for more than 268435456 bits"},
+      {"[0, 1, 2]", many.constData(), "the map has more than 4194304 such entries"},
   };
   for (const auto& row : table) {
-    SCOPED_TRACE(row.to);
+    SCOPED_TRACE(QByteArray(row.to).left(40).constData());
     InsertPlan none;
     EXPECT_FALSE(readCaptureMap(damaged(json, row.from, row.to), none, error));
     EXPECT_TRUE(has(error, row.complaint));

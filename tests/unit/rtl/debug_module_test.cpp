@@ -46,9 +46,12 @@ const char* const kPlans[] = {
 TEST(DebugModule, CompilersTakeItWithoutAWarning) {
   for (const char* text : kPlans) {
     SCOPED_TRACE(text);
-    const Written written(planFromText(text));
+    InsertPlan plan = planFromText(text);
+    plan.cores[0].name = plan.cores[0].probeBits[0].name = QStringLiteral("\\a\"b`endif//*%d\n\u00e9");
+    const Written written(plan);
     for (const char* command :
-         {"iverilog -g2001 -Wall -o x *.v", "verilator --lint-only -Wall --top-module ostrel_debug ostrel_*.v",
+         {"iverilog -g2001 -Wall -o x *.v", "iverilog -g2012 -Wall -o x *.v",
+          "verilator --lint-only -Wall --top-module ostrel_debug ostrel_*.v",
           "yosys -q -p 'read_verilog *.v; hierarchy -check -top core_top; proc; flatten; check -assert'"})
       EXPECT_EQ(plain(written.run(command)), "");
   }

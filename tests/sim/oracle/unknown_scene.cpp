@@ -1,0 +1,122 @@
+// A device whose inputs, enables and first register contents are x or z at times, and whose clock is x at the start.
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+
+#include "tests/sim/oracle/scenes.h"
+
+namespace oracle {
+namespace {
+
+const Dut& device() {
+  static const Dut dut = {"unknown",
+                          {"tests/sim/designs/unknown.v"},
+                          {"clk"},
+                          // 0, 1 and x by chance: x stays where the first number has a 1 and the second a 0.
+                          {{"din", 8, "({8{1'bx}} & random[12 +: 8] & random[18 +: 8]) | random[21 +: 8]"},
+                           {"line", 1, "random[19:18] == 0 ? 1'bz : random[17]"},
+                           {"en", 1, "random[25:23] == 0 ? 1'bx : random[22]"},
+                           {"look", 1, "random[30:28] == 0 ? 1'bz : random[29]"}},
+                          {{"count", 8}, {"taken", 8}, {"held", 4}, {"seen", 1}},
+                          {{"count", 7, 0, true},
+                           {"din", 7, 0, true},
+                           {"taken", 7, 0, true},
+                           {"line"},
+                           {"was"},
+                           {"held", 3, 0, true},
+                           {"en"},
+                           {"look"}},
+                          {}};
+  return dut;
+}
+
+Term termOf(int unit) {
+  Term term;
+  term.unit = unit;
+  return term;
+}
+
+/// Units of every class and operator look at the bits in doubt. The second core has the other polarities.
+Project unknownProject() {
+  Project project;
+  project.dut = &device();
+  project.clockPeriods = {10};
+  project.clockStart = 60000;
+  project.tckHalfPeriod = 6;
+  Core core;
+  core.name = "c0";
+  core.clock = "clk";
+  const QVector<Net>& nets = project.dut->nets;
+  for (int i = 0; i < 5; ++i) core.probes += {nets[i].name, nets[i].bits()};
+  core.timestampBits = 12;
+  core.includeTrigger = true;
+  core.depth = core.windowSamples = 256;
+  core.sampleEnable = "en";
+  core.triggerEnable = "look";
+  const auto unit = [&](const Net& net, const char* op, const char* digits) {
+    core.units.append({QString("TU%1").arg(core.units.size() + 1), {net.name}, net.bits(), op, "bin", digits});
+  };
+  const Net &din = nets[1], &line = nets[3], &held = nets[5];
+  unit(din, "==", "xxx1xx01");
+  unit(din, "!=", "11111xxx");
+  unit(din, ".RE.", "00011000");
+  unit(din, ".FE.", "11111111");
+  unit(din, "<", "10000000");
+  unit(din, ">=", "01000000");
+  unit(line, ".SC.", "011");
+  unit(held, "!=", "0110");
+  for (int i = 0; i < core.units.size(); ++i)
+    core.expressions.append({QString("TE%1").arg(i + 1), i == 3, 2, 2, {{termOf(i), 2}, {termOf(0), 1}}});
+  project.cores = {core, core};
+  project.cores[1].name = "c1";
+  project.cores[1].sampleEnableLow = project.cores[1].triggerEnableLow = true;
+  return project;
+}
+
+/// What the simulation said: each net in doubt once for each core that ran, and nothing of one that is not.
+void checkNotes(const BenchFiles& files) {
+  QFile log(files.folder + "/capture_run.log");
+  need(log.open(QIODevice::ReadOnly), "cannot read " + log.fileName());
+  const QString text = log.readAll();
+  QStringList notes;
+  for (auto match = QRegularExpression("ostrel: core (c\\d: (the enable )?\\S+) is x or z at").globalMatch(text);
+       match.hasNext();)
+    notes += match.next().captured(1);
+  notes.sort();
+  QStringList expected;
+  for (const char* net : {"din", "held", "line", "taken", "the enable en", "the enable look", "was"})
+    expected << QString("c0: ") + net << QString("c1: ") + net;
+  expected.sort();
+  mustHold(notes == expected, "the simulation names the nets " + notes.join(", ") + ": ", text);
+}
+
+}  // namespace
+
+void unknownLevels(const Settings& settings, Totals& totals) {
+  const Project project = unknownProject();
+  const BenchFiles files = prepareFolder(settings, "unknown", project);
+  const ost::InsertPlan plan = insert(project, settings, files);
+  Live live(files, plan);
+  QString error;
+  QVector<Run> runs;
+  mustHold(live.hub.open(error), error);
+  for (int i = 0; i < 2 * project.cores.size(); ++i) {
+    const Core& core = project.cores[i / 2];
+    RunChoice choice;
+    choice.position = 20 + i;
+    choice.units = core.units;
+    // All of them, and then the one that depends on TU1 alone.
+    choice.enabled.fill(i % 2 == 0, core.expressions.size());
+    choice.enabled[0] = true;
+    runs += capture(live, project, plan, i / 2, choice, 400000);
+    mustHold(runs.last().outcome == Run::Done, "does not trigger: " + runs.last().reasons.join(' '));
+  }
+  live.end();
+  const qint64 before = totals.unknown;
+  compareRuns(project, plan, files, runs, totals);
+  need(totals.unknown > before, "no level was ever unknown");
+  checkNotes(files);
+  if (!settings.keep && !settings.reuse) QDir(files.folder).removeRecursively();
+}
+
+}  // namespace oracle
