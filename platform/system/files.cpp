@@ -20,9 +20,13 @@ constexpr qint64 kReadStep = 1 << 20;
 constexpr int kNamesTried = 100;
 const char kAccessList[] = "system.posix_acl_access";
 
-bool refuse(QString& reason, const char* text) {
-  reason = QString::fromLatin1(text);
+bool refuse(QString& reason, const QString& text) {
+  reason = text;
   return false;
+}
+
+bool refuse(QString& reason, const char* text) {
+  return refuse(reason, QString::fromLatin1(text));
 }
 
 bool refuseBySystem(QString& reason) {
@@ -34,6 +38,24 @@ const char* kindOf(const struct stat& info) {
   if (S_ISDIR(info.st_mode)) return "it is a folder";
   if (S_ISFIFO(info.st_mode)) return "it is a FIFO, not a regular file";
   return "it is not a regular file";
+}
+
+QString tooLarge(qint64 mostBytes) {
+  return QString::fromLatin1("it is larger than %1 MB").arg(mostBytes >> 20);
+}
+
+/// A regular file, or nothing with the reason.
+Descriptor openToRead(const QString& file, struct stat& info, QString& reason) {
+  // Without waiting: a FIFO that nobody writes must not hold up the program.
+  Descriptor source(open(QFile::encodeName(file).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!source.isOpen() || fstat(source.fd(), &info) != 0) {
+    refuseBySystem(reason);
+    source.reset();
+  } else if (!S_ISREG(info.st_mode)) {
+    refuse(reason, kindOf(info));
+    source.reset();
+  }
+  return source;
 }
 
 /// A file that goes away again when it is not kept.
@@ -113,13 +135,27 @@ bool writeAll(int fd, const char* bytes, qint64 count) {
   return true;
 }
 
+Descriptor openRegular(const QString& file, qint64 mostBytes, QString& reason) {
+  struct stat info;
+  Descriptor source = openToRead(file, info, reason);
+  char byte;
+  ssize_t count = 0;
+  bool good = source.isOpen();
+  if (good && info.st_size > mostBytes) good = refuse(reason, tooLarge(mostBytes));
+  if (good && info.st_size == 0) {
+    do count = pread(source.fd(), &byte, 1, 0);
+    while (count < 0 && errno == EINTR);
+    if (count < 0) good = refuseBySystem(reason);
+    if (count > 0) good = refuse(reason, "it is not a regular file");
+  }
+  return good ? std::move(source) : Descriptor();
+}
+
 bool readFile(const QString& file, qint64 mostBytes, QByteArray& bytes, QString& reason) {
   bytes.clear();
-  // Without waiting: a FIFO that nobody writes must not hold up the program.
-  const Descriptor source(open(QFile::encodeName(file).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat info;
-  if (!source.isOpen() || fstat(source.fd(), &info) != 0) return refuseBySystem(reason);
-  if (!S_ISREG(info.st_mode)) return refuse(reason, kindOf(info));
+  const Descriptor source = openToRead(file, info, reason);
+  if (!source.isOpen()) return false;
   qint64 size = 0;
   bytes.resize(int(qMin(mostBytes, qint64(info.st_size)) + 1));
   for (;;) {
@@ -129,8 +165,7 @@ bool readFile(const QString& file, qint64 mostBytes, QByteArray& bytes, QString&
     size += count;
     if (size > mostBytes) {
       bytes.clear();
-      reason = QString::fromLatin1("it is larger than %1 MB").arg(mostBytes >> 20);
-      return false;
+      return refuse(reason, tooLarge(mostBytes));
     }
     if (count == 0) break;
     if (size == bytes.size()) bytes.resize(int(qMin(mostBytes + 1, size + qMax(size, kReadStep))));

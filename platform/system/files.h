@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include "platform/system/descriptor.h"
+
 namespace ost {
 
 /// The system's text for an error number.
@@ -12,6 +14,10 @@ QString systemReason(int code);
 
 /// Writes all bytes, however often the system takes only some. False with errno.
 bool writeAll(int fd, const char* bytes, qint64 count);
+
+/// Opens a regular file of at most `mostBytes` to be read in pieces, without waiting for a FIFO. Refused are also files
+/// that are longer than they claim to be, as those in /proc are, whose end may never come. Closed on failure.
+Descriptor openRegular(const QString& file, qint64 mostBytes, QString& reason);
 
 /// Reads a regular file of at most `mostBytes`. What is none (a FIFO, a device, a folder) is refused without waiting
 /// for it, and a file that is longer than it claims to be, as those in /proc are, is read up to the limit and then
