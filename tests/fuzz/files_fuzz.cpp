@@ -109,7 +109,8 @@ class Netlists final : public SampleDriver {
     expect(design && planInsertion(*sampleProject(), *design, plan_, error), error.toStdString());
     QTemporaryFile netlist;
     YosysJob job;
-    job.script = design->elaborationScript() + "write_json /proc/self/fd/3\n";
+    job.script = design->elaborationScript();
+    job.script.line("write_json").openFile(0);
     expect(netlist.open(), "cannot make a scratch file");
     job.files << netlist.handle();
     expect(runYosys(job).ok, "Yosys made no netlist");
