@@ -28,6 +28,9 @@ TEST(NetlistFile, that_is_no_netlist_is_refused_with_the_reason) {
       {"", "not a usable Yosys JSON netlist"},
       {"{\"modules\":{\"m\":1}}", "a module is not an object"},
       {"{\"modules\":{\"m\":{},\"m\":{}}}", "a module stands twice"},
+      {"{\"modules\":{\"m ; !id\":{}}}", "a module's name is empty, or holds a blank"},
+      {moduleWith("\"cells\":{\"c\":{\"type\":\"x\\n!id\"}}"), "a cell's \"type\" holds a blank"},
+      {"{\"modules\":{\"x;\":{}}}", "\"x;\" cannot be the name of the top module"},
       {"{\"modules\":{\"m\":{}}} x", "at byte 21"},
       {QByteArray("{\"a\":").repeated(100), "deeper than 64"},
       {moduleWith("\"netnames\":{\"n\":[2]}"), "a list stands where an object was expected"},
@@ -47,6 +50,31 @@ TEST(NetlistFile, that_is_no_netlist_is_refused_with_the_reason) {
     QString error;
     EXPECT_FALSE(readDesign(sourceOf({scratch.write("bad.json", row.content)}), error));
     EXPECT_TRUE(has(error, row.text));
+  }
+}
+
+TEST(NetlistFile, attributes_rename_nothing_and_hide_only_what_Yosys_hides) {
+  const struct {
+    const char* attributes;
+    bool seen;
+  } table[] = {{"\"blackbox\":\"0000\",\"hdlname\":\"other\"", true},
+               {"\"whitebox\":0", true},
+               {"\"blackbox\":\"0010\"", false},
+               {"\"whitebox\":\"no\"", false},
+               {"\"blackbox\":1", false}};
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.attributes);
+    QString error;
+    const auto design =
+        readDesign(sourceOf({Scratch().write("a.json", "{\"modules\":{\"$paramod\\\\t\\\\W=3\":{\"attributes\":{" +
+                                                           QByteArray(row.attributes) +
+                                                           "},\"netnames\":{\"n\":{\"bits\":[2]}}}}}")}),
+                   error);
+    ASSERT_EQ(design != nullptr, row.seen) << plain(error);
+    if (!row.seen) continue;
+    EXPECT_TRUE(design->exists("n"));
+    EXPECT_EQ(design->topModule(), "t");
+    EXPECT_EQ(design->topKey(), "$paramod\\t\\W=3");
   }
 }
 

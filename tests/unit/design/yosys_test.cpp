@@ -51,6 +51,16 @@ TEST_F(Yosys, is_stopped_with_its_descendants_at_the_time_limit_and_on_cancel) {
   }
 }
 
+TEST_F(Yosys, ends_with_its_descendants_when_we_are_killed) {
+  standIn("setsid sh -c 'echo $$ >\"" + scratch.path("pid").toLatin1() + "\"; exec sleep 100' & wait\n");
+  const pid_t host = fork();
+  if (host == 0) _exit(runYosys(YosysJob()).ok);
+  for (int i = 0; i < 500 && QFileInfo(scratch.path("pid")).size() == 0; ++i) usleep(10000);
+  kill(host, SIGKILL);
+  EXPECT_EQ(waitpid(host, nullptr, 0), host);
+  EXPECT_TRUE(descendantIsGone());
+}
+
 TEST_F(Yosys, that_needs_more_memory_than_allowed_is_told_so) {
   DesignSource source = sourceOf({scratch.write("big.v",
                                                 "module t; reg [63:0] m [0:2000000]; reg [63:0] x; always @* begin "
