@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "platform/design/name_index.h"
+#include "platform/istdata/json_memory.h"
 #include "platform/istdata/wire_text.h"
 
 namespace ost {
@@ -332,7 +333,7 @@ bool readNameIndex(int fd, const QString& fileName, NameIndex& index, QString& e
   }
   FileStream stream(fd);
   Handler handler(index);
-  rapidjson::Reader reader;
+  rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator> reader;
   const rapidjson::ParseResult result =
       reader.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(stream, handler);
   if (result.IsError()) {

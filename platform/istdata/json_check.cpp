@@ -8,6 +8,7 @@
 #include <QSet>
 #include <vector>
 
+#include "platform/istdata/json_memory.h"
 #include "platform/istdata/names.h"
 #include "platform/istdata/wire_text.h"
 
@@ -46,7 +47,7 @@ bool checkJson(const QByteArray& json, int& offset, QString& fault) {
   const int mark = json.startsWith("\xef\xbb\xbf") ? 3 : 0;
   KeyWatch watch;
   rapidjson::MemoryStream stream(json.constData() + mark, std::size_t(json.size() - mark));
-  rapidjson::Reader reader;
+  rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator> reader;
   const rapidjson::ParseResult result = reader.Parse<rapidjson::kParseIterativeFlag>(stream, watch);
   if (!result.IsError()) return true;
   offset = mark + int(result.Offset());
