@@ -1,7 +1,6 @@
 // The loaded design: reading it through Yosys, and what can be asked of it.
 #include "platform/design/design.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <QCryptographicHash>
@@ -15,6 +14,8 @@
 #include "platform/design/source_stamp.h"
 #include "platform/design/yosys.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/system/files.h"
+#include "platform/system/scratch_file.h"
 #include "platform/text/near_names.h"
 
 namespace ost {
@@ -25,17 +26,7 @@ const char kNamesOnly[] =
     "delete */p:*\n"
     "select -set ost_cells */t:$* */t:$paramod* %d\n"
     "delete @ost_cells\n"
-    "write_json /proc/self/fd/3\n";
-
-struct Descriptor {
-  int fd;
-  explicit Descriptor(int file) : fd(file) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (fd >= 0) close(fd);
-  }
-};
+    "write_json";
 
 // The words of a Makefile rule's right side, whose blanks are escaped.
 QList<QByteArray> dependencyWords(int fd) {
@@ -71,19 +62,19 @@ QString explain(const QString& error, const DesignSource& source) {
                "take it as a black box with -blackbox %1")
         .arg(undefined.captured(1), undefined.captured(2), undefined.captured(3));
   }
+  static const QRegularExpression foreign(QString::fromLatin1("\\A(?:(.+):\\d+: )?Found DPI function \\\\(.+)\\.\\z"));
+  const QRegularExpressionMatch imported = foreign.match(error);
+  if (imported.hasMatch()) {
+    return QString::fromLatin1(
+               "%1: imports the C function \"%2\" (DPI-C), which reading the design would call: leave it out, for "
+               "instance by `ifndef SYNTHESIS")
+        .arg(imported.captured(1), imported.captured(2));
+  }
   if (!source.top.isEmpty() && error.startsWith(QLatin1String("Module `")) &&
       error.contains(QLatin1String("' not found"))) {
     return QString::fromLatin1("The design has no module \"%1\" to be the top; name another with -top").arg(source.top);
   }
   return error;
-}
-
-QString cleanText(const QByteArray& text) {
-  QString clean = wireFromBytes(text);
-  for (QChar& c : clean) {
-    if (c.unicode() < 32 || c.unicode() == 127) c = QLatin1Char('?');
-  }
-  return clean;
 }
 
 }  // namespace
@@ -101,10 +92,17 @@ struct Design::Private {
 
   const ModuleEntry& top() const { return index.modules[size_t(index.top)]; }
 
-  QByteArray hierarchyLine(const QByteArray& topKey) const {
+  /// The same words for the names and for the full netlist, so that both have the same top.
+  void addHierarchy(YosysScript& script) const {
     // With black boxes, modules may stay undefined: which ones is checked against the list.
-    QByteArray line = plan->isNetlist() || !source.blackBoxes.isEmpty() ? "hierarchy " : "hierarchy -check ";
-    return line + (topKey.isEmpty() ? QByteArray("-auto-top\n") : "-top " + topKey + '\n');
+    script.line("hierarchy");
+    if (!plan->isNetlist() && source.blackBoxes.isEmpty()) script.words(" -check");
+    if (plan->isNetlist())
+      script.words(" -top").module(yosysId(top().key));
+    else if (source.top.isEmpty())
+      script.words(" -auto-top");
+    else
+      script.words(" -top").module('\\' + source.top.toLatin1());
   }
 
   bool load(QString& error, const std::function<bool()>& idle);
@@ -117,11 +115,12 @@ struct Design::Private {
 bool Design::Private::load(QString& error, const std::function<bool()>& idle) {
   plan = SourcePlan::make(source, workingDirectory, error);
   if (!plan) return false;
-  // Taken before Yosys reads: a file that changes meanwhile is stale, not missed.
+  // Taken before Yosys reads: a file that changes meanwhile is stale, not missed. Which others it reads is known later.
+  const qint64 begin = SourceStamp::now();
   for (const QString& file : plan->files()) stamps.push_back(SourceStamp::take(file));
   QStringList readFiles;
   if (!(plan->isNetlist() ? loadNetlist(error) : loadVerilog(error, idle, readFiles))) return false;
-  for (const QString& file : qAsConst(readFiles)) stamps.push_back(SourceStamp::take(file));
+  for (const QString& file : qAsConst(readFiles)) stamps.push_back(SourceStamp::take(file, begin));
 
   QCryptographicHash hash(QCryptographicHash::Sha256);
   const auto addWord = [&hash](const QByteArray& word) { hash.addData(QByteArray::number(word.size()) + ':' + word); };
@@ -138,43 +137,45 @@ bool Design::Private::load(QString& error, const std::function<bool()>& idle) {
 }
 
 bool Design::Private::loadNetlist(QString& error) {
-  const Descriptor file(::open(QFile::encodeName(plan->files().first()).constData(), O_RDONLY | O_CLOEXEC));
-  if (file.fd < 0) {
-    error = QString::fromLatin1("Cannot read \"%1\"").arg(plan->firstFileAsTyped());
+  QString reason;
+  const Descriptor file = openRegular(plan->files().first(), SourcePlan::kMaxFileBytes, reason);
+  if (!file.isOpen()) {
+    error = QString::fromLatin1("Cannot read \"%1\": %2").arg(plan->firstFileAsTyped(), reason);
     return false;
   }
-  return readNameIndex(file.fd, plan->firstFileAsTyped(), index, error) && index.complete(source.top.toLatin1(), error);
+  if (!readNameIndex(file.fd(), plan->firstFileAsTyped(), index, error) ||
+      !index.complete(source.top.toLatin1(), error))
+    return false;
+  if (YosysScript::isName(yosysId(top().key))) return true;
+  error = QString::fromLatin1("\"%1\" cannot be the name of the top module").arg(wireFromBytes(top().key));
+  return false;
 }
 
 bool Design::Private::loadVerilog(QString& error, const std::function<bool()>& idle, QStringList& readFiles) {
-  const Descriptor netlist(openScratchFile(error)), dependencies(openScratchFile(error));
-  if (netlist.fd < 0 || dependencies.fd < 0) return false;
-  YosysJob job;
-  QByteArray topKey;
-  if (!source.top.isEmpty()) {
-    topKey = yosysWord('\\' + source.top.toLatin1());
-    if (topKey.isEmpty() || topKey.startsWith('"')) {
-      error = QString::fromLatin1("\"%1\" cannot be the name of the top module").arg(source.top);
-      return false;
-    }
+  if (!source.top.isEmpty() && !YosysScript::isName('\\' + source.top.toLatin1())) {
+    error = QString::fromLatin1("\"%1\" cannot be the name of the top module").arg(source.top);
+    return false;
   }
-  job.script = plan->readLines() + hierarchyLine(topKey) + kNamesOnly;
+  ScratchFile netlist, dependencies;
+  if (!netlist.open(error) || !dependencies.open(error)) return false;
+  YosysJob job;
+  job.script = plan->readScript();
+  addHierarchy(job.script);
+  job.script.line(kNamesOnly).openFile(0);
   job.workingDirectory = workingDirectory;
   job.timeLimitSeconds = source.timeLimitSeconds;
   job.memoryLimitBytes = source.memoryLimitBytes;
   job.idle = idle;
-  job.files << netlist.fd << dependencies.fd;
+  job.files << netlist.fd() << dependencies.fd();
   job.dependencyFile = 1;
   const YosysResult result = runYosys(job);
   if (!result.ok) {
     error = explain(wireFromBytes(plan->inUsersWords(result.error.toLatin1())), source);
     return false;
   }
-  if (lseek(netlist.fd, 0, SEEK_END) <= 0) {
-    error = QString::fromLatin1("Yosys wrote no netlist");
-    return false;
-  }
-  if (!readNameIndex(netlist.fd, QString::fromLatin1("the netlist made by Yosys"), index, error)) {
+  if (!readNameIndex(netlist.fd(), QString::fromLatin1("the netlist made by Yosys"), index, error)) {
+    // Yosys tells of no write that fails.
+    if (!netlist.hasRoom(error)) return false;
     if (index.modules.empty()) error = QString::fromLatin1("The sources declare no module");
     return false;
   }
@@ -189,7 +190,7 @@ bool Design::Private::loadVerilog(QString& error, const std::function<bool()>& i
     return false;
   }
   const QStringList given = plan->files();
-  for (const QByteArray& word : dependencyWords(dependencies.fd)) {
+  for (const QByteArray& word : dependencyWords(dependencies.fd())) {
     const QString file = plan->realFile(word);
     if (word.isEmpty() || word == "/dev/stdin" || word.startsWith("/proc/self/")) continue;
     if (!given.contains(file) && !readFiles.contains(file)) readFiles.append(file);
@@ -247,7 +248,7 @@ std::shared_ptr<const Design> Design::read(const DesignSource& source, QString& 
   design->d->source = source;
   design->d->workingDirectory = workingDirectory.isEmpty() ? QDir::currentPath() : workingDirectory;
   if (!design->d->load(error, idle)) {
-    error = cleanText(error.toLatin1());  // File names and the like may hold anything; a text is one line.
+    error = oneLine(error);  // File names and the like may hold anything; a text is one line.
     return nullptr;
   }
   return design;
@@ -261,9 +262,10 @@ QString Design::workingDirectory() const {
 }
 
 QString Design::topModule() const {
-  const ModuleEntry& top = d->top();
-  if (!top.hdlName.isEmpty()) return wireFromBytes(top.hdlName);
-  return wireFromBytes(top.key.mid(top.key.startsWith('\\') ? 1 : 0));
+  return wireFromBytes(sourceName(d->top().key));
+}
+QString Design::topKey() const {
+  return wireFromBytes(d->top().key);
 }
 
 const DesignRoles& Design::roles() const {
@@ -390,8 +392,10 @@ QByteArray Design::digest() const {
   return d->digest;
 }
 
-QByteArray Design::elaborationScript() const {
-  return d->plan->readLines() + d->hierarchyLine('\\' + topModule().toLatin1()) + "proc\n";
+YosysScript Design::elaborationScript() const {
+  YosysScript script = d->plan->readScript();
+  d->addHierarchy(script);
+  return script.line("proc");
 }
 
 QStringList instancePathKeys(const QString& instancePath) {

@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "framework/ist_com_data.h"
+#include "platform/design/yosys_script.h"
 
 namespace ost {
 
@@ -66,7 +67,8 @@ class ISTCOMDATA_API Design {
   ~Design();
 
   const DesignSource& source() const;
-  QString topModule() const;  ///< As the source declares it.
+  QString topModule() const;  ///< As the source declares it; for people.
+  QString topKey() const;     ///< As a Yosys JSON netlist of the design writes it; the only name that finds it there.
   const DesignRoles& roles() const;
   int moduleCount() const;    ///< Modules that the hierarchy uses.
   int instanceCount() const;  ///< Instances below the top.
@@ -92,10 +94,10 @@ class ISTCOMDATA_API Design {
   /// A digest of the sources and options, 64 hex digits; equal digests mean the same design.
   QByteArray digest() const;
 
-  /// The Yosys script lines (one command a line) that read and elaborate the sources up to `proc`, for the full
-  /// netlist: platform/insert appends its own passes. To be run in workingDirectory(), which relative names of include
-  /// files and of memory contents mean, while this object lives.
-  QByteArray elaborationScript() const;
+  /// Reads and elaborates the sources up to `proc`, for the full netlist: platform/insert appends its own passes. To be
+  /// run in workingDirectory(), which relative names of include files and of memory contents mean, while this object
+  /// lives.
+  YosysScript elaborationScript() const;
   QString workingDirectory() const;
 
  private:

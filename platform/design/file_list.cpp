@@ -1,10 +1,8 @@
 // Reads file lists; see the header for their grammar.
 #include "platform/design/file_list.h"
 
-#include <QDir>
-#include <QFileInfo>
-
 #include "platform/istdata/wire_text.h"
+#include "platform/system/files.h"
 
 namespace ost {
 namespace {
@@ -42,16 +40,13 @@ class Reader {
   explicit Reader(FileListContent& content) : content_(content) {}
 
   bool read(const QString& list, QString& error, int nesting) {
-    QFile file(fileFromWire(list));
-    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
-      error = QString::fromLatin1("Cannot read the file list \"%1\": no such readable file").arg(list);
+    QByteArray content;
+    QString problem;
+    if (!readFile(fileFromWire(list), kMaxListBytes, content, problem)) {
+      error = QString::fromLatin1("Cannot read the file list \"%1\": %2").arg(list, problem);
       return false;
     }
-    if (file.size() > kMaxListBytes) {
-      error = QString::fromLatin1("The file list \"%1\" is larger than 16 MB").arg(list);
-      return false;
-    }
-    bytes_ += file.size();
+    bytes_ += content.size();
     if (content_.lists.size() >= kMaxLists || bytes_ > kMaxTotalBytes) {
       error = QString::fromLatin1(
                   "\"%1\" is one file list too many: at most %2 with 64 MB in all are read, each as "
@@ -63,7 +58,7 @@ class Reader {
     content_.lists.append(list);
     folder_ = list.left(list.lastIndexOf(QLatin1Char('/')) + 1);
     int number = 0;
-    for (const QByteArray& line : file.readAll().split('\n')) {
+    for (const QByteArray& line : content.split('\n')) {
       ++number;
       QList<QByteArray> words;
       QString reason;

@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "platform/design/name_index.h"
+#include "platform/text/json_memory.h"
 #include "platform/istdata/wire_text.h"
 
 namespace ost {
@@ -177,7 +178,14 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     return false;
   }
 
+  static bool isName(std::string_view name) {
+    return std::none_of(name.begin(), name.end(),
+                        [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == 0x7f; });
+  }
+
   bool beginModule(const QByteArray& key) {
+    if (key.isEmpty() || !isName(std::string_view(key.constData(), size_t(key.size()))))
+      return fail("a module's name is empty, or holds a blank or a control character");
     if (known_.contains(key)) return fail("a module stands twice");
     known_.insert(key, true);
     index_.modules.emplace_back();
@@ -220,6 +228,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     if (section_ == kCells && key_ == kType) {
       if (value.kind != Scalar::Text || value.text.empty()) return fail("a cell's \"type\" is not a name");
       if (value.text.size() > kMaxNameLength) return fail("a cell's \"type\" is longer than 65535 bytes");
+      if (!isName(value.text)) return fail("a cell's \"type\" holds a blank or a control character");
       type_.assign(value.text);
     }
     return true;
@@ -235,21 +244,18 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
   }
 
   bool attribute(const Scalar& value) {
-    if (item_ == "hdlname" && value.kind == Scalar::Text) {
-      const bool guarded = !value.text.empty() && value.text[0] == '\\';
-      module().hdlName = QByteArray(value.text.data(), int(value.text.size())).mid(guarded ? 1 : 0);
-    } else if (item_ == "ostrel_role" && value.kind == Scalar::Text) {
+    if (item_ == "ostrel_role" && value.kind == Scalar::Text) {
       module().roles = QByteArray(value.text.data(), int(value.text.size()));
     } else if (item_ == "top") {
       module().topAttribute = isTrue(value);
-    } else if (item_ == "blackbox") {
+    } else if (item_ == "blackbox" || item_ == "whitebox") {
       module().bodyless |= isTrue(value);
     }
     return true;
   }
 
   static bool isTrue(const Scalar& value) {
-    return value.kind == Scalar::Number ? value.number != 0 : value.text.find('1') != std::string_view::npos;
+    return value.kind == Scalar::Number ? value.number != 0 : isSetAttribute(value.text);
   }
 
   // The name as the source spells it, in the common text. Yosys guards some public names with a backslash.
@@ -260,10 +266,8 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
       name.remove_prefix(1);
     }
     if (name.empty()) return fail("a name is empty");
-    for (const char c : name) {
-      if (static_cast<unsigned char>(c) <= ' ' || c == 0x7f) return fail("a name holds a blank or a control character");
-      index_.slashNames |= c == '/';
-    }
+    if (!isName(name)) return fail("a name holds a blank or a control character");
+    index_.slashNames |= name.find('/') != std::string_view::npos;
     index_.slashNames |= name[0] == '\\';
     if (size_t(index_.text.size()) + name.size() > size_t(std::numeric_limits<int>::max()) - 64) {
       return fail("its names take more than 2 GB");
@@ -329,7 +333,7 @@ bool readNameIndex(int fd, const QString& fileName, NameIndex& index, QString& e
   }
   FileStream stream(fd);
   Handler handler(index);
-  rapidjson::Reader reader;
+  rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator> reader;
   const rapidjson::ParseResult result =
       reader.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(stream, handler);
   if (result.IsError()) {

@@ -16,22 +16,21 @@ namespace {
 const char kNamePrefix[] = "ost-links-";
 constexpr int kYoungSeconds = 60;  // A folder may be this old before it is locked.
 
-int openFolder(const QString& path) {
-  return open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+Descriptor openFolder(const QString& path) {
+  return Descriptor(open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
 /// Removes a folder that this user made, that no process has locked, and that holds nothing but links.
 void removeIfLeft(const QString& path) {
-  const int folder = openFolder(path);
-  if (folder < 0) return;
+  const Descriptor folder = openFolder(path);
+  if (!folder.isOpen()) return;
   struct stat status;
-  if (fstat(folder, &status) == 0 && status.st_uid == geteuid() &&
-      std::time(nullptr) - status.st_mtime > kYoungSeconds && flock(folder, LOCK_EX | LOCK_NB) == 0) {
+  if (fstat(folder.fd(), &status) == 0 && status.st_uid == geteuid() &&
+      std::time(nullptr) - status.st_mtime > kYoungSeconds && flock(folder.fd(), LOCK_EX | LOCK_NB) == 0) {
     for (const QFileInfo& entry : QDir(path).entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot))
       if (entry.isSymLink()) QFile::remove(entry.filePath());
     QDir().rmdir(path);
   }
-  close(folder);
 }
 
 /// Where the next folder goes, once those that were left are gone.
@@ -48,11 +47,7 @@ QString freshTemplate() {
 LinkFolder::LinkFolder() : folder_(freshTemplate()) {
   if (!folder_.isValid()) return;
   lock_ = openFolder(folder_.path());
-  if (lock_ >= 0) flock(lock_, LOCK_EX | LOCK_NB);
-}
-
-LinkFolder::~LinkFolder() {
-  if (lock_ >= 0) close(lock_);
+  if (lock_.isOpen()) flock(lock_.fd(), LOCK_EX | LOCK_NB);
 }
 
 QByteArray LinkFolder::path() const {

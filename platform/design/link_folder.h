@@ -5,13 +5,14 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include "platform/system/descriptor.h"
+
 namespace ost {
 
 /// Goes away with the object. What a process that was killed left behind is removed when another makes its own.
 class LinkFolder {
  public:
   LinkFolder();
-  ~LinkFolder();
   LinkFolder(const LinkFolder&) = delete;
   LinkFolder& operator=(const LinkFolder&) = delete;
 
@@ -21,7 +22,7 @@ class LinkFolder {
 
  private:
   QTemporaryDir folder_;
-  int lock_ = -1;  ///< The folder itself, open and locked as long as it is in use.
+  Descriptor lock_;  ///< The folder itself, open and locked as long as it is in use.
 };
 
 }  // namespace ost

@@ -32,6 +32,24 @@ QByteArray yosysKey(std::string_view name) {
   return first == '$' || first == '\\' || (first >= '0' && first <= '9') ? '\\' + bytes : bytes;
 }
 
+QByteArray yosysId(const QByteArray& key) {
+  return key.startsWith('\\') || key.startsWith('$') ? key : '\\' + key;
+}
+
+QByteArray sourceName(const QByteArray& moduleKey) {
+  if (moduleKey.startsWith('\\')) return moduleKey.mid(1);
+  // "$paramod\name\W=..." or "$paramod$0123456789abcdef\name"
+  const int name = moduleKey.startsWith("$paramod") ? moduleKey.indexOf('\\') + 1 : 0;
+  const int end = name > 0 && moduleKey.startsWith("$paramod\\") ? moduleKey.indexOf('\\', name) : -1;
+  return moduleKey.mid(name, end < 0 ? -1 : end - name);
+}
+
+bool isSetAttribute(std::string_view text) {
+  // A number stands as its binary digits; every other text is a string.
+  const bool number = text.find_first_not_of("01xz") == std::string_view::npos;
+  return number ? text.find('1') != std::string_view::npos : true;
+}
+
 const NetEntry* NameIndex::findNet(const ModuleEntry& module, std::string_view name) const {
   return findByName(*this, module.nets, name);
 }
@@ -83,7 +101,9 @@ bool NameIndex::chooseTop(const QByteArray& wantedTop, QString& error) {
   QVector<int> marked, roots;
   for (size_t i = 0; i < modules.size(); ++i) {
     const ModuleEntry& module = modules[i];
-    if (!wantedTop.isEmpty() && (module.key == wantedTop || module.key == yosysKey(wantedTop.constData()))) {
+    if (!wantedTop.isEmpty() &&
+        (module.key == wantedTop ||
+         module.key == yosysKey(std::string_view(wantedTop.constData(), size_t(wantedTop.size()))))) {
       top = int(i);
       return true;
     }

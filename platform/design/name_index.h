@@ -32,10 +32,9 @@ struct InstanceEntry {
 };
 
 struct ModuleEntry {
-  QByteArray key;      ///< As Yosys writes it.
-  QByteArray hdlName;  ///< As the source declares it.
+  QByteArray key;  ///< As Yosys writes it.
   bool topAttribute = false;
-  bool bodyless = false;  ///< A black box: what its shell declares cannot be reached and is left out.
+  bool bodyless = false;  ///< A black or white box: what its shell declares cannot be reached and is left out.
   QByteArray roles;
   std::vector<NetEntry> nets;            ///< Public, sorted by name.
   std::vector<InstanceEntry> instances;  ///< Of modules of the design only, sorted by name.
@@ -74,6 +73,14 @@ class NameIndex {
 /// The name as a Yosys JSON netlist writes it: a backslash stands before a public name that begins with '$', '\' or a
 /// digit.
 QByteArray yosysKey(std::string_view name);
+
+/// The key as Yosys' scripts take it.
+QByteArray yosysId(const QByteArray& key);
+/// A module's name as its source declares it, out of its key: the attribute that Yosys keeps it in may as well be the
+/// source's own.
+QByteArray sourceName(const QByteArray& moduleKey);
+/// True when Yosys takes an attribute with this text in JSON for set.
+bool isSetAttribute(std::string_view text);
 
 /// Reads a Yosys JSON netlist from the open file `fd`, from its beginning; nothing in it is trusted. `fileName` is for
 /// texts. False with the reason and the place in `error`.

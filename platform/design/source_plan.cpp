@@ -1,8 +1,7 @@
-// Turns a DesignSource into checked files and Yosys lines.
+// Turns a DesignSource into checked files and the script that reads them.
 #include "platform/design/source_plan.h"
 
 #include <errno.h>
-#include <string.h>
 
 #include <QDir>
 #include <QFileInfo>
@@ -10,22 +9,11 @@
 #include <algorithm>
 
 #include "platform/design/file_list.h"
-#include "platform/design/yosys.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/system/files.h"
 
 namespace ost {
 namespace {
-
-const char kHereEnd[] = "OST_END_OF_DEFINES";
-
-// Yosys expands patterns in the names of files to read and has no escapes: anything but these is reached by a link.
-bool isPlainPath(const QByteArray& path) {
-  for (const char c : path) {
-    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    if (!letter && static_cast<unsigned char>(c) < 0x80 && !strchr("_./+,=@%-", c)) return false;
-  }
-  return path.startsWith('/');
-}
 
 QString absoluteFile(const QString& wire, const QString& workingDirectory) {
   return QDir::cleanPath(QDir(workingDirectory).absoluteFilePath(fileFromWire(wire)));
@@ -55,14 +43,9 @@ bool checkDefine(const QString& define, QString& error) {
 }
 
 bool checkReadable(const QString& file, const QString& wire, QString& error) {
-  const QFileInfo info(file);
-  const char* reason = !info.exists()       ? "no such file"
-                       : info.isDir()       ? "it is a folder"
-                       : !info.isFile()     ? "it is not a regular file"
-                       : !info.isReadable() ? "permission denied"
-                                            : nullptr;
-  if (!reason) return true;
-  error = QString::fromLatin1("Cannot read \"%1\": %2").arg(wire, QString::fromLatin1(reason));
+  QString reason;
+  if (openRegular(file, SourcePlan::kMaxFileBytes, reason).isOpen()) return true;
+  error = QString::fromLatin1("Cannot read \"%1\": %2").arg(wire, reason);
   return false;
 }
 
@@ -127,9 +110,10 @@ QByteArray SourcePlan::link(const QString& target, const char* kind, const QByte
   if (!links_) links_.reset(new LinkFolder);
   const QByteArray name = kind + QByteArray::number(linked_.size()) + suffix, real = QFile::encodeName(target);
   const QByteArray path = links_->path() + '/' + name;
-  if (!isPlainPath(links_->path()) || !links_->add(name, real)) {
+  errno = EINVAL;
+  if (!YosysScript::isPlainFile(links_->path()) || !links_->add(name, real)) {
     error = QString::fromLatin1("Cannot link \"%1\" into the temporary folder \"%2\": %3; set TMPDIR to another folder")
-                .arg(wireFromFile(target), wireFromFile(QDir::tempPath()), QString::fromLatin1(strerror(errno)));
+                .arg(wireFromFile(target), wireFromFile(QDir::tempPath()), systemReason(errno));
     return QByteArray();
   }
   linked_.append(qMakePair(path, real));
@@ -138,7 +122,7 @@ QByteArray SourcePlan::link(const QString& target, const char* kind, const QByte
 
 bool SourcePlan::addIncludeDir(const QString& directory, const QString& wire, QString& error) {
   QByteArray name = QFile::encodeName(directory);
-  if (!isPlainPath(name)) name = link(directory, "dir", QByteArray(), error);
+  if (!YosysScript::isPlainFile(name)) name = link(directory, "dir", QByteArray(), error);
   if (name.isEmpty()) return false;
   includeDirs_.append(name);
   rewrites_.append(qMakePair(name, wire.toLatin1()));
@@ -150,7 +134,7 @@ bool SourcePlan::addScriptName(const QString& file, const QString& wire, QString
   entry.scriptName = QFile::encodeName(file);
   const QByteArray suffix = entry.scriptName.mid(entry.scriptName.lastIndexOf('.')).toLower();
   entry.systemVerilog = suffix == ".sv" || suffix == ".svh";
-  if (!isPlainPath(entry.scriptName)) {
+  if (!YosysScript::isPlainFile(entry.scriptName)) {
     const QString folder = QFileInfo(file).absolutePath();
     entry.ownIncludeDir = link(folder, "dir", QByteArray(), error);
     entry.scriptName = link(file, "file", entry.systemVerilog ? ".sv" : netlist_ ? ".json" : ".v", error);
@@ -162,37 +146,41 @@ bool SourcePlan::addScriptName(const QString& file, const QString& wire, QString
   return true;
 }
 
-QByteArray SourcePlan::readLines() const {
-  if (netlist_) return "read_json " + scriptFiles_.first().scriptName + '\n';
-  // Yosys keeps macros from file to file, so a here document needs no file and takes any value.
-  QByteArray defineLines;
+void SourcePlan::addRead(YosysScript& script, bool boxes) const {
+  // Yosys keeps macros from file to file, and takes any value from a text.
   if (!defines_.isEmpty()) {
-    defineLines = QByteArray("read_verilog <<") + kHereEnd + '\n';
+    QList<QByteArray> lines;
     for (const QString& define : defines_) {
       const int equals = define.indexOf(QLatin1Char('='));
-      defineLines += "`define " + define.left(equals).toLatin1();
-      if (equals >= 0) defineLines += ' ' + define.mid(equals + 1).toLatin1();
-      defineLines += '\n';
+      lines.append("`define " + define.left(equals).toLatin1());
+      if (equals >= 0) lines.last() += ' ' + define.mid(equals + 1).toLatin1();
     }
-    defineLines += QByteArray(kHereEnd) + '\n';
+    script.line("read_verilog -nodpi").text(lines);
   }
-  const auto readAll = [this](const QByteArray& options) {
-    QByteArray lines;
-    for (const File& file : scriptFiles_) {
-      lines += "read_verilog" + options;
-      if (file.systemVerilog) lines += " -sv";
-      if (!file.ownIncludeDir.isEmpty()) lines += " -I" + file.ownIncludeDir;
-      for (const QByteArray& directory : includeDirs_) lines += " -I" + directory;
-      lines += ' ' + file.scriptName + '\n';
-    }
-    return lines;
-  };
-  if (blackBoxes_.isEmpty()) return defineLines + readAll("");
-  // First all modules as empty shells, of which the wanted black boxes are kept; then the rest in full.
-  QByteArray keep = "select -set ost_keep";
-  for (const QString& module : blackBoxes_) keep += " =" + module.toLatin1();
-  return defineLines + readAll(" -lib") + keep + "\ndelete =* @ost_keep %d\ndesign -reset-vlog\n" + defineLines +
-         readAll(" -nooverwrite");
+  for (const File& file : scriptFiles_) {
+    // What a source imports from C would be called here, with what the source gives it.
+    script.line("read_verilog -nodpi");
+    if (boxes) script.words(" -lib");
+    if (!boxes && !blackBoxes_.isEmpty()) script.words(" -nooverwrite");
+    if (file.systemVerilog) script.words(" -sv");
+    if (!file.ownIncludeDir.isEmpty()) script.includeDir(file.ownIncludeDir);
+    for (const QByteArray& directory : includeDirs_) script.includeDir(directory);
+    script.file(file.scriptName);
+  }
+}
+
+YosysScript SourcePlan::readScript() const {
+  YosysScript script;
+  if (netlist_) return script.line("read_json").file(scriptFiles_.first().scriptName);
+  if (!blackBoxes_.isEmpty()) {
+    // First all modules as empty shells, of which the wanted black boxes are kept; then the rest in full.
+    addRead(script, true);
+    script.line("select -set ost_keep");
+    for (const QString& module : blackBoxes_) script.selected('\\' + module.toLatin1());
+    script.line("delete =* @ost_keep %d").line("design -reset-vlog");
+  }
+  addRead(script, false);
+  return script;
 }
 
 QByteArray SourcePlan::inUsersWords(QByteArray text) const {

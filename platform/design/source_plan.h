@@ -1,4 +1,4 @@
-// What a DesignSource comes to: the files with their options once file lists are read, and the Yosys lines that read
+// What a DesignSource comes to: the files with their options once file lists are read, and the Yosys script that reads
 // them. File names that Yosys' script language cannot hold are reached through links in a private folder.
 #pragma once
 
@@ -10,11 +10,14 @@
 
 #include "platform/design/design.h"
 #include "platform/design/link_folder.h"
+#include "platform/design/yosys_script.h"
 
 namespace ost {
 
 class SourcePlan {
  public:
+  static constexpr qint64 kMaxFileBytes = qint64(4) << 30;
+
   /// Reads the file lists and checks that every file and folder can be read; relative names mean `workingDirectory`.
   /// Null with one text for the user in `error`.
   static std::unique_ptr<SourcePlan> make(const DesignSource& source, const QString& workingDirectory, QString& error);
@@ -25,15 +28,16 @@ class SourcePlan {
   QString firstFileAsTyped() const { return wireNames_.value(files_.value(0)); }
   const QStringList& defines() const { return defines_; }
 
-  /// The lines that read everything. Not deferred (`-defer`): that would make a variant of each parametrised black box
+  /// Reads everything. Not deferred (`-defer`): that would make a variant of each parametrised black box
   /// that the sources declare, instead of an instance with its parameters.
-  QByteArray readLines() const;
-  /// `text` of Yosys with the names that readLines() used turned back into what the user typed.
+  YosysScript readScript() const;
+  /// `text` of Yosys with the names that readScript() used turned back into what the user typed.
   QByteArray inUsersWords(QByteArray text) const;
   /// The absolute file that a name out of Yosys means.
   QString realFile(const QByteArray& name) const;
 
  private:
+  void addRead(YosysScript& script, bool boxes) const;
   QByteArray link(const QString& target, const char* kind, const QByteArray& suffix, QString& error);
   bool addScriptName(const QString& file, const QString& wire, QString& error);
   bool addIncludeDir(const QString& directory, const QString& wire, QString& error);

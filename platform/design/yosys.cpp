@@ -2,19 +2,19 @@
 #include "platform/design/yosys.h"
 
 #include <errno.h>
-#include <fcntl.h>
-#include <stdlib.h>
 #include <string.h>
-#include <unistd.h>
 
-#include <QDir>
 #include <QFile>
 
-#include "platform/system/child_process.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/system/child_process.h"
+#include "platform/system/files.h"
+#include "platform/system/scratch_file.h"
 
 namespace ost {
 namespace {
+
+const char kDone[] = "OST_SCRIPT_DONE\n";
 
 QByteArray yosysProgram() {
   const QByteArray chosen = qgetenv("OST_YOSYS");
@@ -32,7 +32,14 @@ QString startError(int code) {
   return QString::fromLatin1(
              "Yosys could not be started (program \"%1\"): %2; check the Debian package \"yosys\" or the environment "
              "variable OST_YOSYS")
-      .arg(program, QString::fromLatin1(strerror(code)));
+      .arg(program, systemReason(code));
+}
+
+/// Nothing wrong with the program: there was no room to start any.
+QString preparationError(int code) {
+  const bool files = code == EMFILE || code == ENFILE;
+  return QString::fromLatin1("Yosys could not be started: %1%2")
+      .arg(systemReason(code), QString::fromLatin1(files ? "; close some, or allow more with \"ulimit -n\"" : ""));
 }
 
 // Yosys' first error line without its "ERROR:" mark, or empty. Its form is "file:line: ERROR: text" or "ERROR: text".
@@ -56,13 +63,23 @@ QString endError(const ChildEnd& end, const YosysJob& job) {
         .arg(job.memoryLimitBytes >> 20);
   }
   switch (end.how) {
+    case ChildEnd::NotPrepared:
+      return preparationError(end.code);
+    case ChildEnd::NoFolder:
+      return QString::fromLatin1("Yosys could not be started in the folder \"%1\": %2")
+          .arg(wireFromFile(job.workingDirectory), systemReason(end.code));
     case ChildEnd::NotStarted:
       return startError(end.code);
+    case ChildEnd::TooMuchOutput:
+      return QString::fromLatin1(
+                 "The program \"%1\" prints without end and was stopped: it is not Yosys; check OST_YOSYS")
+          .arg(wireFromBytes(yosysProgram()));
+    case ChildEnd::Lost:
+      return QString::fromLatin1("How Yosys ended is not known: the process that watches it was killed");
     case ChildEnd::OutOfTime:
       return QString::fromLatin1(
                  "Yosys was stopped at its time limit of %1 s: allow it more, or treat the module that takes so long "
-                 "as "
-                 "a black box")
+                 "as a black box")
           .arg(job.timeLimitSeconds);
     case ChildEnd::Cancelled:
       return QString::fromLatin1("Cancelled while Yosys was running");
@@ -76,48 +93,22 @@ QString endError(const ChildEnd& end, const YosysJob& job) {
   }
   const QByteArray line = firstErrorLine(end);
   if (!line.isEmpty()) return wireFromBytes(line);
+  if (end.code == 0) return QString::fromLatin1("Yosys ended before its script did; check OST_YOSYS");
   const QByteArray last = end.firstError.trimmed().split('\n').last().left(500);
   return QString::fromLatin1("Yosys failed with exit status %1%2")
       .arg(end.code)
       .arg(last.isEmpty() ? QString() : QString::fromLatin1(": ") + wireFromBytes(last));
 }
 
-// Closes a descriptor at the end of a block.
-struct FileCloser {
-  int fd;
-  ~FileCloser() {
-    if (fd >= 0) close(fd);
-  }
-};
-
 }  // namespace
-
-int openScratchFile(QString& error) {
-  // Without a name from the start, so that nothing is left of it whenever the process ends. Not every file system can.
-  const int nameless = open(QFile::encodeName(QDir::tempPath()).constData(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-  if (nameless >= 0) return nameless;
-  QByteArray path = QFile::encodeName(QDir::tempPath()) + "/ost-XXXXXX";
-  const int fd = mkostemp(path.data(), O_CLOEXEC);
-  if (fd < 0) {
-    error = QString::fromLatin1("Cannot make a temporary file in \"%1\": %2")
-                .arg(wireFromFile(QDir::tempPath()), QString::fromLatin1(strerror(errno)));
-    return -1;
-  }
-  unlink(path.constData());
-  return fd;
-}
 
 YosysResult runYosys(const YosysJob& job) {
   YosysResult result;
-  const FileCloser script{openScratchFile(result.error)};
-  if (script.fd < 0) return result;
-  QFile file;
-  file.open(script.fd, QIODevice::WriteOnly, QFileDevice::DontCloseHandle);
-  if (file.write(job.script) != job.script.size() || !file.flush() || lseek(script.fd, 0, SEEK_SET) != 0) {
-    result.error = QString::fromLatin1("Cannot write a temporary file in \"%1\": %2")
-                       .arg(wireFromFile(QDir::tempPath()), toWire(file.errorString()));
+  result.error = job.script.problem();
+  ScratchFile script;
+  if (!result.error.isEmpty() || !script.open(result.error) ||
+      !script.write(job.script.bytes() + "log -stdout " + kDone, result.error))
     return result;
-  }
 
   ChildJob child;
   child.program = yosysProgram();
@@ -128,7 +119,7 @@ YosysResult runYosys(const YosysJob& job) {
   child.arguments << "-s"
                   << "/dev/stdin";
   child.workingDirectory = QFile::encodeName(job.workingDirectory);
-  child.inputFile = script.fd;
+  child.inputFile = script.fd();
   child.files = job.files;
   child.timeLimitSeconds = job.timeLimitSeconds;
   child.memoryLimitBytes = job.memoryLimitBytes;
@@ -137,24 +128,13 @@ YosysResult runYosys(const YosysJob& job) {
 
   result.output = end.output;
   result.cancelled = end.how == ChildEnd::Cancelled;
-  result.ok = end.how == ChildEnd::Exited && end.code == 0;
-  if (!result.ok) result.error = endError(end, job);
+  // A script that cannot be read to its end counts as done for Yosys.
+  result.ok = end.how == ChildEnd::Exited && end.code == 0 && result.output.endsWith(kDone);
+  if (result.ok)
+    result.output.chop(int(sizeof kDone) - 1);
+  else
+    result.error = oneLine(endError(end, job));
   return result;
-}
-
-QByteArray yosysWord(const QByteArray& word) {
-  if (word.isEmpty()) return QByteArray();
-  bool blank = false, quote = false;
-  for (const char c : word) {
-    const unsigned char byte = static_cast<unsigned char>(c);
-    if (byte < ' ' || byte == 0x7f) return QByteArray();
-    blank |= c == ' ';
-    quote |= c == '"';
-  }
-  const char first = word.at(0), last = word.at(word.size() - 1);
-  if (blank) return quote ? QByteArray() : '"' + word + '"';
-  if (first == '-' || first == '#' || first == '"' || first == '<' || last == ';' || last == '\\') return QByteArray();
-  return word;
 }
 
 QString yosysVersion(QString& error) {
@@ -162,10 +142,12 @@ QString yosysVersion(QString& error) {
   job.program = yosysProgram();
   job.arguments << "-V";
   job.timeLimitSeconds = 20;
+  job.outputLimitBytes = 4096;
   const ChildEnd end = runChild(job);
   if (end.how != ChildEnd::Exited || end.code != 0) {
-    error = end.how == ChildEnd::NotStarted
-                ? startError(end.code)
+    error = end.how == ChildEnd::NotStarted ? startError(end.code)
+            : end.how == ChildEnd::NotPrepared
+                ? preparationError(end.code)
                 : QString::fromLatin1("The program \"%1\" does not answer as Yosys does: check OST_YOSYS")
                       .arg(wireFromBytes(job.program));
     return QString();

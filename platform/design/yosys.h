@@ -1,5 +1,4 @@
-// Runs Yosys as a child process: arguments and scripts are passed so that no file name becomes a command, time and
-// memory are limited, and the caller's idle hook is served meanwhile.
+// Runs Yosys as a child process: time, memory and output are limited, and the caller's idle hook is served meanwhile.
 #pragma once
 
 #include <QByteArray>
@@ -8,11 +7,12 @@
 #include <functional>
 
 #include "framework/ist_com_data.h"
+#include "platform/design/yosys_script.h"
 
 namespace ost {
 
 struct YosysJob {
-  QByteArray script;         ///< Yosys commands, a line each; names in it come from yosysWord().
+  YosysScript script;
   QString workingDirectory;  ///< Empty: the current one.
   int timeLimitSeconds = 600;
   qint64 memoryLimitBytes = qint64(8) << 30;
@@ -26,22 +26,12 @@ struct YosysJob {
 struct YosysResult {
   bool ok = false;
   bool cancelled = false;
-  QString error;      ///< One clear text: missing Yosys, its first error with file and line, time or memory limit.
+  QString error;      ///< One clear line: missing Yosys, its first error with file and line, a limit that was passed.
   QByteArray output;  ///< Standard output.
 };
 
 /// Runs one job to its end. The child never outlives this process.
 YosysResult runYosys(const YosysJob& job);
-
-/// `word` as one word of a Yosys script line. Null when Yosys cannot take it: it has no escapes, so control characters,
-/// a leading '-', '#', '"' or '<', a closing ';' or '\\' and a blank together with a quote are out. A word with blanks
-/// comes quoted, which Yosys understands where it takes a file name only. Patterns stay patterns: files that are read
-/// must not hold any of * ? [ {.
-QByteArray yosysWord(const QByteArray& word);
-
-/// An open file without a name, which vanishes with its descriptor; -1 with the reason in `error`. The caller closes
-/// it.
-int openScratchFile(QString& error);
 
 /// "Yosys 0.23", or empty with the reason in `error`. The program is $OST_YOSYS, else "yosys" on the PATH.
 ISTCOMDATA_API QString yosysVersion(QString& error);

@@ -1,13 +1,12 @@
 // Loads the full netlist and follows bits through the hierarchy to what drives them.
 #include "platform/insert/netlist.h"
 
-#include <unistd.h>
-
 #include <set>
 
 #include "platform/design/yosys.h"
 #include "platform/insert/netlist_private.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/system/scratch_file.h"
 
 namespace ost {
 namespace {
@@ -39,27 +38,25 @@ Netlist::Netlist() : d(new Private) {}
 Netlist::~Netlist() = default;
 
 std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& error, const std::function<bool()>& idle) {
-  const int scratch = openScratchFile(error);
-  if (scratch < 0) return nullptr;
+  ScratchFile scratch;
+  if (!scratch.open(error)) return nullptr;
   YosysJob job;
   job.script = design.elaborationScript();
-  if (!job.script.endsWith('\n')) job.script += '\n';
-  job.script += "write_json /proc/self/fd/3\n";
-  job.files = {scratch};
+  job.script.line("write_json").openFile(0);
+  job.files = {scratch.fd()};
   job.workingDirectory = design.workingDirectory();
   job.timeLimitSeconds = design.source().timeLimitSeconds;
   job.memoryLimitBytes = design.source().memoryLimitBytes;
   job.idle = idle;
   const YosysResult run = runYosys(job);
-  if (!run.ok) error = run.error;
-  std::shared_ptr<const Netlist> netlist = run.ok ? read(scratch, design.topModule(), error) : nullptr;
-  close(scratch);
-  return netlist;
+  if (run.ok) return read(scratch.fd(), design.topKey(), error);
+  error = run.error;
+  return nullptr;
 }
 
-std::shared_ptr<const Netlist> Netlist::read(int file, const QString& topModule, QString& error) {
+std::shared_ptr<const Netlist> Netlist::read(int file, const QString& topKey, QString& error) {
   std::shared_ptr<Netlist> netlist(new Netlist);
-  if (!netlist->d->text.open(file, topModule.toLatin1(), error)) return nullptr;
+  if (!netlist->d->text.open(file, topKey.toLatin1(), error)) return nullptr;
   return netlist;
 }
 

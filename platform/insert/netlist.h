@@ -32,8 +32,9 @@ class Netlist {
   /// Runs Yosys on the design's sources for the full netlist and loads it. Null with a text in `error` on failure.
   static std::shared_ptr<const Netlist> load(const Design& design, QString& error,
                                              const std::function<bool()>& idle = {});
-  /// Reads a netlist from the open file, which may then be closed. Its hierarchy must have been found free of cycles.
-  static std::shared_ptr<const Netlist> read(int file, const QString& topModule, QString& error);
+  /// Reads a netlist, whose top module has the key `topKey`, from the open file, which may then be closed. Its
+  /// hierarchy must have been found free of cycles.
+  static std::shared_ptr<const Netlist> read(int file, const QString& topKey, QString& error);
   ~Netlist();
 
   /// False when the netlist has no such bit.

@@ -117,12 +117,12 @@ bool NetlistText::readModule(JsonCursor& cursor, NetlistModule& module) {
       module.attributes = start;
       cursor.enterObject();
       while (cursor.nextMember(name)) {
-        if (name == "hdlname" && cursor.peek() == '"') {
-          cursor.readString(module.hdlName);
-          if (module.hdlName.startsWith('\\')) module.hdlName.remove(0, 1);
+        if ((name == "blackbox" || name == "whitebox") && cursor.peek() == '"') {
+          QByteArray value;
+          cursor.readString(value);
+          module.blackBox |= isSetAttribute(std::string_view(value.constData(), size_t(value.size())));
           continue;
         }
-        if (name == "blackbox" || name == "whitebox") module.blackBox = true;
         cursor.skipValue();
       }
     } else {
@@ -135,7 +135,7 @@ bool NetlistText::readModule(JsonCursor& cursor, NetlistModule& module) {
   return cursor.ok();
 }
 
-bool NetlistText::open(int file, const QByteArray& topModule, QString& error) {
+bool NetlistText::open(int file, const QByteArray& topKey, QString& error) {
   const uchar* data = nullptr;
   if (file_.open(file, QIODevice::ReadOnly, QFileDevice::DontCloseHandle) && file_.size() > 0)
     data = file_.map(0, file_.size());
@@ -170,11 +170,9 @@ bool NetlistText::open(int file, const QByteArray& topModule, QString& error) {
   }
   for (NetlistModule& module : modules_)
     for (NetlistInstance& instance : module.instances) instance.module = find(instance.type);
-  top_ = find(yosysKey(std::string_view(topModule.constData(), size_t(topModule.size()))));
-  for (size_t i = 0; top_ < 0 && i < modules_.size(); ++i)
-    if (modules_[i].hdlName == topModule) top_ = int(i);
+  top_ = find(topKey);
   if (top_ < 0) {
-    error = QStringLiteral("The netlist has no module \"%1\".").arg(QString::fromLatin1(topModule));
+    error = QStringLiteral("The netlist has no module \"%1\".").arg(QString::fromLatin1(topKey));
     return false;
   }
   return true;

@@ -50,7 +50,6 @@ struct NetlistInstance {
 
 struct NetlistModule {
   QByteArray name;
-  QByteArray hdlName;  ///< As in the source, for a module that got a name of Yosys' own; else empty.
   bool blackBox = false;
   TextSpan text;    ///< Key and value of the module: "name": { ... }
   size_t body = 0;  ///< Offset of the module's object.
@@ -63,8 +62,9 @@ struct NetlistModule {
 
 class NetlistText {
  public:
-  /// Maps the open file, which may then be closed, and reads the outline. `topModule` is spelt as in the source.
-  bool open(int file, const QByteArray& topModule, QString& error);
+  /// Maps the open file, which may then be closed, and reads the outline. `topKey` is
+  /// the top's name as the netlist writes it.
+  bool open(int file, const QByteArray& topKey, QString& error);
 
   std::string_view text() const { return text_; }
   const std::vector<NetlistModule>& modules() const { return modules_; }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "platform/design/name_index.h"
 #include "platform/istdata/wire_text.h"
 
 namespace ost {
@@ -85,7 +86,8 @@ void ProbeRouting::countInstances(const Netlist::Private& netlist) {
 }
 
 QByteArray ProbeRouting::freeModuleName(const Netlist::Private& netlist, const NetlistModule& module) {
-  const QByteArray base = (module.hdlName.isEmpty() ? module.name : module.hdlName) + "__ostrel";
+  const QByteArray source = sourceName(module.name) + "__ostrel";
+  const QByteArray base = yosysKey(std::string_view(source.constData(), size_t(source.size())));
   const QByteArray name = freeName(base, [&](const QByteArray& candidate) {
     return netlist.text.find(candidate) >= 0 || newNames_.contains(candidate);
   });

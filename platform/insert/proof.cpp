@@ -2,44 +2,33 @@
 // the debug module is followed to its source.
 #include "platform/insert/proof.h"
 
-#include <unistd.h>
+#include <errno.h>
+#include <fcntl.h>
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QSet>
 
+#include "platform/design/name_index.h"
 #include "platform/design/yosys.h"
 #include "platform/insert/module_cut.h"
 #include "platform/insert/probe_routing.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/system/files.h"
+#include "platform/system/scratch_file.h"
 
 namespace ost {
 namespace {
 
 // Both sides alike: tri-state buffers as cells of their own, memories whole, what is read twice at one address read
 // once. Nothing is cleaned away, since a net that the user's logic does not use may be probed.
-const char kNormalise[] = "proc\ntribuf -merge\nopt_merge t:$memrd t:$memrd_v2\nmemory_collect\n";
+const char kNormalise[] = "proc\ntribuf -merge\nopt_merge t:$memrd t:$memrd_v2\nmemory_collect";
 constexpr int kLeastSecondsForAModule = 5;
 
 /// A module's name in the original: Verilog escapes the names that Yosys made, and they come back with a backslash.
 QByteArray plainName(const QByteArray& name) {
   return name.startsWith("\\$") ? name.mid(1) : name;
 }
-
-/// An open file without a name.
-class ScratchFile {
- public:
-  explicit ScratchFile(QString& error) : handle_(openScratchFile(error)) {}
-  ~ScratchFile() {
-    if (handle_ >= 0) close(handle_);
-  }
-  ScratchFile(const ScratchFile&) = delete;
-  ScratchFile& operator=(const ScratchFile&) = delete;
-  int handle() const { return handle_; }
-
- private:
-  int handle_;
-};
 
 class Proof {
  public:
@@ -57,7 +46,9 @@ class Proof {
     return false;
   }
   YosysJob job() const;
-  bool readBack(const QString& what, const QByteArray& script, const QVector<int>& files, NetlistText& text);
+  bool openScratch(ScratchFile& file, const QByteArray& content);
+  bool readBack(const QString& what, const YosysScript& script, const QVector<int>& files, const QByteArray& topKey,
+                NetlistText& text);
   void noteChanges(const Netlist::Private& original);
   bool compareCells(const ModuleCut& gold, const ModuleCut& gate, bool top);
   bool comparePorts(ModuleCut& gold, ModuleCut& gate, bool top);
@@ -65,9 +56,7 @@ class Proof {
   bool proveModule(int gateModule);
   bool proveLogic(const ModuleCut& gold, const ModuleCut& gate);
   bool checkProbes();
-  QString shown(const NetlistModule& module) const {
-    return wireFromBytes(module.hdlName.isEmpty() ? plainName(module.name) : module.hdlName);
-  }
+  QString shown(const NetlistModule& module) const { return wireFromBytes(sourceName(module.name)); }
   /// The original's name of a module, whether it was made unique or not.
   QByteArray originalName(const QByteArray& name) const {
     const auto unique = originalOf_.constFind(plainName(name));
@@ -100,20 +89,27 @@ YosysJob Proof::job() const {
   return job;
 }
 
-/// Runs a script that reads one edition, normalises it and loads the result.
-bool Proof::readBack(const QString& what, const QByteArray& script, const QVector<int>& files, NetlistText& text) {
-  ScratchFile scratch(error_);
-  if (scratch.handle() < 0) return false;
+bool Proof::openScratch(ScratchFile& file, const QByteArray& content) {
+  QString reason;
+  return file.open(reason) && file.write(content, reason) ? true : fail(reason + QLatin1Char('.'));
+}
+
+/// Runs a script that reads one edition, its files from the second on, normalises it and loads the result.
+bool Proof::readBack(const QString& what, const YosysScript& script, const QVector<int>& files,
+                     const QByteArray& topKey, NetlistText& text) {
+  ScratchFile scratch;
+  if (!openScratch(scratch, QByteArray())) return false;
   YosysJob read = job();
-  read.files = QVector<int>{scratch.handle()} + files;
-  read.script = script + kNormalise + "write_json /proc/self/fd/3\n";
+  read.files = QVector<int>{scratch.fd()} + files;
+  read.script = script;
+  read.script.line(kNormalise).line("write_json").openFile(0);
   const YosysResult result = runYosys(read);
   if (result.cancelled) {
     error_ = result.error;
     return false;
   }
   if (!result.ok) return fail(QStringLiteral("cannot read %1 (%2).").arg(what, result.error));
-  return text.open(scratch.handle(), design_.topModule().toLatin1(), error_);
+  return text.open(scratch.fd(), topKey, error_);
 }
 
 void Proof::noteChanges(const Netlist::Private& original) {
@@ -234,20 +230,17 @@ bool Proof::compareRegisters(ModuleCut& gold, ModuleCut& gate) {
 }
 
 bool Proof::proveLogic(const ModuleCut& gold, const ModuleCut& gate) {
-  ScratchFile scratch(error_);
-  if (scratch.handle() < 0) return false;
-  QFile file;
-  const QByteArray json =
-      "{ \"creator\": \"ostrel\", \"modules\": {\n" + gold.json("gold") + ",\n" + gate.json("gate") + "\n} }\n";
-  if (!file.open(scratch.handle(), QIODevice::WriteOnly) || file.write(json) != json.size() || !file.flush())
-    return fail(QStringLiteral("cannot write a temporary file: %1.").arg(toWire(file.errorString())));
+  ScratchFile scratch;
+  if (!openScratch(scratch, "{ \"creator\": \"ostrel\", \"modules\": {\n" + gold.json("gold") + ",\n" +
+                                gate.json("gate") + "\n} }\n"))
+    return false;
   YosysJob prove = job();
-  prove.files = {scratch.handle()};
-  prove.script =
-      "read_json /proc/self/fd/3\n"
+  prove.files = {scratch.fd()};
+  prove.script.line("read_json").openFile(0);
+  prove.script.line(
       "async2sync\ndffunmap\n"
       "equiv_make gold gate eq\nhierarchy -top eq\n"
-      "equiv_simple -undef -short\nequiv_induct -undef\nequiv_status -assert\n";
+      "equiv_simple -undef -short\nequiv_induct -undef\nequiv_status -assert");
   const YosysResult result = runYosys(prove);
   if (result.ok) return true;
   if (result.cancelled) {
@@ -308,13 +301,15 @@ bool Proof::run(const Netlist::Private& original, const ProofFiles& files) {
   if (!routing_.build(original, plan_, error_)) return false;
   noteChanges(original);
 
-  QFile instrumented(files.instrumented), debug(files.debugModule);
-  for (QFile* file : {&instrumented, &debug})
-    if (!file->open(QIODevice::ReadOnly))
-      return fail(QStringLiteral("cannot open \"%1\": %2.").arg(toWire(file->fileName()), toWire(file->errorString())));
-  QByteArray elaboration = design_.elaborationScript();
-  if (!elaboration.endsWith('\n')) elaboration += '\n';
-  if (!readBack(QStringLiteral("the design's sources"), elaboration, {}, gold_.text)) return false;
+  Descriptor written[2];
+  for (const QString* name : {&files.instrumented, &files.debugModule}) {
+    Descriptor& file = written[name == &files.debugModule];
+    file.reset(open(QFile::encodeName(*name).constData(), O_RDONLY | O_CLOEXEC));
+    if (!file.isOpen()) return fail(QStringLiteral("cannot open \"%1\": %2.").arg(toWire(*name), systemReason(errno)));
+  }
+  const QByteArray topKey = design_.topKey().toLatin1();
+  if (!readBack(QStringLiteral("the design's sources"), design_.elaborationScript(), {}, topKey, gold_.text))
+    return false;
   // Black boxes are not in the written Verilog; their ports are known from the original.
   QByteArray boxes;
   for (const NetlistModule& module : original.text.modules()) {
@@ -322,17 +317,14 @@ bool Proof::run(const Netlist::Private& original, const ProofFiles& files) {
     const std::string_view text = original.text.text().substr(module.text.begin, module.text.end - module.text.begin);
     boxes += (boxes.isEmpty() ? "" : ",\n") + QByteArray(text.data(), int(text.size()));
   }
-  ScratchFile boxFile(error_);
-  QFile boxWriter;
-  if (boxFile.handle() < 0) return false;
-  const QByteArray boxJson = "{ \"creator\": \"ostrel\", \"modules\": {\n" + boxes + "\n} }\n";
-  if (!boxWriter.open(boxFile.handle(), QIODevice::WriteOnly) || boxWriter.write(boxJson) != boxJson.size() ||
-      !boxWriter.flush())
-    return fail(QStringLiteral("cannot write a temporary file: %1.").arg(toWire(boxWriter.errorString())));
-  const QByteArray script = QByteArray(boxes.isEmpty() ? "" : "read_json /proc/self/fd/6\n") +
-                            "read_verilog -lib /proc/self/fd/5\nread_verilog /proc/self/fd/4\nhierarchy -auto-top\n";
-  if (!readBack(QStringLiteral("the instrumented design"), script,
-                {instrumented.handle(), debug.handle(), boxFile.handle()}, gate_.text))
+  ScratchFile boxFile;
+  if (!openScratch(boxFile, "{ \"creator\": \"ostrel\", \"modules\": {\n" + boxes + "\n} }\n")) return false;
+  YosysScript script;
+  if (!boxes.isEmpty()) script.line("read_json").openFile(3);
+  script.line("read_verilog -nodpi -lib").openFile(2).line("read_verilog -nodpi").openFile(1);
+  script.line("hierarchy -auto-top");
+  if (!readBack(QStringLiteral("the instrumented design"), script, {written[0].fd(), written[1].fd(), boxFile.fd()},
+                topKey.startsWith('$') ? '\\' + topKey : topKey, gate_.text))
     return false;
 
   if (!checkProbes()) return false;

@@ -1,20 +1,24 @@
 // The passes between the instrumented netlist and its Verilog.
 #include "platform/insert/verilog_writer.h"
 
+#include <errno.h>
+#include <fcntl.h>
+
 #include <QFile>
 #include <QRegularExpression>
 #include <limits>
 
 #include "platform/design/yosys.h"
 #include "platform/istdata/wire_text.h"
+#include "platform/system/descriptor.h"
+#include "platform/system/files.h"
 
 namespace ost {
 namespace {
 
-// What Yosys notes about its own work; attributes of the user's source stay in the output.
-const char* const kBookkeeping[] = {"src",         "dynports",  "module_not_derived", "unused_bits",
-                                    "hdlname",     "full_case", "parallel_case",      "cells_not_processed",
-                                    "always_comb", "always_ff", "always_latch"};
+const char kBookkeeping[] =
+    " -unset src -unset dynports -unset module_not_derived -unset unused_bits -unset hdlname -unset full_case"
+    " -unset parallel_case -unset cells_not_processed -unset always_comb -unset always_ff -unset always_latch";
 
 /// Yosys reports no failing write: a text that does not end with a module is cut short.
 bool endsWithModule(QFile& file) {
@@ -50,27 +54,30 @@ bool inoutsAreNets(QFile& file, QString& error) {
 
 bool writeInstrumentedVerilog(const Design& design, const QString& netlist, const QString& debugModule,
                               const QString& verilog, const std::function<bool()>& idle, QString& error) {
-  QFile source(netlist), debug(debugModule), result(verilog);
-  for (QFile* file : {&source, &debug, &result}) {
-    if (file->open(QIODevice::ReadOnly)) continue;  // Yosys opens the result for writing by itself
-    error = QStringLiteral("Cannot open \"%1\": %2.").arg(toWire(file->fileName()), toWire(file->errorString()));
-    return false;
-  }
+  Descriptor files[3];
   YosysJob job;
-  job.files = {source.handle(), debug.handle(), result.handle()};
+  for (const QString* name : {&netlist, &debugModule, &verilog}) {
+    Descriptor& file = files[job.files.size()];
+    // The result is there, too: Yosys opens it for writing by itself.
+    file.reset(open(QFile::encodeName(*name).constData(), O_RDONLY | O_CLOEXEC));
+    if (!file.isOpen()) {
+      error = QStringLiteral("Cannot open \"%1\": %2.").arg(toWire(*name), systemReason(errno));
+      return false;
+    }
+    job.files.append(file.fd());
+  }
   // The user's instances stay even where nothing reads them. opt_expr -mux_bool and opt_reduce merge the write enables
   // that `proc` made one a bit; without them a memory no longer maps to block RAM. Without -keepdc a 'z' counts as any
   // value: an open-drain output would become a constant.
-  job.script =
-      "read_json /proc/self/fd/3\n"
-      "read_verilog -lib /proc/self/fd/4\n"
+  job.script.line("read_json").openFile(0).line("read_verilog -nodpi -lib").openFile(1);
+  job.script.line(
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n"
-      "setattr -unset keep @instances\n";
-  for (const char* attribute : kBookkeeping)
-    job.script += QByteArray("setattr -unset ") + attribute + "\nsetattr -mod -unset " + attribute + '\n';
-  job.script += "write_verilog /proc/self/fd/5\n";
+      "setattr -unset keep @instances");
+  // What Yosys notes about its own work goes; attributes of the user's source stay.
+  job.script.line("setattr").words(kBookkeeping).line("setattr -mod").words(kBookkeeping);
+  job.script.line("write_verilog").openFile(2);
   job.timeLimitSeconds = design.source().timeLimitSeconds;
   job.memoryLimitBytes = design.source().memoryLimitBytes;
   job.idle = idle;
@@ -79,7 +86,8 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
     error = run.error;
     return false;
   }
-  if (!endsWithModule(result)) {
+  QFile result;
+  if (!result.open(files[2].fd(), QIODevice::ReadOnly) || !endsWithModule(result)) {
     error = QStringLiteral("The instrumented design could not be written in full; is the disk full?");
     return false;
   }

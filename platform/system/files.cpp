@@ -22,9 +22,13 @@ constexpr int kWriteStep = 1 << 16;
 constexpr int kNamesTried = 100;
 const char kAccessList[] = "system.posix_acl_access";
 
-bool refuse(QString& reason, const char* text) {
-  reason = QString::fromLatin1(text);
+bool refuse(QString& reason, const QString& text) {
+  reason = text;
   return false;
+}
+
+bool refuse(QString& reason, const char* text) {
+  return refuse(reason, QString::fromLatin1(text));
 }
 
 bool refuseBySystem(QString& reason) {
@@ -36,6 +40,25 @@ const char* kindOf(const struct stat& info) {
   if (S_ISDIR(info.st_mode)) return "it is a folder";
   if (S_ISFIFO(info.st_mode)) return "it is a FIFO, not a regular file";
   return "it is not a regular file";
+}
+
+QString tooLarge(qint64 mostBytes) {
+  return mostBytes < 1 << 20 ? QString::fromLatin1("it is larger than %1 bytes").arg(mostBytes)
+                             : QString::fromLatin1("it is larger than %1 MB").arg(mostBytes >> 20);
+}
+
+/// A regular file, or nothing with the reason.
+Descriptor openToRead(const QString& file, struct stat& info, QString& reason) {
+  // Without waiting: a FIFO that nobody writes must not hold up the program.
+  Descriptor source(open(QFile::encodeName(file).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!source.isOpen() || fstat(source.fd(), &info) != 0) {
+    refuse(reason, errno == ENXIO ? QString::fromLatin1("it is not a regular file") : systemReason(errno));  // a socket
+    source.reset();
+  } else if (!S_ISREG(info.st_mode)) {
+    refuse(reason, kindOf(info));
+    source.reset();
+  }
+  return source;
 }
 
 /// A file that goes away again when it is not kept.
@@ -94,10 +117,6 @@ bool keepProtection(int fresh, const QByteArray& old, const struct stat& info, Q
   if (size > 0 && fsetxattr(fresh, kAccessList, list, size_t(size), 0) != 0)
     return refuse(reason, "its access list cannot be kept");
   return true;
-}
-
-QString shownSize(qint64 bytes) {
-  return bytes < 1 << 20 ? QString::fromLatin1("%1 bytes").arg(bytes) : QString::fromLatin1("%1 MB").arg(bytes >> 20);
 }
 
 bool writeInto(const QByteArray& special, const QByteArray& bytes, QString& reason) {
@@ -198,13 +217,27 @@ bool writeAll(int fd, const char* bytes, qint64 count) {
   return true;
 }
 
+Descriptor openRegular(const QString& file, qint64 mostBytes, QString& reason) {
+  struct stat info;
+  Descriptor source = openToRead(file, info, reason);
+  char byte;
+  ssize_t count = 0;
+  bool good = source.isOpen();
+  if (good && info.st_size > mostBytes) good = refuse(reason, tooLarge(mostBytes));
+  if (good && info.st_size == 0) {
+    do count = pread(source.fd(), &byte, 1, 0);
+    while (count < 0 && errno == EINTR);
+    if (count < 0) good = refuseBySystem(reason);
+    if (count > 0) good = refuse(reason, "it is not a regular file");
+  }
+  return good ? std::move(source) : Descriptor();
+}
+
 bool readFile(const QString& file, qint64 mostBytes, QByteArray& bytes, QString& reason) {
   bytes.clear();
-  // Without waiting: a FIFO that nobody writes must not hold up the program.
-  const Descriptor source(open(QFile::encodeName(file).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (source.isOpen()) return readOpenFile(source.fd(), mostBytes, bytes, reason);
-  if (errno == ENXIO) return refuse(reason, "it is not a regular file");  // a socket
-  return refuseBySystem(reason);
+  struct stat info;
+  const Descriptor source = openToRead(file, info, reason);
+  return source.isOpen() && readOpenFile(source.fd(), mostBytes, bytes, reason);
 }
 
 bool readOpenFile(int fd, qint64 mostBytes, QByteArray& bytes, QString& reason) {
@@ -212,23 +245,18 @@ bool readOpenFile(int fd, qint64 mostBytes, QByteArray& bytes, QString& reason) 
   struct stat info;
   if (fstat(fd, &info) != 0) return refuseBySystem(reason);
   if (!S_ISREG(info.st_mode)) return refuse(reason, kindOf(info));
-  const auto refuseSize = [&] {
-    bytes.clear();
-    reason = QString::fromLatin1("it is larger than %1").arg(shownSize(mostBytes));
-    return false;
-  };
-  if (info.st_size > mostBytes) return refuseSize();
+  if (info.st_size > mostBytes) return refuse(reason, tooLarge(mostBytes));
   qint64 size = 0;
   bytes.resize(int(info.st_size ? info.st_size + 1 : qMin(mostBytes + 1, kReadStep)));
   for (;;) {
     const ssize_t count = read(fd, bytes.data() + size, size_t(bytes.size() - size));
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) {
+    if (count > 0) size += count;
+    const bool failed = count < 0 && !refuseBySystem(reason);
+    if (failed || (size > mostBytes && !refuse(reason, tooLarge(mostBytes)))) {
       bytes.clear();
-      return refuseBySystem(reason);
+      return false;
     }
-    size += count;
-    if (size > mostBytes) return refuseSize();
     if (count == 0) break;
     if (size == bytes.size()) bytes.resize(int(qMin(mostBytes + 1, size + qMax(size, kReadStep))));
   }

@@ -41,6 +41,10 @@ class FileWriter final : public QIODevice {
 /// Whether there is a current folder: one that was removed stays a process' own, and relative names mean nothing then.
 bool hasCurrentFolder();
 
+/// Opens a regular file of at most `mostBytes` to be read in pieces, without waiting for a FIFO. Refused are also files
+/// that are longer than they claim to be, as those in /proc are, whose end may never come. Closed on failure.
+Descriptor openRegular(const QString& file, qint64 mostBytes, QString& reason);
+
 /// Reads a regular file of at most `mostBytes`. What is none (a FIFO, a device, a folder) is refused without waiting
 /// for it, and a file that is longer than it claims to be, as those in /proc are, is read up to the limit and then
 /// refused.

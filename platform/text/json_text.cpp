@@ -9,6 +9,7 @@
 #include <QJsonObject>
 #include <vector>
 
+#include "platform/text/json_memory.h"
 #include "platform/text/names.h"
 #include "platform/text/wire_text.h"
 
@@ -81,7 +82,7 @@ bool parseJson(const QByteArray& json, QJsonValue& value, JsonTextFault& fault) 
   const int mark = json.startsWith("\xef\xbb\xbf") ? 3 : 0;
   Builder builder;
   rapidjson::MemoryStream stream(json.constData() + mark, std::size_t(json.size() - mark));
-  rapidjson::Reader reader;
+  rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator> reader;
   const rapidjson::ParseResult result =
       reader.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(stream, builder);
   if (!result.IsError()) {

@@ -26,5 +26,12 @@ inline QString fileFromWire(const QString& wire) {
 inline QString wireFromFile(const QString& file) {
   return QString::fromLatin1(QFile::encodeName(file));
 }
+/// For texts that quote what was read: control characters become '?'.
+inline QString oneLine(QString text) {
+  for (QChar& c : text)
+    if (c.unicode() < 32 || c.unicode() == 127) c = QLatin1Char('?');
+  return text;
+}
+
 
 }  // namespace ost

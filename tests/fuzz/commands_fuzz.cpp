@@ -132,6 +132,10 @@ class Commands : public Driver {
   std::size_t run(Random& random) override {
     must("catch {ost_project close -force}");
     must("catch {file delete -force {*}[glob -nocomplain *.ost *_debug sub/* ../*.ost]}");
+    // A name that the sources give themselves, behind which a script would go on.
+    static const auto names =
+        words("~top~top\\n!touch pwned~top ; exec -- touch pwned~top;~\\n\\n!touch pwned\\n~top\\\\");
+    design_ = QByteArray(kDesign).replace("(* ostrel", ("(* hdlname = \"" + random.pick(names) + "\", ostrel").c_str());
     readDesign();
     must("ost_project new; ost_core add c1");
     if (!random.oneIn(4))
@@ -158,7 +162,7 @@ class Commands : public Driver {
       const std::string after = listings();
       expect(before == after, "saved and opened again\n" + before + "\nis\n" + after);
     }
-    expect(access("pwned", F_OK) != 0, "a word reached a shell");
+    expect(access("pwned", F_OK) != 0, "a text reached a shell");
     return bytes;
   }
 
@@ -199,7 +203,7 @@ class Commands : public Driver {
   /// Writes the sources afresh, since a project may have been saved over them.
   void readDesign() {
     const QByteArray other = "module top(input clk, output reg done); always @(posedge clk) done <= !done; endmodule\n";
-    for (const auto& [name, text] : {std::pair<const char*, QByteArray>{"top.v", kDesign}, {"other.v", other}}) {
+    for (const auto& [name, text] : {std::pair<const char*, QByteArray>{"top.v", design_}, {"other.v", other}}) {
       QFile file(name);
       expect(file.open(QIODevice::WriteOnly) && file.write(text) == text.size(), "cannot write the design");
     }
@@ -310,6 +314,7 @@ class Commands : public Driver {
   }
 
   QTemporaryDir folder_;
+  QByteArray design_;
   Tcl_Interp* interp_;
   std::string console_, result_;
 };

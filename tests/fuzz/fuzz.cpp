@@ -91,7 +91,9 @@ std::vector<std::string> words(const std::string& text) {
 std::string mutated(std::string text, Random& random) {
   static const auto tokens = words(
       "~-1~0~4294967296~2147483647~-2147483648~99999999999999999999~1e999~0.5~null~true~\"\"~{}~[]~[[~}~]~,~:~\"~\\"
-      "~\\u0000~\\ud800~\"x\"~\"z\"~\xff~\xc3~/~..~&~!~->~*65537~(~)~ ~\n~-f ~+incdir+~$~//~\"modules\"~\"bits\"");
+      "~\\u0000~\\ud800~\"x\"~\"z\"~\xff~\xc3~/~..~&~!~->~*65537~(~)~ ~\n~-f "
+      "~+incdir+~$~//~\"modules\"~\"bits\"~\\n!touch pwned\\n"
+      "~top\\n!touch pwned~ ; exec -- touch pwned~;");
   static const char* const digits = "0123456789";
   for (std::size_t count = 1 + random.below(4); count > 0; --count) {
     const std::size_t at = random.below(text.size() + 1), how = random.below(9);
@@ -119,7 +121,8 @@ std::string mutated(std::string text, Random& random) {
 std::string hostileWord(Random& random) {
   static const auto hostile = words(
       "~~ ~-~--~-core~-name~=~{~}~{a~a}b~\"~\\~\\a ~$(touch pwned)~`touch pwned`~; exec touch pwned~[exec touch pwned]"
-      "~|touch pwned~../x~..~.~a/../b~\n~a\nb~%s%n~*~?~-1~2147483648~1e9~0x10~99999999999999999999~caf\xc3\xa9~\xc2\x85"
+      "~|touch pwned~top\n!touch pwned~top ; exec -- touch pwned~!touch "
+      "pwned~../x~..~.~a/../b~\n~a\nb~%s%n~*~?~-1~2147483648~1e9~0x10~99999999999999999999~caf\xc3\xa9~\xc2\x85"
       "~\xed\xa0\x80~\xc0\x80~state[~state[]~state[99999999999]~state[1:]~<1>~<>~BUS1<0>~/~//~u1/~\\u1/cnt ~\x01\x7f"
       "~module");
   std::string word = random.pick(hostile);

@@ -1,4 +1,7 @@
 // Yosys JSON netlists from strangers: nothing in them is trusted, and what is wrong is said.
+#include <sys/resource.h>
+
+#include "platform/design/design_session.h"
 #include "tests/unit/read_design.h"
 
 namespace ost {
@@ -28,6 +31,9 @@ TEST(NetlistFile, that_is_no_netlist_is_refused_with_the_reason) {
       {"", "not a usable Yosys JSON netlist"},
       {"{\"modules\":{\"m\":1}}", "a module is not an object"},
       {"{\"modules\":{\"m\":{},\"m\":{}}}", "a module stands twice"},
+      {"{\"modules\":{\"m ; !id\":{}}}", "a module's name is empty, or holds a blank"},
+      {moduleWith("\"cells\":{\"c\":{\"type\":\"x\\n!id\"}}"), "a cell's \"type\" holds a blank"},
+      {"{\"modules\":{\"x;\":{}}}", "\"x;\" cannot be the name of the top module"},
       {"{\"modules\":{\"m\":{}}} x", "at byte 21"},
       {QByteArray("{\"a\":").repeated(100), "deeper than 64"},
       {moduleWith("\"netnames\":{\"n\":[2]}"), "a list stands where an object was expected"},
@@ -50,6 +56,31 @@ TEST(NetlistFile, that_is_no_netlist_is_refused_with_the_reason) {
   }
 }
 
+TEST(NetlistFile, attributes_rename_nothing_and_hide_only_what_Yosys_hides) {
+  const struct {
+    const char* attributes;
+    bool seen;
+  } table[] = {{"\"blackbox\":\"0000\",\"hdlname\":\"other\"", true},
+               {"\"whitebox\":0", true},
+               {"\"blackbox\":\"0010\"", false},
+               {"\"whitebox\":\"no\"", false},
+               {"\"blackbox\":1", false}};
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.attributes);
+    QString error;
+    const auto design =
+        readDesign(sourceOf({Scratch().write("a.json", "{\"modules\":{\"$paramod\\\\t\\\\W=3\":{\"attributes\":{" +
+                                                           QByteArray(row.attributes) +
+                                                           "},\"netnames\":{\"n\":{\"bits\":[2]}}}}}")}),
+                   error);
+    ASSERT_EQ(design != nullptr, row.seen) << plain(error);
+    if (!row.seen) continue;
+    EXPECT_TRUE(design->exists("n"));
+    EXPECT_EQ(design->topModule(), "t");
+    EXPECT_EQ(design->topKey(), "$paramod\\t\\W=3");
+  }
+}
+
 TEST(NetlistFile, whose_instances_explode_is_counted_without_being_expanded) {
   // Each of 100 levels holds the next one twice: 2^100 nets, in 101 modules.
   QByteArray text = "{\"modules\":{";
@@ -63,6 +94,27 @@ TEST(NetlistFile, whose_instances_explode_is_counted_without_being_expanded) {
   // A name that could be split in very many ways ends all the same.
   EXPECT_FALSE(design->exists(QString("a/").repeated(150) + "missing"));
 }
+
+#ifndef __SANITIZE_ADDRESS__  // whose own address space is beyond any limit
+TEST(NetlistFile, that_does_not_fit_into_memory_leaves_the_design_before) {
+  Scratch scratch;
+  DesignSession& session = DesignSession::instance();
+  QString error;
+  ASSERT_TRUE(session.read(sourceOf({scratch.write("small.json", "{\"modules\":{\"m\":{}}}")}), error)) << plain(error);
+  const QString file = scratch.write("string.json", "{\"creator\":\"" + QByteArray(100 << 20, 'x') + "\"}");
+  rlimit before;
+  getrlimit(RLIMIT_AS, &before);
+  QFile pages("/proc/self/statm");
+  ASSERT_TRUE(pages.open(QIODevice::ReadOnly));
+  const rlim_t inUse = pages.readAll().split(' ').first().toULongLong() * rlim_t(sysconf(_SC_PAGESIZE));
+  const rlimit low{inUse + (48 << 20), before.rlim_max};
+  setrlimit(RLIMIT_AS, &low);
+  EXPECT_THROW(session.read(sourceOf({file}), error), std::bad_alloc);
+  setrlimit(RLIMIT_AS, &before);
+  EXPECT_TRUE(!session.isReading() && session.design() && session.design()->topModule() == "m");
+  session.close();
+}
+#endif
 
 TEST(NetlistFile, top_is_the_option_then_the_attribute) {
   Scratch scratch;

@@ -1,7 +1,11 @@
 // Sources as users and strangers name them: hostile file names, lists, macros, black boxes, errors and changes.
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <QDir>
 
 #include "platform/design/file_list.h"
+#include "platform/design/source_stamp.h"
 #include "platform/design/yosys.h"
 #include "tests/unit/read_design.h"
 
@@ -36,6 +40,8 @@ TEST(Sources, with_hostile_file_names_are_files_and_never_commands) {
 
 TEST(Sources, that_cannot_be_read_give_one_text_with_the_way_out) {
   Scratch scratch;
+  const QString fifo = scratch.path("fifo");
+  for (const char* suffix : {"", ".json"}) mkfifo((fifo + suffix).toLatin1().constData(), 0600);
   const QString good = scratch.write("good.v", "module t; wire n; gone u(); endmodule\n");
   const struct {
     QStringList files;
@@ -45,6 +51,9 @@ TEST(Sources, that_cannot_be_read_give_one_text_with_the_way_out) {
       {{}, "", "", "No source file"},
       {{scratch.path("")}, "", "", "it is a folder"},
       {{"/dev/zero"}, "", "", "not a regular file"},
+      {{"/proc/self/status"}, "", "", "not a regular file"},  // its size is none, its content is not
+      {{fifo}, "", "", "it is a FIFO"},
+      {{fifo + ".json"}, "", "", "it is a FIFO"},
       {{good, scratch.write("x.json", "{}")}, "", "", "give it alone"},
       {{scratch.write("empty.v", "// nothing\n")}, "", "", "declare no module"},
       {{good}, "", "other", "The module \"gone\" is not defined: add the file"},
@@ -89,7 +98,8 @@ TEST(Sources, take_macros_black_boxes_and_both_languages_and_are_elaborated_agai
     EXPECT_FALSE(design->exists("h/a") || design->resolve("h", net, error));
     EXPECT_TRUE(has(error, "black box"));
     YosysJob job;
-    job.script = design->elaborationScript() + "tee -o /dev/stdout dump t/l t/h\n";
+    job.script = design->elaborationScript();
+    job.script.line("tee -o /dev/stdout dump t/l t/h");
     job.workingDirectory = design->workingDirectory();
     const QString dump = runYosys(job).output;
     EXPECT_TRUE(has(dump, "cell \\LUT \\l") && has(dump, "parameter signed \\INIT 5") && has(dump, "\\W 3"));
@@ -118,6 +128,30 @@ TEST(Sources, changes_make_a_design_stale_and_a_touch_does_not) {
   EXPECT_TRUE(design->isStale());
 }
 
+TEST(Sources, that_change_without_another_size_or_time_have_changed) {
+  Scratch scratch;
+  const QString file = scratch.write("a.v", "wire a;");
+  const QByteArray name = file.toLatin1();
+  timespec times[2] = {{1000000000, 0}, {1000000000, 0}};
+  for (int i = 0; i < 40; ++i) {
+    const char* texts[] = {"wire b;", "wire a;"};
+    utimensat(AT_FDCWD, name.constData(), times, 0);
+    SourceStamp stamp = SourceStamp::take(file);
+    EXPECT_TRUE(stamp.holds());
+    scratch.write("a.v", texts[i % 2]);
+    utimensat(AT_FDCWD, name.constData(), times, 0);
+    EXPECT_FALSE(stamp.holds());
+  }
+  // A stamp that is as young as the file may have been taken before a last change that left all times alike.
+  for (const bool young : {true, false}) {
+    SourceStamp stamp = SourceStamp::take(file);
+    stamp.hash = "of what stood there before";
+    stamp.taken = stamp.changed + (young ? 0 : qint64(3) * 1000000000);
+    EXPECT_EQ(stamp.holds(), !young);
+  }
+  EXPECT_FALSE(SourceStamp::take(file, SourceStamp::now() - qint64(60) * 1000000000).holds());  // since it was read
+}
+
 TEST(FileList, holds_files_folders_macros_and_other_lists_or_names_the_bad_line) {
   Scratch scratch;
   ASSERT_TRUE(QDir(scratch.folder.path()).mkdir("sub"));
@@ -140,11 +174,13 @@ TEST(FileList, holds_files_folders_macros_and_other_lists_or_names_the_bad_line)
              {"-f\n", ":1: -f wants"},
              {"-f l13.f\n", "nested deeper than 16"},
              {"-f l0.f\n", "one file list too many"},  // each names the next one twice: 2^13 readings in the end
-             {"-f none.f\n", "Cannot read the file list"}};
+             {"-f none.f\n", "Cannot read the file list"},
+             {"-f fifo\n", "it is a FIFO"}};
   for (int i = 0; i < 12; ++i)
     scratch.write(QString("l%1.f").arg(i).toLatin1(), QString("-f l%1.f -f l%1.f").arg(i + 1).toLatin1());
   scratch.write("l12.f", "a.v");
   scratch.write("l13.f", "-f l13.f");
+  mkfifo(scratch.path("fifo").toLatin1().constData(), 0600);
   for (const auto& row : bad) {
     FileListContent rest;
     error.clear();

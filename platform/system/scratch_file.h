@@ -1,0 +1,26 @@
+// An open file without a name, for what another program is to read or write.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include "platform/system/descriptor.h"
+
+namespace ost {
+
+/// Lies in the folder for temporary files and vanishes with the object. A `reason` is one clear text that names the
+/// folder and the system's reason.
+class ScratchFile {
+ public:
+  bool open(QString& reason);
+  /// Fills the file, which is new, and goes back to its beginning.
+  bool write(const QByteArray& bytes, QString& reason);
+  /// False when nothing more can be written: what another program wrote may then be cut short.
+  bool hasRoom(QString& reason) const;
+  int fd() const { return file_.fd(); }
+
+ private:
+  Descriptor file_;
+};
+
+}  // namespace ost
