@@ -208,7 +208,7 @@ const ModuleIndex::NetObject& ModuleIndex::object(const Net& net) const {
   const auto known = wideNets_.find(&net);
   if (known != wideNets_.end()) return known->second;
   narrowNet_ = readObject(net);
-  return narrowNet_.bits.size() < kWideNet ? narrowNet_ : wideNets_[&net] = narrowNet_;
+  return narrowNet_.bits.size() < kWideNet ? narrowNet_ : wideNets_.emplace(&net, narrowNet_).first->second;
 }
 
 bool ModuleIndex::netBits(const QByteArray& net, QVector<int>& bits) const {
@@ -235,15 +235,16 @@ TextSpan ModuleIndex::netBitsSpan(const QByteArray& net) const {
 bool ModuleIndex::nameOf(int bit, QByteArray& net, int& position) const {
   if (isConstantBit(bit)) return false;
   if (nameOfBit_.empty()) {
-    nameOfBit_.resize(size_t(highestBit_) + 1);
+    std::vector<NameOfBit> names(size_t(highestBit_) + 1);
     for (size_t i = 0; i < nets_.size(); ++i) {
       const QVector<int> bits = readObject(nets_[i]).bits;
       for (int at = 0; at < bits.size(); ++at) {
         if (isConstantBit(bits[at])) continue;
-        NameOfBit& known = nameOfBit_[size_t(bits[at])];
+        NameOfBit& known = names[size_t(bits[at])];
         if (known.net == 0 || (nets_[size_t(known.net) - 1].hidden && !nets_[i].hidden)) known = {int(i) + 1, at};
       }
     }
+    nameOfBit_.swap(names);
   }
   if (size_t(bit) >= nameOfBit_.size() || nameOfBit_[size_t(bit)].net == 0) return false;
   const NameOfBit& found = nameOfBit_[size_t(bit)];

@@ -79,7 +79,8 @@ const KnownCell& Netlist::Private::cell(size_t offset, int module) const {
     smallCell.outputs.add(0, smallCell.connections.ports.value("RD_DATA"));
   }
   smallCell.outputs.sort();
-  return smallCell.connections.end - offset < kLargeCell ? smallCell : largeCells[offset] = smallCell;
+  return smallCell.connections.end - offset < kLargeCell ? smallCell
+                                                         : largeCells.emplace(offset, smallCell).first->second;
 }
 
 bool Netlist::Private::findInstance(const QString& path, PlacedBit& place) const {
