@@ -21,7 +21,8 @@ if(OST_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${OST_CCACHE})
 endif()
 
-# A name that nothing defines is an error of the build, not of the first `package require`.
-if(NOT OST_SANITIZE)
+# A name that nothing defines is an error of the build, not of the first `package require`; only a host that is not at
+# hand can define its own.
+if(NOT OST_SANITIZE AND (OST_PLATFORM OR OST_HOST_LIBRARIES))
   add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>:LINKER:-z,defs>)
 endif()
