@@ -140,7 +140,14 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
       !folder_.store(verilog_, error_))
     return false;
   if (request_.proveEquivalence && !prove(netlist)) return false;
-  if (!folder_.write(QStringLiteral("capture_map.json"), captureMapJson(plan_), error_)) return false;
+  const QByteArray map = captureMapJson(plan_);
+  if (map.size() > kMaxCaptureMapBytes) {
+    error_ = QStringLiteral("The capture map would have %1 MB, and at most %2 MB can be read; trace fewer bits.")
+                 .arg(map.size() >> 20)
+                 .arg(kMaxCaptureMapBytes >> 20);
+    return false;
+  }
+  if (!folder_.write(QStringLiteral("capture_map.json"), map, error_)) return false;
   if (!folder_.write(QStringLiteral("files.f"), fileList(), error_)) return false;
   if (!serve() || !folder_.commit(error_)) return false;
   sayBlackBoxes(data);

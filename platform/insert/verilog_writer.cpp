@@ -58,8 +58,7 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   YosysJob job;
   for (const QString* name : {&netlist, &debugModule, &verilog}) {
     Descriptor& file = files[job.files.size()];
-    // The result is there, too: Yosys opens it for writing by itself.
-    file.reset(open(QFile::encodeName(*name).constData(), O_RDONLY | O_CLOEXEC));
+    file.reset(open(QFile::encodeName(*name).constData(), (name == &verilog ? O_RDWR : O_RDONLY) | O_CLOEXEC));
     if (!file.isOpen()) {
       error = QStringLiteral("Cannot open \"%1\": %2.").arg(toWire(*name), systemReason(errno));
       return false;
@@ -86,12 +85,18 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
     error = run.error;
     return false;
   }
+  const auto cutShort = [&error] {
+    error = QStringLiteral("The instrumented design could not be written in full: %1.").arg(systemReason(errno));
+    return false;
+  };
+  if (!hasRoom(files[2].fd())) return cutShort();
   QFile result;
-  if (!result.open(files[2].fd(), QIODevice::ReadOnly) || !endsWithModule(result)) {
+  if (!result.open(files[2].fd(), QIODevice::ReadOnly)) return cutShort();
+  if (!endsWithModule(result)) {
     error = QStringLiteral("The instrumented design could not be written in full; is the disk full?");
     return false;
   }
-  return inoutsAreNets(result, error);
+  return inoutsAreNets(result, error) && (files[2].close() || cutShort());
 }
 
 QSet<QByteArray> definedModules(const QByteArray& verilog) {

@@ -217,6 +217,24 @@ bool writeAll(int fd, const char* bytes, qint64 count) {
   return true;
 }
 
+bool hasRoom(int fd) {
+  struct stat before;
+  static const char block[4096] = {};
+  if (fstat(fd, &before) != 0) return false;
+  for (qint64 at = before.st_size, end = at + qint64(sizeof block); at < end;) {
+    const ssize_t count = pwrite(fd, block, size_t(end - at), at);
+    if (count < 0 && errno == EINTR) continue;
+    if (count == 0) errno = ENOSPC;
+    if (count <= 0) {
+      const int code = errno;
+      if (ftruncate(fd, before.st_size) == 0) errno = code;
+      return false;
+    }
+    at += count;
+  }
+  return ftruncate(fd, before.st_size) == 0;
+}
+
 Descriptor openRegular(const QString& file, qint64 mostBytes, QString& reason) {
   struct stat info;
   Descriptor source = openToRead(file, info, reason);

@@ -16,6 +16,10 @@ QString systemReason(int code);
 /// Writes all bytes, however often the system takes only some. False with errno.
 bool writeAll(int fd, const char* bytes, qint64 count);
 
+/// False, with errno, when nothing can be added to a file that is open for writing: what another program wrote into it may
+/// then be cut short without a word of that program.
+bool hasRoom(int fd);
+
 /// Makes the disk store what was written, and closes. False with errno. (Some special files cannot be stored: no
 /// fault.)
 bool storeAndClose(Descriptor& file);

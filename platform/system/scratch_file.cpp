@@ -4,7 +4,6 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <stdlib.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QDir>
@@ -41,17 +40,7 @@ bool ScratchFile::write(const QByteArray& bytes, QString& reason) {
 }
 
 bool ScratchFile::hasRoom(QString& reason) const {
-  struct stat before;
-  static const char block[4096] = {};
-  if (fstat(fd(), &before) != 0) return refuse(reason, "read");
-  for (qint64 at = before.st_size, end = at + qint64(sizeof block); at < end;) {
-    const ssize_t count = pwrite(fd(), block, size_t(end - at), at);
-    if (count < 0 && errno == EINTR) continue;
-    if (count == 0) errno = ENOSPC;
-    if (count <= 0) return refuse(reason, "write");
-    at += count;
-  }
-  return ftruncate(fd(), before.st_size) == 0 ? true : refuse(reason, "write");
+  return ost::hasRoom(fd()) ? true : refuse(reason, "write");
 }
 
 }  // namespace ost

@@ -15,7 +15,7 @@ class ScratchFile {
   bool open(QString& reason);
   /// Fills the file, which is new, and goes back to its beginning.
   bool write(const QByteArray& bytes, QString& reason);
-  /// False when nothing more can be written: what another program wrote may then be cut short.
+  /// False when what another program wrote may be cut short.
   bool hasRoom(QString& reason) const;
   int fd() const { return file_.fd(); }
 
