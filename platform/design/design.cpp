@@ -13,9 +13,9 @@
 #include "platform/design/source_plan.h"
 #include "platform/design/source_stamp.h"
 #include "platform/design/yosys.h"
-#include "platform/istdata/wire_text.h"
 #include "platform/system/files.h"
 #include "platform/system/scratch_file.h"
+#include "platform/text/byte_text.h"
 #include "platform/text/near_names.h"
 
 namespace ost {
@@ -147,7 +147,7 @@ bool Design::Private::loadNetlist(QString& error) {
       !index.complete(source.top.toLatin1(), error))
     return false;
   if (YosysScript::isName(yosysId(top().key))) return true;
-  error = QString::fromLatin1("\"%1\" cannot be the name of the top module").arg(wireFromBytes(top().key));
+  error = QString::fromLatin1("\"%1\" cannot be the name of the top module").arg(textFromBytes(top().key));
   return false;
 }
 
@@ -170,7 +170,7 @@ bool Design::Private::loadVerilog(QString& error, const std::function<bool()>& i
   job.dependencyFile = 1;
   const YosysResult result = runYosys(job);
   if (!result.ok) {
-    error = explain(wireFromBytes(plan->inUsersWords(result.error.toLatin1())), source);
+    error = explain(textFromBytes(plan->inUsersWords(result.error.toLatin1())), source);
     return false;
   }
   if (!readNameIndex(netlist.fd(), QString::fromLatin1("the netlist made by Yosys"), index, error)) {
@@ -181,7 +181,7 @@ bool Design::Private::loadVerilog(QString& error, const std::function<bool()>& i
   }
   if (!index.complete(QByteArray(), error)) return false;
   for (const QByteArray& type : qAsConst(index.unknownTypes)) {
-    const QString name = wireFromBytes(type);
+    const QString name = textFromBytes(type);
     if (source.blackBoxes.contains(name)) continue;
     error = QString::fromLatin1(
                 "The module \"%1\" is not defined: add the file that declares it, or take it as a black box with "
@@ -262,10 +262,10 @@ QString Design::workingDirectory() const {
 }
 
 QString Design::topModule() const {
-  return wireFromBytes(sourceName(d->top().key));
+  return textFromBytes(sourceName(d->top().key));
 }
 QString Design::topKey() const {
-  return wireFromBytes(d->top().key);
+  return textFromBytes(d->top().key);
 }
 
 const DesignRoles& Design::roles() const {
@@ -298,23 +298,23 @@ bool Design::resolve(const QString& name, NetSelection& selection, QString& erro
     hit.right = net.upto ? qint32(last) : net.offset;
   }
   NetSelection found;
-  found.instancePath = wireFromBytes(joinPath(d->index, hit.path));
-  found.module = wireFromBytes(hit.module->key);
-  found.net = wireFromBytes(yosysKey(d->index.view(net.name)));
+  found.instancePath = textFromBytes(joinPath(d->index, hit.path));
+  found.module = textFromBytes(hit.module->key);
+  found.net = textFromBytes(yosysKey(d->index.view(net.name)));
   const qint32 step = hit.left <= hit.right ? 1 : -1;
   for (qint64 index = hit.left;; index += step) {
     const qint64 place = index - net.offset;
     found.bits.append(int(net.upto ? net.width - 1 - place : place));
     found.bitNames.append(
-        wireFromBytes(d->fullName(hit, net.width == 1 ? QByteArray() : '[' + QByteArray::number(index) + ']')));
+        textFromBytes(d->fullName(hit, net.width == 1 ? QByteArray() : '[' + QByteArray::number(index) + ']')));
     if (index == hit.right) break;
   }
   found.isVector = found.bits.size() > 1;
   if (found.bits.size() == net.width && net.width > 1) {
-    found.canonicalName = wireFromBytes(d->fullName(hit, QByteArray()));
+    found.canonicalName = textFromBytes(d->fullName(hit, QByteArray()));
   } else if (found.isVector) {
     found.canonicalName =
-        wireFromBytes(d->fullName(hit, '[' + QByteArray::number(hit.left) + ':' + QByteArray::number(hit.right) + ']'));
+        textFromBytes(d->fullName(hit, '[' + QByteArray::number(hit.left) + ':' + QByteArray::number(hit.right) + ']'));
   } else {
     found.canonicalName = found.bitNames.first();
   }
@@ -358,7 +358,7 @@ void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const 
         } else {
           name = (path.isEmpty() ? path : path + '/') + d->index.bytes(net.name);
         }
-        if (!visit(NetName{wireFromBytes(name), net.width})) return;
+        if (!visit(NetName{textFromBytes(name), net.width})) return;
       }
     }
     if (level.nextInstance < level.module->instances.size()) {
@@ -376,7 +376,7 @@ void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const 
 
 QStringList Design::dependencies() const {
   QStringList names;
-  for (const SourceStamp& stamp : d->stamps) names.append(wireFromFile(stamp.file));
+  for (const SourceStamp& stamp : d->stamps) names.append(textFromFile(stamp.file));
   return names;
 }
 
@@ -405,7 +405,7 @@ QStringList instancePathKeys(const QString& instancePath) {
     const bool escaped = path[at] == '\\';
     const int end = path.indexOf(escaped ? ' ' : '/', at);
     const QByteArray name = path.mid(at + escaped, (end < 0 ? path.size() : end) - at - escaped);
-    keys.append(wireFromBytes(yosysKey(std::string_view(name.constData(), size_t(name.size())))));
+    keys.append(textFromBytes(yosysKey(std::string_view(name.constData(), size_t(name.size())))));
     at = end < 0 ? path.size() : end + 1 + escaped;
   }
   return keys;

@@ -15,7 +15,7 @@
 
 namespace ost {
 
-/// What `ost_design read` was told. File names are wire text as typed.
+/// What `ost_design read` was told. File names are byte text as typed.
 struct DesignSource {
   QStringList files;      ///< Verilog, SystemVerilog (.sv, .svh) or one Yosys JSON netlist, in order.
   QStringList fileLists;  ///< Names of file lists, read after `files`.
@@ -87,7 +87,7 @@ class ISTCOMDATA_API Design {
   /// Calls `visit` for every net of the hierarchy in a stable order until it returns false.
   void forEachNet(const std::function<bool(const NetName&)>& visit) const;
 
-  /// Names (wire text) of all files that took part, include files among them where Yosys tells them.
+  /// Names (byte text) of all files that took part, include files among them where Yosys tells them.
   QStringList dependencies() const;
   /// True when one of dependencies() has changed since the design was read.
   bool isStale() const;

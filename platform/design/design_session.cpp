@@ -3,7 +3,7 @@
 
 #include <QDir>
 
-#include "platform/istdata/wire_text.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 
@@ -71,7 +71,7 @@ bool DesignSession::read(const DesignSource& source, QString& error, const std::
 
 bool DesignSession::readFromEnvironment(QString& error) {
   if (d->design) return true;
-  const QString name = wireFromBytes(qgetenv("OST_DESIGN"));
+  const QString name = textFromBytes(qgetenv("OST_DESIGN"));
   if (name.isEmpty()) {
     error = QString::fromLatin1(
         "No design is loaded: read one with \"ost_design read FILE...\" (package ost_platform), or name a file list or "

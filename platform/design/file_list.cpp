@@ -1,8 +1,8 @@
 // Reads file lists; see the header for their grammar.
 #include "platform/design/file_list.h"
 
-#include "platform/istdata/wire_text.h"
 #include "platform/system/files.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -42,7 +42,7 @@ class Reader {
   bool read(const QString& list, QString& error, int nesting) {
     QByteArray content;
     QString problem;
-    if (!readFile(fileFromWire(list), kMaxListBytes, content, problem)) {
+    if (!readFile(fileFromText(list), kMaxListBytes, content, problem)) {
       error = QString::fromLatin1("Cannot read the file list \"%1\": %2").arg(list, problem);
       return false;
     }
@@ -75,7 +75,7 @@ class Reader {
 
  private:
   QString absolute(const QByteArray& name, const QString& folder) const {
-    return name.startsWith('/') ? wireFromBytes(name) : folder + wireFromBytes(name);
+    return name.startsWith('/') ? textFromBytes(name) : folder + textFromBytes(name);
   }
 
   bool take(const QList<QByteArray>& words, QString& reason, QString& error, int nesting) {
@@ -99,13 +99,13 @@ class Reader {
         }
       } else if (word.startsWith("+define+")) {
         for (const QByteArray& define : word.mid(8).split('+')) {
-          if (!define.isEmpty()) content_.defines.append(wireFromBytes(define));
+          if (!define.isEmpty()) content_.defines.append(textFromBytes(define));
         }
       } else if (word.startsWith('-') || word.startsWith('+')) {
         reason = QString::fromLatin1(
                      "\"%1\" is not known: use a file name, +incdir+, +define+ or -f (a file whose name "
                      "begins so is written with ./ before it)")
-                     .arg(wireFromBytes(word));
+                     .arg(textFromBytes(word));
         return false;
       } else if (!word.isEmpty()) {
         content_.files.append(absolute(word, folder_));

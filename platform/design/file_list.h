@@ -6,7 +6,7 @@
 
 namespace ost {
 
-/// What the lists hold, all in wire text; relative names are made absolute against their list's folder.
+/// What the lists hold, all in byte text; relative names are made absolute against their list's folder.
 struct FileListContent {
   QStringList files, includeDirs, defines;
   QStringList lists;  ///< Every list read, nested ones among them, as absolute names.

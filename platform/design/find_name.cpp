@@ -3,7 +3,7 @@
 // ends before a '/', the longest first; and last, a component written as an escaped identifier (`\name ` up to a
 // blank).
 #include "platform/design/name_index.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {

@@ -8,8 +8,8 @@
 #include <limits>
 
 #include "platform/design/name_index.h"
+#include "platform/text/byte_text.h"
 #include "platform/text/json_memory.h"
-#include "platform/istdata/wire_text.h"
 
 namespace ost {
 namespace {
@@ -169,7 +169,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
   bool fail(const char* text) {
     problem = QString::fromLatin1(text);
     if (!index_.modules.empty()) {
-      problem += QString::fromLatin1(" (module \"%1\"").arg(wireFromBytes(module().key));
+      problem += QString::fromLatin1(" (module \"%1\"").arg(textFromBytes(module().key));
       if (depth_ >= kItem && !item_.empty()) {
         problem += QString::fromLatin1(", \"%1\"").arg(QString::fromLatin1(item_.data(), int(item_.size())));
       }

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/istdata/wire_text.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -14,7 +14,7 @@ qint64 addSaturating(qint64 a, qint64 b) {
 }
 
 QString quoted(const QByteArray& name) {
-  return QLatin1Char('"') + wireFromBytes(name) + QLatin1Char('"');
+  return QLatin1Char('"') + textFromBytes(name) + QLatin1Char('"');
 }
 
 template <typename Entry>

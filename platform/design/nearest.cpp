@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/design/name_index.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/text/byte_text.h"
 #include "platform/text/edit_distance.h"
 
 namespace ost {
@@ -67,7 +67,7 @@ class Search {
       const QByteArray joined = joinPath(index_, path);
       const std::string_view net = index_.view(candidate.net->name);
       const bool escaped = net.find('/') != std::string_view::npos && !joined.isEmpty();
-      list.append(wireFromBytes((joined.isEmpty() ? joined : joined + '/') + componentText(net, escaped)));
+      list.append(textFromBytes((joined.isEmpty() ? joined : joined + '/') + componentText(net, escaped)));
     }
     return list;
   }

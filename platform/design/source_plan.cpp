@@ -9,14 +9,14 @@
 #include <algorithm>
 
 #include "platform/design/file_list.h"
-#include "platform/istdata/wire_text.h"
 #include "platform/system/files.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
 
-QString absoluteFile(const QString& wire, const QString& workingDirectory) {
-  return QDir::cleanPath(QDir(workingDirectory).absoluteFilePath(fileFromWire(wire)));
+QString absoluteFile(const QString& typed, const QString& workingDirectory) {
+  return QDir::cleanPath(QDir(workingDirectory).absoluteFilePath(fileFromText(typed)));
 }
 
 bool isIdentifier(const QString& text) {
@@ -42,10 +42,10 @@ bool checkDefine(const QString& define, QString& error) {
   return false;
 }
 
-bool checkReadable(const QString& file, const QString& wire, QString& error) {
+bool checkReadable(const QString& file, const QString& typed, QString& error) {
   QString reason;
   if (openRegular(file, SourcePlan::kMaxFileBytes, reason).isOpen()) return true;
-  error = QString::fromLatin1("Cannot read \"%1\": %2").arg(wire, reason);
+  error = QString::fromLatin1("Cannot read \"%1\": %2").arg(typed, reason);
   return false;
 }
 
@@ -60,7 +60,7 @@ std::unique_ptr<SourcePlan> SourcePlan::make(const DesignSource& source, const Q
   plan->blackBoxes_ = source.blackBoxes;
   FileListContent lists;
   for (const QString& list : source.fileLists) {
-    if (!readFileList(wireFromFile(absoluteFile(list, workingDirectory)), lists, error)) return nullptr;
+    if (!readFileList(textFromFile(absoluteFile(list, workingDirectory)), lists, error)) return nullptr;
   }
   files += lists.files;
   directories += lists.includeDirs;
@@ -93,14 +93,14 @@ std::unique_ptr<SourcePlan> SourcePlan::make(const DesignSource& source, const Q
     if (!checkReadable(absolute, file, error)) return nullptr;
     plan->netlist_ |= absolute.endsWith(QLatin1String(".json"), Qt::CaseInsensitive);
     plan->files_.append(absolute);
-    plan->wireNames_.insert(absolute, file);
+    plan->typedNames_.insert(absolute, file);
     if (!plan->addScriptName(absolute, file, error)) return nullptr;
   }
   if (plan->netlist_ && files.size() > 1) {
     error = QString::fromLatin1("A Yosys JSON netlist is a whole design: give it alone, without other files");
     return nullptr;
   }
-  for (const QString& list : qAsConst(lists.lists)) plan->files_.append(fileFromWire(list));
+  for (const QString& list : qAsConst(lists.lists)) plan->files_.append(fileFromText(list));
   std::sort(plan->rewrites_.begin(), plan->rewrites_.end(),
             [](const auto& a, const auto& b) { return a.first.size() > b.first.size(); });
   return plan;
@@ -113,23 +113,23 @@ QByteArray SourcePlan::link(const QString& target, const char* kind, const QByte
   errno = EINVAL;
   if (!YosysScript::isPlainFile(links_->path()) || !links_->add(name, real)) {
     error = QString::fromLatin1("Cannot link \"%1\" into the temporary folder \"%2\": %3; set TMPDIR to another folder")
-                .arg(wireFromFile(target), wireFromFile(QDir::tempPath()), systemReason(errno));
+                .arg(textFromFile(target), textFromFile(QDir::tempPath()), systemReason(errno));
     return QByteArray();
   }
   linked_.append(qMakePair(path, real));
   return path;
 }
 
-bool SourcePlan::addIncludeDir(const QString& directory, const QString& wire, QString& error) {
+bool SourcePlan::addIncludeDir(const QString& directory, const QString& typed, QString& error) {
   QByteArray name = QFile::encodeName(directory);
   if (!YosysScript::isPlainFile(name)) name = link(directory, "dir", QByteArray(), error);
   if (name.isEmpty()) return false;
   includeDirs_.append(name);
-  rewrites_.append(qMakePair(name, wire.toLatin1()));
+  rewrites_.append(qMakePair(name, typed.toLatin1()));
   return true;
 }
 
-bool SourcePlan::addScriptName(const QString& file, const QString& wire, QString& error) {
+bool SourcePlan::addScriptName(const QString& file, const QString& typed, QString& error) {
   File entry;
   entry.scriptName = QFile::encodeName(file);
   const QByteArray suffix = entry.scriptName.mid(entry.scriptName.lastIndexOf('.')).toLower();
@@ -139,9 +139,9 @@ bool SourcePlan::addScriptName(const QString& file, const QString& wire, QString
     entry.ownIncludeDir = link(folder, "dir", QByteArray(), error);
     entry.scriptName = link(file, "file", entry.systemVerilog ? ".sv" : netlist_ ? ".json" : ".v", error);
     if (entry.ownIncludeDir.isEmpty() || entry.scriptName.isEmpty()) return false;
-    rewrites_.append(qMakePair(entry.ownIncludeDir, wireFromFile(folder).toLatin1()));
+    rewrites_.append(qMakePair(entry.ownIncludeDir, textFromFile(folder).toLatin1()));
   }
-  rewrites_.append(qMakePair(entry.scriptName, wire.toLatin1()));
+  rewrites_.append(qMakePair(entry.scriptName, typed.toLatin1()));
   scriptFiles_.append(entry);
   return true;
 }

@@ -25,7 +25,7 @@ class SourcePlan {
   bool isNetlist() const { return netlist_; }
   /// Absolute names of the files that were given, in order, file lists last.
   const QStringList& files() const { return files_; }
-  QString firstFileAsTyped() const { return wireNames_.value(files_.value(0)); }
+  QString firstFileAsTyped() const { return typedNames_.value(files_.value(0)); }
   const QStringList& defines() const { return defines_; }
 
   /// Reads everything. Not deferred (`-defer`): that would make a variant of each parametrised black box
@@ -39,8 +39,8 @@ class SourcePlan {
  private:
   void addRead(YosysScript& script, bool boxes) const;
   QByteArray link(const QString& target, const char* kind, const QByteArray& suffix, QString& error);
-  bool addScriptName(const QString& file, const QString& wire, QString& error);
-  bool addIncludeDir(const QString& directory, const QString& wire, QString& error);
+  bool addScriptName(const QString& file, const QString& typed, QString& error);
+  bool addIncludeDir(const QString& directory, const QString& typed, QString& error);
 
   struct File {
     QByteArray scriptName;
@@ -50,7 +50,7 @@ class SourcePlan {
   bool netlist_ = false;
   QString workingDirectory_;
   QStringList files_, defines_, blackBoxes_;
-  QHash<QString, QString> wireNames_;  ///< Absolute file to the name as typed.
+  QHash<QString, QString> typedNames_;  ///< Absolute file to the name as typed.
   QList<File> scriptFiles_;
   QList<QByteArray> includeDirs_;                  ///< As the script names them.
   QList<QPair<QByteArray, QByteArray>> rewrites_;  ///< Script name, name as typed.

@@ -6,10 +6,10 @@
 
 #include <QFile>
 
-#include "platform/istdata/wire_text.h"
 #include "platform/system/child_process.h"
 #include "platform/system/files.h"
 #include "platform/system/scratch_file.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -22,7 +22,7 @@ QByteArray yosysProgram() {
 }
 
 QString startError(int code) {
-  const QString program = wireFromBytes(yosysProgram());
+  const QString program = textFromBytes(yosysProgram());
   if (code == ENOENT) {
     return QString::fromLatin1(
                "Yosys was not found (program \"%1\"): install the Debian package \"yosys\", or name the program in the "
@@ -67,13 +67,13 @@ QString endError(const ChildEnd& end, const YosysJob& job) {
       return preparationError(end.code);
     case ChildEnd::NoFolder:
       return QString::fromLatin1("Yosys could not be started in the folder \"%1\": %2")
-          .arg(wireFromFile(job.workingDirectory), systemReason(end.code));
+          .arg(textFromFile(job.workingDirectory), systemReason(end.code));
     case ChildEnd::NotStarted:
       return startError(end.code);
     case ChildEnd::TooMuchOutput:
       return QString::fromLatin1(
                  "The program \"%1\" prints without end and was stopped: it is not Yosys; check OST_YOSYS")
-          .arg(wireFromBytes(yosysProgram()));
+          .arg(textFromBytes(yosysProgram()));
     case ChildEnd::Lost:
       return QString::fromLatin1("How Yosys ended is not known: the process that watches it was killed");
     case ChildEnd::OutOfTime:
@@ -92,12 +92,12 @@ QString endError(const ChildEnd& end, const YosysJob& job) {
       break;
   }
   const QByteArray line = firstErrorLine(end);
-  if (!line.isEmpty()) return wireFromBytes(line);
+  if (!line.isEmpty()) return textFromBytes(line);
   if (end.code == 0) return QString::fromLatin1("Yosys ended before its script did; check OST_YOSYS");
   const QByteArray last = end.firstError.trimmed().split('\n').last().left(500);
   return QString::fromLatin1("Yosys failed with exit status %1%2")
       .arg(end.code)
-      .arg(last.isEmpty() ? QString() : QString::fromLatin1(": ") + wireFromBytes(last));
+      .arg(last.isEmpty() ? QString() : QString::fromLatin1(": ") + textFromBytes(last));
 }
 
 }  // namespace
@@ -149,12 +149,12 @@ QString yosysVersion(QString& error) {
             : end.how == ChildEnd::NotPrepared
                 ? preparationError(end.code)
                 : QString::fromLatin1("The program \"%1\" does not answer as Yosys does: check OST_YOSYS")
-                      .arg(wireFromBytes(job.program));
+                      .arg(textFromBytes(job.program));
     return QString();
   }
   // "Yosys 0.23 (git sha1 ...)"
   const QList<QByteArray> words = end.output.split('\n').first().trimmed().split(' ');
-  return wireFromBytes(words.size() > 1 ? words.at(0) + ' ' + words.at(1) : words.at(0));
+  return textFromBytes(words.size() > 1 ? words.at(0) + ' ' + words.at(1) : words.at(0));
 }
 
 }  // namespace ost

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "platform/istdata/wire_text.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -79,7 +79,7 @@ YosysScript& YosysScript::fileAfter(const char* option, const QByteArray& absolu
 YosysScript& YosysScript::refuse(const char* what, const QByteArray& piece) {
   if (problem_.isEmpty())
     problem_ = QString::fromLatin1("The %1 \"%2\" cannot be passed to Yosys; use another")
-                   .arg(QString::fromLatin1(what), wireFromBytes(piece));
+                   .arg(QString::fromLatin1(what), textFromBytes(piece));
   return *this;
 }
 

@@ -7,8 +7,8 @@
 #include "platform/insert/output_folder.h"
 #include "platform/insert/proof.h"
 #include "platform/insert/verilog_writer.h"
-#include "platform/istdata/wire_text.h"
 #include "platform/plan/capture_map.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -38,10 +38,10 @@ class Insertion {
     return false;
   }
   void nameFiles();
-  bool instrument(const Netlist::Private& netlist, const ProbeRouting& routing);
+  bool instrument(const NetlistBits& netlist, const ProbeRouting& routing);
   bool prove(std::shared_ptr<const Netlist> netlist);
   QByteArray fileList() const;
-  void sayBlackBoxes(const Netlist::Private& netlist) const;
+  void sayBlackBoxes(const NetlistBits& netlist) const;
 
   InsertPlan plan_;
   const Design& design_;
@@ -80,15 +80,15 @@ QByteArray Insertion::fileList() const {
   return list + QFile::encodeName(verilog_) + '\n';
 }
 
-void Insertion::sayBlackBoxes(const Netlist::Private& netlist) const {
+void Insertion::sayBlackBoxes(const NetlistBits& netlist) const {
   QStringList names;
   for (const NetlistModule& module : netlist.text.modules())
-    if (module.blackBox) names.append(wireFromBytes(module.name));
+    if (module.blackBox) names.append(textFromBytes(module.name));
   if (names.isEmpty()) return;
   say(QStringLiteral("Black boxes, whose sources files.f does not name: %1.").arg(names.join(QStringLiteral(", "))));
 }
 
-bool Insertion::instrument(const Netlist::Private& netlist, const ProbeRouting& routing) {
+bool Insertion::instrument(const NetlistBits& netlist, const ProbeRouting& routing) {
   QSet<QByteArray> reserved;
   for (const auto& entry : generated_) reserved += definedModules(entry.second);
   NetlistEditor editor(netlist, routing, plan_);
@@ -120,7 +120,7 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
     netlist = Netlist::load(design_, error_, hooks_.idle);
     if (!netlist) return false;
   }
-  const Netlist::Private& data = netlist->data();
+  const NetlistBits& data = netlist->bits();
   ProbeRouting routing;
   if (!routing.build(data, plan_, error_)) return false;
   int unique = 0;
@@ -152,7 +152,7 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (!serve() || !folder_.commit(error_)) return false;
   sayBlackBoxes(data);
   say(QStringLiteral("Wrote \"%1\" in %2 s.")
-          .arg(toWire(request_.outputDirectory))
+          .arg(textFromUnicode(request_.outputDirectory))
           .arg(double(clock_.elapsed()) / 1000, 0, 'f', 1));
   return true;
 }

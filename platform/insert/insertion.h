@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "platform/design/design.h"
-#include "platform/insert/netlist.h"
+#include "platform/netlist/netlist.h"
 #include "platform/plan/insert_plan.h"
 
 namespace ost {

@@ -21,7 +21,7 @@ bool isWritersName(const QByteArray& net) {
 
 }  // namespace
 
-ModuleCut::ModuleCut(const Netlist::Private& netlist, int module, const QSet<QByteArray>& added)
+ModuleCut::ModuleCut(const NetlistBits& netlist, int module, const QSet<QByteArray>& added)
     : netlist_(netlist),
       module_(netlist.text.module(module)),
       index_(netlist.index(module)),

@@ -5,7 +5,7 @@
 #include <QSet>
 #include <map>
 
-#include "platform/insert/netlist_private.h"
+#include "platform/netlist/netlist_bits.h"
 
 namespace ost {
 
@@ -28,7 +28,7 @@ struct CutRegister {
 class ModuleCut {
  public:
   /// `added`: nets that only one edition has; nothing is named after them.
-  ModuleCut(const Netlist::Private& netlist, int module, const QSet<QByteArray>& added = {});
+  ModuleCut(const NetlistBits& netlist, int module, const QSet<QByteArray>& added = {});
 
   const NetlistModule& module() const { return module_; }
   /// By name: "port|d|3", "cell|u_rx.q|0", "mem|table.RD_DATA|7", "tri|pad.A|0".
@@ -65,7 +65,7 @@ class ModuleCut {
   void readNets(const QSet<int>& named, const QSet<QByteArray>& added, QHash<int, QByteArray>& names);
   void addPorts(const QByteArray& prefix, const QVector<int>& bits);
 
-  const Netlist::Private& netlist_;
+  const NetlistBits& netlist_;
   const NetlistModule& module_;
   const ModuleIndex& index_;
   std::map<QByteArray, CutPort> ports_;

@@ -3,7 +3,7 @@
 
 #include <numeric>
 
-#include "platform/istdata/wire_text.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -42,7 +42,7 @@ bool TextEdits::write(std::string_view original, TextSpan span, QIODevice& devic
   return copy(span.end);
 }
 
-NetlistEditor::NetlistEditor(const Netlist::Private& netlist, const ProbeRouting& routing, InsertPlan& plan)
+NetlistEditor::NetlistEditor(const NetlistBits& netlist, const ProbeRouting& routing, InsertPlan& plan)
     : netlist_(netlist), routing_(routing), plan_(plan) {}
 
 QVector<int> NetlistEditor::newBits(Additions& additions, int count) const {
@@ -177,8 +177,8 @@ bool NetlistEditor::editTop(QString& error) {
     return false;
   };
   for (int number = 1; prefixTaken(prefix); ++number) prefix = "ostrel" + QByteArray::number(number) + '_';
-  plan_.pins = {wireFromBytes(prefix + "tck"), wireFromBytes(prefix + "tms"), wireFromBytes(prefix + "tdi"),
-                wireFromBytes(prefix + "tdo")};
+  plan_.pins = {textFromBytes(prefix + "tck"), textFromBytes(prefix + "tms"), textFromBytes(prefix + "tdi"),
+                textFromBytes(prefix + "tdo")};
 
   QByteArray directions, connections;
   for (const DebugConnection& connection : routing_.connections()) {
@@ -236,7 +236,7 @@ bool NetlistEditor::prepare(const QSet<QByteArray>& reservedModules, QString& er
     error = QStringLiteral(
                 "The design has a module \"%1\", a name that the debug core needs; rename the module, or "
                 "read the design without the debug core in it.")
-                .arg(wireFromBytes(name));
+                .arg(textFromBytes(name));
     return false;
   }
   QSet<int> inPlace{netlist_.text.top()};

@@ -28,7 +28,7 @@ class TextEdits {
 
 class NetlistEditor {
  public:
-  NetlistEditor(const Netlist::Private& netlist, const ProbeRouting& routing, InsertPlan& plan);
+  NetlistEditor(const NetlistBits& netlist, const ProbeRouting& routing, InsertPlan& plan);
 
   /// Decides the names at the top (plan.pins among them) and all edits. False with a text when a name that the user
   /// chose is taken.
@@ -54,7 +54,7 @@ class NetlistEditor {
   void follow(const QVector<int>& from, const QVector<int>& to, Additions& additions) const;
   void appendMembers(size_t object, const QByteArray& members, TextEdits& edits) const;
 
-  const Netlist::Private& netlist_;
+  const NetlistBits& netlist_;
   const ProbeRouting& routing_;
   InsertPlan& plan_;
   TextEdits edits_;  ///< Of modules in their place.

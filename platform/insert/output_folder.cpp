@@ -14,8 +14,8 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "platform/istdata/wire_text.h"
 #include "platform/system/process_mark.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -133,7 +133,7 @@ void OutputFolder::discard() {
 }
 
 bool OutputFolder::refuse(QString& error, const char* text, const QString& file, int code) const {
-  error = QString::fromLatin1(text).arg(toWire(file), systemReason(code));
+  error = QString::fromLatin1(text).arg(textFromUnicode(file), systemReason(code));
   return false;
 }
 
@@ -146,7 +146,7 @@ bool OutputFolder::isReplaceable(int folder, QString& error) const {
     error = QStringLiteral(
                 "The output folder \"%1\" holds \"%2\", which no insertion wrote; move it elsewhere, since the folder "
                 "is replaced as a whole.")
-                .arg(toWire(target_), wireFromBytes(foreign));
+                .arg(textFromUnicode(target_), textFromBytes(foreign));
     return false;
   }
   const QByteArray maker = readList(folder).project;
@@ -154,7 +154,7 @@ bool OutputFolder::isReplaceable(int folder, QString& error) const {
   error = QStringLiteral(
               "The output folder \"%1\" was written for the project \"%2\", and \"%3\" would replace it; move the "
               "folder away, or save this project under another name (ost_project save <file>).")
-              .arg(toWire(target_), wireFromBytes(maker), wireFromBytes(project_));
+              .arg(textFromUnicode(target_), textFromBytes(maker), textFromBytes(project_));
   return false;
 }
 
@@ -166,7 +166,7 @@ bool OutputFolder::openOld(Descriptor& old, QString& error) const {
   if (errno != ENOTDIR && errno != ELOOP)
     return refuse(error, "Cannot look into the output folder \"%1\": %2.", target_, errno);
   error = QStringLiteral("The output folder \"%1\" is in the way of a file or link of that name; move it away.")
-              .arg(toWire(target_));
+              .arg(textFromUnicode(target_));
   return false;
 }
 
@@ -250,7 +250,7 @@ bool OutputFolder::commit(QString& error) {
   if (!isNameOf(parent, stagedName_, staged_.fd())) {
     error =
         QStringLiteral("Somebody has moved the folder \"%1\" away, which was to take the place of \"%2\"; run again.")
-            .arg(wireFromBytes(stagedName_), toWire(target_));
+            .arg(textFromBytes(stagedName_), textFromUnicode(target_));
     return false;
   }
   QByteArray aside;

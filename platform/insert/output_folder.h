@@ -14,7 +14,7 @@ namespace ost {
 
 class OutputFolder {
  public:
-  /// `target` is the folder's file name (Unicode); errors come as wire text. `project` is the file name of the project
+  /// `target` is the folder's file name (Unicode); errors come as byte text. `project` is the file name of the project
   /// without its folder: of several whose output goes to one place, only the one that made the folder may replace it.
   /// Empty: no project. Without commit() all that was staged goes away again, with the object or with the process.
   explicit OutputFolder(const QString& target, const QString& project = QString());

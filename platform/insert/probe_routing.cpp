@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "platform/design/name_index.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -37,7 +37,7 @@ QByteArray freeName(const QByteArray& wanted, const std::function<bool(const QBy
   return name;
 }
 
-int ProbeRouting::nodeAt(const Netlist::Private& netlist, const std::vector<int>& path) {
+int ProbeRouting::nodeAt(const NetlistBits& netlist, const std::vector<int>& path) {
   int node = 0;
   for (const int instance : path) {
     const auto known = nodes_[size_t(node)].children.find(instance);
@@ -54,7 +54,7 @@ int ProbeRouting::nodeAt(const Netlist::Private& netlist, const std::vector<int>
   return node;
 }
 
-void ProbeRouting::countInstances(const Netlist::Private& netlist) {
+void ProbeRouting::countInstances(const NetlistBits& netlist) {
   const size_t count = netlist.text.modules().size();
   // Parents before children, so that a parent's count is final when it is passed on.
   std::vector<int> order;
@@ -85,7 +85,7 @@ void ProbeRouting::countInstances(const Netlist::Private& netlist) {
       }
 }
 
-QByteArray ProbeRouting::freeModuleName(const Netlist::Private& netlist, const NetlistModule& module) {
+QByteArray ProbeRouting::freeModuleName(const NetlistBits& netlist, const NetlistModule& module) {
   const QByteArray source = sourceName(module.name) + "__ostrel";
   const QByteArray base = yosysKey(std::string_view(source.constData(), size_t(source.size())));
   const QByteArray name = freeName(base, [&](const QByteArray& candidate) {
@@ -95,7 +95,7 @@ QByteArray ProbeRouting::freeModuleName(const Netlist::Private& netlist, const N
   return name;
 }
 
-void ProbeRouting::makeVariants(const Netlist::Private& netlist) {
+void ProbeRouting::makeVariants(const NetlistBits& netlist) {
   std::vector<qint64> probed(netlist.text.modules().size());
   for (const Node& node : nodes_) ++probed[size_t(node.module)];
   std::vector<char> replaced(netlist.text.modules().size());
@@ -136,7 +136,7 @@ void ProbeRouting::makeVariants(const Netlist::Private& netlist) {
     topChildren_.push_back({instance, nodes_[size_t(below)].variant});
 }
 
-bool ProbeRouting::build(const Netlist::Private& netlist, const InsertPlan& plan, QString& error) {
+bool ProbeRouting::build(const NetlistBits& netlist, const InsertPlan& plan, QString& error) {
   nodes_.assign(1, Node());
   nodes_[0].module = netlist.text.top();
 

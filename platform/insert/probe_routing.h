@@ -5,7 +5,7 @@
 #include <QHash>
 #include <map>
 
-#include "platform/insert/netlist_private.h"
+#include "platform/netlist/netlist_bits.h"
 #include "platform/rtl/debug_module.h"
 
 namespace ost {
@@ -45,7 +45,7 @@ struct DebugConnection {
 class ProbeRouting {
  public:
   /// False with a text when a bit of the plan is not in the netlist.
-  bool build(const Netlist::Private& netlist, const InsertPlan& plan, QString& error);
+  bool build(const NetlistBits& netlist, const InsertPlan& plan, QString& error);
 
   const std::vector<ModuleVariant>& variants() const { return variants_; }
   const std::vector<ChildUse>& topChildren() const { return topChildren_; }
@@ -61,10 +61,10 @@ class ProbeRouting {
     int variant = -1;
     int offset = 0;  // of its port within the parent's port
   };
-  int nodeAt(const Netlist::Private& netlist, const std::vector<int>& path);
-  void countInstances(const Netlist::Private& netlist);
-  void makeVariants(const Netlist::Private& netlist);
-  QByteArray freeModuleName(const Netlist::Private& netlist, const NetlistModule& module);
+  int nodeAt(const NetlistBits& netlist, const std::vector<int>& path);
+  void countInstances(const NetlistBits& netlist);
+  void makeVariants(const NetlistBits& netlist);
+  QByteArray freeModuleName(const NetlistBits& netlist, const NetlistModule& module);
 
   std::vector<Node> nodes_;
   std::vector<qint64> instanceCount_;  // of each module, over the whole hierarchy

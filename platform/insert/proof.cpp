@@ -13,9 +13,9 @@
 #include "platform/design/yosys.h"
 #include "platform/insert/module_cut.h"
 #include "platform/insert/probe_routing.h"
-#include "platform/istdata/wire_text.h"
 #include "platform/system/files.h"
 #include "platform/system/scratch_file.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -38,7 +38,7 @@ class Proof {
     clock_.start();
   }
 
-  bool run(const Netlist::Private& original, const ProofFiles& files);
+  bool run(const NetlistBits& original, const ProofFiles& files);
 
  private:
   bool fail(const QString& text) {
@@ -49,14 +49,14 @@ class Proof {
   bool openScratch(ScratchFile& file, const QByteArray& content);
   bool readBack(const QString& what, const YosysScript& script, const QVector<int>& files, const QByteArray& topKey,
                 NetlistText& text);
-  void noteChanges(const Netlist::Private& original);
+  void noteChanges(const NetlistBits& original);
   bool compareCells(const ModuleCut& gold, const ModuleCut& gate, bool top);
   bool comparePorts(ModuleCut& gold, ModuleCut& gate, bool top);
   bool compareRegisters(ModuleCut& gold, ModuleCut& gate);
   bool proveModule(int gateModule);
   bool proveLogic(const ModuleCut& gold, const ModuleCut& gate);
   bool checkProbes();
-  QString shown(const NetlistModule& module) const { return wireFromBytes(sourceName(module.name)); }
+  QString shown(const NetlistModule& module) const { return textFromBytes(sourceName(module.name)); }
   /// The original's name of a module, whether it was made unique or not.
   QByteArray originalName(const QByteArray& name) const {
     const auto unique = originalOf_.constFind(plainName(name));
@@ -71,7 +71,7 @@ class Proof {
   ProofReport& report_;
   QString& error_;
   QElapsedTimer clock_;
-  Netlist::Private gold_, gate_;
+  NetlistBits gold_, gate_;
   ProbeRouting routing_;
   QHash<QByteArray, QByteArray> originalOf_;   ///< Names of modules made unique -> the original's name.
   QHash<QByteArray, QByteArray> probePortOf_;  ///< Names of changed modules -> their probe port.
@@ -112,7 +112,7 @@ bool Proof::readBack(const QString& what, const YosysScript& script, const QVect
   return text.open(scratch.fd(), topKey, error_);
 }
 
-void Proof::noteChanges(const Netlist::Private& original) {
+void Proof::noteChanges(const NetlistBits& original) {
   for (const ModuleVariant& variant : routing_.variants()) {
     probePortOf_.insert(plainName(variant.name), variant.port);
     if (!variant.inPlace) originalOf_.insert(plainName(variant.name), original.text.module(variant.module).name);
@@ -130,17 +130,17 @@ bool Proof::compareCells(const ModuleCut& gold, const ModuleCut& gate, bool top)
     if (gold.cells().count(name)) continue;
     if (top && cell.type == "ostrel_debug") continue;
     return fail(
-        QStringLiteral("module %1 has a cell \"%2\" that its original has not.").arg(where, wireFromBytes(name)));
+        QStringLiteral("module %1 has a cell \"%2\" that its original has not.").arg(where, textFromBytes(name)));
   }
   for (const auto& [name, cell] : gold.cells()) {
     const auto found = gate.cells().find(name);
     if (found == gate.cells().end()) {
       if (name.startsWith("mem|")) continue;  // what nothing reads may have been dropped; see comparePorts()
-      return fail(QStringLiteral("module %1 has lost its cell \"%2\".").arg(where, wireFromBytes(name)));
+      return fail(QStringLiteral("module %1 has lost its cell \"%2\".").arg(where, textFromBytes(name)));
     }
     if (originalName(found->second.type) != cell.type || found->second.parameters != cell.parameters)
       return fail(QStringLiteral("the cell \"%2\" of module %1 has another type or other parameters than the original.")
-                      .arg(where, wireFromBytes(name)));
+                      .arg(where, textFromBytes(name)));
   }
   return true;
 }
@@ -171,7 +171,7 @@ bool Proof::comparePorts(ModuleCut& gold, ModuleCut& gate, bool top) {
     const bool open = port->second.bit == kBitX || port->second.bit == kBitZ;
     if (!added && !open)
       return fail(
-          QStringLiteral("module %1 connects \"%2\", which its original does not.").arg(where, wireFromBytes(base)));
+          QStringLiteral("module %1 connects \"%2\", which its original does not.").arg(where, textFromBytes(base)));
     port = ports.erase(port);
   }
   // A port of a memory that was dropped: what it reads becomes an input that the other side does not have, and that the
@@ -196,7 +196,7 @@ bool Proof::comparePorts(ModuleCut& gold, ModuleCut& gate, bool top) {
       if (cut.input)
         found->second = {true, gate.freshBit()};
       else
-        return fail(QStringLiteral("module %1: \"%2\" is connected to another net.").arg(where, wireFromBytes(name)));
+        return fail(QStringLiteral("module %1: \"%2\" is connected to another net.").arg(where, textFromBytes(name)));
     }
   }
   return true;
@@ -212,7 +212,7 @@ bool Proof::compareRegisters(ModuleCut& gold, ModuleCut& gate) {
     if (!gate.registerAt(name.left(bar), name.mid(bar + 1).toInt(), gateRegister)) continue;
     if (gateRegister.risingEdge != goldRegister.risingEdge)
       return fail(QStringLiteral("module %1: the register \"%2\" is clocked by the other edge.")
-                      .arg(where, wireFromBytes(name.left(bar))));
+                      .arg(where, textFromBytes(name.left(bar))));
     gold.ports()["clock|" + name] = {false, goldRegister.clock};
     gate.ports()["clock|" + name] = {false, gateRegister.clock};
   }
@@ -223,7 +223,7 @@ bool Proof::compareRegisters(ModuleCut& gold, ModuleCut& gate) {
       const char wanted = gold.initialValues().value(bits[i]);
       if (!wanted || isConstantBit(gateBits[i]) || gate.initialValues().value(gateBits[i]) == wanted) continue;
       return fail(
-          QStringLiteral("module %1: the register \"%2\" has lost its initial value.").arg(where, wireFromBytes(net)));
+          QStringLiteral("module %1: the register \"%2\" has lost its initial value.").arg(where, textFromBytes(net)));
     }
   }
   return true;
@@ -277,7 +277,7 @@ bool Proof::checkProbes() {
     const QVector<int> bits = debug.ports.value(connection.port.name);
     if (bits.size() != connection.port.width)
       return fail(QStringLiteral("the debug module's port \"%1\" is not connected in full.")
-                      .arg(wireFromBytes(connection.port.name)));
+                      .arg(textFromBytes(connection.port.name)));
     for (int i = 0; i < connection.nets.size(); ++i) {
       PlacedBit probe, wanted;
       probe.module = gate_.text.top();
@@ -297,7 +297,7 @@ bool Proof::checkProbes() {
   return true;
 }
 
-bool Proof::run(const Netlist::Private& original, const ProofFiles& files) {
+bool Proof::run(const NetlistBits& original, const ProofFiles& files) {
   if (!routing_.build(original, plan_, error_)) return false;
   noteChanges(original);
 
@@ -305,7 +305,8 @@ bool Proof::run(const Netlist::Private& original, const ProofFiles& files) {
   for (const QString* name : {&files.instrumented, &files.debugModule}) {
     Descriptor& file = written[name == &files.debugModule];
     file.reset(open(QFile::encodeName(*name).constData(), O_RDONLY | O_CLOEXEC));
-    if (!file.isOpen()) return fail(QStringLiteral("cannot open \"%1\": %2.").arg(toWire(*name), systemReason(errno)));
+    if (!file.isOpen())
+      return fail(QStringLiteral("cannot open \"%1\": %2.").arg(textFromUnicode(*name), systemReason(errno)));
   }
   const QByteArray topKey = design_.topKey().toLatin1();
   if (!readBack(QStringLiteral("the design's sources"), design_.elaborationScript(), {}, topKey, gold_.text))
@@ -363,7 +364,7 @@ bool Proof::run(const Netlist::Private& original, const ProofFiles& files) {
 bool proveUnchanged(const InsertPlan& plan, const Design& design, std::shared_ptr<const Netlist> netlist,
                     const ProofFiles& files, const std::function<bool()>& idle, ProofReport& report, QString& error) {
   report = ProofReport();
-  return Proof(plan, design, idle, report, error).run(netlist->data(), files);
+  return Proof(plan, design, idle, report, error).run(netlist->bits(), files);
 }
 
 }  // namespace ost

@@ -9,9 +9,9 @@
 #include <limits>
 
 #include "platform/design/yosys.h"
-#include "platform/istdata/wire_text.h"
 #include "platform/system/descriptor.h"
 #include "platform/system/files.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -43,8 +43,8 @@ bool inoutsAreNets(QFile& file, QString& error) {
     error = QStringLiteral(
                 "The inout port \"%1\" of the module \"%2\" is driven by a register without a tri-state "
                 "buffer, which cannot be written as Verilog; declare it as an output.")
-                .arg(wireFromBytes(port.trimmed()),
-                     wireFromBytes(text.mid(module, text.indexOf('(', module) - module).trimmed()));
+                .arg(textFromBytes(port.trimmed()),
+                     textFromBytes(text.mid(module, text.indexOf('(', module) - module).trimmed()));
     return false;
   }
   return true;
@@ -60,7 +60,7 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
     Descriptor& file = files[job.files.size()];
     file.reset(open(QFile::encodeName(*name).constData(), (name == &verilog ? O_RDWR : O_RDONLY) | O_CLOEXEC));
     if (!file.isOpen()) {
-      error = QStringLiteral("Cannot open \"%1\": %2.").arg(toWire(*name), systemReason(errno));
+      error = QStringLiteral("Cannot open \"%1\": %2.").arg(textFromUnicode(*name), systemReason(errno));
       return false;
     }
     job.files.append(file.fd());

@@ -2,7 +2,7 @@
 #include "framework/ist_com_data.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_file.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/text/byte_text.h"
 #include "platform/text/near_names.h"
 
 namespace mero {
@@ -116,7 +116,7 @@ bool IstComData::NewProject(const QString& fileName, QString& message) {
   if (file.isEmpty() || !d->storage.claim(file, claim, error) || !d->storage.write(file, bytes, error))
     return failWithLine(message, error);
   d->storage.adopt(std::move(claim), bytes);
-  project->fileName = ost::wireFromFile(file);
+  project->fileName = ost::textFromFile(file);
   d->project = std::move(project);
   return true;
 }
@@ -134,7 +134,7 @@ bool IstComData::OpenProject(const QString& fileName, QString& message) {
   std::unique_ptr<istProject> project = ost::projectFromJson(bytes, error);
   if (!project) return failWithLine(message, ost::quoted(fileName) + " cannot be opened: " + error);
   d->storage.adopt(std::move(claim), bytes);
-  project->fileName = ost::wireFromFile(file);
+  project->fileName = ost::textFromFile(file);
   d->project = std::move(project);
   message = vanishedReport(*d->project);
   return true;
@@ -168,7 +168,7 @@ bool IstComData::SaveProjectAs(const QString& fileName, QString& message) {
     const QByteArray bytes = ost::projectToJson(*d->project);
     if (d->storage.write(file, bytes, error)) {
       d->storage.adopt(std::move(claim), bytes);
-      d->project->fileName = ost::wireFromFile(file);
+      d->project->fileName = ost::textFromFile(file);
       d->project->changed = false;
       return true;
     }

@@ -5,10 +5,10 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include "platform/istdata/names.h"
 #include "platform/istdata/project_file.h"
-#include "platform/istdata/wire_text.h"
 #include "platform/system/files.h"
+#include "platform/text/byte_text.h"
+#include "platform/text/names.h"
 
 namespace ost {
 
@@ -22,7 +22,7 @@ const char kNoFolder[] =
     "the current folder has been removed. Change to a folder that exists (cd), or name the whole path.";
 
 QString shown(const QString& file) {
-  return quoted(wireFromFile(file));
+  return quoted(textFromFile(file));
 }
 
 /// One name for a file that is reached through links.
@@ -42,7 +42,7 @@ QString savingName(const QString& target) {
 
 /// The whole name, since it has to be found.
 QString shownWhole(const QString& file) {
-  QString name = wireFromFile(file);
+  QString name = textFromFile(file);
   for (QChar& c : name)
     if (c < ' ' || c == QChar(0x7f)) c = '?';
   return "'" + name + "'";
@@ -60,36 +60,36 @@ QString lockRefusal(const LockFile::Answer& answer, const QString& lockFile) {
     return QString("cannot be locked: %1. Choose another place for the file.").arg(answer.reason);
   const ProcessMark& holder = answer.holder;
   const bool elsewhere = holder.state() == ProcessMark::Elsewhere;
-  const QString who = quoted(wireFromBytes(holder.program)).remove('\'');
+  const QString who = quoted(textFromBytes(holder.program)).remove('\'');
   return QString(
              "is open in another process%1: %2, pid %3 on host %4, since %5. Close it there first, or use another "
              "file; remove the lock file %6 if that process no longer works on it.")
       .arg(elsewhere ? ", which cannot be seen from here" : "", who, QString::number(holder.pid),
-           quoted(wireFromBytes(holder.host)).remove('\''), answer.since.toString("yyyy-MM-dd hh:mm:ss"), shownLock);
+           quoted(textFromBytes(holder.host)).remove('\''), answer.since.toString("yyyy-MM-dd hh:mm:ss"), shownLock);
 }
 
 }  // namespace
 
-QString ProjectStorage::fileOf(const QString& wire, QString& error) {
-  const QString file = fileFromWire(wire);
-  if (wire.isEmpty())
+QString ProjectStorage::fileOf(const QString& typed, QString& error) {
+  const QString file = fileFromText(typed);
+  if (typed.isEmpty())
     error = "The project file name is empty.";
-  else if (QFile::encodeName(file) != wire.toLatin1())
-    error = QString("The file name %1 cannot be used in this locale; name the file in plain ASCII.").arg(quoted(wire));
+  else if (QFile::encodeName(file) != typed.toLatin1())
+    error = QString("The file name %1 cannot be used in this locale; name the file in plain ASCII.").arg(quoted(typed));
   else if (QFileInfo(file).isRelative() && !hasCurrentFolder())
-    error = QString("The file name %1 leads nowhere: %2").arg(quoted(wire), kNoFolder);
+    error = QString("The file name %1 leads nowhere: %2").arg(quoted(typed), kNoFolder);
   else
     return QDir::cleanPath(QFileInfo(file).absoluteFilePath());
   return QString();
 }
 
-QString ProjectStorage::outputFolderOf(const QString& wire, QString& error) {
-  if (wire.isEmpty() && hasCurrentFolder()) return QDir::current().absoluteFilePath("untitled_debug");
-  if (wire.isEmpty()) {
+QString ProjectStorage::outputFolderOf(const QString& typed, QString& error) {
+  if (typed.isEmpty() && hasCurrentFolder()) return QDir::current().absoluteFilePath("untitled_debug");
+  if (typed.isEmpty()) {
     error = QString("There is no place for the output: %1").arg(kNoFolder);
     return QString();
   }
-  const QFileInfo file(fileFromWire(wire));
+  const QFileInfo file(fileFromText(typed));
   return file.absolutePath() + '/' + file.completeBaseName() + "_debug";
 }
 
@@ -152,7 +152,7 @@ bool ProjectStorage::isUntouched(const QByteArray& bytes, QString& error) const 
   error = QString(
               "%1 has been changed on disk by somebody else since it was opened. Save under another name "
               "(ost_project save <file>), or replace it by naming it: ost_project save %2.")
-              .arg(shown(file_), wireFromFile(file_));
+              .arg(shown(file_), textFromFile(file_));
   return false;
 }
 

@@ -5,12 +5,12 @@
 
 #include "framework/ist_com_data.h"
 #include "platform/insert/insertion.h"
-#include "platform/insert/planner.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_file.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/plan/planner.h"
 #include "platform/rtl/debug_module.h"
 #include "platform/rules/design_rules.h"
+#include "platform/text/byte_text.h"
 
 namespace mero {
 namespace ostrel {
@@ -110,13 +110,13 @@ bool IstComData::Insert(int) {
   if (done) {
     sayEstimate(plan);
     // Two projects can mean one folder, an untitled one and "untitled.ost" for example.
-    const QString file = QFileInfo(ost::fileFromWire(d->project->fileName)).fileName();
+    const QString file = QFileInfo(ost::fileFromText(d->project->fileName)).fileName();
     const ost::InsertionRequest request{directory, ost::DesignSession::instance().proveInsertions(),
                                         file.isEmpty() ? QString("(untitled)") : file};
     done = ost::runInsertion(plan, *design, d->netlist, request, hooks, error);
   }
   if (done)
-    ost::say(QString("The instrumented design is in %1.").arg(ost::wireFromFile(directory)));
+    ost::say(QString("The instrumented design is in %1.").arg(ost::textFromFile(directory)));
   else
     ost::say("ERROR: Nothing was inserted: " + error);
   return done;

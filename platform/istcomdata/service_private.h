@@ -6,9 +6,9 @@
 
 #include "framework/ist_com_data.h"
 #include "platform/design/design_session.h"
-#include "platform/insert/netlist.h"
 #include "platform/istcomdata/project_storage.h"
 #include "platform/istdata/project.h"
+#include "platform/netlist/netlist.h"
 #include "platform/tclcmdex/host.h"
 
 namespace mero {

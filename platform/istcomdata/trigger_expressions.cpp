@@ -2,7 +2,8 @@
 #include "framework/ist_com_data.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_checks.h"
-#include "platform/istdata/trigger_expression.h"
+#include "platform/text/numbers.h"
+#include "platform/trigger/trigger_expression.h"
 
 namespace mero {
 namespace ostrel {
@@ -44,7 +45,7 @@ bool setExpression(const istDataset& dataset, const QString& text, int ram, int 
   const auto setNumber = [&](const char* option, int value, int needed, int largest, int& setting) {
     if (!ok || value == -1) return;
     if (value == 0) value = smallestPowerOfTwo(needed);
-    ok = ost::isPowerOfTwoUpTo(value, largest);
+    ok = ost::isPowerOfTwo(value, largest);
     if (ok)
       setting = value;
     else

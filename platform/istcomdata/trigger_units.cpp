@@ -2,9 +2,9 @@
 #include "framework/ist_com_data.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_checks.h"
-#include "platform/istdata/trigger_expression.h"
-#include "platform/istdata/unit_value.h"
 #include "platform/text/near_names.h"
+#include "platform/trigger/trigger_expression.h"
+#include "platform/trigger/unit_value.h"
 
 namespace mero {
 namespace ostrel {

@@ -83,7 +83,7 @@ class ISTDATA_API istProject {
   ~istProject();
   ost::Core* findCore(const QString& coreName) const;
 
-  QString fileName;  ///< Wire text; empty while untitled.
+  QString fileName;  ///< Byte text; empty while untitled.
   bool changed = false;
   std::vector<std::unique_ptr<ost::Core>> cores;
   ost::Core* activeCore = nullptr;  ///< One of `cores`, or null.

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
+#include "platform/text/byte_text.h"
 #include "platform/text/near_names.h"
-#include "platform/text/wire_text.h"
 #include "platform/trigger/trigger_expression.h"
 #include "platform/trigger/unit_value.h"
 
@@ -20,7 +20,7 @@ bool checkNetName(const QString& name, QString& error) {
     error = "The net name is empty.";
   else if (name.size() > kMaxNetNameLength)
     error = QString("The net name %1 has more than %2 characters.").arg(quoted(name)).arg(kMaxNetNameLength);
-  else if (!printable || (!ascii && toWire(toUnicode(name)) != name))
+  else if (!printable || (!ascii && textFromUnicode(unicodeFromText(name)) != name))
     error = QString("The net name %1 holds unprintable characters.").arg(quoted(name));
   return error.isEmpty();
 }
@@ -52,10 +52,6 @@ bool setExpressionText(const mero::ostrel::istDataset& dataset, const QString& t
   expression.text = text;
   expression.units = parsed.units;
   return true;
-}
-
-bool isPowerOfTwoUpTo(int value, int largest) {
-  return value >= 1 && value <= largest && !(value & (value - 1));
 }
 
 QStringList fitToBufferDepth(Core& core) {

@@ -15,9 +15,6 @@ ISTDATA_API bool checkUnitDigits(const TriggerUnit& unit, QString& error);
 ISTDATA_API bool setExpressionText(const mero::ostrel::istDataset& dataset, const QString& text,
                                    TriggerExpression& expression, int& steps, int& largestCount, QString& error);
 
-/// 1, 2, 4, ... up to `largest`.
-ISTDATA_API bool isPowerOfTwoUpTo(int value, int largest);
-
 /// Brings the numbers that depend on the buffer depth back into their ranges. The remarks say which
 /// settings in use were changed.
 ISTDATA_API QStringList fitToBufferDepth(Core& core);

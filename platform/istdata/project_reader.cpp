@@ -6,9 +6,10 @@
 #include "platform/istdata/project_checks.h"
 #include "platform/istdata/project_file.h"
 #include "platform/istdata/project_words.h"
+#include "platform/text/byte_text.h"
 #include "platform/text/json_fields.h"
 #include "platform/text/json_text.h"
-#include "platform/text/wire_text.h"
+#include "platform/text/numbers.h"
 #include "platform/trigger/trigger_expression.h"
 #include "platform/trigger/unit_value.h"
 
@@ -105,7 +106,7 @@ void ProjectReader::readTrace(const QJsonArray& array, const QString& path, Trac
     QString error;
     TraceNode* added = nullptr;
     if (value.isString()) {
-      const QString name = toWire(value.toString());
+      const QString name = textFromUnicode(value.toString());
       if (!checkNet(name, place)) return;
       added = tree.appendSignal(bus, name, error);
     } else {
@@ -132,7 +133,7 @@ void ProjectReader::readUnit(const QJsonValue& value, const QString& path, istDa
   unit.value = f.text("value");
   const QJsonArray signalNames = f.list("signals");
   for (int i = 0; i < signalNames.size() && fault.none(); ++i) {
-    const QString place = element(f.pathOf("signals"), i), name = toWire(signalNames[i].toString());
+    const QString place = element(f.pathOf("signals"), i), name = textFromUnicode(signalNames[i].toString());
     if (checkNet(name, place)) unit.signalNames << name;
   }
   f.refuseOthers();
@@ -165,9 +166,9 @@ void ProjectReader::readExpression(const QJsonValue& value, const QString& path,
     f.fail(f.pathOf("name"), error);
   else if (dataset.findExpression(expression.name))
     f.fail(f.pathOf("name"), quoted(expression.name) + " is used twice.");
-  else if (!isPowerOfTwoUpTo(expression.maxSequenceDepth, kMaxSequenceDepth))
+  else if (!isPowerOfTwo(expression.maxSequenceDepth, kMaxSequenceDepth))
     f.fail(f.pathOf("maxSequenceDepth"), "expected a power of two.");
-  else if (!isPowerOfTwoUpTo(expression.maxEventCount, kMaxEventCount))
+  else if (!isPowerOfTwo(expression.maxEventCount, kMaxEventCount))
     f.fail(f.pathOf("maxEventCount"), "expected a power of two.");
   else if (!setExpressionText(dataset, text, expression, steps, largestCount, error))
     f.fail(f.pathOf("expression"), error);

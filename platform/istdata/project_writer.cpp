@@ -5,7 +5,7 @@
 
 #include "platform/istdata/project_file.h"
 #include "platform/istdata/project_words.h"
-#include "platform/text/wire_text.h"
+#include "platform/text/byte_text.h"
 #include "platform/trigger/unit_value.h"
 
 namespace ost {
@@ -18,11 +18,11 @@ QJsonArray traceJson(const QList<TraceNode*>& nodes) {
   QJsonArray array;
   for (const TraceNode* node : nodes) {
     if (node->kind == TRACE_NODE_SIGNAL)
-      array.append(toUnicode(node->displayName()));
+      array.append(unicodeFromText(node->displayName()));
     else if (node->kind == TRACE_NODE_REF)
-      array.append(QJsonObject{{"reference", toUnicode(node->displayName())}});
+      array.append(QJsonObject{{"reference", unicodeFromText(node->displayName())}});
     else if (node->kind == TRACE_NODE_BUS)
-      array.append(QJsonObject{{"bus", toUnicode(node->name)}, {"members", traceJson(node->children)}});
+      array.append(QJsonObject{{"bus", unicodeFromText(node->name)}, {"members", traceJson(node->children)}});
   }
   return array;
 }
@@ -38,20 +38,20 @@ QJsonObject optionsJson(const Core& core) {
       {"eventCounterValue", o.eventCounterValue},
       {"implementation", implementationWords()[o.implementation]},
       {"includeTrigger", o.includeTrigger},
-      {"sampleClock", toUnicode(o.sampleClock)},
+      {"sampleClock", unicodeFromText(o.sampleClock)},
       {"sampleEnable", o.sampleEnable},
       {"sampleEnablePolarity", polarityWords()[o.sampleEnablePolarity]},
-      {"sampleEnableSignal", toUnicode(o.sampleEnableSignal)},
+      {"sampleEnableSignal", unicodeFromText(o.sampleEnableSignal)},
       {"samplesPerTrigger", core.samplesPerTrigger},
       {"timestamp", o.timestamp},
       {"timestampBits", o.timestampBits},
       {"triggerCount", o.triggerCount},
       {"triggerEnable", o.triggerEnable},
       {"triggerEnablePolarity", polarityWords()[o.triggerEnablePolarity]},
-      {"triggerEnableSignal", toUnicode(o.triggerEnableSignal)},
+      {"triggerEnableSignal", unicodeFromText(o.triggerEnableSignal)},
       {"triggerOut", o.triggerOut},
       {"triggerOutMinPulse", o.triggerOutMinPulse},
-      {"triggerOutName", toUnicode(o.triggerOutName)},
+      {"triggerOutName", unicodeFromText(o.triggerOutName)},
       {"triggerOutPolarity", polarityWords()[o.triggerOutPolarity]},
       {"triggerOutType", triggerOutWords()[o.triggerOutType]},
   };
@@ -62,7 +62,7 @@ QJsonArray unitsJson(const istDataset& dataset) {
   for (const auto& entry : dataset.units()) {
     const TriggerUnit& unit = entry->unit;
     QJsonArray signalNames;
-    for (const QString& name : unit.signalNames) signalNames.append(toUnicode(name));
+    for (const QString& name : unit.signalNames) signalNames.append(unicodeFromText(name));
     array.append(QJsonObject{{"name", unit.name},
                              {"operator", operatorText(unit.op)},
                              {"radix", radixText(unit.radix)},
@@ -100,8 +100,8 @@ QByteArray projectToJson(const istProject& project) {
                    {"format", kProjectFormat},
                    {"version", kProjectFileVersion}};
   if (project.serdes)
-    root["serdes"] = QJsonObject{{"resetSignal", toUnicode(project.serdes->resetSignal)},
-                                 {"sampleClock", toUnicode(project.serdes->sampleClock)}};
+    root["serdes"] = QJsonObject{{"resetSignal", unicodeFromText(project.serdes->resetSignal)},
+                                 {"sampleClock", unicodeFromText(project.serdes->sampleClock)}};
   if (project.wishbone)
     root["wishbone"] =
         QJsonObject{{"connected", project.wishboneConnected}, {"endian", endianWords()[project.wishboneEndian]}};

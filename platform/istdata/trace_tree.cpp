@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "platform/system/memory.h"
 #include "platform/istdata/trace_node.h"
+#include "platform/system/memory.h"
 #include "platform/text/near_names.h"
 
 namespace ost {

@@ -3,6 +3,7 @@
 
 #include "framework/ist_data.h"
 #include "platform/text/names.h"
+#include "platform/text/numbers.h"
 
 namespace mero {
 namespace ostrel {
@@ -14,10 +15,6 @@ const int kMaxDepth = 65536;  ///< Samples.
 const int kMinWindow = 16;    ///< Samples of one trigger's window.
 const int kMaxTimestampBits = 63;
 const int kMaxEventCounter = 65536;
-
-bool isPowerOfTwo(int value) {
-  return value > 0 && (value & (value - 1)) == 0;
-}
 
 QList<int> powersOfTwo(int first, int last) {
   QList<int> values;
@@ -32,14 +29,12 @@ QList<int> istCore::getValidBufferDepthValues() {
 }
 
 bool istCore::isValidBufferDepth(int depth) {
-  return isPowerOfTwo(depth) && depth >= kMinDepth && depth <= kMaxDepth;
+  return ost::isPowerOfTwo(depth) && depth >= kMinDepth && depth <= kMaxDepth;
 }
 
 int istCore::getMinTimestampBitsByDepth(int depth) {
   if (!isValidBufferDepth(depth)) return -1;
-  int bits = 0;
-  while ((1 << bits) < depth) ++bits;
-  return bits + 1;
+  return ost::bitsFor(depth) + 1;
 }
 
 int istCore::getMaxTimestampBitsByDepth(int depth) {
@@ -51,7 +46,7 @@ QList<int> istCore::getValidMinSamplePerTrigsValuesByDepth(int depth) {
 }
 
 bool istCore::isValidMinSamplePerTrigsValueByDepth(int depth, int value) {
-  return isValidBufferDepth(depth) && isPowerOfTwo(value) && value >= kMinWindow && value <= depth;
+  return isValidBufferDepth(depth) && ost::isPowerOfTwo(value) && value >= kMinWindow && value <= depth;
 }
 
 QList<int> istCore::getValidNumberOfTrigsValuesByDepth(int depth, int samplesPerTrigger) {
@@ -60,7 +55,7 @@ QList<int> istCore::getValidNumberOfTrigsValuesByDepth(int depth, int samplesPer
 }
 
 bool istCore::isValidNumberOfTrigsValueByDepth(int depth, int samplesPerTrigger, int value) {
-  return isValidMinSamplePerTrigsValueByDepth(depth, samplesPerTrigger) && isPowerOfTwo(value) &&
+  return isValidMinSamplePerTrigsValueByDepth(depth, samplesPerTrigger) && ost::isPowerOfTwo(value) &&
          value <= depth / samplesPerTrigger;
 }
 

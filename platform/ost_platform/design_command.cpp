@@ -4,24 +4,24 @@
 #include "platform/design/design_session.h"
 #include "platform/design/yosys.h"
 #include "platform/system/memory.h"
-#include "platform/istdata/wire_text.h"
 #include "platform/tclcmdex/host.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 
-QString wireFromTcl(Tcl_Obj* value) {
+QString textFromTcl(Tcl_Obj* value) {
   int length = 0;
   const char* bytes = Tcl_GetStringFromObj(value, &length);
   return QString::fromLatin1(bytes, length);
 }
 
-Tcl_Obj* tclFromWire(const QString& wire) {
+Tcl_Obj* tclFromText(const QString& wire) {
   const QByteArray bytes = wire.toLatin1();
   return Tcl_NewStringObj(bytes.constData(), bytes.size());
 }
 
 int failWith(Tcl_Interp* interp, const QString& message, const char* errorCode) {
-  Tcl_SetObjResult(interp, tclFromWire(message));
+  Tcl_SetObjResult(interp, tclFromText(message));
   Tcl_SetObjErrorCode(interp, Tcl_NewStringObj(errorCode, -1));
   return TCL_ERROR;
 }
@@ -79,7 +79,7 @@ int runRead(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   QString error;
   if (!session.read(source, error, tcl_cmdex::servePendingEvents)) return failWith(interp, error, "OST DESIGN READ");
   if (const std::shared_ptr<const Design> design = session.design())
-    Tcl_SetObjResult(interp, tclFromWire(design->topModule()));
+    Tcl_SetObjResult(interp, tclFromText(design->topModule()));
   return TCL_OK;
 }
 
@@ -92,7 +92,7 @@ int runInfo(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
     list.add(name);
     list.add(value);
   };
-  for (const QString& file : design->dependencies()) files.add(tclFromWire(file));
+  for (const QString& file : design->dependencies()) files.add(tclFromText(file));
   const DesignRoles& found = design->roles();
   const struct {
     bool held;
@@ -102,14 +102,14 @@ int runInfo(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
     if (role.held) roles.add(role.name);
   }
   QString noYosys;
-  add("top", tclFromWire(design->topModule()));
+  add("top", tclFromText(design->topModule()));
   add("files", files);
   add("modules", Tcl_NewIntObj(design->moduleCount()));
   add("instances", Tcl_NewIntObj(design->instanceCount()));
   add("nets", Tcl_NewWideIntObj(design->netCount()));
   add("bits", Tcl_NewWideIntObj(design->netBitCount()));
   add("roles", roles);
-  add("yosys", tclFromWire(yosysVersion(noYosys)));
+  add("yosys", tclFromText(yosysVersion(noYosys)));
   Tcl_SetObjResult(interp, list);
   return TCL_OK;
 }
@@ -118,7 +118,7 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   const char* glob = nullptr;
   Tcl_Obj* expression = nullptr;
   for (int i = 2; i < objc; i += 2) {
-    const QString word = wireFromTcl(objv[i]);
+    const QString word = textFromTcl(objv[i]);
     const bool isGlob = word == QLatin1String("-glob");
     if (!isGlob && word != QLatin1String("-regexp")) {
       return failUsage(interp, QString::fromLatin1("unknown option \"%1\"").arg(word), "nets");
@@ -133,7 +133,7 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   const std::shared_ptr<const Design> design = DesignSession::instance().design();
   if (!design) return failWithoutDesign(interp);
   if (expression && !Tcl_GetRegExpFromObj(interp, expression, TCL_REG_ADVANCED)) {
-    return failWith(interp, QString::fromLatin1("bad value for -regexp: ") + wireFromTcl(Tcl_GetObjResult(interp)),
+    return failWith(interp, QString::fromLatin1("bad value for -regexp: ") + textFromTcl(Tcl_GetObjResult(interp)),
                     "OST VALUE -regexp");
   }
   if (design->netCount() > kMostListedNets) {
@@ -146,7 +146,7 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   int listed = 0;
   bool failed = false;
   design->forEachNet([&](const NetName& net) {
-    Tcl_Obj* name = tclFromWire(net.name);
+    Tcl_Obj* name = tclFromText(net.name);
     Tcl_IncrRefCount(name);
     bool fits = !glob || Tcl_StringMatch(Tcl_GetString(name), glob);
     if (fits && expression) {
@@ -181,7 +181,7 @@ int runProve(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   DesignSession& session = DesignSession::instance();
   int on = 0;
   if (objc == 3 && Tcl_GetBooleanFromObj(nullptr, objv[2], &on) != TCL_OK) {
-    return failUsage(interp, QString::fromLatin1("expected on or off but got \"%1\"").arg(wireFromTcl(objv[2])),
+    return failUsage(interp, QString::fromLatin1("expected on or off but got \"%1\"").arg(textFromTcl(objv[2])),
                      "prove");
   }
   if (objc == 3 && !isFree(interp)) return TCL_ERROR;
@@ -194,7 +194,7 @@ int runHelp(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "help");
   const std::string help = designHelp(objc == 3 ? Tcl_GetString(objv[2]) : "");
   if (help.empty()) {
-    return failUsage(interp, QString::fromLatin1("no sub-command \"%1\"").arg(wireFromTcl(objv[2])), "help");
+    return failUsage(interp, QString::fromLatin1("no sub-command \"%1\"").arg(textFromTcl(objv[2])), "help");
   }
   Tcl_SetObjResult(interp, Tcl_NewStringObj(help.data(), int(help.size())));
   return TCL_OK;
@@ -215,9 +215,9 @@ int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     if (word == entry.name) return entry.run(interp, objc, objv);
   }
   Tcl_SetObjResult(interp,
-                   tclFromWire(QString::fromLatin1("unknown sub-command \"%1\": must be close, help, info, nets, "
+                   tclFromText(QString::fromLatin1("unknown sub-command \"%1\": must be close, help, info, nets, "
                                                    "prove, or read")
-                                   .arg(wireFromTcl(objv[1]))));
+                                   .arg(textFromTcl(objv[1]))));
   Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
   return TCL_ERROR;
 }

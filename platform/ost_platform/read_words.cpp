@@ -9,7 +9,7 @@ bool takeNumber(Tcl_Interp* interp, const char* option, Tcl_Obj* word, int least
   const std::string code = std::string("OST VALUE ") + option;
   failWith(interp,
            QString::fromLatin1("bad value \"%1\" for %2: must be a number from %3 to %4")
-               .arg(wireFromTcl(word), QString::fromLatin1(option))
+               .arg(textFromTcl(word), QString::fromLatin1(option))
                .arg(least)
                .arg(most),
            code.c_str());
@@ -24,7 +24,7 @@ bool parseReadWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignS
   enum Option { kBlackBox, kDefine, kFileList, kIncludeDir, kMemory, kTimeout, kTop, kEnd };
   bool optionsEnded = false;
   for (int i = 2; i < objc; ++i) {
-    const QString word = wireFromTcl(objv[i]);
+    const QString word = textFromTcl(objv[i]);
     if (optionsEnded || !word.startsWith(QLatin1Char('-'))) {
       if (word.isEmpty()) {
         failUsage(interp, QString::fromLatin1("a file name is empty"), "read");
@@ -49,7 +49,7 @@ bool parseReadWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignS
       failUsage(interp, QString::fromLatin1("missing value for \"%1\"").arg(word), "read");
       return false;
     }
-    const QString value = wireFromTcl(objv[i]);
+    const QString value = textFromTcl(objv[i]);
     if (value.isEmpty()) {
       failUsage(interp, QString::fromLatin1("empty value for \"%1\"").arg(word), "read");
       return false;

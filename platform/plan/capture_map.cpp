@@ -6,8 +6,8 @@
 
 #include <QCryptographicHash>
 
-#include "platform/istdata/unit_value.h"
 #include "platform/plan/capture_map_words.h"
+#include "platform/trigger/unit_value.h"
 
 namespace ost {
 namespace {

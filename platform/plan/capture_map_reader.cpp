@@ -3,23 +3,20 @@
 #include <QJsonObject>
 #include <climits>
 
-#include "platform/istdata/trigger_expression.h"
-#include "platform/istdata/unit_value.h"
-#include "platform/istdata/wire_text.h"
 #include "platform/plan/capture_map.h"
 #include "platform/plan/capture_map_words.h"
+#include "platform/text/byte_text.h"
 #include "platform/text/json_fields.h"
 #include "platform/text/json_text.h"
+#include "platform/text/numbers.h"
+#include "platform/trigger/trigger_expression.h"
+#include "platform/trigger/unit_value.h"
 
 namespace ost {
 namespace {
 
 constexpr int kMaxDepth = 65536;
 constexpr int kMaxTimestampBits = 63;
-
-bool isPowerOfTwo(int number) {
-  return number > 0 && (number & (number - 1)) == 0;
-}
 
 bool isBinary(const QByteArray& digits) {
   return digits.count('0') + digits.count('1') == digits.size();
@@ -82,9 +79,9 @@ NetBit MapReader::bit(const QJsonValue& value, const QString& path) {
     fail(path, QStringLiteral("expected [name, instance, net, bit]."));
     return result;
   }
-  result.name = toWire(parts[0].toString());
-  result.instancePath = toWire(parts[1].toString());
-  result.net = toWire(parts[2].toString());
+  result.name = textFromUnicode(parts[0].toString());
+  result.instancePath = textFromUnicode(parts[1].toString());
+  result.net = textFromUnicode(parts[2].toString());
   result.bit = parts[3].toInt();
   if (result.name.isEmpty() || result.net.isEmpty()) fail(path, QStringLiteral("has an empty name."));
   return result;

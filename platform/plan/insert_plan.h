@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include "platform/netlist/net_bit.h"
 #include "platform/trigger/trigger_words.h"
 
 namespace ost {
@@ -15,23 +16,11 @@ namespace ost {
 /// A command of the hub names its core with 8 bits, and with as many the expression of a table.
 constexpr int kMaxPlanCores = 256;
 constexpr int kMaxPlanExpressions = 256;  ///< Of a core.
-/// What a reader of the plan can hold: bits of nets that all cores together trace or compare, mentions of them in probes
-/// and units, and samples of a core, which are more than any device has and fit a QByteArray as text.
+/// What a reader of the plan can hold: bits of nets that all cores together trace or compare, mentions of them in
+/// probes and units, and samples of a core, which are more than any device has and fit a QByteArray as text.
 constexpr int kMaxPlanBits = 1 << 20;
 constexpr int kMaxPlanIndexes = 1 << 22;
 constexpr qint64 kMaxPlanSampleBits = 1 << 28;
-
-/// One bit of a net in one instance of the design.
-struct NetBit {
-  QString instancePath;  ///< "u_sys/u_rx", empty for the top module.
-  QString net;           ///< As Yosys names it in the module.
-  int bit = 0;           ///< Position in the netlist's bit list, 0 = least significant.
-  QString name;          ///< Full name as shown: "u_sys/u_rx/state[3]".
-
-  bool operator==(const NetBit& other) const {
-    return bit == other.bit && net == other.net && instancePath == other.instancePath;
-  }
-};
 
 /// An entry of the trace list as the user sees it: bits in display order, leftmost (most significant) first.
 struct PlanProbe {
@@ -72,6 +61,8 @@ struct PlanExpression {
   int maxEventCount = 1;     ///< Largest step count the hardware can hold.
   QVector<int> units;        ///< Index into PlanCore::units, in the order of the truth table's address bits.
   QVector<PlanStep> steps;
+
+  int tableRows() const { return 1 << units.size(); }
 };
 
 /// With OutNetType BOTH the port has the given name; as in Verilog a net beside it needs one of its own, it gets this.

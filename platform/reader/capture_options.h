@@ -12,7 +12,7 @@
 
 namespace ost {
 
-/// What was asked for. Texts and file names are wire text; empty ones were not given.
+/// What was asked for. Texts and file names are byte text; empty ones were not given.
 struct CaptureOptions {
   bool help = false;
   QString mapFile;

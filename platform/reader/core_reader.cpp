@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "platform/reader/read_layout.h"
+#include "platform/plan/core_layout.h"
 
 namespace ost {
 namespace {
@@ -42,7 +42,7 @@ bool CoreReader::identify(QString& error) {
   if (!hub_.open(error)) return false;
   for (int core = 0; core < plan_.cores.size(); ++core) {
     const PlanCore& planned = plan_.cores[core];
-    const ReadLayout layout(planned);
+    const CoreLayout layout(planned);
     HubCommand command;
     command.op = HubOp::Info;
     command.core = core;
@@ -79,7 +79,7 @@ bool CoreReader::identify(QString& error) {
         {"the kind", 128, 135, 1},
         {"the address width", 136, 143, layout.addressBits},
         {"the word width", 144, 159, layout.wordBits},
-        {"the block size", 160, 167, bitsHolding(layout.blockWords)},
+        {"the block size", 160, 167, layout.blockBits},
         {"the timestamp width", 168, 175, planned.timestampBits},
         {"the number of probe bits", 176, 191, planned.probeWidth()},
         {"the configuration's length", 192, 223, layout.chainBits},
@@ -99,7 +99,7 @@ bool CoreReader::identify(QString& error) {
 bool CoreReader::commandStatus(int core, HubReply& reply, QString& error) {
   HubCommand command;
   command.core = core;
-  const int bits = ReadLayout(plan_.cores[core]).statusBits;
+  const int bits = CoreLayout(plan_.cores[core]).statusBits;
   return hub_.command(command, QByteArray(), bits, bits, reply, error);
 }
 
@@ -112,7 +112,7 @@ bool CoreReader::status(int core, CoreStatus& status, QString& error) {
       HubCommand command;
       command.core = core;
       if (!hub_.idle(idleCycles(look), error) ||
-          !hub_.look(command, ReadLayout(plan_.cores[core]).statusBits, reply, error))
+          !hub_.look(command, CoreLayout(plan_.cores[core]).statusBits, reply, error))
         return false;
     }
     if (!reply.flags.fresh || round > 0) break;
@@ -129,7 +129,7 @@ bool CoreReader::stop(int core, QString& error) {
   HubCommand command;
   command.op = HubOp::Stop;
   command.core = core;
-  const int bits = ReadLayout(plan_.cores[core]).statusBits;
+  const int bits = CoreLayout(plan_.cores[core]).statusBits;
   if (!hub_.command(command, QByteArray(), bits, bits, reply, error)) return false;
   for (int look = 0; look < kLooks && !reply.flags.ready; ++look)
     if (!hub_.idle(idleCycles(look), error) || !commandStatus(core, reply, error)) return false;
@@ -141,25 +141,25 @@ bool CoreReader::stop(int core, QString& error) {
 
 bool CoreReader::loadOne(const HubCommand& command, const QByteArray& payload, int replyBits, QString& error) {
   HubReply reply;
-  const int statusBits = ReadLayout(plan_.cores[command.core]).statusBits;
+  const int statusBits = CoreLayout(plan_.cores[command.core]).statusBits;
   if (!hub_.command(command, payload, replyBits, statusBits, reply, error)) return false;
   if (!reply.flags.refused && reply.flags.configured) return true;
   return refuse(error, QStringLiteral("The core '%1' refuses its configuration.").arg(nameOf(command.core)));
 }
 
 bool CoreReader::load(int core, const RunSettings& settings, QString& error) {
-  const int statusBits = ReadLayout(plan_.cores[core]).statusBits;
+  const CoreLayout layout(plan_.cores[core]);
   HubCommand command;
   command.core = core;
   command.op = HubOp::Config;
-  if (!loadOne(command, settings.chain(), statusBits, error)) return false;
+  if (!loadOne(command, settings.chain(), layout.statusBits, error)) return false;
   command.op = HubOp::Table;
-  for (int i = 0; i < settings.core().expressions.size(); ++i) {
-    const PlanExpression& expression = settings.core().expressions[i];
-    if (tableIsInChain(expression)) continue;
+  for (int i = 0; i < layout.expressions.size(); ++i) {
+    const ExpressionLayout& expression = layout.expressions[i];
+    if (expression.store == TableStore::Chain) continue;
     const QByteArray table = settings.table(i);
     command.tag = i;
-    const int rows = tableRows(expression), rowBits = expression.maxSequenceDepth;
+    const int rows = expression.rows(), rowBits = expression.steps;
     for (command.address = 0; command.address < rows; command.address += kTableRowsPerFrame) {
       const QByteArray part = table.mid(command.address * rowBits, kTableRowsPerFrame * rowBits);
       command.rows = part.size() / rowBits;
@@ -172,7 +172,7 @@ bool CoreReader::load(int core, const RunSettings& settings, QString& error) {
 
 bool CoreReader::arm(int core, const RunSettings& settings, QString& error) {
   HubReply reply;
-  const int statusBits = ReadLayout(plan_.cores[core]).statusBits;
+  const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
   if (!stop(core, error)) return false;
   // A frame that breaks on the line leaves the core unconfigured while its sender may have taken a reply for granted,
   // so a refused ARM is answered by loading once more.
@@ -196,7 +196,7 @@ WaitResult CoreReader::waitUntilDone(int core, const WaitLimit& limit, QString& 
   const qint64 firstCycle = hub_.cycles();
   HubCommand command;
   command.core = core;
-  const int statusBits = ReadLayout(plan_.cores[core]).statusBits;
+  const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
   HubReply reply;
   if (!commandStatus(core, reply, error)) return WaitResult::Failed;
   for (int look = 0; !reply.flags.done; ++look) {
@@ -209,8 +209,8 @@ WaitResult CoreReader::waitUntilDone(int core, const WaitLimit& limit, QString& 
 }
 
 bool CoreReader::readWords(int core, int tag, int count, BitTable& words, QString& error) {
-  const ReadLayout layout(plan_.cores[core]);
-  const int blockBits = kBlockOverhead + layout.blockWords * layout.wordBits;
+  const CoreLayout layout(plan_.cores[core]);
+  const int blockBits = kBlockOverhead + layout.blockWords() * layout.wordBits;
   HubCommand command;
   command.op = HubOp::Read;
   command.core = core;
@@ -218,17 +218,18 @@ bool CoreReader::readWords(int core, int tag, int count, BitTable& words, QStrin
   int failures = 0, blocksWanted = kBlocksPerScan;
   while (words.rows() < count) {
     command.address = words.rows();
-    const int blocks = qMin(blocksWanted, (count - words.rows() + layout.blockWords - 1) / layout.blockWords);
+    const int blocks = qMin(blocksWanted, (count - words.rows() + layout.blockWords() - 1) / layout.blockWords());
     QByteArray bits;
     if (!hub_.send(command, QByteArray(), error) || !hub_.scanReply(blocks * blockBits, bits, error)) return false;
     int good = 0;
     HubReply reply;
     for (; good < blocks; ++good) {
       HubCommand block = command;
-      block.address += good * layout.blockWords;
-      if (!readBlock(bits, good * blockBits, layout.blockWords * layout.wordBits, block, reply) || reply.flags.refused)
+      block.address += good * layout.blockWords();
+      if (!readBlock(bits, good * blockBits, layout.blockWords() * layout.wordBits, block, reply) ||
+          reply.flags.refused)
         break;
-      for (int i = 0; i < layout.blockWords && words.rows() < count; ++i)
+      for (int i = 0; i < layout.blockWords() && words.rows() < count; ++i)
         words.append(reply.payload.constData() + i * layout.wordBits);
     }
     if (good == blocks) continue;
@@ -250,7 +251,7 @@ bool CoreReader::readOut(int core, const RunSettings& settings, Capture& capture
   if (!status.flags.done)
     return refuse(error, QStringLiteral("The core '%1' has not completed its capture.").arg(nameOf(core)));
   const PlanCore& planned = plan_.cores[core];
-  const ReadLayout layout(planned);
+  const CoreLayout layout(planned);
   const int samples = planned.windowSamples, sampleBits = planned.sampleBits();
   BitTable words(layout.wordBits);
   if (!readWords(core, status.tag, settings.windows() * samples, words, error)) return false;

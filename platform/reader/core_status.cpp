@@ -1,7 +1,7 @@
 // Status fields in the order of docs/debug-core.md, section 3.
 #include "platform/reader/core_status.h"
 
-#include "platform/reader/read_layout.h"
+#include "platform/plan/core_layout.h"
 
 namespace ost {
 namespace {
@@ -33,7 +33,7 @@ QString stepText(const PlanCore& core, const PlanExpression& expression, int ste
 }  // namespace
 
 CoreStatus parseStatus(const PlanCore& core, const HubReply& reply) {
-  const ReadLayout layout(core);
+  const CoreLayout layout(core);
   int next = 0;
   auto take = [&](int bits) {
     next += bits;
@@ -49,8 +49,7 @@ CoreStatus parseStatus(const PlanCore& core, const HubReply& reply) {
   status.sampled = take(1);
   status.window = take(layout.windowBits);
   if (core.windows == 1) status.oldest = take(layout.positionBits);
-  for (const PlanExpression& expression : core.expressions)
-    status.steps += take(bitsHolding(expression.maxSequenceDepth));
+  for (const ExpressionLayout& expression : layout.expressions) status.steps += take(expression.stepBits);
   status.events = take(layout.eventBits);
   return status;
 }

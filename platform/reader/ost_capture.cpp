@@ -7,15 +7,15 @@
 #include <cstdio>
 #include <new>
 
-#include "platform/istdata/unit_value.h"
-#include "platform/istdata/wire_text.h"
 #include "platform/plan/capture_map.h"
+#include "platform/plan/core_layout.h"
 #include "platform/reader/capture_options.h"
 #include "platform/reader/core_reader.h"
-#include "platform/reader/read_layout.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/vcd_writer.h"
 #include "platform/system/files.h"
+#include "platform/text/byte_text.h"
+#include "platform/trigger/unit_value.h"
 
 namespace ost {
 namespace {
@@ -48,7 +48,7 @@ bool prepareDescriptors() {
 bool loadMap(const QString& name, InsertPlan& plan, QString& error) {
   QByteArray json;
   QString reason;
-  if (!readFile(fileFromWire(name), kMaxCaptureMapBytes, json, reason)) {
+  if (!readFile(fileFromText(name), kMaxCaptureMapBytes, json, reason)) {
     error = QStringLiteral("Cannot read the capture map '%1': %2.").arg(name, reason);
     return false;
   }
@@ -63,7 +63,7 @@ struct Output {
   QString name;  ///< Empty: not asked for.
 
   QString problem(const QString& reason) const { return QStringLiteral("Cannot write '%1': %2.").arg(name, reason); }
-  Replacement place() const { return {fileFromWire(name), QString(), true}; }
+  Replacement place() const { return {fileFromText(name), QString(), true}; }
   bool check(QString& error) const {
     QString reason;
     if (name.isEmpty() || checkReplaceable(place(), reason)) return true;

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "platform/istdata/unit_value.h"
+#include "platform/plan/core_layout.h"
 #include "platform/reader/hub_frame.h"
-#include "platform/reader/read_layout.h"
+#include "platform/trigger/unit_value.h"
 
 namespace ost {
 namespace {
@@ -177,23 +177,24 @@ bool RunSettings::setWindows(int count, QString& error) {
 QByteArray RunSettings::table(int expression) const {
   const PlanExpression& plan = core_.expressions[expression];
   QByteArray bits;
-  for (int row = 0; row < tableRows(plan); ++row)
+  for (int row = 0; row < plan.tableRows(); ++row)
     for (int step = 0; step < plan.maxSequenceDepth; ++step)
       bits += flag(step < plan.steps.size() && plan.steps[step].truthTable[row] == '1');
   return bits;
 }
 
 QByteArray RunSettings::chain() const {
-  const ReadLayout layout(core_);
+  const CoreLayout layout(core_);
   QByteArray bits = numberBits(position_, layout.positionBits) + numberBits(windows_ - 1, layout.windowBits) +
                     numberBits(eventCount_ - 1, layout.eventBits);
   for (const PlanUnit& unit : core_.units) bits += unitChain(unit);
   for (int i = 0; i < core_.expressions.size(); ++i) {
     const PlanExpression& plan = core_.expressions[i];
-    bits += flag(enabled_[i]) + numberBits(plan.steps.size() - 1, bitsHolding(plan.maxSequenceDepth));
+    const ExpressionLayout& fields = layout.expressions[i];
+    bits += flag(enabled_[i]) + numberBits(plan.steps.size() - 1, fields.stepBits);
     for (int step = 0; step < plan.maxSequenceDepth; ++step)
-      bits += numberBits(step < plan.steps.size() ? plan.steps[step].count - 1 : 0, bitsHolding(plan.maxEventCount));
-    if (tableIsInChain(plan)) bits += table(i);
+      bits += numberBits(step < plan.steps.size() ? plan.steps[step].count - 1 : 0, fields.countBits);
+    if (fields.store == TableStore::Chain) bits += table(i);
   }
   return bits;
 }

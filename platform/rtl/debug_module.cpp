@@ -9,7 +9,7 @@
 #include <initializer_list>
 #include <utility>
 
-#include "platform/rtl/core_layout.h"
+#include "platform/plan/core_layout.h"
 
 namespace ost {
 namespace {

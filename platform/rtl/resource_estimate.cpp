@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/rtl/core_layout.h"
+#include "platform/plan/core_layout.h"
 #include "platform/rtl/debug_module.h"
 
 namespace ost {

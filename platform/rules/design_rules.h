@@ -7,8 +7,8 @@
 #include <memory>
 
 #include "platform/design/design.h"
-#include "platform/insert/netlist.h"
 #include "platform/istdata/project.h"
+#include "platform/netlist/netlist.h"
 
 namespace ost {
 

@@ -1,9 +1,9 @@
 // Checks of a core's trigger units and trigger expressions.
 #include <QSet>
 
-#include "platform/istdata/trigger_expression.h"
-#include "platform/istdata/unit_value.h"
 #include "platform/rules/core_check.h"
+#include "platform/trigger/trigger_expression.h"
+#include "platform/trigger/unit_value.h"
 
 namespace ost {
 

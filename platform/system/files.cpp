@@ -11,8 +11,8 @@
 #include <QFileInfo>
 #include <cerrno>
 
-#include "platform/istdata/wire_text.h"
 #include "platform/system/descriptor.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -148,7 +148,8 @@ bool findPlace(const Replacement& request, Place& place, QString& reason) {
   // Root may write anything, but whoever took away every right to write meant it.
   const bool mayWrite = !place.exists || faccessat(AT_FDCWD, place.name.constData(), W_OK, AT_EACCESS) == 0;
   if (!mayWrite && errno != EACCES) return refuseBySystem(reason);
-  if (place.exists && (!mayWrite || !(place.info.st_mode & 0222))) return refuse(reason, "it is protected from writing");
+  if (place.exists && (!mayWrite || !(place.info.st_mode & 0222)))
+    return refuse(reason, "it is protected from writing");
   return true;
 }
 
@@ -202,7 +203,7 @@ bool hasCurrentFolder() {
 }
 
 QString systemReason(int code) {
-  return wireFromBytes(strerror(code));
+  return textFromBytes(strerror(code));
 }
 
 bool writeAll(int fd, const char* bytes, qint64 count) {

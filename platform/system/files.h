@@ -1,5 +1,5 @@
 // Reading and replacing files as a whole, with every answer of the system checked. File names are Unicode, as QFile
-// takes them. A `reason` is wire text that says why, without the file's name: the caller's sentence names it.
+// takes them. A `reason` is byte text that says why, without the file's name: the caller's sentence names it.
 #pragma once
 
 #include <QByteArray>
@@ -16,8 +16,8 @@ QString systemReason(int code);
 /// Writes all bytes, however often the system takes only some. False with errno.
 bool writeAll(int fd, const char* bytes, qint64 count);
 
-/// False, with errno, when nothing can be added to a file that is open for writing: what another program wrote into it may
-/// then be cut short without a word of that program.
+/// False, with errno, when nothing can be added to a file that is open for writing: what another program wrote into it
+/// may then be cut short without a word of that program.
 bool hasRoom(int fd);
 
 /// Makes the disk store what was written, and closes. False with errno. (Some special files cannot be stored: no

@@ -25,7 +25,7 @@ class LockFile {
     QString reason;
   };
 
-  /// `path` is a Unicode file name. A reason is wire text.
+  /// `path` is a Unicode file name. A reason is byte text.
   explicit LockFile(const QString& path) : path_(path) {}
   LockFile(const LockFile&) = delete;
   LockFile& operator=(const LockFile&) = delete;

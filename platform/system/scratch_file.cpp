@@ -9,8 +9,8 @@
 #include <QDir>
 #include <QFile>
 
-#include "platform/istdata/wire_text.h"
 #include "platform/system/files.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -18,7 +18,7 @@ namespace {
 bool refuse(QString& reason, const char* what) {
   const int code = errno;
   reason = QString::fromLatin1("Cannot %1 a temporary file in \"%2\": %3")
-               .arg(QString::fromLatin1(what), wireFromFile(QDir::tempPath()), systemReason(code));
+               .arg(QString::fromLatin1(what), textFromFile(QDir::tempPath()), systemReason(code));
   return false;
 }
 

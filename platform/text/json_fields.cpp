@@ -4,8 +4,8 @@
 #include <QJsonArray>
 #include <cmath>
 
+#include "platform/text/byte_text.h"
 #include "platform/text/names.h"
-#include "platform/text/wire_text.h"
 
 namespace ost {
 
@@ -66,9 +66,9 @@ QString JsonFields::text(const char* key) {
     fail(pathOf(key), "expected a text, found " + jsonKind(found) + ".");
     return QString();
   }
-  const QString wire = toWire(found.toString());
-  if (wire.contains(QChar(0))) fail(pathOf(key), "holds a null character.");
-  return wire;
+  const QString bytes = textFromUnicode(found.toString());
+  if (bytes.contains(QChar(0))) fail(pathOf(key), "holds a null character.");
+  return bytes;
 }
 
 bool JsonFields::flag(const char* key) {
@@ -101,7 +101,8 @@ QJsonArray JsonFields::list(const char* key) {
 
 void JsonFields::refuseOthers() {
   for (auto it = object_.begin(); it != object_.end(); ++it)
-    if (!read_.contains(it.key())) fail(path_, QString("has an unknown key %1.").arg(quoted(toWire(it.key()))));
+    if (!read_.contains(it.key()))
+      fail(path_, QString("has an unknown key %1.").arg(quoted(textFromUnicode(it.key()))));
 }
 
 }  // namespace ost

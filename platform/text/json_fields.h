@@ -21,7 +21,7 @@ class JsonFields {
  public:
   JsonFields(const QJsonValue& value, const QString& path, JsonFault& fault);
 
-  /// Wire text.
+  /// Byte text.
   QString text(const char* key);
   bool flag(const char* key);
   int number(const char* key, int least, int most);

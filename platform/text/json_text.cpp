@@ -9,9 +9,9 @@
 #include <QJsonObject>
 #include <vector>
 
+#include "platform/text/byte_text.h"
 #include "platform/text/json_memory.h"
 #include "platform/text/names.h"
-#include "platform/text/wire_text.h"
 
 namespace ost {
 
@@ -38,7 +38,7 @@ class Builder {
     level.isObject = true;
     level.key = QString::fromUtf8(text, int(length));
     if (!level.object.contains(level.key)) return true;
-    fault = QString("the key %1 stands twice").arg(quoted(toWire(level.key)));
+    fault = QString("the key %1 stands twice").arg(quoted(textFromUnicode(level.key)));
     return false;
   }
 

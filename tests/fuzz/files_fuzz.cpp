@@ -9,13 +9,13 @@
 #include "platform/design/file_list.h"
 #include "platform/design/name_index.h"
 #include "platform/design/yosys.h"
-#include "platform/insert/netlist.h"
 #include "platform/insert/netlist_editor.h"
-#include "platform/insert/planner.h"
 #include "platform/istdata/project_file.h"
-#include "platform/istdata/trigger_expression.h"
-#include "platform/istdata/unit_value.h"
+#include "platform/netlist/netlist.h"
 #include "platform/plan/capture_map.h"
+#include "platform/plan/planner.h"
+#include "platform/trigger/trigger_expression.h"
+#include "platform/trigger/unit_value.h"
 #include "tests/fuzz/fuzz.h"
 
 namespace ost_fuzz {
@@ -148,8 +148,8 @@ class Netlists final : public SampleDriver {
     }
     ProbeRouting routing;
     InsertPlan plan = plan_;
-    if (!routing.build(netlist->data(), plan, error)) return refused(error);
-    NetlistEditor editor(netlist->data(), routing, plan);
+    if (!routing.build(netlist->bits(), plan, error)) return refused(error);
+    NetlistEditor editor(netlist->bits(), routing, plan);
     QBuffer out;
     out.open(QIODevice::WriteOnly);
     return editor.prepare({}, error) ? editor.write(out) : refused(error);

@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-#include "platform/insert/netlist.h"
+#include "platform/netlist/netlist.h"
 #include "tests/unit/scratch.h"
 
 namespace ost {

@@ -7,7 +7,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "platform/istdata/wire_text.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 
@@ -31,23 +31,23 @@ inline QByteArray damaged(QByteArray text, const char* from, const char* to) {
 struct Scratch {
   QTemporaryDir folder;
 
-  /// The absolute name of an entry, as wire text.
-  QString path(const QByteArray& name) const { return wireFromBytes(QFile::encodeName(folder.path()) + '/' + name); }
+  /// The absolute name of an entry, as byte text.
+  QString path(const QByteArray& name) const { return textFromBytes(QFile::encodeName(folder.path()) + '/' + name); }
 
   /// The names of all entries.
   QStringList entries() const {
     return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
   }
 
-  /// Writes a file and returns its absolute name as wire text.
+  /// Writes a file and returns its absolute name as byte text.
   QString write(const QByteArray& name, const QByteArray& content) const {
-    QFile file(fileFromWire(path(name)));
+    QFile file(fileFromText(path(name)));
     EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size()) << name.constData();
     return path(name);
   }
 
   QByteArray read(const QByteArray& name) const {
-    QFile file(fileFromWire(path(name)));
+    QFile file(fileFromText(path(name)));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.constData();
     return file.readAll();
   }

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/reader/read_layout.h"
+#include "platform/plan/core_layout.h"
 
 namespace oracle {
 
@@ -91,7 +91,7 @@ Run capture(Live& live, const Project& project, const ost::InsertPlan& plan, int
     return run;
   }
   // The last look's flags were those of its first cycles.
-  const qint64 look = ost::kBlockOverhead + ost::ReadLayout(plan.cores[core]).statusBits + 20;
+  const qint64 look = ost::kBlockOverhead + ost::CoreLayout(plan.cores[core]).statusBits + 20;
   run.outcome = Run::Untriggered;
   run.waitedTime = qint64(double(live.hub.cycles() - armed - look) * 2000 * project.tckHalfPeriod);
   ost::CoreStatus status;

@@ -4,7 +4,7 @@
 #include <QDir>
 #include <cstdio>
 
-#include "platform/reader/read_layout.h"
+#include "platform/plan/core_layout.h"
 
 namespace oracle {
 namespace {
@@ -111,7 +111,7 @@ class Scenes {
     command.op = op;
     command.core = core;
     command.tag = tag;
-    const int bits = core < plan_.cores.size() ? ost::ReadLayout(plan_.cores[core]).statusBits : 1;
+    const int bits = core < plan_.cores.size() ? ost::CoreLayout(plan_.cores[core]).statusBits : 1;
     if (op == ost::HubOp::Table) command.rows = command.tableRows = payload.size();
     ost::HubReply reply;
     QString error;
@@ -171,7 +171,7 @@ void Scenes::flippedFrames() {
   QString error;
   mustHold(hub.open(error), error);
   const ost::RunSettings settings = settingsFor(plan_.cores[0], project_.cores[0], choice(true));
-  const int statusBits = ost::ReadLayout(plan_.cores[0]).statusBits;
+  const int statusBits = ost::CoreLayout(plan_.cores[0]).statusBits;
   const struct {
     ost::HubOp op;
     int tag, stride;

@@ -32,7 +32,7 @@ TEST(Sources, with_hostile_file_names_are_files_and_never_commands) {
       EXPECT_FALSE(readDesign(sourceOf({file}), error));
       QString shown = file + ":2: syntax error";
       EXPECT_TRUE(error.startsWith(shown.replace('\n', '?').replace('\t', '?'))) << plain(error);
-      QFile::remove(fileFromWire(file));
+      QFile::remove(fileFromText(file));
     }
   }
   EXPECT_FALSE(QFile::exists("pwned") || QFile::exists(scratch.path("pwned")));

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/text/near_names.h"
-#include "platform/istdata/trigger_expression.h"
-#include "platform/istdata/unit_value.h"
+#include "platform/trigger/trigger_expression.h"
+#include "platform/trigger/unit_value.h"
 
 namespace ost {
 namespace {

@@ -5,7 +5,7 @@
 #include <QRegularExpression>
 
 #include "bench/core_plans/plan_text.h"
-#include "platform/rtl/core_layout.h"
+#include "platform/plan/core_layout.h"
 #include "tests/unit/scratch.h"
 
 namespace ost {

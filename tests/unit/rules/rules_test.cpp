@@ -6,8 +6,8 @@
 #include <set>
 
 #include "platform/istdata/trace_tree.h"
-#include "platform/istdata/unit_value.h"
 #include "platform/rules/rule_table.h"
+#include "platform/trigger/unit_value.h"
 #include "tests/unit/read_design.h"
 
 namespace ost {

@@ -1,14 +1,14 @@
 // Resolves the enabled cores of a project, name by name, to bits of the design.
-#include "platform/insert/planner.h"
+#include "platform/plan/planner.h"
 
 #include <QFileInfo>
 #include <QHash>
 
 #include "platform/istdata/trace_tree.h"
-#include "platform/istdata/trigger_expression.h"
-#include "platform/istdata/unit_value.h"
-#include "platform/istdata/wire_text.h"
 #include "platform/plan/capture_map.h"
+#include "platform/text/byte_text.h"
+#include "platform/trigger/trigger_expression.h"
+#include "platform/trigger/unit_value.h"
 
 namespace ost {
 
@@ -241,7 +241,7 @@ bool planInsertion(const mero::ostrel::istProject& project, const Design& design
   InsertPlan result;
   result.projectName = project.fileName.isEmpty()
                            ? QStringLiteral("untitled")
-                           : wireFromFile(QFileInfo(fileFromWire(project.fileName)).completeBaseName());
+                           : textFromFile(QFileInfo(fileFromText(project.fileName)).completeBaseName());
   result.topModule = design.topModule();
   for (const auto& core : project.cores) {
     if (!core->enabled) continue;

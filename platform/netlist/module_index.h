@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/insert/netlist_text.h"
+#include "platform/netlist/netlist_text.h"
 
 namespace ost {
 

@@ -1,12 +1,12 @@
 // Loads the full netlist and follows bits through the hierarchy to what drives them.
-#include "platform/insert/netlist.h"
+#include "platform/netlist/netlist.h"
 
 #include <set>
 
 #include "platform/design/yosys.h"
-#include "platform/insert/netlist_private.h"
-#include "platform/istdata/wire_text.h"
+#include "platform/netlist/netlist_bits.h"
 #include "platform/system/scratch_file.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -34,7 +34,7 @@ QVector<int> clockOf(const KnownCell& known, CellKind kind, int bit) {
 
 }  // namespace
 
-Netlist::Netlist() : d(new Private) {}
+Netlist::Netlist() : d(new NetlistBits) {}
 Netlist::~Netlist() = default;
 
 std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& error, const std::function<bool()>& idle) {
@@ -60,13 +60,13 @@ std::shared_ptr<const Netlist> Netlist::read(int file, const QString& topKey, QS
   return netlist;
 }
 
-const ModuleIndex& Netlist::Private::index(int module) const {
+const ModuleIndex& NetlistBits::index(int module) const {
   std::unique_ptr<ModuleIndex>& known = indexes[module];
   if (!known) known.reset(new ModuleIndex(text, text.module(module)));
   return *known;
 }
 
-const KnownCell& Netlist::Private::cell(size_t offset, int module) const {
+const KnownCell& NetlistBits::cell(size_t offset, int module) const {
   const auto known = largeCells.find(offset);
   if (known != largeCells.end()) return known->second;
   smallCell = {readCell(text, offset), PortBits()};
@@ -83,7 +83,7 @@ const KnownCell& Netlist::Private::cell(size_t offset, int module) const {
                                                          : largeCells.emplace(offset, smallCell).first->second;
 }
 
-bool Netlist::Private::findInstance(const QString& path, PlacedBit& place) const {
+bool NetlistBits::findInstance(const QString& path, PlacedBit& place) const {
   place.module = text.top();
   place.path.clear();
   if (path.isEmpty()) return true;
@@ -98,7 +98,7 @@ bool Netlist::Private::findInstance(const QString& path, PlacedBit& place) const
   return true;
 }
 
-bool Netlist::Private::place(const NetBit& bit, PlacedBit& place) const {
+bool NetlistBits::place(const NetBit& bit, PlacedBit& place) const {
   QVector<int> bits;
   if (!findInstance(bit.instancePath, place) || !index(place.module).netBits(bit.net.toLatin1(), bits)) return false;
   if (bit.bit < 0 || bit.bit >= bits.size()) return false;
@@ -106,7 +106,7 @@ bool Netlist::Private::place(const NetBit& bit, PlacedBit& place) const {
   return true;
 }
 
-bool Netlist::Private::climb(const PlacedBit& inner, PlacedBit& outer) const {
+bool NetlistBits::climb(const PlacedBit& inner, PlacedBit& outer) const {
   if (inner.path.empty()) return false;
   PlacedBit above;
   above.path.assign(inner.path.begin(), inner.path.end() - 1);
@@ -127,7 +127,7 @@ bool Netlist::Private::climb(const PlacedBit& inner, PlacedBit& outer) const {
   return false;
 }
 
-bool Netlist::Private::descend(const PlacedBit& outer, const IndexedCell& cell, PlacedBit& inner) const {
+bool NetlistBits::descend(const PlacedBit& outer, const IndexedCell& cell, PlacedBit& inner) const {
   if (cell.instance < 0) return false;  // one of Yosys' own cells that a damaged netlist gives an inout
   const int below = text.module(outer.module).instances[size_t(cell.instance)].module;
   if (below < 0 || text.module(below).blackBox) return false;
@@ -144,7 +144,7 @@ bool Netlist::Private::descend(const PlacedBit& outer, const IndexedCell& cell, 
   return false;
 }
 
-PlacedBit Netlist::Private::source(const PlacedBit& start, LocalDriver& driver) const {
+PlacedBit NetlistBits::source(const PlacedBit& start, LocalDriver& driver) const {
   // A net may branch at inouts, and a ring of feed-through modules has no end: look at each place once. An inout of a
   // black box, or of the top, counts only when nothing else drives the net.
   std::vector<PlacedBit> pending{start};
@@ -188,7 +188,7 @@ PlacedBit Netlist::Private::source(const PlacedBit& start, LocalDriver& driver) 
   return weak.kind == LocalDriver::None ? topmost(start) : weakPlace;
 }
 
-PlacedBit Netlist::Private::topmost(PlacedBit place) const {
+PlacedBit NetlistBits::topmost(PlacedBit place) const {
   PlacedBit above;
   while (!isConstantBit(place.bit)) {
     const LocalDriver driver = index(place.module).driver(place.bit);
@@ -199,7 +199,7 @@ PlacedBit Netlist::Private::topmost(PlacedBit place) const {
   return place;
 }
 
-NetBit Netlist::Private::named(const PlacedBit& place) const {
+NetBit NetlistBits::named(const PlacedBit& place) const {
   NetBit bit;
   int module = text.top();
   for (const int step : place.path) {
@@ -207,12 +207,12 @@ NetBit Netlist::Private::named(const PlacedBit& place) const {
     if (!bit.instancePath.isEmpty()) bit.instancePath += QLatin1Char('/');
     // As Design writes paths: a name that would be misread stands as an escaped identifier.
     const bool escaped = instance.name.contains('/') || instance.name.startsWith('\\');
-    bit.instancePath += wireFromBytes(escaped ? '\\' + instance.name + ' ' : instance.name);
+    bit.instancePath += textFromBytes(escaped ? '\\' + instance.name + ' ' : instance.name);
     module = instance.module;
   }
   QByteArray net;
   if (!index(module).nameOf(place.bit, net, bit.bit)) return bit;
-  bit.net = wireFromBytes(net);
+  bit.net = textFromBytes(net);
   bit.name = bit.instancePath.isEmpty() ? bit.net : bit.instancePath + QLatin1Char('/') + bit.net;
   const int shown = index(module).sourceIndex(net, bit.bit);
   if (shown >= 0) bit.name += QStringLiteral("[%1]").arg(shown);

@@ -1,5 +1,5 @@
 // Reads the outline of a netlist.
-#include "platform/insert/netlist_text.h"
+#include "platform/netlist/netlist_text.h"
 
 #include "platform/design/name_index.h"
 

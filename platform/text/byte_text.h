@@ -1,4 +1,4 @@
-// Text inside the embedded service is "wire text": a QString whose every character is one byte (1 to 255) of the UTF-8
+// Text inside the embedded service is "byte text": a QString whose every character is one byte (1 to 255) of the UTF-8
 // text that Tcl hands over. It is turned into Unicode or into a file name only at the edge, by these functions.
 #pragma once
 
@@ -8,22 +8,22 @@
 
 namespace ost {
 
-inline QString toUnicode(const QString& wire) {
+inline QString unicodeFromText(const QString& wire) {
   return QString::fromUtf8(wire.toLatin1());
 }
 /// Keeps null characters, which Tcl cannot have written, so that the checks of names find them.
-inline QString toWire(const QString& unicode) {
+inline QString textFromUnicode(const QString& unicode) {
   const QByteArray utf8 = unicode.toUtf8();
   return QString::fromLatin1(utf8.constData(), utf8.size());
 }
-inline QString wireFromBytes(const QByteArray& bytes) {
+inline QString textFromBytes(const QByteArray& bytes) {
   return QString::fromLatin1(bytes);
 }
 /// The file that a name typed in Tcl means, and the way back.
-inline QString fileFromWire(const QString& wire) {
+inline QString fileFromText(const QString& wire) {
   return QFile::decodeName(wire.toLatin1());
 }
-inline QString wireFromFile(const QString& file) {
+inline QString textFromFile(const QString& file) {
   return QString::fromLatin1(QFile::encodeName(file));
 }
 /// For texts that quote what was read: control characters become '?'.
@@ -32,6 +32,5 @@ inline QString oneLine(QString text) {
     if (c.unicode() < 32 || c.unicode() == 127) c = QLatin1Char('?');
   return text;
 }
-
 
 }  // namespace ost

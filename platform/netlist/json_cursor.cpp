@@ -1,5 +1,5 @@
 // The cursor over JSON text, and the escapes of JSON strings.
-#include "platform/insert/json_cursor.h"
+#include "platform/netlist/json_cursor.h"
 
 #include <QString>
 #include <cstring>

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/insert/json_cursor.h"
+#include "platform/netlist/json_cursor.h"
 
 namespace ost {
 

@@ -1,5 +1,5 @@
 // Builds and queries the index of one module.
-#include "platform/insert/module_index.h"
+#include "platform/netlist/module_index.h"
 
 #include <algorithm>
 

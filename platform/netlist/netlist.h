@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "platform/design/design.h"
-#include "platform/plan/insert_plan.h"
+#include "platform/netlist/net_bit.h"
 
 namespace ost {
 
@@ -27,6 +27,8 @@ struct BitDriver {
   NetBit clock;  ///< Canonical: the same clock gives the same bit, however many aliases it has.
 };
 
+struct NetlistBits;
+
 class Netlist {
  public:
   /// Runs Yosys on the design's sources for the full netlist and loads it. Null with a text in `error` on failure.
@@ -42,13 +44,12 @@ class Netlist {
   /// The one canonical bit of all aliases of `bit` across the hierarchy (where it is driven, or the topmost name).
   NetBit canonical(const NetBit& bit) const;
 
-  struct Private;
-  /// For the sources of platform/insert.
-  const Private& data() const { return *d; }
+  /// The same by text and ids, for who changes or compares it.
+  const NetlistBits& bits() const { return *d; }
 
  private:
   Netlist();
-  std::unique_ptr<Private> d;
+  std::unique_ptr<NetlistBits> d;
 };
 
 }  // namespace ost

@@ -1,5 +1,5 @@
 // The figures of a core that follow from its plan.
-#include "platform/rtl/core_layout.h"
+#include "platform/plan/core_layout.h"
 
 #include <algorithm>
 
@@ -11,12 +11,6 @@ constexpr int kMaxChainTableUnits = 4;   // Above, a memory is smaller than flip
 constexpr int kFixedStatusBits = 8 + 5;  // Tag and flags.
 
 }  // namespace
-
-int bitsFor(qint64 n) {
-  int bits = 0;
-  while ((qint64(1) << bits) < n) ++bits;
-  return bits;
-}
 
 int unitConfigBits(const PlanUnit& unit) {
   switch (unit.unitClass) {

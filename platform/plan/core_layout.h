@@ -1,15 +1,14 @@
-// Derived figures of a planned core: widths, addresses and the configuration chain's parts, from which its Verilog is
-// written and its size estimated. docs/debug-core.md defines them.
+// The layout of a core that follows from its plan, computed here and nowhere else: widths, addresses and the parts of
+// the configuration chain. Its Verilog is written, its size estimated and its captures read by it. docs/debug-core.md
+// defines it.
 #pragma once
 
 #include <QVector>
 
 #include "platform/plan/insert_plan.h"
+#include "platform/text/numbers.h"
 
 namespace ost {
-
-/// Bits that hold 0 .. n-1; 0 for n <= 1.
-int bitsFor(qint64 n);
 
 enum class TableStore { Chain = 0, Distributed = 1, Block = 2 };
 
@@ -23,6 +22,8 @@ struct ExpressionLayout {
   int configBits = 1;   ///< Enable, last step, counts.
   int tableOffset = 0;  ///< In the chain; only with TableStore::Chain.
   int tableBits = 2;    ///< steps << units
+
+  int rows() const { return 1 << units; }  ///< Of the table.
 };
 
 struct CoreLayout {
@@ -42,6 +43,8 @@ struct CoreLayout {
   QVector<ExpressionLayout> expressions;
 
   explicit CoreLayout(const PlanCore& core);
+
+  int blockWords() const { return 1 << blockBits; }  ///< Sample words of a full block that is read out.
 };
 
 /// Bits that a unit takes in the chain.

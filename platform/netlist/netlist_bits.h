@@ -1,10 +1,11 @@
-// What Netlist keeps: the text with its outline, and the indexes of the modules that were asked about.
+// The netlist by its text and the ids of its bits: the outline, the indexes of the modules that were asked about, and
+// the way of a bit through the hierarchy.
 #pragma once
 
 #include <map>
 
-#include "platform/insert/module_index.h"
-#include "platform/insert/netlist.h"
+#include "platform/netlist/module_index.h"
+#include "platform/netlist/netlist.h"
 
 namespace ost {
 
@@ -21,7 +22,7 @@ struct KnownCell {
   PortBits outputs;  ///< Of an instance: the module's outputs and inouts. Of a memory: its RD_DATA.
 };
 
-struct Netlist::Private {
+struct NetlistBits {
   NetlistText text;
   mutable std::map<int, std::unique_ptr<ModuleIndex>> indexes;
   mutable std::unordered_map<size_t, KnownCell> largeCells;

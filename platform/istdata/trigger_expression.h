@@ -1,2 +1,0 @@
-#pragma once
-#include "platform/trigger/trigger_expression.h"

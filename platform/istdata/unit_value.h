@@ -1,2 +1,0 @@
-#pragma once
-#include "platform/trigger/unit_value.h"

@@ -1,2 +1,0 @@
-#pragma once
-#include "platform/text/wire_text.h"
