@@ -27,62 +27,103 @@ bool parseInstruction(const QString& option, const QString& value, UserInstructi
   return good || wrongValue(option, value, "WIDTH:CODE, for example 4:2 or 6:0x23", error);
 }
 
-/// One option that takes the next word.
-bool takeValue(const QString& option, const QString& value, CaptureOptions& options, QString& error) {
-  if (option == QLatin1String("-map")) return options.mapFile = value, true;
-  if (option == QLatin1String("-connect")) return parseServerAddress(value, options.server, error);
-  if (option == QLatin1String("-core")) return options.core = value, true;
-  if (option == QLatin1String("-position")) return options.position = value, true;
-  if (option == QLatin1String("-set") || option == QLatin1String("-op"))
-    return options.changes.append({option, value}), true;
-  if (option == QLatin1String("-te")) return options.expressions = value, true;
-  if (option == QLatin1String("-count")) return parseCount(option, value, options.eventCount, error);
-  if (option == QLatin1String("-windows")) return parseCount(option, value, options.windows, error);
-  if (option == QLatin1String("-ir")) return parseInstruction(option, value, options.instruction, error);
-  if (option == QLatin1String("-vcd")) return options.vcdFile = value, true;
-  if (option == QLatin1String("-csv")) return options.csvFile = value, true;
+bool parseSeconds(const QString& option, const QString& value, double& seconds, QString& error) {
   bool isNumber = false;
-  options.timeoutSeconds = value.toDouble(&isNumber);
-  return (isNumber && options.timeoutSeconds > 0 && options.timeoutSeconds <= 1e6) ||
-         wrongValue(option, value, "a number of seconds above 0", error);
+  seconds = value.toDouble(&isNumber);
+  return (isNumber && seconds > 0 && seconds <= 1e6) || wrongValue(option, value, "a number of seconds above 0", error);
 }
 
-const char* const kValueOptions[] = {"-map",   "-connect", "-core",    "-position", "-set", "-op", "-te",
-                                     "-count", "-windows", "-timeout", "-ir",       "-vcd", "-csv"};
+/// What an option does with the word behind it, which is empty for a flag. False with `error`.
+using Take = bool (*)(CaptureOptions& options, const QString& option, const QString& value, QString& error);
+
+struct Option {
+  const char* name;
+  const char* value;  ///< What follows, as the help calls it; null for a flag.
+  const char* help;
+  Take take;
+};
+
+template <QString CaptureOptions::*member>
+bool keepText(CaptureOptions& options, const QString&, const QString& value, QString&) {
+  options.*member = value;
+  return true;
+}
+template <bool CaptureOptions::*member>
+bool raise(CaptureOptions& options, const QString&, const QString&, QString&) {
+  return options.*member = true;
+}
+template <int CaptureOptions::*member>
+bool keepCount(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseCount(option, value, options.*member, error);
+}
+bool keepChange(CaptureOptions& options, const QString& option, const QString& value, QString&) {
+  options.changes.append({option, value});
+  return true;
+}
+bool keepServer(CaptureOptions& options, const QString&, const QString& value, QString& error) {
+  return options.hasServer = parseServerAddress(value, options.server, error);
+}
+bool keepInstruction(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseInstruction(option, value, options.instruction, error);
+}
+bool keepTimeout(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseSeconds(option, value, options.timeoutSeconds, error);
+}
+
+/// All options in the order of the help; a row without a name is a heading.
+const Option kOptions[] = {
+    {"-map", "FILE", "capture map that was written with the instrumented design", keepText<&CaptureOptions::mapFile>},
+    {"-connect", "SERVER", "remote-bitbang server: fifo:DIR, tcp:HOST:PORT or unix:PATH", keepServer},
+    {"-core", "NAME", "the core, where the design has several", keepText<&CaptureOptions::core>},
+    {nullptr, nullptr, "Run:", nullptr},
+    {"-position", "N|N%", "samples before the trigger (default: half a window)", keepText<&CaptureOptions::position>},
+    {"-set", "UNIT=VALUE", "another value of a trigger unit, in its radix; repeatable", keepChange},
+    {"-op", "UNIT=OPERATOR", "another operator of a trigger unit; repeatable", keepChange},
+    {"-te", "NAME[,NAME...]", "the trigger expressions that take part (default: all)",
+     keepText<&CaptureOptions::expressions>},
+    {"-count", "N", "events to the trigger (default: as built)", keepCount<&CaptureOptions::eventCount>},
+    {"-windows", "N", "windows to capture (default: as built)", keepCount<&CaptureOptions::windows>},
+    {"-timeout", "SECONDS", "how long to wait for the trigger (default: 10)", keepTimeout},
+    {nullptr, nullptr, "Output:", nullptr},
+    {"-vcd", "FILE", "waves for a viewer", keepText<&CaptureOptions::vcdFile>},
+    {"-csv", "FILE", "a line for each sample", keepText<&CaptureOptions::csvFile>},
+    {"-wave", nullptr, "a small waveform on the terminal (default without -vcd and -csv)",
+     raise<&CaptureOptions::wave>},
+    {nullptr, nullptr, "Instead of a capture:", nullptr},
+    {"-status", nullptr, "where each core stands", raise<&CaptureOptions::status>},
+    {"-info", nullptr, "what the hardware says of itself", raise<&CaptureOptions::info>},
+    {nullptr, nullptr, "The way to the hub:", nullptr},
+    {"-ir", "WIDTH:CODE", "instruction that selects the debug hub (default: 4:2)", keepInstruction},
+};
+
+const Option* findOption(const QString& word) {
+  for (const Option& option : kOptions)
+    if (option.name && word == QLatin1String(option.name)) return &option;
+  return nullptr;
+}
 
 }  // namespace
 
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error) {
-  bool connected = false;
   for (int i = 0; i < words.size(); ++i) {
     const QString& word = words[i];
     if (word == QLatin1String("-help") || word == QLatin1String("--help")) return options.help = true;
-    bool* const flag = word == QLatin1String("-wave")     ? &options.wave
-                       : word == QLatin1String("-status") ? &options.status
-                       : word == QLatin1String("-info")   ? &options.info
-                                                          : nullptr;
-    if (flag) {
-      *flag = true;
-      continue;
-    }
-    bool known = false;
-    for (const char* option : kValueOptions) known = known || word == QLatin1String(option);
-    if (!known) {
+    const Option* option = findOption(word);
+    if (!option) {
       error = QStringLiteral("Unknown word '%1'; 'ost_capture -help' lists the options.").arg(word);
       return false;
     }
-    if (i + 1 == words.size()) {
+    if (option->value && ++i == words.size()) {
       error = QStringLiteral("Missing value for '%1'; 'ost_capture -help' lists the options.").arg(word);
       return false;
     }
-    connected = connected || word == QLatin1String("-connect");
-    if (!takeValue(word, words[++i], options, error)) return false;
+    if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
   }
   if (!options.vcdFile.isEmpty() && options.vcdFile == options.csvFile) {
     error = QStringLiteral("'-vcd' and '-csv' name the same file, '%1': give each its own.").arg(options.vcdFile);
     return false;
   }
-  if (options.mapFile.isEmpty() || !connected) {
+  if (options.mapFile.isEmpty() || !options.hasServer) {
     error = QStringLiteral("'-map' and '-connect' are needed; 'ost_capture -help' tells what they mean.");
     return false;
   }
@@ -130,29 +171,19 @@ bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QStri
 }
 
 QString captureUsage() {
-  return QStringLiteral(
+  QString text = QStringLiteral(
       "ost_capture - arm an inserted debug core over JTAG and read its capture\n"
-      "Usage: ost_capture -map FILE -connect SERVER [option...]\n"
-      "  -map FILE            capture map that was written with the instrumented design\n"
-      "  -connect SERVER      remote-bitbang server: fifo:DIR, tcp:HOST:PORT or unix:PATH\n"
-      "  -core NAME           the core, where the design has several\n"
-      "Run:\n"
-      "  -position N|N%       samples before the trigger (default: half a window)\n"
-      "  -set UNIT=VALUE      another value of a trigger unit, in its radix; repeatable\n"
-      "  -op UNIT=OPERATOR    another operator of a trigger unit; repeatable\n"
-      "  -te NAME[,NAME...]   the trigger expressions that take part (default: all)\n"
-      "  -count N             events to the trigger (default: as built)\n"
-      "  -windows N           windows to capture (default: as built)\n"
-      "  -timeout SECONDS     how long to wait for the trigger (default: 10)\n"
-      "Output:\n"
-      "  -vcd FILE            waves for a viewer\n"
-      "  -csv FILE            a line for each sample\n"
-      "  -wave                a small waveform on the terminal (default without -vcd and -csv)\n"
-      "Instead of a capture:\n"
-      "  -status              where each core stands\n"
-      "  -info                what the hardware says of itself\n"
-      "  -ir WIDTH:CODE       instruction that selects the debug hub (default: 4:2)\n"
-      "Exit status: 0 done, 1 failed, 2 wrong use, 3 no trigger within the time.\n");
+      "Usage: ost_capture -map FILE -connect SERVER [option...]\n");
+  for (const Option& option : kOptions) {
+    if (!option.name) {
+      text += QLatin1String(option.help) + QLatin1Char('\n');
+      continue;
+    }
+    QString words = QLatin1String(option.name);
+    if (option.value) words += QLatin1Char(' ') + QLatin1String(option.value);
+    text += QStringLiteral("  %1 %2\n").arg(words, -20).arg(QLatin1String(option.help));
+  }
+  return text + QStringLiteral("Exit status: 0 done, 1 failed, 2 wrong use, 3 no trigger within the time.\n");
 }
 
 }  // namespace ost

@@ -16,6 +16,7 @@ namespace ost {
 struct CaptureOptions {
   bool help = false;
   QString mapFile;
+  bool hasServer = false;
   ServerAddress server;
   QString core;
   QString position;

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "platform/reader/core_reader.h"
-#include "platform/reader/faulty_port.h"
+#include "tests/sim/oracle/faulty_port.h"
 #include "platform/reader/remote_bitbang.h"
 #include "tests/sim/oracle/bench.h"
 

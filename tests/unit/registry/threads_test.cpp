@@ -30,6 +30,11 @@ class Shell {
   Tcl_Interp* const interp_;
 };
 
+/// Gives back what Tcl keeps for a thread.
+struct TclThread {
+  ~TclThread() { Tcl_FinalizeThread(); }
+};
+
 const char kNoProject[] = "ERROR: No ostrel project is opened. [NONE]";
 
 std::string refused(const std::string& command) {
@@ -42,6 +47,7 @@ TEST(Threads, TheFirstThatCallsACommandKeepsThemUntilItEnds) {
   Tcl_FindExecutable("unit_registry");
   std::atomic<bool> called(false), done(false);
   std::thread first([&] {
+    TclThread thread;
     Shell shell;
     EXPECT_EQ(kNoProject, shell.shows("ost_core list"));
     called = true;
@@ -50,6 +56,7 @@ TEST(Threads, TheFirstThatCallsACommandKeepsThemUntilItEnds) {
   });
   while (!called) std::this_thread::yield();
   std::thread([&] {
+    TclThread thread;
     Shell shell;
     EXPECT_EQ(refused("ost_core"), shell.shows("ost_core list"));
     EXPECT_EQ(refused("ost_design"), shell.shows("ost_design info"));
@@ -62,6 +69,7 @@ TEST(Threads, TheFirstThatCallsACommandKeepsThemUntilItEnds) {
 TEST(Threads, LoadingAndCallingAtOnceDoesNoHarm) {
   std::atomic<int> served(0), wrong(0);
   const auto work = [&] {
+    TclThread thread;
     for (int i = 0; i < 20; ++i) {
       Shell shell;
       for (const std::string command : {"ost_core", "ost_design", "ost_tu"}) {

@@ -1,5 +1,5 @@
 // Random inversions on the three lines.
-#include "platform/reader/faulty_port.h"
+#include "tests/sim/oracle/faulty_port.h"
 
 namespace ost {
 
