@@ -63,7 +63,7 @@ class Reader {
       QList<QByteArray> words;
       QString reason;
       if (line.contains('\0') || !splitLine(line, words)) {
-        reason = QString::fromLatin1("a quote is left open, or it is no text");
+        reason = QString::fromLatin1("a quote is left open, or it is not text");
       } else if (take(words, reason, error, nesting)) {
         continue;
       }

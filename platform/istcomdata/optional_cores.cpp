@@ -14,7 +14,7 @@ const char kConstantLow[] = "VLO";  ///< The reset that never acts, in place of 
 bool IstComData::addWishboneMaster(QString& message) {
   if (!d->project) return false;
   if (d->project->wishbone) {
-    message = "The project has a Wishbone master already; there can be one.";
+    message = "The project has a Wishbone master already; only one is allowed.";
     return false;
   }
   d->project->wishbone.reset(new istWishboneMaster{false});
@@ -39,7 +39,7 @@ bool IstComData::deleteWishboneMaster(QString& message) {
 bool IstComData::addSerdesCore(QString& message) {
   if (!d->project) return false;
   if (d->project->serdes) {
-    message = "The project has a serdes core already; there can be one.";
+    message = "The project has a serdes core already; only one is allowed.";
     return false;
   }
   d->project->serdes.reset(new istSerdesCore);

@@ -13,13 +13,13 @@ namespace {
 
 bool setOperator(const QString& text, ost::TriggerUnit& unit, QString& error) {
   if (text.isEmpty() || ost::operatorFromText(text, unit.op)) return true;
-  error = QString("%1 is no operator; use ==, !=, >, >=, <, <=, .RE., .FE. or .SC.").arg(ost::quoted(text));
+  error = QString("%1 is not a valid operator; use ==, !=, >, >=, <, <=, .RE., .FE. or .SC.").arg(ost::quoted(text));
   return false;
 }
 
 bool setRadix(const QString& word, ost::TriggerUnit& unit, QString& error) {
   if (word.isEmpty() || ost::radixFromText(word, unit.radix)) return true;
-  error = QString("%1 is no radix; use bin, oct, dec or hex.").arg(ost::quoted(word));
+  error = QString("%1 is not a valid radix; use bin, oct, dec or hex.").arg(ost::quoted(word));
   return false;
 }
 

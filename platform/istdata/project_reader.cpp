@@ -143,7 +143,7 @@ void ProjectReader::readUnit(const QJsonValue& value, const QString& path, istDa
   else if (dataset.findUnit(unit.name))
     f.fail(f.pathOf("name"), quoted(unit.name) + " is used twice.");
   else if (!operatorFromText(op, unit.op))
-    f.fail(f.pathOf("operator"), quoted(op) + " is no operator.");
+    f.fail(f.pathOf("operator"), quoted(op) + " is not a valid operator.");
   else if (!checkUnitDigits(unit, error))
     f.fail(f.pathOf("value"), error);
   else

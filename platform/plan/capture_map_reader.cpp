@@ -121,8 +121,8 @@ PlanUnit MapReader::unit(const QJsonValue& value, const QString& path, int input
   unit.name = fields.text("name");
   unit.unitClass = UnitClass(fields.word("class", unitClassWords()));
   if (!operatorFromText(fields.text("operator"), unit.op))
-    fail(fields.pathOf("operator"), QStringLiteral("is no operator."));
-  if (!radixFromText(fields.text("radix"), unit.radix)) fail(fields.pathOf("radix"), QStringLiteral("is no radix."));
+    fail(fields.pathOf("operator"), QStringLiteral("is not a valid operator."));
+  if (!radixFromText(fields.text("radix"), unit.radix)) fail(fields.pathOf("radix"), QStringLiteral("is not a valid radix."));
   unit.valueText = fields.text("valueText");
   unit.width = fields.number("width", 1, kMaxPlanBits);
   unit.inputs = numbers(fields, "inputs", inputs);
@@ -183,7 +183,7 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   core.hasSampleEnable = enable(fields, "sampleEnable", core.sampleEnable, core.sampleEnableActiveLow);
   core.hasTriggerEnable = enable(fields, "triggerEnable", core.triggerEnable, core.triggerEnableActiveLow);
   if (!radixFromText(fields.text("displayRadix"), core.displayRadix))
-    fail(fields.pathOf("displayRadix"), QStringLiteral("is no radix."));
+    fail(fields.pathOf("displayRadix"), QStringLiteral("is not a valid radix."));
   core.depth = fields.number("depth", 1, kMaxDepth);
   core.distributedRam = fields.flag("distributedRam");
   core.distRamDisabled = fields.flag("distRamDisabled");
@@ -191,7 +191,7 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   core.includeTrigger = fields.flag("includeTrigger");
   core.windows = fields.number("windows", 1, core.depth);
   core.windowSamples = fields.number("windowSamples", 1, core.depth);
-  if (!isPowerOfTwo(core.depth)) fail(fields.pathOf("depth"), QStringLiteral("is no power of two."));
+  if (!isPowerOfTwo(core.depth)) fail(fields.pathOf("depth"), QStringLiteral("is not a power of two."));
   if (!isPowerOfTwo(core.windowSamples) || qint64(core.windows) * core.windowSamples > core.depth)
     fail(fields.pathOf("windowSamples"), QStringLiteral("the windows do not fit the depth."));
   core.eventCounter = fields.flag("eventCounter");

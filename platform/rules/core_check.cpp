@@ -158,7 +158,7 @@ void CoreCheck::checkCaptureSettings() const {
   };
   const int fewest = istCore::getMinTimestampBitsByDepth(depth), most = istCore::getMaxTimestampBitsByDepth(depth);
   if (options.timestamp && (options.timestampBits < fewest || options.timestampBits > most))
-    misfit("TimestampBits", QStringLiteral("a timestamp of %1 does not go (%2 to %3)")
+    misfit("TimestampBits", QStringLiteral("a timestamp of %1 is out of range (%2 to %3)")
                                 .arg(counted(options.timestampBits, "bit"))
                                 .arg(fewest)
                                 .arg(most));

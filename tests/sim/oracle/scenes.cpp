@@ -297,10 +297,10 @@ void Scenes::quickAbort() {
   finish(live, {aborted, capture(live, project_, plan_, 0, choice(true, 9), 400000)});
 }
 
-/// A thousand sample clocks in a TCK. The other clock is slow as well: it only costs time.
+/// Three hundred sample clocks in a TCK. The other clock is slow as well: it only costs time.
 void Scenes::slowTck() {
-  project_.clockPeriods[1] = 5000;
-  setTck(5000);
+  project_.clockPeriods[1] = 1500;
+  setTck(1500);
   Live live(files_, plan_);
   QString error;
   mustHold(live.hub.open(error), error);
