@@ -40,6 +40,10 @@ bool sameSource(const DesignSource& a, const DesignSource& b) {
 
 }  // namespace
 
+QString noDesignText() {
+  return QString::fromLatin1("No design is loaded; read it first with ost_design read.");
+}
+
 DesignSession::DesignSession() : d(new Private) {
   const QByteArray prove = qgetenv("OST_PROVE").toLower();
   d->prove = prove == "1" || prove == "on" || prove == "yes" || prove == "true";
@@ -73,10 +77,7 @@ bool DesignSession::readFromEnvironment(QString& error) {
   if (d->design) return true;
   const QString name = textFromBytes(qgetenv("OST_DESIGN"));
   if (name.isEmpty()) {
-    error = QString::fromLatin1(
-        "No design is loaded: read one with \"ost_design read FILE...\" (package ost_platform), or name a file list or "
-        "a "
-        "Yosys JSON netlist in the environment variable OST_DESIGN");
+    error = noDesignText();
     return false;
   }
   DesignSource source;
@@ -91,7 +92,7 @@ bool DesignSession::readFromEnvironment(QString& error) {
 bool DesignSession::refresh(QString& error) {
   const std::shared_ptr<const Design> loaded = d->design;
   if (!loaded) {
-    error = QString::fromLatin1("No design is loaded");
+    error = noDesignText();
     return false;
   }
   if (!loaded->isStale()) return true;

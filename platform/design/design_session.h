@@ -10,6 +10,9 @@
 
 namespace ost {
 
+/// What is said wherever a design is needed and none is loaded: one sentence.
+ISTCOMDATA_API QString noDesignText();
+
 class ISTCOMDATA_API DesignSession {
  public:
   static DesignSession& instance();

@@ -5,12 +5,12 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <algorithm>
 
 #include "platform/design/file_list.h"
 #include "platform/system/files.h"
 #include "platform/text/byte_text.h"
+#include "platform/text/names.h"
 
 namespace ost {
 namespace {
@@ -19,15 +19,10 @@ QString absoluteFile(const QString& typed, const QString& workingDirectory) {
   return QDir::cleanPath(QDir(workingDirectory).absoluteFilePath(fileFromText(typed)));
 }
 
-bool isIdentifier(const QString& text) {
-  static const QRegularExpression pattern(QString::fromLatin1("\\A[A-Za-z_][A-Za-z0-9_$]*\\z"));
-  return pattern.match(text).hasMatch();
-}
-
 bool checkDefine(const QString& define, QString& error) {
   const int equals = define.indexOf(QLatin1Char('='));
   const QString name = define.left(equals), value = equals < 0 ? QString() : define.mid(equals + 1);
-  if (!isIdentifier(name)) {
+  if (!isVerilogIdentifier(name)) {
     error = QString::fromLatin1("\"%1\" is not a macro definition: write NAME or NAME=VALUE").arg(define);
     return false;
   }
@@ -76,7 +71,7 @@ std::unique_ptr<SourcePlan> SourcePlan::make(const DesignSource& source, const Q
     if (!checkDefine(define, error)) return nullptr;
   }
   for (const QString& module : qAsConst(plan->blackBoxes_)) {
-    if (isIdentifier(module)) continue;
+    if (isVerilogIdentifier(module)) continue;
     error = QString::fromLatin1("\"%1\" is not a module name that can be a black box").arg(module);
     return nullptr;
   }

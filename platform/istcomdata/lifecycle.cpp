@@ -35,7 +35,7 @@ void forEachNet(const istProject& project, Visit visit) {
 /// Lines about nets that the design does not hold, or about the design that is not there.
 QString vanishedReport(const istProject& project) {
   const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
-  if (!design) return "No design is loaded: the project's nets were not checked. Read it with ost_design read.\n";
+  if (!design) return ost::noDesignText() + " The project's nets were not checked.\n";
   QString report;
   int count = 0;
   forEachNet(project, [&](const QString& where, const QString& net) {

@@ -37,7 +37,7 @@ bool IstComData::Private::bringDesignUpToDate(QString& error) {
   ost::DesignSession& session = ost::DesignSession::instance();
   const std::shared_ptr<const ost::Design> design = session.design();
   if (!design) {
-    error = "No design is loaded; read it with ost_design read.";
+    error = ost::noDesignText();
     return false;
   }
   if (!followsDesign || !design->isStale()) return true;
@@ -99,7 +99,7 @@ bool IstComData::Insert(int) {
                             [] { return tcl_cmdex::servePendingEvents(); }};
   const QString directory = ost::ProjectStorage::outputFolderOf(d->project->fileName, error);
   bool done = !directory.isEmpty() && design;
-  if (!design) error = "No design is loaded; read it with ost_design read.";
+  if (!design) error = ost::noDesignText();
   done = done && d->loadNetlist(*design, error);
   for (const auto& core : d->project->cores) core->trace->compact();
   if (done && (d->checked.design.lock() != design || d->checked.project != d->state())) {

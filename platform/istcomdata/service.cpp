@@ -9,7 +9,7 @@ namespace ost {
 bool resolveNet(const QString& name, NetSelection& selection, QString& error) {
   const std::shared_ptr<const Design> design = DesignSession::instance().design();
   if (!design) {
-    error = "No design is loaded; read it first with ost_design read.";
+    error = noDesignText();
     return false;
   }
   return checkNetName(name, error) && design->resolve(name, selection, error) &&

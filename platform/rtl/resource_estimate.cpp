@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/plan/block_ram.h"
 #include "platform/plan/core_layout.h"
 #include "platform/rtl/debug_module.h"
 
@@ -24,16 +25,6 @@ constexpr double kTimestampBit = 0.2, kWindowBit = 1.0, kEventOrPulseBit = 1.7;
 
 constexpr int kHubFlipFlops = 108;  // Without the bit index.
 constexpr int kCoreFlipFlops = 42;  // Run, tag, flags, synchronisers.
-
-/// Halves of a 36 Kbit block RAM for words x bits, in the aspect ratio that takes the fewest.
-int halfBlocks(qint64 words, int bits) {
-  int fewest = 0;
-  for (const auto& [depth, width] : {std::pair(512, 36), {1024, 18}, {2048, 9}, {4096, 4}, {8192, 2}, {16384, 1}}) {
-    const int blocks = int((words + depth - 1) / depth) * ((bits + width - 1) / width);
-    if (fewest == 0 || blocks < fewest) fewest = blocks;
-  }
-  return fewest;
-}
 
 int blocksOf64(qint64 words) {
   return int((words + 63) / 64);
@@ -68,7 +59,7 @@ void addExpression(const ExpressionLayout& layout, double& luts, int& flipFlops,
   if (layout.store == TableStore::Chain) luts += kChainTableBit * layout.tableBits;
   if (layout.store == TableStore::Distributed) luts += kDistributedTable * layout.steps * blocksOf64(rows);
   if (layout.store == TableStore::Block)
-    halves += halfBlocks(rows, layout.steps);
+    halves += int(blockRamsFor(rows, layout.steps));
   else
     flipFlops += layout.steps;
   if (layout.store != TableStore::Chain) estimate.memoryBits += rows * layout.steps;
@@ -106,7 +97,7 @@ ResourceEstimate estimateCore(const PlanCore& core) {
     luts += kDistributedWord * layout.wordBits * blocksOf64(layout.words);
     flipFlops += layout.wordBits;
   } else {
-    halves += halfBlocks(layout.words, layout.wordBits);
+    halves += int(blockRamsFor(layout.words, layout.wordBits));
   }
   estimate.luts = int(std::lround(luts));
   estimate.flipFlops = flipFlops;

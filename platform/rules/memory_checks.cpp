@@ -1,4 +1,5 @@
 // Checks of the memory that a core's buffer takes.
+#include "platform/plan/block_ram.h"
 #include "platform/rules/core_check.h"
 
 namespace ost {
@@ -6,19 +7,6 @@ namespace ost {
 namespace {
 
 constexpr int kDeepestBuffer = 65536;
-
-/// 18-Kbit block RAMs for a buffer, in the best of the shapes that one block can have.
-qint64 blockRamsFor(int depth, int width) {
-  static const struct {
-    int depth, width;
-  } shapes[] = {{16384, 1}, {8192, 2}, {4096, 4}, {2048, 9}, {1024, 18}, {512, 36}};
-  qint64 best = -1;
-  for (const auto& shape : shapes) {
-    const qint64 blocks = qint64((depth + shape.depth - 1) / shape.depth) * ((width + shape.width - 1) / shape.width);
-    if (best < 0 || blocks < best) best = blocks;
-  }
-  return best;
-}
 
 }  // namespace
 

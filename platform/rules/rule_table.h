@@ -68,7 +68,5 @@ const RuleRow& ruleRow(DesignRule rule);
 constexpr qint64 kMemoryBudgetBits = qint64(4) << 20;
 /// Size of a buffer above which DistributedRamSize warns, in bits.
 constexpr qint64 kDistributedRamBits = qint64(64) << 10;
-/// A block RAM as both supported targets have it, in bits (parity bits counted).
-constexpr qint64 kBlockRamBits = 18 * 1024;
 
 }  // namespace ost

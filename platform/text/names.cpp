@@ -22,6 +22,10 @@ bool isIdentifier(const QString& text) {
   return std::all_of(text.begin(), text.end(), [](QChar c) { return isLetter(c) || isDigit(c); });
 }
 
+bool isVerilogIdentifier(const QString& text) {
+  return !text.startsWith('$') && isIdentifier(QString(text).remove('$'));
+}
+
 bool isVerilogKeyword(const QString& text) {
   // IEEE 1364-2005, annex B.
   static const QSet<QString> keywords = [] {

@@ -12,6 +12,8 @@ constexpr int kMaxNetNameLength = 4096;  ///< Characters of a hierarchical net n
 
 /// Letters, digits and underscore, not beginning with a digit. Any length; the empty text is none.
 bool isIdentifier(const QString& text);
+/// The same with "$" behind the first character, as Verilog has it.
+bool isVerilogIdentifier(const QString& text);
 bool isVerilogKeyword(const QString& text);
 
 /// Checks a user's name; `what` begins the sentence ("The core name"). False with the reason and the rule in `error`.
