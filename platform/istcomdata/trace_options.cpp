@@ -50,11 +50,11 @@ void IstComData::setSampleEnableSignal(const QString& net, istCore* core) {
 }
 
 int IstComData::getSampleEnablePri(istCore* core) {
-  return optionsOf(core).sampleEnablePolarity;
+  return int(optionsOf(core).sampleEnablePolarity);
 }
 
 void IstComData::setSampleEnablePri(int polarity, istCore* core) {
-  if (core) d->assign(asCore(core)->options.sampleEnablePolarity, polarity ? 1 : 0);
+  if (core) d->assign(asCore(core)->options.sampleEnablePolarity, ost::Polarity(polarity != 0));
 }
 
 bool IstComData::isTrigEnable(istCore* core) {
@@ -75,11 +75,11 @@ void IstComData::setTrigEnableSignal(const QString& net, istCore* core) {
 }
 
 int IstComData::getTrigEnablePri(istCore* core) {
-  return optionsOf(core).triggerEnablePolarity;
+  return int(optionsOf(core).triggerEnablePolarity);
 }
 
 void IstComData::setTrigEnablePri(int polarity, istCore* core) {
-  if (core) d->assign(asCore(core)->options.triggerEnablePolarity, polarity ? 1 : 0);
+  if (core) d->assign(asCore(core)->options.triggerEnablePolarity, ost::Polarity(polarity != 0));
 }
 
 int IstComData::getCaptureNum(istCore* core) {
@@ -102,11 +102,11 @@ void IstComData::setBufferDepth(int samples, istCore* core) {
 }
 
 QString IstComData::getImplementaionName(istCore* core) {
-  return QLatin1String(optionsOf(core).implementation ? "DRAM" : "EBR");
+  return QLatin1String(optionsOf(core).implementation == ost::Implementation::BlockRam ? "EBR" : "DRAM");
 }
 
 void IstComData::setImplementation(int implementation, istCore* core) {
-  if (core) d->assign(asCore(core)->options.implementation, implementation ? 1 : 0);
+  if (core) d->assign(asCore(core)->options.implementation, ost::Implementation(implementation != 0));
 }
 
 bool IstComData::isTimeStamp(istCore* core) {
@@ -128,7 +128,7 @@ void IstComData::setTimeStampBits(int bits, istCore* core) {
 }
 
 int IstComData::getCaptureMode(istCore* core) {
-  return optionsOf(core).captureMode;
+  return int(optionsOf(core).captureMode);
 }
 
 QString IstComData::getCaptureModeName(istCore* core) {
@@ -136,7 +136,7 @@ QString IstComData::getCaptureModeName(istCore* core) {
 }
 
 void IstComData::setCaptureMode(int mode, istCore* core) {
-  if (core) d->assign(asCore(core)->options.captureMode, mode ? 1 : 0);
+  if (core) d->assign(asCore(core)->options.captureMode, ost::CaptureMode(mode != 0));
 }
 
 int IstComData::getCaptureMin(istCore* core) {

@@ -53,7 +53,7 @@ bool setExpression(const istDataset& dataset, const QString& text, int ram, int 
   };
   setNumber("max_seq_depth", depth, needs.steps, ost::kMaxSequenceDepth, expression.maxSequenceDepth);
   setNumber("max_event_count", count, needs.count, ost::kMaxEventCount, expression.maxEventCount);
-  if (ok && ram != -1) expression.ram = ram ? 1 : 0;
+  if (ok && ram != -1) expression.ram = ost::ExpressionRam(ram != 0);
   message = ok ? settingsRemark(expression, needs)
                : QString("Trigger expression %1: %2\n").arg(ost::quoted(expression.name), error);
   return ok;

@@ -18,11 +18,11 @@ const ost::CoreOptions& optionsOf(istCore* core) {
 }  // namespace
 
 int IstComData::getDefaultTrigRadix(istCore* core) {
-  return core ? optionsOf(core).defaultRadix : -1;
+  return core ? int(optionsOf(core).defaultRadix) : -1;
 }
 
 void IstComData::setDefaultTrigRadix(int radix, istCore* core) {
-  if (core && radix >= 0 && radix <= 3) d->assign(asCore(core)->options.defaultRadix, radix);
+  if (core && radix >= 0 && radix <= 3) d->assign(asCore(core)->options.defaultRadix, ost::Radix(radix));
 }
 
 bool IstComData::isEventCounter(istCore* core) {
@@ -51,11 +51,11 @@ void IstComData::setTriggerOut(bool on, istCore* core) {
 
 QString IstComData::getTriggerOutTypeName(istCore* core) {
   static const char* const names[] = {"IO", "NET", "BOTH"};
-  return QLatin1String(names[optionsOf(core).triggerOutType]);
+  return QLatin1String(names[int(optionsOf(core).triggerOutType)]);
 }
 
 void IstComData::setTriggerOutType(int type, istCore* core) {
-  if (core && type >= 0 && type <= 2) d->assign(asCore(core)->options.triggerOutType, type);
+  if (core && type >= 0 && type <= 2) d->assign(asCore(core)->options.triggerOutType, ost::TriggerOutType(type));
 }
 
 QString IstComData::getTriggerOutName(istCore* core) {
@@ -67,11 +67,11 @@ void IstComData::setTriggerOutName(QString net, istCore* core) {
 }
 
 int IstComData::getTriggerOutPolarity(istCore* core) {
-  return optionsOf(core).triggerOutPolarity;
+  return int(optionsOf(core).triggerOutPolarity);
 }
 
 void IstComData::setTriggeroutPolarity(int polarity, istCore* core) {
-  if (core) d->assign(asCore(core)->options.triggerOutPolarity, polarity ? 1 : 0);
+  if (core) d->assign(asCore(core)->options.triggerOutPolarity, ost::Polarity(polarity != 0));
 }
 
 QString IstComData::getTriggerOutMPW(istCore* core) {

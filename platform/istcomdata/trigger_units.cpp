@@ -122,7 +122,7 @@ bool IstComData::addTU(QString& radix, const QStringList& signalNames, QString& 
   if (!dataset) return false;
   const ost::Core* core = d->coreOf(dataset);
   ost::TriggerUnit unit;
-  unit.radix = ost::Radix(core ? core->options.defaultRadix : 0);
+  unit.radix = core ? core->options.defaultRadix : ost::Radix::Bin;
   unit.name = name.isEmpty() ? dataset->freeUnitName() : name;
   unit.value = value;
   QString error;

@@ -63,7 +63,7 @@ QStringList fitToBufferDepth(Core& core) {
       remarks << QString("%1 is now %2 to fit the buffer depth %3.").arg(option).arg(fitting).arg(depth);
     value = fitting;
   };
-  const bool multiple = options.captureMode == 1;
+  const bool multiple = options.captureMode == CaptureMode::Multiple;
   fit("TimestampBits", options.timestamp, options.timestampBits,
       qBound(Core::getMinTimestampBitsByDepth(depth), options.timestampBits, Core::getMaxTimestampBitsByDepth(depth)));
   fit("MinimumSamplesPerTrigger", multiple, core.samplesPerTrigger, std::min(core.samplesPerTrigger, depth));

@@ -16,30 +16,37 @@ namespace ost {
 
 using mero::ostrel::TraceNode;
 
-/// The options of one core, with the defaults of a new core. Encodings are those of the service's contract.
+// In the order of the numbers that the service's contract has for them.
+enum class Polarity { ActiveHigh, ActiveLow };
+enum class Implementation { BlockRam, DistributedRam };  ///< "EBR", "DRAM"
+enum class CaptureMode { Single, Multiple };
+enum class TriggerOutType { Io, Net, Both };
+enum class ExpressionRam { Slices, BlockRam };  ///< "Slice", "EBR"
+
+/// The options of one core, with the defaults of a new core.
 struct CoreOptions {
   QString sampleClock;  ///< Net; empty = not set.
   bool sampleEnable = false;
   QString sampleEnableSignal;
-  int sampleEnablePolarity = 0;
+  Polarity sampleEnablePolarity = Polarity::ActiveHigh;
   bool triggerEnable = false;
   QString triggerEnableSignal;
-  int triggerEnablePolarity = 0;
+  Polarity triggerEnablePolarity = Polarity::ActiveHigh;
   int triggerCount = 1;    ///< NumberofTriggers; windows of one capture in multiple mode.
   int bufferDepth = 1024;  ///< Samples.
-  int implementation = 0;  ///< 0 EBR, 1 DRAM.
+  Implementation implementation = Implementation::BlockRam;
   bool timestamp = false;
   int timestampBits = 32;
-  int captureMode = 0;  ///< 0 single, 1 multiple. The samples of a window are istCore::samplesPerTrigger.
+  CaptureMode captureMode = CaptureMode::Single;  ///< The samples of a window are istCore::samplesPerTrigger.
   bool includeTrigger = false;
   bool distRamDisabled = false;
-  int defaultRadix = 0;  ///< A Radix.
+  Radix defaultRadix = Radix::Bin;
   bool eventCounter = false;
   int eventCounterValue = 2;
   bool triggerOut = false;
-  int triggerOutType = 0;  ///< 0 IO, 1 NET, 2 BOTH.
+  TriggerOutType triggerOutType = TriggerOutType::Io;
   QString triggerOutName;
-  int triggerOutPolarity = 0;
+  Polarity triggerOutPolarity = Polarity::ActiveHigh;
   int triggerOutMinPulse = 0;  ///< Sample clock cycles that the output stays active at least; 0 counts as 1.
 };
 
@@ -56,7 +63,7 @@ struct TriggerExpression {
   QString name;
   QString text;       ///< Empty: not written yet.
   QStringList units;  ///< The units that `text` uses, each once.
-  int ram = 0;        ///< 1 EBR, 0 slices.
+  ExpressionRam ram = ExpressionRam::Slices;
   int maxSequenceDepth = 1;
   int maxEventCount = 1;
 };

@@ -60,21 +60,21 @@ void ProjectReader::readOptions(const QJsonValue& value, const QString& path, Co
   o.sampleClock = netName(f, "sampleClock", true);
   o.sampleEnable = f.flag("sampleEnable");
   o.sampleEnableSignal = netName(f, "sampleEnableSignal", true);
-  o.sampleEnablePolarity = f.word("sampleEnablePolarity", polarityWords());
+  o.sampleEnablePolarity = Polarity(f.word("sampleEnablePolarity", polarityWords()));
   o.triggerEnable = f.flag("triggerEnable");
   o.triggerEnableSignal = netName(f, "triggerEnableSignal", true);
-  o.triggerEnablePolarity = f.word("triggerEnablePolarity", polarityWords());
-  o.implementation = f.word("implementation", implementationWords());
+  o.triggerEnablePolarity = Polarity(f.word("triggerEnablePolarity", polarityWords()));
+  o.implementation = Implementation(f.word("implementation", implementationWords()));
   o.timestamp = f.flag("timestamp");
-  o.captureMode = f.word("captureMode", captureModeWords());
+  o.captureMode = CaptureMode(f.word("captureMode", captureModeWords()));
   o.includeTrigger = f.flag("includeTrigger");
   o.distRamDisabled = f.flag("distRamDisabled");
-  o.defaultRadix = f.word("defaultRadix", radixWords());
+  o.defaultRadix = Radix(f.word("defaultRadix", radixWords()));
   o.eventCounter = f.flag("eventCounter");
   o.eventCounterValue = f.number("eventCounterValue", 2, 65536);
   o.triggerOut = f.flag("triggerOut");
-  o.triggerOutType = f.word("triggerOutType", triggerOutWords());
-  o.triggerOutPolarity = f.word("triggerOutPolarity", polarityWords());
+  o.triggerOutType = TriggerOutType(f.word("triggerOutType", triggerOutWords()));
+  o.triggerOutPolarity = Polarity(f.word("triggerOutPolarity", polarityWords()));
   o.triggerOutMinPulse = f.number("triggerOutMinPulse", 0, std::numeric_limits<int>::max());
   o.triggerOutName = f.text("triggerOutName");
   if (!o.triggerOutName.isEmpty() && istCore::isValidTriggerOutNetName(o.triggerOutName) != 0)
@@ -156,7 +156,7 @@ void ProjectReader::readExpression(const QJsonValue& value, const QString& path,
   QString error;
   expression.name = f.text("name");
   const QString text = f.text("expression");
-  expression.ram = f.word("ram", expressionRamWords());
+  expression.ram = ExpressionRam(f.word("ram", expressionRamWords()));
   expression.maxSequenceDepth = f.number("maxSequenceDepth", 1, kMaxSequenceDepth);
   expression.maxEventCount = f.number("maxEventCount", 1, kMaxEventCount);
   f.refuseOthers();

@@ -31,29 +31,29 @@ QJsonObject optionsJson(const Core& core) {
   const CoreOptions& o = core.options;
   return QJsonObject{
       {"bufferDepth", o.bufferDepth},
-      {"captureMode", captureModeWords()[o.captureMode]},
-      {"defaultRadix", radixWords()[o.defaultRadix]},
+      {"captureMode", captureModeWords()[int(o.captureMode)]},
+      {"defaultRadix", radixWords()[int(o.defaultRadix)]},
       {"distRamDisabled", o.distRamDisabled},
       {"eventCounter", o.eventCounter},
       {"eventCounterValue", o.eventCounterValue},
-      {"implementation", implementationWords()[o.implementation]},
+      {"implementation", implementationWords()[int(o.implementation)]},
       {"includeTrigger", o.includeTrigger},
       {"sampleClock", unicodeFromText(o.sampleClock)},
       {"sampleEnable", o.sampleEnable},
-      {"sampleEnablePolarity", polarityWords()[o.sampleEnablePolarity]},
+      {"sampleEnablePolarity", polarityWords()[int(o.sampleEnablePolarity)]},
       {"sampleEnableSignal", unicodeFromText(o.sampleEnableSignal)},
       {"samplesPerTrigger", core.samplesPerTrigger},
       {"timestamp", o.timestamp},
       {"timestampBits", o.timestampBits},
       {"triggerCount", o.triggerCount},
       {"triggerEnable", o.triggerEnable},
-      {"triggerEnablePolarity", polarityWords()[o.triggerEnablePolarity]},
+      {"triggerEnablePolarity", polarityWords()[int(o.triggerEnablePolarity)]},
       {"triggerEnableSignal", unicodeFromText(o.triggerEnableSignal)},
       {"triggerOut", o.triggerOut},
       {"triggerOutMinPulse", o.triggerOutMinPulse},
       {"triggerOutName", unicodeFromText(o.triggerOutName)},
-      {"triggerOutPolarity", polarityWords()[o.triggerOutPolarity]},
-      {"triggerOutType", triggerOutWords()[o.triggerOutType]},
+      {"triggerOutPolarity", polarityWords()[int(o.triggerOutPolarity)]},
+      {"triggerOutType", triggerOutWords()[int(o.triggerOutType)]},
   };
 }
 
@@ -79,7 +79,7 @@ QJsonArray expressionsJson(const istDataset& dataset) {
                              {"maxEventCount", expression->maxEventCount},
                              {"maxSequenceDepth", expression->maxSequenceDepth},
                              {"name", expression->name},
-                             {"ram", expressionRamWords()[expression->ram]}});
+                             {"ram", expressionRamWords()[int(expression->ram)]}});
   return array;
 }
 

@@ -92,31 +92,31 @@ bool CorePlanner::planOptions() {
   const CoreOptions& options = core_.options;
   if (!resolveBit(QStringLiteral(", sample clock"), options.sampleClock, plan_.sampleClock)) return false;
   plan_.hasSampleEnable = options.sampleEnable;
-  plan_.sampleEnableActiveLow = options.sampleEnable && options.sampleEnablePolarity == 1;
+  plan_.sampleEnableActiveLow = options.sampleEnable && options.sampleEnablePolarity == Polarity::ActiveLow;
   if (options.sampleEnable &&
       !resolveBit(QStringLiteral(", sample enable"), options.sampleEnableSignal, plan_.sampleEnable))
     return false;
   plan_.hasTriggerEnable = options.triggerEnable;
-  plan_.triggerEnableActiveLow = options.triggerEnable && options.triggerEnablePolarity == 1;
+  plan_.triggerEnableActiveLow = options.triggerEnable && options.triggerEnablePolarity == Polarity::ActiveLow;
   if (options.triggerEnable &&
       !resolveBit(QStringLiteral(", trigger enable"), options.triggerEnableSignal, plan_.triggerEnable))
     return false;
-  plan_.displayRadix = Radix(options.defaultRadix);
+  plan_.displayRadix = options.defaultRadix;
   plan_.depth = options.bufferDepth;
-  plan_.distributedRam = options.implementation == 1;
+  plan_.distributedRam = options.implementation == Implementation::DistributedRam;
   plan_.distRamDisabled = options.distRamDisabled;
   plan_.timestampBits = options.timestamp ? options.timestampBits : 0;
   plan_.includeTrigger = options.includeTrigger;
-  const bool multiple = options.captureMode == 1;
+  const bool multiple = options.captureMode == CaptureMode::Multiple;
   plan_.windows = multiple ? options.triggerCount : 1;
   plan_.windowSamples = multiple ? core_.samplesPerTrigger : options.bufferDepth;
   plan_.eventCounter = options.eventCounter;
   plan_.eventCount = options.eventCounter ? options.eventCounterValue : 1;
   if (options.triggerOut) {
-    plan_.triggerOutIo = options.triggerOutType != 1;
-    plan_.triggerOutNet = options.triggerOutType != 0;
+    plan_.triggerOutIo = options.triggerOutType != TriggerOutType::Net;
+    plan_.triggerOutNet = options.triggerOutType != TriggerOutType::Io;
     plan_.triggerOutName = options.triggerOutName;
-    plan_.triggerOutActiveLow = options.triggerOutPolarity == 1;
+    plan_.triggerOutActiveLow = options.triggerOutPolarity == Polarity::ActiveLow;
     plan_.triggerOutMinPulse = options.triggerOutMinPulse;
     if (plan_.triggerOutName.isEmpty())
       return fail(QStringLiteral(", trigger out"), QStringLiteral("it has no net name."));
@@ -207,7 +207,7 @@ bool CorePlanner::planExpression(const TriggerExpression& source) {
   PlanExpression expression;
   expression.name = source.name;
   expression.text = source.text;
-  expression.blockRam = source.ram == 1;
+  expression.blockRam = source.ram == ExpressionRam::BlockRam;
   expression.maxSequenceDepth = source.maxSequenceDepth;
   expression.maxEventCount = source.maxEventCount;
   for (const QString& name : parsed.units) {

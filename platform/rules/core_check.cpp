@@ -162,7 +162,7 @@ void CoreCheck::checkCaptureSettings() const {
                                 .arg(counted(options.timestampBits, "bit"))
                                 .arg(fewest)
                                 .arg(most));
-  if (options.captureMode == 0) return;
+  if (options.captureMode == CaptureMode::Single) return;
   if (!istCore::isValidMinSamplePerTrigsValueByDepth(depth, core_.samplesPerTrigger))
     misfit("MinimumSamplesPerTrigger",
            QStringLiteral("%1 per trigger do not go").arg(counted(core_.samplesPerTrigger, "sample")));

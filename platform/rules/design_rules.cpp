@@ -48,7 +48,7 @@ void checkTriggerOutputs(const std::vector<const Core*>& cores, const Design& de
       continue;
     }
     QStringList added{name};
-    if (core->options.triggerOutType == 2) added.append(name + QLatin1String(kTriggerOutNetSuffix));
+    if (core->options.triggerOutType == TriggerOutType::Both) added.append(name + QLatin1String(kTriggerOutNetSuffix));
     for (const QString& word : added) {
       const QString thing = thingInTop(design, word);
       if (!thing.isEmpty())

@@ -16,14 +16,14 @@ int CoreCheck::sampleBits() const {
   if (core_.options.includeTrigger) bits += int(core_.dataset.units().size());
   if (core_.options.timestamp) bits += core_.options.timestampBits;
   // With several windows each sample bears a bit that tells where its window begins.
-  if (bits > 0 && core_.options.captureMode != 0 && core_.options.triggerCount > 1) ++bits;
+  if (bits > 0 && core_.options.captureMode == CaptureMode::Multiple && core_.options.triggerCount > 1) ++bits;
   return bits;
 }
 
 int CoreCheck::bufferedSamples() const {
   const qint64 used = qint64(core_.options.triggerCount) * core_.samplesPerTrigger;
-  return core_.options.captureMode == 0 ? core_.options.bufferDepth
-                                        : int(qMin(used, qint64(core_.options.bufferDepth)));
+  return core_.options.captureMode == CaptureMode::Single ? core_.options.bufferDepth
+                                                          : int(qMin(used, qint64(core_.options.bufferDepth)));
 }
 
 void CoreCheck::checkMemory() const {
@@ -34,8 +34,8 @@ void CoreCheck::checkMemory() const {
   const qint64 bits = bufferBits();
   const QString asked = QStringLiteral("the buffer of %1 x %2 bits asks for %3 bits").arg(samples).arg(width).arg(bits);
 
-  const bool distributed = options.implementation == 1 && !options.distRamDisabled;
-  if (options.implementation == 1 && options.distRamDisabled)
+  const bool distributed = options.implementation == Implementation::DistributedRam && !options.distRamDisabled;
+  if (options.implementation == Implementation::DistributedRam && options.distRamDisabled)
     report(DesignRule::DistributedRamForbidden, QString(),
            QStringLiteral("Implementation is DRAM and DistRAMDisable is on: the buffer becomes block RAM"));
   if (distributed && bits > kDistributedRamBits)

@@ -39,7 +39,7 @@ std::unique_ptr<mero::ostrel::istProject> sampleProject() {
     expect(core.trace->bindReferences(error), error.toStdString());
     core.dataset.addUnit({"TU1", {"u1/cnt"}, Operator::NotEqual, Radix::Bin, "1x01"});
     core.dataset.addUnit({"TU2", {"rst"}, Operator::SerialCompare, Radix::Bin, "0011"});
-    core.dataset.addExpression({"TE1", "TU1 & !TU2 -> TU2 * 3", {"TU1", "TU2"}, 0, 2, 4});
+    core.dataset.addExpression({"TE1", "TU1 & !TU2 -> TU2 * 3", {"TU1", "TU2"}, ost::ExpressionRam::Slices, 2, 4});
   }
   project->activeCore = project->cores.front().get();
   return project;

@@ -26,7 +26,7 @@ std::unique_ptr<istProject> fullProject() {
   EXPECT_TRUE(addition.stage("u/state[0]", {"u/state[0]"}, false, remark, error));
   EXPECT_TRUE(addition.insert({}, error));
   core.dataset.addUnit({"TU1", {"u/state"}, Operator::Equal, Radix::Hex, "x"});
-  core.dataset.addExpression({"TE1", "!TU1*3", {"TU1"}, 1, 2, 4});
+  core.dataset.addExpression({"TE1", "!TU1*3", {"TU1"}, ExpressionRam::BlockRam, 2, 4});
   project->serdes.reset(new mero::ostrel::istSerdesCore);
   project->serdes->resetSignal = "VLO";
   project->wishbone.reset(new mero::ostrel::istWishboneMaster{false});

@@ -76,7 +76,7 @@ Core& addGoodCore(Project& project, const QString& name) {
   core.options.sampleClock = "clk";
   trace(core, nullptr, "count[3] count[2] count[1] count[0] wide[7] wide[8] wide[9] wide[10] wide[11] wide[12]");
   core.dataset.addUnit({"TU1", {"count"}, Operator::Equal, Radix::Hex, "a"});
-  core.dataset.addExpression({"TE1", "TU1", {"TU1"}, 0, 1, 1});
+  core.dataset.addExpression({"TE1", "TU1", {"TU1"}, ExpressionRam::Slices, 1, 1});
   return core;
 }
 
@@ -103,13 +103,13 @@ void change(Project& project, const QString& word, const QString& value) {
       {"look", [&] { o.triggerEnable = true; }},
       {"look_signal", [&] { o.triggerEnableSignal = value; }},
       {"depth", [&] { o.bufferDepth = value.toInt(); }},
-      {"dram", [&] { o.implementation = 1; }},
+      {"dram", [&] { o.implementation = Implementation::DistributedRam; }},
       {"no_dram", [&] { o.distRamDisabled = true; }},
       {"stamp", [&] { o.timestamp = (o.timestampBits = value.toInt()) > 0; }},
-      {"windows", [&] { o.captureMode = (o.triggerCount = value.toInt()) > 0; }},
+      {"windows", [&] { o.captureMode = CaptureMode((o.triggerCount = value.toInt()) > 0); }},
       {"samples", [&] { core.samplesPerTrigger = value.toInt(); }},
       {"out", [&] { o.triggerOut = !(o.triggerOutName = value).isNull(); }},
-      {"out_type", [&] { o.triggerOutType = value.toInt(); }},
+      {"out_type", [&] { o.triggerOutType = TriggerOutType(value.toInt()); }},
       {"no_trace", [&] { core.trace.reset(new TraceTree); }},
       {"trace", [&] { trace(core, nullptr, value); }},
       {"traces",
@@ -125,7 +125,7 @@ void change(Project& project, const QString& word, const QString& value) {
       {"expressions",
        [&] {
          for (int i = value.toInt(); i > 0; --i)
-           core.dataset.addExpression({QString("E%1").arg(i), "TU1", {"TU1"}, 0, 1, 1});
+           core.dataset.addExpression({QString("E%1").arg(i), "TU1", {"TU1"}, ExpressionRam::Slices, 1, 1});
        }},
       {"steps", [&] { expression.maxSequenceDepth = value.toInt(); }},
       {"count", [&] { expression.maxEventCount = value.toInt(); }}};
