@@ -122,7 +122,8 @@ PlanUnit MapReader::unit(const QJsonValue& value, const QString& path, int input
   unit.unitClass = UnitClass(fields.word("class", unitClassWords()));
   if (!operatorFromText(fields.text("operator"), unit.op))
     fail(fields.pathOf("operator"), QStringLiteral("is not a valid operator."));
-  if (!radixFromText(fields.text("radix"), unit.radix)) fail(fields.pathOf("radix"), QStringLiteral("is not a valid radix."));
+  if (!radixFromText(fields.text("radix"), unit.radix))
+    fail(fields.pathOf("radix"), QStringLiteral("is not a valid radix."));
   unit.valueText = fields.text("valueText");
   unit.width = fields.number("width", 1, kMaxPlanBits);
   unit.inputs = numbers(fields, "inputs", inputs);

@@ -205,7 +205,8 @@ bool parseServerAddress(const QString& text, ServerAddress& address, QString& er
   } else {
     good = false;
   }
-  if (!good) error = QStringLiteral("'%1' is not a server address: must be fifo:DIR, tcp:HOST:PORT or unix:PATH.").arg(text);
+  if (!good)
+    error = QStringLiteral("'%1' is not a server address: must be fifo:DIR, tcp:HOST:PORT or unix:PATH.").arg(text);
   return good;
 }
 

@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "platform/reader/core_reader.h"
-#include "tests/sim/oracle/faulty_port.h"
 #include "platform/reader/remote_bitbang.h"
 #include "tests/sim/oracle/bench.h"
+#include "tests/sim/oracle/faulty_port.h"
 
 namespace oracle {
 
