@@ -237,10 +237,11 @@ bool Proof::proveLogic(const ModuleCut& gold, const ModuleCut& gate) {
   YosysJob prove = job();
   prove.files = {scratch.fd()};
   prove.script.line("read_json").openFile(0);
+  // Not -short: together with -undef, Yosys 0.23 takes any value for equal to a branch that is 'x' in both.
   prove.script.line(
       "async2sync\ndffunmap\n"
       "equiv_make gold gate eq\nhierarchy -top eq\n"
-      "equiv_simple -undef -short\nequiv_induct -undef\nequiv_status -assert");
+      "equiv_simple -undef\nequiv_induct -undef\nequiv_status -assert");
   const YosysResult result = runYosys(prove);
   if (result.ok) return true;
   if (result.cancelled) {

@@ -159,12 +159,16 @@ TEST(Proof, HoldsForTheWrittenDesignAndFailsForTamperedOnes) {
       {"(module store.*?)reg \\[15:0\\] words \\[.*?(assign ostrel_probe[^;]*;).*?endmodule",
        "\\1always @(posedge clk) out <= in;\n\\2\nendmodule", "module store"},
       {"ram\\[x\\[1:0\\]\\];", "ram[x[2:1]];", "module corner"},
+      // What a memory is written with, and where: another bit, and an unknown one in place of the original's.
+      {"(module corner.*?)ram\\[(_\\d+_)\\] <= (_\\d+_);", "\\1ram[x[3:2]] <= \\3;", "module corner"},
+      {"(module corner.*?)ram\\[(_\\d+_)\\] <= (_\\d+_);", "\\1ram[\\2 ^ 2'bx0] <= \\3;", "module corner"},
+      {"(module corner.*?)ram\\[(_\\d+_)\\] <= (_\\d+_);", "\\1ram[\\2] <= x[4] ? 2'h1 : 2'hx;", "module corner"},
       {"(\\.address\\(stimulus)\\[5:2\\]", "\\1[6:3]", "module tricky"},
       {"(\\.c0_probe\\(\\{ )(.*?), (.*?),", "\\1\\3, \\2,", "looks at another net"},
       {"= \\{ value\\[0\\], value\\[1\\]", "= { value[1], value[0]", "looks at another net"},
   };
   for (const auto& tamper : tampers) {
-    SCOPED_TRACE(tamper.pattern);
+    SCOPED_TRACE(std::string(tamper.pattern) + " by " + tamper.replacement);
     const QRegularExpression pattern(tamper.pattern, QRegularExpression::DotMatchesEverythingOption);
     const QRegularExpressionMatch match = pattern.match(original);
     QString text = tamper.replacement;
