@@ -1,5 +1,5 @@
 // The user's design as names: modules, instances and nets with their widths, read through Yosys. It answers which net
-// a name means and which names are near; drivers and connections are the business of platform/insert.
+// a name means and which names are near; drivers and connections are the business of platform/netlist.
 #pragma once
 
 #include <QByteArray>
