@@ -17,7 +17,7 @@ bool parseCount(const QString& option, const QString& value, int& count, QString
   return (isNumber && count >= 1) || wrongValue(option, value, "a number from 1 on", error);
 }
 
-bool parseInstruction(const QString& option, const QString& value, UserInstruction& instruction, QString& error) {
+bool parseInstruction(const QString& option, const QString& value, TapInstruction& instruction, QString& error) {
   const int colon = value.indexOf(QLatin1Char(':'));
   bool widthGood = false, codeGood = false;
   instruction.width = value.left(colon).toInt(&widthGood);
@@ -73,7 +73,7 @@ bool keepTimeout(CaptureOptions& options, const QString& option, const QString& 
 /// All options in the order of the help; a row without a name is a heading.
 const Option kOptions[] = {
     {"-map", "FILE", "capture map that was written with the instrumented design", keepText<&CaptureOptions::mapFile>},
-    {"-connect", "SERVER", "remote-bitbang server: fifo:DIR, tcp:HOST:PORT or unix:PATH", keepServer},
+    {"-connect", "SERVER", "fifo:DIR, tcp:HOST:PORT, unix:PATH, xvc:HOST:PORT or openocd:HOST:PORT[/TAP]", keepServer},
     {"-core", "NAME", "the core, where the design has several", keepText<&CaptureOptions::core>},
     {nullptr, nullptr, "Run:", nullptr},
     {"-position", "N|N%", "samples before the trigger (default: half a window)", keepText<&CaptureOptions::position>},

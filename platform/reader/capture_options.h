@@ -6,8 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "platform/jtag/connect_tap.h"
 #include "platform/reader/hub_link.h"
-#include "platform/jtag/remote_bitbang.h"
 #include "platform/reader/run_settings.h"
 
 namespace ost {
@@ -25,7 +25,7 @@ struct CaptureOptions {
   int eventCount = 0;  ///< 0: as built.
   int windows = 0;     ///< 0: as built.
   double timeoutSeconds = 10;
-  UserInstruction instruction;
+  TapInstruction instruction;
   QString vcdFile, csvFile;
   bool wave = false, status = false, info = false;
 };

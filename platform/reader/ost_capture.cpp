@@ -139,9 +139,9 @@ int run(const CaptureOptions& options) {
   const Output vcd = {options.vcdFile}, csv = {options.csvFile};
   if (!applyRunOptions(options, settings, error) || !vcd.check(error) || !csv.check(error)) return fail(error);
 
-  const std::unique_ptr<RemoteBitbang> port = RemoteBitbang::connect(options.server, 10, error);
-  if (!port) return fail(error);
-  HubLink hub(*port, options.instruction);
+  const ConnectedTap way = connectTap(options.server, {{}, kHubIdcode}, 10, error);
+  if (!way.tap) return fail(error);
+  HubLink hub(*way.tap, options.instruction);
   CoreReader reader(hub, plan);
   if (!reader.identify(error)) return fail(error);
   if (options.info && print(infoText(plan)) != kDone) return kFailed;
@@ -149,12 +149,12 @@ int run(const CaptureOptions& options) {
   if (!capturing) return kDone;
 
   if (!reader.arm(core, settings, error)) return fail(error);
-  port->setTimeLimit(options.timeoutSeconds + qMax(options.timeoutSeconds, kLeastGraceSeconds));
+  way.connection->setTimeLimit(options.timeoutSeconds + qMax(options.timeoutSeconds, kLeastGraceSeconds));
   const Deadline wait(options.timeoutSeconds);
   const WaitResult result = reader.waitUntilDone(core, {options.timeoutSeconds, 0}, error);
   if (result == WaitResult::NotYet || (result == WaitResult::Failed && wait.isOver()))
     return reportNoTrigger(reader, core, settings, options.timeoutSeconds, result, error);
-  port->liftTimeLimit();
+  way.connection->liftTimeLimit();
   Capture capture;
   if (result == WaitResult::Failed || !reader.readOut(core, settings, capture, error)) return fail(error);
 

@@ -3,8 +3,9 @@
 
 #include <memory>
 
-#include "platform/reader/core_reader.h"
 #include "platform/jtag/remote_bitbang.h"
+#include "platform/jtag/tap_driver.h"
+#include "platform/reader/core_reader.h"
 #include "tests/sim/oracle/bench.h"
 #include "tests/sim/oracle/faulty_port.h"
 
@@ -31,16 +32,18 @@ class Live {
  public:
   /// `noise`: probability of a flip on TDI and TDO in each cycle; an eighth of it on TMS.
   Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise = 0, quint32 seed = 0,
-       const QStringList& arguments = {}, ost::UserInstruction instruction = {});
+       const QStringList& arguments = {}, ost::TapInstruction instruction = {});
   /// Closes the line and waits for the simulation's end.
   void end();
 
  private:
   Simulation simulation_;
+  std::unique_ptr<ost::Connection> connection_;
   std::unique_ptr<ost::RemoteBitbang> port_;
 
  public:
   ost::FaultyPort line;
+  ost::TapDriver tap;
   ost::HubLink hub;
   ost::CoreReader reader;
 };

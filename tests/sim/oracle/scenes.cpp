@@ -167,7 +167,8 @@ void Scenes::refusals() {
 void Scenes::flippedFrames() {
   Live live(files_, plan_);
   FlipOnce flip(live.line);
-  ost::HubLink hub(flip);
+  ost::TapDriver tap(flip);
+  ost::HubLink hub(tap);
   QString error;
   mustHold(hub.open(error), error);
   const ost::RunSettings settings = settingsFor(plan_.cores[0], project_.cores[0], choice(true));
