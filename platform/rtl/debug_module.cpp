@@ -94,7 +94,7 @@ void writeUnit(QByteArray& out, const PlanCore& core, const CoreLayout& layout, 
       instance(out, "ostrel_match", {{"WIDTH", number(unit.width)}}, name,
                {{"clk", c + "clk"},
                 {"sample", c + "sample"},
-                {"seen", c + "seen"},
+                {"previous_valid", c + "sampled"},
                 {"cur", current},
                 {"config_bits", config},
                 {"hit", hit}});
@@ -127,8 +127,8 @@ void writeExpression(QByteArray& out, const PlanCore& core, const CoreLayout& la
   out += "  wire " + range(std::max(e.stepBits, 1)) + name + "_step;\n";
   QByteArray write = "1'b0", address = "{" + number(e.units) + "{1'b0}}", row = "{" + number(e.steps) + "{1'b0}}";
   if (!inChain) {
-    const QByteArray mine = "h_tag == 8'd" + number(index);
-    out += "  wire " + name + "_last = " + mine + " & h_index == " + number(e.steps - 1) + ";\n";
+    const QByteArray addressed = "h_tag == 8'd" + number(index);
+    out += "  wire " + name + "_last = " + addressed + " & h_index == " + number(e.steps - 1) + ";\n";
     write = c + "table_load & " + name + "_last";
     address = slice("h_address", 0, e.units);
     row = slice(c + "table_row", layout.rowBits - e.steps, e.steps);
@@ -151,7 +151,7 @@ void writeExpression(QByteArray& out, const PlanCore& core, const CoreLayout& la
            {{"STEPS", number(e.steps)}, {"STEP_BITS", number(e.stepBits)}, {"COUNT_BITS", number(e.countBits)}}, name,
            {{"clk", c + "clk"},
             {"restart", c + "restart"},
-            {"look", c + "look"},
+            {"evaluate", c + "evaluate"},
             {"row", name + "_row"},
             {"config_bits", slice(c + "config", e.configOffset, e.configBits)},
             {"fire", c + "fires[" + number(index) + "]"},
@@ -215,12 +215,12 @@ QVector<WatchedNet> watchedNets(const PlanCore& core) {
 /// Each net that a run meets as x or z is named once.
 void writeWatches(QByteArray& out, const PlanCore& core, const QByteArray& c) {
   int count = 0;
-  const auto watch = [&](const QString& net, bool isEnable, const QByteArray& due, int width,
+  const auto watch = [&](const QString& net, bool isEnable, const QByteArray& sampled, int width,
                          const QByteArray& levels) {
     instance(
         out, "ostrel_watch",
         {{"WIDTH", number(width)}, {"ENABLE", number(isEnable)}, {"CORE", quoted(core.name)}, {"NET", quoted(net)}},
-        c + "watch" + number(count++), {{"clk", c + "clk"}, {"due", due}, {"levels", levels}});
+        c + "watch" + number(count++), {{"clk", c + "clk"}, {"sampled", sampled}, {"levels", levels}});
   };
   const auto bits = [](const QByteArray& port, int width, const QVector<int>& indices) {
     return indices.isEmpty() ? QByteArray() : width == 1 ? port : gather(port, indices);
@@ -255,7 +255,7 @@ void writeKnown(QByteArray& out, const PlanCore& core, const QByteArray& c, int 
   out += "`else\n";
   for (const Signal& one : signals)
     instance(out, "ostrel_known", {{"WIDTH", number(one.width)}, {"UNKNOWN", number(one.unknown)}},
-             c + "knows_" + one.name, {{"in", c + one.name}, {"out", c + "known_" + one.name}});
+             c + "filter_" + one.name, {{"in", c + one.name}, {"out", c + "known_" + one.name}});
   out += "`ifndef VERILATOR\n// synthesis translate_off\n";
   writeWatches(out, core, c);
   out += "// synthesis translate_on\n`endif\n`endif\n";
@@ -272,7 +272,7 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
   const bool tables = layout.rowBits > 0;
 
   out += "\n";
-  for (const char* name : {"clear", "sample", "seen", "restart", "look", "table_load"})
+  for (const char* name : {"clear", "sample", "sampled", "restart", "evaluate", "table_load"})
     out += "  wire " + c + name + ";\n";
   // Vectors of one bit are declared as such, so that every bit can be picked by its index.
   const auto vector = [&](int width, const char* name) {
@@ -300,8 +300,8 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
       tableLast += (tableLast.isEmpty() ? "" : " | ") + c + "expr" + number(i) + "_last";
   }
   // What this core happens not to use.
-  out += "  wire " + c + "unused = &{1'b0, " + c + "clear, " + c + "sample, " + c + "seen, " + c + "restart, " + c +
-         "look, " + c + "table_load, " + c + "cur, " + c + "config, " + c + "table_row, " + c + "trig_out};\n";
+  out += "  wire " + c + "unused = &{1'b0, " + c + "clear, " + c + "sample, " + c + "sampled, " + c + "restart, " + c +
+         "evaluate, " + c + "table_load, " + c + "cur, " + c + "config, " + c + "table_row, " + c + "trig_out};\n";
 
   const QByteArray i = number(index);
   instance(out, "ostrel_core",
@@ -340,11 +340,11 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
             {"trig_out", c + "trig_out"},
             {"unit_clear", c + "clear"},
             {"unit_sample", c + "sample"},
-            {"unit_seen", c + "seen"},
+            {"unit_sampled", c + "sampled"},
             {"unit_cur", c + "cur"},
             {"hits", c + "known_hits"},
             {"restart", c + "restart"},
-            {"look", c + "look"},
+            {"evaluate", c + "evaluate"},
             {"fires", c + "fires"},
             {"steps", c + "steps"},
             {"config_bits", c + "config"},
@@ -367,7 +367,7 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
             {"index", "h_index"},
             {"load", "h_load"},
             {"fetch", "h_fetch"},
-            {"take", "h_take"},
+            {"execute", "h_execute"},
             {"permit", "h_permit[" + i + "]"},
             {"word_last", "h_word_last[" + i + "]"},
             {"block_end", "h_block_end[" + i + "]"},
@@ -380,7 +380,7 @@ void writeHub(QByteArray& out, const InsertPlan& plan) {
   out +=
       "  wire h_tck, h_tdi, h_tdo, h_sel, h_capture, h_shift, h_update;\n"
       "  wire h_op_status, h_op_info, h_op_read, h_op_config, h_op_table, h_op_arm, h_op_stop;\n"
-      "  wire h_data, h_load, h_fetch, h_take;\n"
+      "  wire h_data, h_load, h_fetch, h_execute;\n"
       "  wire [7:0] h_tag;\n";
   out += "  wire [" + number(indexBits - 1) + ":0] h_index;\n";
   out += "  wire [" + number(addressBits - 1) + ":0] h_address;\n";
@@ -402,7 +402,7 @@ void writeHub(QByteArray& out, const InsertPlan& plan) {
                              {"update", "h_update"}, {"tdi", "h_tdi"}, {"tdo", "h_tdo"}};
   for (const char* name : {"select",  "op_status", "op_info",   "op_read",   "op_config", "op_table", "op_arm",
                            "op_stop", "data",      "tag",       "address",   "index",     "load",     "fetch",
-                           "take",    "permit",    "word_last", "block_end", "payload",   "flags"})
+                           "execute", "permit",    "word_last", "block_end", "payload",   "flags"})
     ports.append({name, QByteArray("h_") + name});
   instance(out, "ostrel_hub",
            {{"CORES", number(cores)},
