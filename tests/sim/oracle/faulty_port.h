@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "platform/reader/jtag_port.h"
+#include "platform/jtag/jtag_port.h"
 
 namespace ost {
 

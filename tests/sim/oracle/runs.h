@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "platform/reader/core_reader.h"
-#include "platform/reader/remote_bitbang.h"
+#include "platform/jtag/remote_bitbang.h"
 #include "tests/sim/oracle/bench.h"
 #include "tests/sim/oracle/faulty_port.h"
 
