@@ -2,7 +2,6 @@
 #include "platform/jtag/connection.h"
 
 #include <poll.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,17 +14,6 @@ namespace {
 
 QString systemError() {
   return systemReason(errno);
-}
-
-bool ignoreBrokenPipes(QString& error) {
-  struct sigaction action;
-  if (sigaction(SIGPIPE, nullptr, &action) == 0) {
-    if (action.sa_handler != SIG_DFL) return true;
-    action.sa_handler = SIG_IGN;
-    if (sigaction(SIGPIPE, &action, nullptr) == 0) return true;
-  }
-  error = QStringLiteral("Cannot ignore broken pipes: %1.").arg(systemError());
-  return false;
 }
 
 }  // namespace

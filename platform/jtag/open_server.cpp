@@ -6,6 +6,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -163,6 +164,17 @@ Descriptor connectTcp(const ServerAddress& address, const Deadline& deadline, QS
 int pollFor(double seconds, pollfd* entries, int count) {
   const int ready = ::poll(entries, nfds_t(count), int(qBound(0.0, seconds, 1e6) * 1000) + 1);
   return ready < 0 && errno == EINTR ? 0 : ready;
+}
+
+bool ignoreBrokenPipes(QString& error) {
+  struct sigaction action;
+  if (sigaction(SIGPIPE, nullptr, &action) == 0) {
+    if (action.sa_handler != SIG_DFL) return true;
+    action.sa_handler = SIG_IGN;
+    if (sigaction(SIGPIPE, &action, nullptr) == 0) return true;
+  }
+  error = QStringLiteral("Cannot ignore broken pipes: %1.").arg(systemReason(errno));
+  return false;
 }
 
 bool openServer(const ServerAddress& address, const Deadline& deadline, ServerDescriptors& server, QString& error) {

@@ -17,6 +17,9 @@ struct ServerDescriptors {
 /// Waits until the deadline for the server to be there, and for the name service to find it. False with `error`.
 bool openServer(const ServerAddress& address, const Deadline& deadline, ServerDescriptors& server, QString& error);
 
+/// Writing to a server that has gone must fail, not kill the process: ignores SIGPIPE, unless it is handled already.
+bool ignoreBrokenPipes(QString& error);
+
 /// Waits until one of the entries is ready, or for `seconds`. 0: none is (yet). -1 with errno.
 int pollFor(double seconds, pollfd* entries, int count);
 

@@ -33,6 +33,23 @@ bool parseSeconds(const QString& option, const QString& value, double& seconds, 
   return (isNumber && seconds > 0 && seconds <= 1e6) || wrongValue(option, value, "a number of seconds above 0", error);
 }
 
+/// "tcp:PORT"; 0 for any free port.
+bool parseServe(const QString& option, const QString& value, int& port, QString& error) {
+  bool isNumber = false;
+  port = value.startsWith(QLatin1String("tcp:")) ? value.mid(4).toInt(&isNumber) : -1;
+  return (isNumber && port >= 0 && port <= 65535) || wrongValue(option, value, "tcp:PORT, for example tcp:3335", error);
+}
+
+bool parsePlace(const QString& option, const QString& value, ChainPlace& place, QString& error) {
+  const int colon = value.indexOf(QLatin1Char(':'));
+  bool aheadGood = false, behindGood = false;
+  place.ahead = value.left(colon).toInt(&aheadGood);
+  place.behind = value.mid(colon + 1).toInt(&behindGood);
+  const bool good = colon > 0 && aheadGood && behindGood && qMin(place.ahead, place.behind) >= 0 &&
+                    qMax(place.ahead, place.behind) <= 1000;
+  return good || wrongValue(option, value, "AHEAD:BEHIND, two numbers of devices", error);
+}
+
 /// What an option does with the word behind it, which is empty for a flag. False with `error`.
 using Take = bool (*)(CaptureOptions& options, const QString& option, const QString& value, QString& error);
 
@@ -63,6 +80,12 @@ bool keepChange(CaptureOptions& options, const QString& option, const QString& v
 bool keepServer(CaptureOptions& options, const QString&, const QString& value, QString& error) {
   return options.hasServer = parseServerAddress(value, options.server, error);
 }
+bool keepServe(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseServe(option, value, options.servePort, error);
+}
+bool keepPlace(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parsePlace(option, value, options.place, error);
+}
 bool keepInstruction(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseInstruction(option, value, options.instruction, error);
 }
@@ -74,6 +97,8 @@ bool keepTimeout(CaptureOptions& options, const QString& option, const QString& 
 const Option kOptions[] = {
     {"-map", "FILE", "capture map that was written with the instrumented design", keepText<&CaptureOptions::mapFile>},
     {"-connect", "SERVER", "fifo:DIR, tcp:HOST:PORT, unix:PATH, xvc:HOST:PORT or openocd:HOST:PORT[/TAP]", keepServer},
+    {"-launch", "COMMAND", "starts a simulation of the design in place of -connect",
+     keepText<&CaptureOptions::command>},
     {"-core", "NAME", "the core, where the design has several", keepText<&CaptureOptions::core>},
     {nullptr, nullptr, "Run:", nullptr},
     {"-position", "N|N%", "samples before the trigger (default: half a window)", keepText<&CaptureOptions::position>},
@@ -92,8 +117,11 @@ const Option kOptions[] = {
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "where each core stands", raise<&CaptureOptions::status>},
     {"-info", nullptr, "what the hardware says of itself", raise<&CaptureOptions::info>},
+    {"-serve", "tcp:PORT", "offers the simulation of -launch as a remote-bitbang server", keepServe},
     {nullptr, nullptr, "The way to the hub:", nullptr},
+    {"-log", "FILE", "what the simulation of -launch prints", keepText<&CaptureOptions::logFile>},
     {"-ir", "WIDTH:CODE", "instruction that selects the debug hub (default: 4:2)", keepInstruction},
+    {"-bypass", "AHEAD:BEHIND", "devices between TDI and the hub's TAP, and from there to TDO", keepPlace},
 };
 
 const Option* findOption(const QString& word) {
@@ -123,11 +151,18 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
     error = QStringLiteral("'-vcd' and '-csv' name the same file, '%1': give each its own.").arg(options.vcdFile);
     return false;
   }
-  if (options.mapFile.isEmpty() || !options.hasServer) {
-    error = QStringLiteral("'-map' and '-connect' are needed; 'ost_capture -help' tells what they mean.");
-    return false;
-  }
-  return true;
+  const bool launches = !options.command.isEmpty();
+  const char* problem = nullptr;
+  if (options.hasServer && launches)
+    problem = "Give either \"-connect\" or \"-launch\".";
+  else if (options.servePort >= 0 && !launches)
+    problem = "\"-serve\" offers a simulation to others: give its command with \"-launch\".";
+  else if (!options.logFile.isEmpty() && !launches)
+    problem = "\"-log\" stores what a simulation prints: give its command with \"-launch\".";
+  else if (options.servePort < 0 && (options.mapFile.isEmpty() || !(options.hasServer || launches)))
+    problem = "\"-map\" and one of \"-connect\" and \"-launch\" are needed; \"ost_capture -help\" says what they mean.";
+  if (problem) error = QLatin1String(problem);
+  return !problem;
 }
 
 int chooseCore(const InsertPlan& plan, const CaptureOptions& options, QString& error) {
@@ -173,7 +208,9 @@ bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QStri
 QString captureUsage() {
   QString text = QStringLiteral(
       "ost_capture - arm an inserted debug core over JTAG and read its capture\n"
-      "Usage: ost_capture -map FILE -connect SERVER [option...]\n");
+      "Usage: ost_capture -map FILE -connect SERVER [option...]\n"
+      "       ost_capture -map FILE -launch COMMAND [option...]\n"
+      "       ost_capture -launch COMMAND -serve tcp:PORT\n");
   for (const Option& option : kOptions) {
     if (!option.name) {
       text += QLatin1String(option.help) + QLatin1Char('\n');

@@ -18,6 +18,10 @@ struct CaptureOptions {
   QString mapFile;
   bool hasServer = false;
   ServerAddress server;
+  ChainPlace place;    ///< Of the TAP, for servers that move pins.
+  QString command;     ///< Of the simulation to launch, in place of a server.
+  QString logFile;     ///< For what it prints.
+  int servePort = -1;  ///< Offers the simulation to others instead of capturing; 0 is any port, -1 not.
   QString core;
   QString position;
   QList<QPair<QString, QString>> changes;  ///< "-set" or "-op" and its assignment, in order.

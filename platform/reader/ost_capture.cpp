@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <new>
 
+#include "platform/jtag/simulation_server.h"
 #include "platform/plan/capture_map.h"
 #include "platform/plan/core_layout.h"
 #include "platform/reader/capture_options.h"
@@ -14,6 +15,7 @@
 #include "platform/reader/text_views.h"
 #include "platform/reader/vcd_writer.h"
 #include "platform/system/files.h"
+#include "platform/system/interrupt.h"
 #include "platform/text/byte_text.h"
 #include "platform/trigger/unit_value.h"
 
@@ -24,6 +26,7 @@ enum ExitStatus { kDone = 0, kFailed = 1, kWrongUse = 2, kNoTrigger = 3 };
 
 /// What a wait may take beyond its time, for the exchange under way, the reasons and the stop: as long again, or this.
 constexpr double kLeastGraceSeconds = 2;
+constexpr double kConnectSeconds = 10;  ///< For a server to come up.
 
 int fail(const QString& text, ExitStatus status = kFailed) {
   fprintf(stderr, "ost_capture: %s\n", text.toLatin1().constData());
@@ -127,7 +130,20 @@ int reportNoTrigger(CoreReader& reader, int core, const RunSettings& settings, d
   return known ? kNoTrigger : kFailed;
 }
 
-int run(const CaptureOptions& options) {
+int serve(const CaptureOptions& options) {
+  QString error;
+  if (!catchInterrupts()) return fail(QStringLiteral("Cannot watch for ^C: %1.").arg(systemReason(errno)));
+  const std::unique_ptr<Simulation> simulation = Simulation::start(options.command, options.logFile, error);
+  if (!simulation) return fail(error);
+  const auto announce = [](int port) {
+    print(QStringLiteral("The simulation is served on tcp:127.0.0.1:%1; ^C ends it.\n").arg(port));
+  };
+  const auto goOn = [] { return !isInterrupted(); };
+  if (!serveSimulation(*simulation, options.servePort, announce, goOn, error)) return fail(error);
+  return simulation->finish(error) ? int(kDone) : fail(error);
+}
+
+int run(const CaptureOptions& options, Simulation* simulation) {
   InsertPlan plan;
   QString error;
   if (!loadMap(options.mapFile, plan, error)) return fail(error);
@@ -139,7 +155,9 @@ int run(const CaptureOptions& options) {
   const Output vcd = {options.vcdFile}, csv = {options.csvFile};
   if (!applyRunOptions(options, settings, error) || !vcd.check(error) || !csv.check(error)) return fail(error);
 
-  const ConnectedTap way = connectTap(options.server, {{}, kHubIdcode}, 10, error);
+  const TapChoice choice = {options.place, kHubIdcode};
+  const ConnectedTap way = simulation ? simulation->connect(choice, kConnectSeconds, error)
+                                      : connectTap(options.server, choice, kConnectSeconds, error);
   if (!way.tap) return fail(error);
   HubLink hub(*way.tap, options.instruction);
   CoreReader reader(hub, plan);
@@ -173,6 +191,15 @@ int run(const CaptureOptions& options) {
   return print(text) == kDone ? stored : int(kFailed);
 }
 
+int capture(const CaptureOptions& options) {
+  QString error;
+  if (options.command.isEmpty()) return run(options, nullptr);
+  const std::unique_ptr<Simulation> simulation = Simulation::start(options.command, options.logFile, error);
+  if (!simulation) return fail(error);
+  const int status = run(options, simulation.get());
+  return simulation->finish(error) ? status : fail(error);
+}
+
 }  // namespace
 }  // namespace ost
 
@@ -184,7 +211,8 @@ int main(int argc, char** argv) {
     ost::CaptureOptions options;
     QString error;
     if (!ost::parseCaptureOptions(words, options, error)) return ost::fail(error, ost::kWrongUse);
-    return options.help ? ost::print(ost::captureUsage()) : ost::run(options);
+    if (options.help) return ost::print(ost::captureUsage());
+    return options.servePort >= 0 ? ost::serve(options) : ost::capture(options);
   } catch (const std::bad_alloc&) {
     fputs("ost_capture: There is not enough memory for this.\n", stderr);
   } catch (const std::exception& fault) {
