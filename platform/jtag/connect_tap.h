@@ -18,6 +18,16 @@ struct ConnectedTap {
   std::unique_ptr<Connection> connection;  ///< Has the limits of time.
   std::unique_ptr<JtagPort> port;          ///< Null when the server takes whole scans.
   std::unique_ptr<Tap> tap;                ///< Null after a failure.
+
+  ConnectedTap() = default;
+  ConnectedTap(ConnectedTap&&) = default;
+  /// Lets go of what stands on the connection first.
+  ConnectedTap& operator=(ConnectedTap&& other) noexcept {
+    tap = std::move(other.tap);
+    port = std::move(other.port);
+    connection = std::move(other.connection);
+    return *this;
+  }
 };
 
 /// Waits up to `seconds` for the server to be there. Without a tap, and with the reason in `error`, on failure.

@@ -7,7 +7,7 @@ namespace ost {
 namespace {
 
 bool wrongValue(const QString& option, const QString& value, const char* must, QString& error) {
-  error = QStringLiteral("Bad value '%1' for '%2': must be %3.").arg(value, option, QLatin1String(must));
+  error = QStringLiteral("Bad value \"%1\" for \"%2\": must be %3.").arg(value, option, QLatin1String(must));
   return false;
 }
 
@@ -15,6 +15,28 @@ bool parseCount(const QString& option, const QString& value, int& count, QString
   bool isNumber = false;
   count = value.toInt(&isNumber);
   return (isNumber && count >= 1) || wrongValue(option, value, "a number from 1 on", error);
+}
+
+/// A number from 0 on.
+bool parseRepeats(const QString& option, const QString& value, int& count, QString& error) {
+  bool isNumber = false;
+  count = value.toInt(&isNumber);
+  return (isNumber && count >= 0) || wrongValue(option, value, "a number of captures, or 0", error);
+}
+
+bool parseRange(const QString& option, const QString& value, ViewChoice& view, QString& error) {
+  const int colon = value.indexOf(QLatin1Char(':'));
+  bool fromGood = false, toGood = false;
+  view.from = value.left(colon).toInt(&fromGood);
+  view.to = value.mid(colon + 1).toInt(&toGood);
+  view.hasRange = colon > 0 && fromGood && toGood && view.from <= view.to;
+  return view.hasRange ||
+         wrongValue(option, value, "FROM:TO, samples counted from the trigger, for example -20:99", error);
+}
+
+bool parseRadix(const QString& option, const QString& value, ViewChoice& view, QString& error) {
+  view.hasRadix = radixFromText(value, view.radix);
+  return view.hasRadix || wrongValue(option, value, "Bin, Oct, Dec or Hex", error);
 }
 
 bool parseInstruction(const QString& option, const QString& value, TapInstruction& instruction, QString& error) {
@@ -73,6 +95,32 @@ template <int CaptureOptions::*member>
 bool keepCount(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseCount(option, value, options.*member, error);
 }
+template <OutputFile CaptureOptions::*member>
+bool keepFile(CaptureOptions& options, const QString&, const QString& value, QString&) {
+  (options.*member).name = value;
+  return true;
+}
+/// Names to choose, or an assignment.
+bool keepExpressions(CaptureOptions& options, const QString& option, const QString& value, QString&) {
+  if (value.contains(QLatin1Char('=')))
+    options.changes.append({option, value});
+  else
+    options.expressions = value;
+  return true;
+}
+bool keepSignals(CaptureOptions& options, const QString&, const QString& value, QString&) {
+  options.view.signalGlobs += value;
+  return true;
+}
+bool keepRange(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseRange(option, value, options.view, error);
+}
+bool keepRadix(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseRadix(option, value, options.view, error);
+}
+bool keepRepeats(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseRepeats(option, value, options.repeats, error);
+}
 bool keepChange(CaptureOptions& options, const QString& option, const QString& value, QString&) {
   options.changes.append({option, value});
   return true;
@@ -104,16 +152,22 @@ const Option kOptions[] = {
     {"-position", "N|N%", "samples before the trigger (default: half a window)", keepText<&CaptureOptions::position>},
     {"-set", "UNIT=VALUE", "another value of a trigger unit, in its radix; repeatable", keepChange},
     {"-op", "UNIT=OPERATOR", "another operator of a trigger unit; repeatable", keepChange},
-    {"-te", "NAME[,NAME...]", "the trigger expressions that take part (default: all)",
-     keepText<&CaptureOptions::expressions>},
+    {"-te", "NAME[,NAME...]", "the trigger expressions that take part (default: all)", keepExpressions},
+    {"-te", "NAME=EXPRESSION", "another text for an expression; repeatable", keepExpressions},
+    {"-now", nullptr, "triggers at once, whatever the units see", raise<&CaptureOptions::now>},
     {"-count", "N", "events to the trigger (default: as built)", keepCount<&CaptureOptions::eventCount>},
     {"-windows", "N", "windows to capture (default: as built)", keepCount<&CaptureOptions::windows>},
     {"-timeout", "SECONDS", "how long to wait for the trigger (default: 10)", keepTimeout},
-    {nullptr, nullptr, "Output:", nullptr},
-    {"-vcd", "FILE", "waves for a viewer", keepText<&CaptureOptions::vcdFile>},
-    {"-csv", "FILE", "a line for each sample", keepText<&CaptureOptions::csvFile>},
+    {"-all", nullptr, "captures with all cores, armed before any is waited for", raise<&CaptureOptions::allCores>},
+    {"-repeat", "N", "captures one after the other into numbered files (0: until ^C)", keepRepeats},
+    {nullptr, nullptr, "Output (\"-\" for FILE is the standard output):", nullptr},
+    {"-vcd", "FILE", "waves for a viewer", keepFile<&CaptureOptions::vcd>},
+    {"-csv", "FILE", "a line for each sample", keepFile<&CaptureOptions::csv>},
     {"-wave", nullptr, "a small waveform on the terminal (default without -vcd and -csv)",
      raise<&CaptureOptions::wave>},
+    {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix},
+    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange},
+    {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "where each core stands", raise<&CaptureOptions::status>},
     {"-info", nullptr, "what the hardware says of itself", raise<&CaptureOptions::info>},
@@ -136,24 +190,33 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
   for (int i = 0; i < words.size(); ++i) {
     const QString& word = words[i];
     if (word == QLatin1String("-help") || word == QLatin1String("--help")) return options.help = true;
+    if (word == QLatin1String("--version")) return options.version = true;
     const Option* option = findOption(word);
     if (!option) {
-      error = QStringLiteral("Unknown word '%1'; 'ost_capture -help' lists the options.").arg(word);
+      error = QStringLiteral("Unknown word \"%1\"; \"ost_capture -help\" lists the options.").arg(word);
       return false;
     }
     if (option->value && ++i == words.size()) {
-      error = QStringLiteral("Missing value for '%1'; 'ost_capture -help' lists the options.").arg(word);
+      error = QStringLiteral("Missing value for \"%1\"; \"ost_capture -help\" lists the options.").arg(word);
       return false;
     }
     if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
   }
-  if (!options.vcdFile.isEmpty() && options.vcdFile == options.csvFile) {
-    error = QStringLiteral("'-vcd' and '-csv' name the same file, '%1': give each its own.").arg(options.vcdFile);
-    return false;
-  }
   const bool launches = !options.command.isEmpty();
   const char* problem = nullptr;
-  if (options.hasServer && launches)
+  if (options.vcd.isAsked() && options.vcd.name == options.csv.name)
+    problem = "\"-vcd\" and \"-csv\" name the same file: give each its own.";
+  else if (options.wave && (options.vcd.isStandardOutput() || options.csv.isStandardOutput()))
+    problem = "The waveform of \"-wave\" and a file \"-\" both want the standard output: leave one out.";
+  else if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
+    problem = "\"-now\" looks at no expression: leave \"-te\" and \"-count\" out.";
+  else if (options.allCores && !options.core.isEmpty())
+    problem = "Give either \"-core\" or \"-all\".";
+  else if (options.allCores && !options.expressions.isEmpty())
+    problem = "\"-te\" chooses expressions of one core: name it with \"-core\" instead of \"-all\".";
+  else if (options.allCores && options.csv.isStandardOutput())
+    problem = "With \"-all\" each core has a CSV file of its own: give \"-csv\" a name.";
+  else if (options.hasServer && launches)
     problem = "Give either \"-connect\" or \"-launch\".";
   else if (options.servePort >= 0 && !launches)
     problem = "\"-serve\" offers a simulation to others: give its command with \"-launch\".";
@@ -165,18 +228,43 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
   return !problem;
 }
 
-int chooseCore(const InsertPlan& plan, const CaptureOptions& options, QString& error) {
+QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, QString& error) {
   QStringList names;
+  QVector<int> all, named;
   for (int i = 0; i < plan.cores.size(); ++i) {
-    if (plan.cores[i].name == options.core) return i;
+    if (plan.cores[i].name == options.core) named += i;
+    all += i;
     names += plan.cores[i].name;
   }
-  if (options.core.isEmpty() && plan.cores.size() == 1) return 0;
-  const QString all = names.join(QLatin1String(", "));
-  error = options.core.isEmpty() ? QStringLiteral("Several cores: choose one with '-core'; there are %1.").arg(all)
-                                 : QStringLiteral("There is no core '%1'; there are %2.").arg(options.core, all);
-  return -1;
+  if (!named.isEmpty()) return named;
+  if (options.core.isEmpty() && (all.size() == 1 || options.allCores)) return all;
+  const QString list = names.join(QLatin1String(", "));
+  error = options.core.isEmpty()
+              ? QStringLiteral("The design has several cores, %1: choose one with \"-core\", or \"-all\".").arg(list)
+              : QStringLiteral("There is no core \"%1\"; there are %2.").arg(options.core, list);
+  return {};
 }
+
+namespace {
+
+/// "UNIT=WORD" or "CORE/UNIT=WORD".
+struct Assignment {
+  QString core, name, word;
+};
+
+bool readAssignment(const QString& option, const QString& text, bool needsCore, Assignment& assignment,
+                    QString& error) {
+  const int equals = text.indexOf(QLatin1Char('='));
+  const QString place = text.left(equals);
+  const int slash = place.indexOf(QLatin1Char('/'));
+  assignment = {slash > 0 ? place.left(slash) : QString(), place.mid(slash + 1),
+                QLatin1String("") + text.mid(equals + 1)};  // An empty word must not become a null text.
+  if (equals <= 0 || assignment.name.isEmpty())
+    return wrongValue(option, text, option == QLatin1String("-te") ? "NAME=EXPRESSION" : "UNIT=WORD", error);
+  return !needsCore || slash > 0 || wrongValue(option, text, "CORE/NAME=WORD, as \"-all\" is given", error);
+}
+
+}  // namespace
 
 bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QString& error) {
   // An operator and a value given for one unit may fit only together.
@@ -184,25 +272,25 @@ bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QStri
     QString unit, operatorWord, value;
   };
   QVector<Change> changes;
-  for (const auto& [option, assignment] : options.changes) {
-    const int equals = assignment.indexOf(QLatin1Char('='));
-    if (equals <= 0) {
-      error = QStringLiteral("Bad value '%1' for '%2': must be UNIT=WORD.").arg(assignment, option);
-      return false;
+  for (const auto& [option, text] : options.changes) {
+    Assignment one;
+    if (!readAssignment(option, text, options.allCores, one, error)) return false;
+    if (!one.core.isEmpty() && one.core != settings.core().name) continue;
+    if (option == QLatin1String("-te")) {
+      if (!settings.setExpression(one.name, one.word, error)) return false;
+      continue;
     }
-    const QString unit = assignment.left(equals);
-    auto change = std::find_if(changes.begin(), changes.end(), [&](const Change& one) { return one.unit == unit; });
-    if (change == changes.end()) change = changes.insert(changes.end(), {unit, QString(), QString()});
-    // An empty word must stay one, and not become a null text.
-    (option == QLatin1String("-op") ? change->operatorWord : change->value) =
-        QLatin1String("") + assignment.mid(equals + 1);
+    auto change = std::find_if(changes.begin(), changes.end(), [&](const Change& old) { return old.unit == one.name; });
+    if (change == changes.end()) change = changes.insert(changes.end(), {one.name, QString(), QString()});
+    (option == QLatin1String("-op") ? change->operatorWord : change->value) = one.word;
   }
   for (const Change& change : changes)
     if (!settings.setUnit(change.unit, change.operatorWord, change.value, error)) return false;
   return (options.position.isEmpty() || settings.setPosition(options.position, error)) &&
          (options.expressions.isEmpty() || settings.chooseExpressions(options.expressions, error)) &&
          (options.eventCount == 0 || settings.setEventCount(options.eventCount, error)) &&
-         (options.windows == 0 || settings.setWindows(options.windows, error));
+         (options.windows == 0 || settings.setWindows(options.windows, error)) &&
+         (!options.now || settings.triggerNow(error));
 }
 
 QString captureUsage() {
@@ -218,7 +306,7 @@ QString captureUsage() {
     }
     QString words = QLatin1String(option.name);
     if (option.value) words += QLatin1Char(' ') + QLatin1String(option.value);
-    text += QStringLiteral("  %1 %2\n").arg(words, -20).arg(QLatin1String(option.help));
+    text += QStringLiteral("  %1 %2\n").arg(words, -24).arg(QLatin1String(option.help));
   }
   return text + QStringLiteral("Exit status: 0 done, 1 failed, 2 wrong use, 3 no trigger within the time.\n");
 }

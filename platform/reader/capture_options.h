@@ -7,14 +7,16 @@
 #include <QStringList>
 
 #include "platform/jtag/connect_tap.h"
+#include "platform/reader/capture_view.h"
 #include "platform/reader/hub_link.h"
+#include "platform/reader/output_files.h"
 #include "platform/reader/run_settings.h"
 
 namespace ost {
 
 /// What was asked for. Texts and file names are byte text; empty ones were not given.
 struct CaptureOptions {
-  bool help = false;
+  bool help = false, version = false;
   QString mapFile;
   bool hasServer = false;
   ServerAddress server;
@@ -24,23 +26,28 @@ struct CaptureOptions {
   int servePort = -1;  ///< Offers the simulation to others instead of capturing; 0 is any port, -1 not.
   QString core;
   QString position;
-  QList<QPair<QString, QString>> changes;  ///< "-set" or "-op" and its assignment, in order.
+  QList<QPair<QString, QString>> changes;  ///< "-set", "-op" or "-te" and its assignment, in order.
   QString expressions;
+  bool now = false;  ///< Triggers at once.
+  bool allCores = false;
+  int repeats = 1;     ///< Captures one after the other; 0 until ^C.
   int eventCount = 0;  ///< 0: as built.
   int windows = 0;     ///< 0: as built.
   double timeoutSeconds = 10;
   TapInstruction instruction;
-  QString vcdFile, csvFile;
+  OutputFile vcd, csv;
+  ViewChoice view;
   bool wave = false, status = false, info = false;
 };
 
 /// False with one text that names the word and the way out.
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error);
 
-/// `core` of the options, or the only one. -1 with the choices in `error`.
-int chooseCore(const InsertPlan& plan, const CaptureOptions& options, QString& error);
+/// The cores that are meant: all, the one named, or the only one. Empty with the choices in `error`.
+QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, QString& error);
 
-/// The run-time settings that the options ask of a core.
+/// The run-time settings that the options ask of a core. With several cores an assignment names its own:
+/// CORE/UNIT=VALUE.
 bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QString& error);
 
 /// How the program is used, with every option.

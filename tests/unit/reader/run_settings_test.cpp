@@ -46,8 +46,8 @@ TEST(CaptureOptions, ThatDoNotFitAreNamedAndChangeNothing) {
     bool complete;  // all words are given, "-map m -connect fifo:d" not
   } table[] = {
       {"-map m", "-connect", true},          {"-connect fifo:d", "-map", true},
-      {"-cor c", "'-cor'", false},           {"-csv", "Missing value for '-csv'", false},
-      {"-count 0", "'-count'", false},       {"-timeout x", "'-timeout'", false},
+      {"-cor c", "\"-cor\"", false},           {"-csv", "Missing value for \"-csv\"", false},
+      {"-count 0", "\"-count\"", false},       {"-timeout x", "\"-timeout\"", false},
       {"-ir 4:16", "WIDTH:CODE", false},     {"-op TU1=<", ".RE.", false},
       {"-op TU2=.RE.", ">=", false},         {"-op TU1=.RE.", "'1x0'", false},
       {"-set TU1=12", "'TU1'", false},       {"-set TU2=16", "'TU2'", false},
