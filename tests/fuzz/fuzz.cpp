@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 
 extern "C" void __sanitizer_set_death_callback(void (*callback)()) __attribute__((weak));
 
@@ -30,12 +31,12 @@ void onSignal(int number) {
   raise(number);
 }
 
-/// No case needs much more memory than there is at first. (A sanitizer's own would drown it, which has a limit of its
-/// own.)
+/// No case needs much more memory than is in use at first. (A sanitizer's own would drown it, and has its own limit.)
 void limitMemory() {
-  constexpr rlim_t kMost = rlim_t(160) << 20;
-  const rlimit limit = {kMost, RLIM_INFINITY};
-  if (!&__sanitizer_set_death_callback) expect(setrlimit(RLIMIT_DATA, &limit) == 0, "cannot limit the memory");
+  rlim_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  const rlimit limit = {pages * rlim_t(sysconf(_SC_PAGESIZE)) + (rlim_t(128) << 20), RLIM_INFINITY};
+  if (!&__sanitizer_set_death_callback) expect(setrlimit(RLIMIT_AS, &limit) == 0, "cannot limit the memory");
 }
 
 }  // namespace
