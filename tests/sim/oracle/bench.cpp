@@ -152,10 +152,10 @@ QByteArray captureBench(const Project& project, const ost::InsertPlan& plan) {
   for (int i = 0; i < plan.cores.size(); ++i) {
     const QByteArray n = QByteArray::number(i), clock = project.cores[i].clock.toUtf8();
     // The run's level as the sample clock sees it: its first edge with the level high is edge 0.
-    watch += "  integer run" + n + "; reg was" + n + " = 0;\n  wire run_here" + n + " = dut.ostrel_debug_i.c" + n +
-             "_core.run_here;\n  initial run" + n + " = $fopen(\"run" + n + ".txt\");\n  always @(posedge " + clock +
-             ") begin\n    if (run_here" + n + " !== was" + n + ") $fwrite(run" + n +
-             ", \"%0t\\n\", $realtime);\n    was" + n + " <= run_here" + n + ";\n  end\n";
+    watch += "  integer run" + n + "; reg was" + n + " = 0;\n  wire run_sync" + n + " = dut.ostrel_debug_i.c" + n +
+             "_core.run_sync;\n  initial run" + n + " = $fopen(\"run" + n + ".txt\");\n  always @(posedge " + clock +
+             ") begin\n    if (run_sync" + n + " !== was" + n + ") $fwrite(run" + n +
+             ", \"%0t\\n\", $realtime);\n    was" + n + " <= run_sync" + n + ";\n  end\n";
     const QStringList outputs = plan.cores[i].triggerOutNames();
     for (int k = 0; k < outputs.size(); ++k) {
       const QByteArray name = outputs[k].toUtf8(), wire = "out" + n + "_" + QByteArray::number(k);

@@ -51,7 +51,7 @@ BenchFiles prepareFolder(const Settings& settings, const QString& name, const Pr
   BenchFiles files;
   files.folder = settings.work + "/" + name;
   for (const QString& file : project.dut->files) files.design += settings.sources + "/" + file;
-  files.jtagFile = settings.sources + "/platform/reader/sim/ostrel_jtag_sim.v";
+  files.jtagFile = settings.sources + "/platform/jtag/sim/ostrel_jtag_sim.v";
   if (!settings.reuse) QDir(files.folder).removeRecursively();
   need(QDir().mkpath(files.folder), "cannot make " + files.folder);
   return files;

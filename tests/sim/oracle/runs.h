@@ -5,7 +5,7 @@
 #include <random>
 
 #include "platform/reader/core_reader.h"
-#include "platform/reader/remote_bitbang.h"
+#include "platform/jtag/remote_bitbang.h"
 #include "tests/sim/oracle/bench.h"
 
 namespace oracle {
