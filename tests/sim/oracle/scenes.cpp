@@ -186,7 +186,7 @@ class Scenes {
   /// The hub behind a device's own JTAG primitive, by a file that a user puts in the place of the inserted one.
   void devicePrimitive() {
     Settings replaced = settings_;
-    replaced.core = settings_.sources + "/tests/sim/designs/primitive";
+    replaced.core = settings_.sources + "/examples/device_jtag";
     compileBench(project_, plan_, replaced, files_);
     Live live(files_, plan_, 0, 0, {}, {6, 0x22});
     QString error;
