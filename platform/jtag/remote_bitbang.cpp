@@ -1,6 +1,6 @@
 // The connection to a remote-bitbang server. All descriptors are non-blocking, so that a server that stalls in either
 // direction is noticed.
-#include "platform/reader/remote_bitbang.h"
+#include "platform/jtag/remote_bitbang.h"
 
 #include <fcntl.h>
 #include <netdb.h>
