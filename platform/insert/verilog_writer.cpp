@@ -18,7 +18,8 @@ namespace {
 
 const char kBookkeeping[] =
     " -unset src -unset dynports -unset module_not_derived -unset unused_bits -unset hdlname -unset full_case"
-    " -unset parallel_case -unset cells_not_processed -unset always_comb -unset always_ff -unset always_latch";
+    " -unset parallel_case -unset cells_not_processed -unset always_comb -unset always_ff -unset always_latch"
+    " -unset ostrel_vhdl";
 
 /// Yosys does not report a failed write: a text that does not end with a module has been cut short.
 bool endsWithModule(QFile& file) {
