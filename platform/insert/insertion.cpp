@@ -5,7 +5,7 @@
 
 #include "platform/insert/netlist_editor.h"
 #include "platform/insert/output_folder.h"
-#include "platform/insert/proof.h"
+#include "platform/proof/proof.h"
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
 #include "platform/text/byte_text.h"
@@ -104,7 +104,7 @@ bool Insertion::prove(std::shared_ptr<const Netlist> netlist) {
   ProofFiles files;
   files.instrumented = folder_.stagedFile(verilog_);
   files.debugModule = folder_.stagedFile(QStringLiteral("ostrel_debug.v"));
-  if (!proveUnchanged(plan_, design_, netlist, files, hooks_.idle, report, error_)) return false;
+  if (!proveUnchanged(plan_, design_, netlist, files, ProofHooks{hooks_.idle}, report, error_)) return false;
   for (const QString& line : report.lines) say(line);
   return true;
 }
