@@ -12,17 +12,24 @@
 
 #include "framework/ist_com_data.h"
 #include "platform/design/yosys_script.h"
+#include "platform/text/enum_names.h"
 
 namespace ost {
 
 /// What `ost_design read` was told. File names are byte text as typed.
 struct DesignSource {
-  QStringList files;      ///< Verilog, SystemVerilog (.sv, .svh) or one Yosys JSON netlist, in order.
+  QStringList files;  ///< Verilog, SystemVerilog (.sv, .svh), VHDL (.vhd, .vhdl) or one Yosys JSON netlist, in order.
   QStringList fileLists;  ///< Names of file lists, read after `files`.
   QString top;            ///< Empty: found by Yosys.
   QStringList includeDirs;
-  QStringList defines;     ///< NAME or NAME=VALUE.
-  QStringList blackBoxes;  ///< Modules whose bodies are not elaborated.
+  QStringList defines;                       ///< NAME or NAME=VALUE.
+  QStringList blackBoxes;                    ///< Modules whose bodies are not elaborated.
+  QStringList parameters;                    ///< NAME=VALUE, of the top.
+  QStringList libraryDirs, librarySuffixes;  ///< Where MODULE.v is looked for when no file declares the module.
+  QString cells;                             ///< Target whose cells count as declared: "xilinx", "gowin" or none.
+  QString systemVerilog;      ///< What reads SystemVerilog: "slang", "builtin" or "auto"; empty means the last.
+  QString vhdlStandard;       ///< 87, 93, 02 or 08; empty means the last.
+  QStringList vhdlLibraries;  ///< LIBRARY=FILE[,FILE...], VHDL files of libraries other than "work".
   int timeLimitSeconds = 600;
   qint64 memoryLimitBytes = qint64(8) << 30;
 };
@@ -34,6 +41,8 @@ struct NetSelection {
   QString net;            ///< Name of the net in that module, as a Yosys JSON netlist writes it.
   QVector<int> bits;      ///< Positions in the netlist's bit list (0 = least significant), leftmost named bit first.
   QStringList bitNames;   ///< The full name of each bit in the same order: "u_sys/u_rx/state[3]", or the bare name.
+  int netWidth = 0;       ///< Bits of the whole net.
+  EnumNames enumNames;    ///< Of the values of the whole net, when its type is an enumeration.
   bool isVector = false;  ///< True when the name stands for a bus (several bits, or a whole vector net).
   QString canonicalName;  ///< The name in the one form that the service stores and shows.
 };
@@ -69,6 +78,8 @@ class ISTCOMDATA_API Design {
   const DesignSource& source() const;
   QString topModule() const;  ///< As the source declares it; for people.
   QString topKey() const;     ///< As a Yosys JSON netlist of the design writes it; the only name that finds it there.
+  QStringList blackBoxes() const;    ///< Modules without a body that the hierarchy uses.
+  const QStringList& notes() const;  ///< What the user should know of the reading, a sentence each.
   const DesignRoles& roles() const;
   int moduleCount() const;    ///< Modules that the hierarchy uses.
   int instanceCount() const;  ///< Instances below the top.

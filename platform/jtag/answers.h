@@ -15,7 +15,7 @@ class CountedAnswer : public Answer {
     bytes_.append(bytes, count);
     return QString();
   }
-  QString progress() const override { return QStringLiteral("%1 of %2 answers came").arg(bytes_.size()).arg(count_); }
+  QString progress() const override { return QStringLiteral("%1 of %2 replies came").arg(bytes_.size()).arg(count_); }
 
  private:
   int count_;
@@ -33,12 +33,12 @@ class TextAnswer : public Answer {
     text_.append(bytes, count);
     const int at = text_.indexOf(end_);
     complete_ = at >= 0;
-    if (complete_ && at + 1 < text_.size()) return QStringLiteral("it answered more than it was asked");
-    if (!complete_ && text_.size() > most_) return QStringLiteral("its answer does not end");
+    if (complete_ && at + 1 < text_.size()) return QStringLiteral("it replied with more than it was asked for");
+    if (!complete_ && text_.size() > most_) return QStringLiteral("its reply does not end");
     text_.truncate(complete_ ? at : text_.size());
     return QString();
   }
-  QString progress() const override { return QStringLiteral("%1 bytes of its answer came").arg(text_.size()); }
+  QString progress() const override { return QStringLiteral("%1 bytes of its reply came").arg(text_.size()); }
 
  private:
   char end_;

@@ -31,7 +31,7 @@ QString quotable(const QByteArray& text) {
 std::unique_ptr<Connection> Connection::open(const ServerAddress& address, double seconds, QString& error) {
   ServerDescriptors server;
   if (!ignoreBrokenPipes(error) || !openServer(address, Deadline(seconds), server, error)) return nullptr;
-  error.clear();  // Of attempts before.
+  error.clear();  // Of earlier attempts.
   return std::unique_ptr<Connection>(new Connection(std::move(server), address.text()));
 }
 
@@ -49,9 +49,9 @@ bool Connection::exchange(const QByteArray& bytes, Answer* answer, QString& erro
     if (!sending && !receiving) return true;
     const double left = deadline_ ? qMin(patience_, deadline_->left()) : patience_;
     if (left <= 0) {
-      return failStanding(
-          sending ? QStringLiteral("it took %1 of %2 bytes").arg(sent).arg(bytes.size()) : answer->progress(), quiet,
-          error);
+      return failStalled(
+          sending ? QStringLiteral("it accepted %1 of %2 bytes").arg(sent).arg(bytes.size()) : answer->progress(),
+          quiet, error);
     }
     // What is not waited for stays out of it: a hang-up there would end each wait at once.
     pollfd entries[2] = {{server_.write.fd(), static_cast<short>(sending ? POLLOUT : 0), 0},
@@ -70,12 +70,12 @@ bool Connection::exchange(const QByteArray& bytes, Answer* answer, QString& erro
     if (sending && entries[0].revents) {
       const ssize_t count = ::write(server_.write.fd(), bytes.constData() + sent, size_t(bytes.size() - sent));
       if (count < 0 && errno != EAGAIN && errno != EINTR)
-        return fail(QStringLiteral("it has gone: ") + systemError(), error);
+        return fail(QStringLiteral("it closed the connection: ") + systemError(), error);
       sent += qMax(0, static_cast<int>(count));
       moved += qMax(0, static_cast<int>(count));
     }
     if (moved == 0 && (entries[0].revents & (POLLERR | POLLHUP | POLLNVAL)))
-      return fail(QStringLiteral("it has gone"), error);
+      return fail(QStringLiteral("it closed the connection"), error);
     if (moved > 0) quiet = 0;
     patience_ = qMin(silenceSeconds_, patience_ + double(moved) * silenceSeconds_ / kFewestBytes);
   }
@@ -98,12 +98,12 @@ int Connection::receive(bool hangUp, Answer& answer, QString& error) {
   return -1;
 }
 
-bool Connection::failStanding(const QString& progress, double quiet, QString& error) {
+bool Connection::failStalled(const QString& progress, double quiet, QString& error) {
   const QString why =
-      patience_ > 0 ? QStringLiteral("it is not done after the %1 s that it had").arg(timeLimit_)
+      patience_ > 0 ? QStringLiteral("it was not done within its %1 s").arg(timeLimit_)
       : quiet >= silenceSeconds_
-          ? QStringLiteral("it has not moved a byte for %1 s").arg(silenceSeconds_)
-          : QStringLiteral("it moves fewer than %1 bytes in %2 s").arg(kFewestBytes).arg(silenceSeconds_);
+          ? QStringLiteral("it has transferred no byte for %1 s").arg(silenceSeconds_)
+          : QStringLiteral("it transfers fewer than %1 bytes in %2 s").arg(kFewestBytes).arg(silenceSeconds_);
   return fail(QStringLiteral("%1 (%2); is the simulation stopped?").arg(why, progress), error);
 }
 

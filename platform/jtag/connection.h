@@ -15,7 +15,7 @@ class Answer {
   virtual int due() const = 0;  ///< Bytes that may still come; 0 when it is complete.
   /// Takes at most due() bytes. Empty, or what is wrong with them.
   virtual QString take(const char* bytes, int count) = 0;
-  virtual QString progress() const = 0;  ///< How far it came: "3 of 8 answers came".
+  virtual QString progress() const = 0;  ///< How far it came: "3 of 8 replies came".
 };
 
 class Connection {
@@ -46,7 +46,7 @@ class Connection {
   /// behind what is still there.
   int receive(bool hangUp, Answer& answer, QString& error);
   /// `progress`: how far the exchange came; `quiet`: seconds since a byte moved.
-  bool failStanding(const QString& progress, double quiet, QString& error);
+  bool failStalled(const QString& progress, double quiet, QString& error);
 
   ServerDescriptors server_;
   QString place_;

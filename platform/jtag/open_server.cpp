@@ -1,4 +1,4 @@
-// FIFOs and sockets that do not block, so that a server that stands still in either direction is noticed.
+// FIFOs and sockets that do not block, so that a server that stalls in either direction is noticed.
 #include "platform/jtag/open_server.h"
 
 #include <fcntl.h>
@@ -35,7 +35,7 @@ Descriptor openFifo(const QString& name, int access, int& code, QString& error) 
   if (!fifo.isOpen()) {
     error = QStringLiteral("Cannot open the FIFO \"%1\": %2.").arg(name, systemReason(code));
   } else if (fstat(fifo.fd(), &info) != 0 || !S_ISFIFO(info.st_mode)) {
-    error = QStringLiteral("\"%1\" is not a FIFO; remove it and make one with mkfifo.").arg(name);
+    error = QStringLiteral("The file \"%1\" is not a FIFO; remove it and make one with mkfifo.").arg(name);
     fifo.reset();
   }
   return fifo;
@@ -49,7 +49,7 @@ Descriptor openFifoForWriting(const QString& name, const Deadline& deadline, QSt
     if (fifo.isOpen() || (code != ENXIO && code != ENOENT && code != EINTR)) return fifo;
     if (deadline.isOver()) {
       error = (code == ENOENT ? QStringLiteral("There is no FIFO \"%1\"; make it with mkfifo and start the simulation.")
-                              : QStringLiteral("Nobody reads the FIFO \"%1\"; start the simulation first."))
+                              : QStringLiteral("No program reads the FIFO \"%1\"; start the simulation first."))
                   .arg(name);
       return fifo;
     }
@@ -92,7 +92,7 @@ Descriptor connectUnix(const ServerAddress& address, const Deadline& deadline, Q
   name.sun_family = AF_UNIX;
   const QByteArray file = address.place.toLatin1();
   if (file.size() >= static_cast<int>(sizeof name.sun_path)) {
-    error = QStringLiteral("The socket name \"%1\" is too long.").arg(address.place);
+    error = QStringLiteral("The socket name \"%1\" is too long; use a shorter path.").arg(address.place);
     return connection;
   }
   std::memcpy(name.sun_path, file.constData(), file.size());
@@ -105,7 +105,7 @@ Descriptor connectUnix(const ServerAddress& address, const Deadline& deadline, Q
   return connection;
 }
 
-/// What the name service finds. It cannot be told to hurry, so it is asked by a thread that may be left behind.
+/// A lookup by the name service, which has no time limit: it runs in a thread that may be left behind.
 struct Lookup {
   std::mutex mutex;
   std::condition_variable ended;
@@ -136,7 +136,7 @@ std::shared_ptr<Lookup> lookUp(const ServerAddress& address, const Deadline& dea
   if (inTime && lookup->status == 0) return lookup;
   error = QStringLiteral("Cannot find the host \"%1\": %2.")
               .arg(address.place, inTime ? QString::fromLatin1(gai_strerror(lookup->status))
-                                         : QStringLiteral("the name service does not answer"));
+                                         : QStringLiteral("the name service does not respond"));
   return nullptr;
 }
 
@@ -173,7 +173,7 @@ bool ignoreBrokenPipes(QString& error) {
     action.sa_handler = SIG_IGN;
     if (sigaction(SIGPIPE, &action, nullptr) == 0) return true;
   }
-  error = QStringLiteral("Cannot ignore broken pipes: %1.").arg(systemReason(errno));
+  error = QStringLiteral("Cannot ignore the signal SIGPIPE: %1.").arg(systemReason(errno));
   return false;
 }
 

@@ -15,7 +15,7 @@ class Levels : public CountedAnswer {
   QString take(const char* bytes, int count) override {
     for (int i = 0; i < count; ++i)
       if (bytes[i] != '0' && bytes[i] != '1')
-        return QStringLiteral("it answered the byte 0x%1 instead of 0 or 1; is it a remote-bitbang server?")
+        return QStringLiteral("it replied with the byte 0x%1 instead of \"0\" or \"1\"; is it a remote-bitbang server?")
             .arg(static_cast<unsigned char>(bytes[i]), 2, 16, QLatin1Char('0'));
     return CountedAnswer::take(bytes, count);
   }

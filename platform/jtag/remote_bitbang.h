@@ -1,4 +1,4 @@
-// The client of a remote-bitbang server: a simulator's test bench over two FIFOs, or an adapter's server on a socket.
+// Client of a remote-bitbang server: a simulator's test bench over two FIFOs, or an adapter's server on a socket.
 #pragma once
 
 #include "platform/jtag/connection.h"

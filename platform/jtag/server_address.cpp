@@ -49,7 +49,7 @@ bool parseServerAddress(const QString& text, ServerAddress& address, QString& er
   if (address.kind == ServerAddress::Tcp) good = splitPort(address) && good;
   if (!good)
     error = QStringLiteral(
-                "\"%1\" is not a server address: must be fifo:DIR, tcp:HOST:PORT, unix:PATH, xvc:HOST:PORT or "
+                "\"%1\" is not a server address; it must be fifo:DIR, tcp:HOST:PORT, unix:PATH, xvc:HOST:PORT or "
                 "openocd:HOST:PORT[/TAP].")
                 .arg(text);
   return good;

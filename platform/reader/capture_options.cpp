@@ -7,14 +7,14 @@ namespace ost {
 namespace {
 
 bool wrongValue(const QString& option, const QString& value, const char* must, QString& error) {
-  error = QStringLiteral("Bad value \"%1\" for \"%2\": must be %3.").arg(value, option, QLatin1String(must));
+  error = QStringLiteral("Bad value \"%1\" for \"%2\"; it must be %3.").arg(value, option, QLatin1String(must));
   return false;
 }
 
 bool parseCount(const QString& option, const QString& value, int& count, QString& error) {
   bool isNumber = false;
   count = value.toInt(&isNumber);
-  return (isNumber && count >= 1) || wrongValue(option, value, "a number from 1 on", error);
+  return (isNumber && count >= 1) || wrongValue(option, value, "a number of at least 1", error);
 }
 
 /// A number from 0 on.
@@ -72,7 +72,7 @@ bool parsePlace(const QString& option, const QString& value, ChainPlace& place, 
   return good || wrongValue(option, value, "AHEAD:BEHIND, two numbers of devices", error);
 }
 
-/// What an option does with the word behind it, which is empty for a flag. False with `error`.
+/// What an option does with the word after it, which is empty for a flag. False with `error`.
 using Take = bool (*)(CaptureOptions& options, const QString& option, const QString& value, QString& error);
 
 struct Option {
@@ -143,39 +143,49 @@ bool keepTimeout(CaptureOptions& options, const QString& option, const QString& 
 
 /// All options in the order of the help; a row without a name is a heading.
 const Option kOptions[] = {
-    {"-map", "FILE", "capture map that was written with the instrumented design", keepText<&CaptureOptions::mapFile>},
-    {"-connect", "SERVER", "fifo:DIR, tcp:HOST:PORT, unix:PATH, xvc:HOST:PORT or openocd:HOST:PORT[/TAP]", keepServer},
-    {"-launch", "COMMAND", "starts a simulation of the design in place of -connect",
-     keepText<&CaptureOptions::command>},
-    {"-core", "NAME", "the core, where the design has several", keepText<&CaptureOptions::core>},
+    {"-map", "FILE", "capture map that was written with the instrumented design; required",
+     keepText<&CaptureOptions::mapFile>},
+    {"-connect", "SERVER",
+     "JTAG server: fifo:DIR, tcp:HOST:PORT, unix:PATH, xvc:HOST:PORT or openocd:HOST:PORT[/TAP]; required without "
+     "-launch",
+     keepServer},
+    {"-launch", "COMMAND", "starts a simulation of the design and connects to it", keepText<&CaptureOptions::command>},
+    {"-core", "NAME", "the core; required when the design has several", keepText<&CaptureOptions::core>},
+    {"-all", nullptr, "captures with all cores; all are armed before any is waited for",
+     raise<&CaptureOptions::allCores>},
     {nullptr, nullptr, "Run:", nullptr},
-    {"-position", "N|N%", "samples before the trigger (default: half a window)", keepText<&CaptureOptions::position>},
-    {"-set", "UNIT=VALUE", "another value of a trigger unit, in its radix; repeatable", keepChange},
-    {"-op", "UNIT=OPERATOR", "another operator of a trigger unit; repeatable", keepChange},
-    {"-te", "NAME[,NAME...]", "the trigger expressions that take part (default: all)", keepExpressions},
-    {"-te", "NAME=EXPRESSION", "another text for an expression; repeatable", keepExpressions},
-    {"-now", nullptr, "triggers at once, whatever the units see", raise<&CaptureOptions::now>},
-    {"-count", "N", "events to the trigger (default: as built)", keepCount<&CaptureOptions::eventCount>},
+    {"-position", "N|N%", "samples before the trigger, or their share of the window (default: half a window)",
+     keepText<&CaptureOptions::position>},
+    {"-set", "UNIT=VALUE", "another value of a trigger unit, in the unit's radix; repeatable", keepChange},
+    {"-op", "UNIT=OPERATOR", "another operator that the unit's hardware has; repeatable", keepChange},
+    {"-te", "NAME[,NAME...]", "the trigger expressions to enable (default: all)", keepExpressions},
+    {"-te", "NAME=EXPRESSION", "another expression that fits into the hardware of NAME; repeatable", keepExpressions},
+    {"-now", nullptr, "triggers at the first possible sample, whatever the units see", raise<&CaptureOptions::now>},
+    {"-count", "N", "events up to and including the trigger (default: as built)",
+     keepCount<&CaptureOptions::eventCount>},
     {"-windows", "N", "windows to capture (default: as built)", keepCount<&CaptureOptions::windows>},
-    {"-timeout", "SECONDS", "how long to wait for the trigger (default: 10)", keepTimeout},
-    {"-all", nullptr, "captures with all cores, armed before any is waited for", raise<&CaptureOptions::allCores>},
-    {"-repeat", "N", "captures one after the other into numbered files (0: until ^C)", keepRepeats},
-    {nullptr, nullptr, "Output (\"-\" for FILE is the standard output):", nullptr},
-    {"-vcd", "FILE", "waves for a viewer", keepFile<&CaptureOptions::vcd>},
-    {"-csv", "FILE", "a line for each sample", keepFile<&CaptureOptions::csv>},
+    {"-timeout", "SECONDS", "how long to wait for the trigger after arming (default: 10)", keepTimeout},
+    {"-repeat", "N", "captures N times, into numbered files; 0: until ^C (default: 1)", keepRepeats},
+    {nullptr, nullptr, "Output (the file - is the standard output):", nullptr},
+    {"-vcd", "FILE", "value change dump, for a waveform viewer", keepFile<&CaptureOptions::vcd>},
+    {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<&CaptureOptions::csv>},
     {"-wave", nullptr, "a small waveform on the terminal (default without -vcd and -csv)",
      raise<&CaptureOptions::wave>},
     {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix},
     {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange},
     {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
-    {"-status", nullptr, "where each core stands", raise<&CaptureOptions::status>},
-    {"-info", nullptr, "what the hardware says of itself", raise<&CaptureOptions::info>},
-    {"-serve", "tcp:PORT", "offers the simulation of -launch as a remote-bitbang server", keepServe},
-    {nullptr, nullptr, "The way to the hub:", nullptr},
+    {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
+    {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
+    {"-serve", "tcp:PORT", "offers the simulation of -launch as a remote-bitbang server on the loopback address",
+     keepServe},
+    {nullptr, nullptr, "JTAG chain:", nullptr},
+    {"-ir", "WIDTH:CODE", "instruction that selects the debug hub; for a device's own JTAG primitive (default: 4:2)",
+     keepInstruction},
+    {"-bypass", "AHEAD:BEHIND", "other devices in the chain, between TDI and the hub and between the hub and TDO",
+     keepPlace},
+    {nullptr, nullptr, "Simulation:", nullptr},
     {"-log", "FILE", "what the simulation of -launch prints", keepText<&CaptureOptions::logFile>},
-    {"-ir", "WIDTH:CODE", "instruction that selects the debug hub (default: 4:2)", keepInstruction},
-    {"-bypass", "AHEAD:BEHIND", "devices between TDI and the hub's TAP, and from there to TDO", keepPlace},
 };
 
 const Option* findOption(const QString& word) {
@@ -193,11 +203,11 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
     if (word == QLatin1String("--version")) return options.version = true;
     const Option* option = findOption(word);
     if (!option) {
-      error = QStringLiteral("Unknown word \"%1\"; \"ost_capture -help\" lists the options.").arg(word);
+      error = QStringLiteral("There is no option \"%1\"; \"ost_capture -help\" lists the options.").arg(word);
       return false;
     }
     if (option->value && ++i == words.size()) {
-      error = QStringLiteral("Missing value for \"%1\"; \"ost_capture -help\" lists the options.").arg(word);
+      error = QStringLiteral("The value of \"%1\" is missing; \"ost_capture -help\" lists the options.").arg(word);
       return false;
     }
     if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
@@ -205,25 +215,25 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
   const bool launches = !options.command.isEmpty();
   const char* problem = nullptr;
   if (options.vcd.isAsked() && options.vcd.name == options.csv.name)
-    problem = "\"-vcd\" and \"-csv\" name the same file: give each its own.";
+    problem = "\"-vcd\" and \"-csv\" name the same file; give each its own.";
   else if (options.wave && (options.vcd.isStandardOutput() || options.csv.isStandardOutput()))
-    problem = "The waveform of \"-wave\" and a file \"-\" both want the standard output: leave one out.";
+    problem = "The waveform of \"-wave\" and a file \"-\" both want the standard output; leave one out.";
   else if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
-    problem = "\"-now\" looks at no expression: leave \"-te\" and \"-count\" out.";
+    problem = "\"-now\" looks at no expression; leave \"-te\" and \"-count\" out.";
   else if (options.allCores && !options.core.isEmpty())
-    problem = "Give either \"-core\" or \"-all\".";
+    problem = "\"-core\" and \"-all\" exclude each other; give one of them.";
   else if (options.allCores && !options.expressions.isEmpty())
-    problem = "\"-te\" chooses expressions of one core: name it with \"-core\" instead of \"-all\".";
+    problem = "\"-te\" chooses expressions of one core; name it with \"-core\" instead of \"-all\".";
   else if (options.allCores && options.csv.isStandardOutput())
-    problem = "With \"-all\" each core has a CSV file of its own: give \"-csv\" a name.";
+    problem = "With \"-all\" each core has a CSV file of its own; give \"-csv\" a name.";
   else if (options.hasServer && launches)
-    problem = "Give either \"-connect\" or \"-launch\".";
+    problem = "\"-connect\" and \"-launch\" exclude each other; give one of them.";
   else if (options.servePort >= 0 && !launches)
-    problem = "\"-serve\" offers a simulation to others: give its command with \"-launch\".";
+    problem = "\"-serve\" offers a simulation to others; give its command with \"-launch\".";
   else if (!options.logFile.isEmpty() && !launches)
-    problem = "\"-log\" stores what a simulation prints: give its command with \"-launch\".";
+    problem = "\"-log\" stores what a simulation prints; give its command with \"-launch\".";
   else if (options.servePort < 0 && (options.mapFile.isEmpty() || !(options.hasServer || launches)))
-    problem = "\"-map\" and one of \"-connect\" and \"-launch\" are needed; \"ost_capture -help\" says what they mean.";
+    problem = "\"-map\" and one of \"-connect\" and \"-launch\" are required; \"ost_capture -help\" explains them.";
   if (problem) error = QLatin1String(problem);
   return !problem;
 }
@@ -240,8 +250,8 @@ QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, 
   if (options.core.isEmpty() && (all.size() == 1 || options.allCores)) return all;
   const QString list = names.join(QLatin1String(", "));
   error = options.core.isEmpty()
-              ? QStringLiteral("The design has several cores, %1: choose one with \"-core\", or \"-all\".").arg(list)
-              : QStringLiteral("There is no core \"%1\"; there are %2.").arg(options.core, list);
+              ? QStringLiteral("The design has several cores; choose one of %1 with -core NAME, or -all.").arg(list)
+              : QStringLiteral("There is no core \"%1\"; choose one of %2.").arg(options.core, list);
   return {};
 }
 
@@ -308,7 +318,7 @@ QString captureUsage() {
     if (option.value) words += QLatin1Char(' ') + QLatin1String(option.value);
     text += QStringLiteral("  %1 %2\n").arg(words, -24).arg(QLatin1String(option.help));
   }
-  return text + QStringLiteral("Exit status: 0 done, 1 failed, 2 wrong use, 3 no trigger within the time.\n");
+  return text + QStringLiteral("Exit status: 0 done, 1 failed, 2 wrong command line, 3 no trigger in time.\n");
 }
 
 }  // namespace ost

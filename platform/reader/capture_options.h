@@ -14,7 +14,7 @@
 
 namespace ost {
 
-/// What was asked for. Texts and file names are byte text; empty ones were not given.
+/// The command line. Texts and file names are byte text; what was not given is empty.
 struct CaptureOptions {
   bool help = false, version = false;
   QString mapFile;
@@ -26,7 +26,7 @@ struct CaptureOptions {
   int servePort = -1;  ///< Offers the simulation to others instead of capturing; 0 is any port, -1 not.
   QString core;
   QString position;
-  QList<QPair<QString, QString>> changes;  ///< "-set", "-op" or "-te" and its assignment, in order.
+  QList<QPair<QString, QString>> changes;  ///< "-set", "-op" or "-te" and its assignment, in order of appearance.
   QString expressions;
   bool now = false;  ///< Triggers at once.
   bool allCores = false;
@@ -46,11 +46,11 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
 /// The cores that are meant: all, the one named, or the only one. Empty with the choices in `error`.
 QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, QString& error);
 
-/// The run-time settings that the options ask of a core. With several cores an assignment names its own:
+/// Changes the run-time settings of a core as the options say. With several cores an assignment names its own:
 /// CORE/UNIT=VALUE.
 bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QString& error);
 
-/// How the program is used, with every option.
+/// The help text, with every option.
 QString captureUsage();
 
 }  // namespace ost

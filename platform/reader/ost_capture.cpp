@@ -33,14 +33,14 @@ int fail(const QString& text, ExitStatus status = kFailed) {
   return status;
 }
 
-/// Prints what was asked for; the exit status.
+/// Prints to standard output; the exit status.
 int print(const QString& text) {
   QString error;
   return writeToStandardOutput(text.toLatin1(), error) ? int(kDone) : fail(error);
 }
 
-/// Standard descriptors that the caller has closed are taken by what cannot be written, so that no file or connection
-/// gets their numbers, and what is meant for a reader. A write that fails is told, and kills nobody.
+/// Opens /dev/null read-only for standard descriptors that the caller has closed, so that no file or connection gets
+/// their numbers and the text meant for them. A write beyond the file size limit is an error, not a signal.
 bool prepareDescriptors() {
   for (int fd = 0; fd <= STDERR_FILENO; ++fd)
     if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDONLY) != fd) return false;
@@ -144,7 +144,7 @@ class Program {
 
 bool Program::prepare(QString& error) {
   if (!loadMap(options_.mapFile, plan_, error)) return false;
-  if (plan_.cores.isEmpty()) error = QStringLiteral("The capture map has no core.");
+  if (plan_.cores.isEmpty()) error = QStringLiteral("The capture map has no core; insert the cores again.");
   const bool capturing = !options_.status && !options_.info;
   if (!error.isEmpty() || (!capturing && options_.core.isEmpty())) return error.isEmpty();
   const QVector<int> cores = chooseCores(plan_, options_, error);

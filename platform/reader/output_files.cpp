@@ -48,7 +48,7 @@ bool storeAll(const QList<OutputText>& outputs, QString& error) {
     if (output.file.isStandardOutput()) {
       if (!writeToStandardOutput(output.text, reason)) problems += reason;
     } else if (replaceFile(placeOf(output.file), output.text, reason)) {
-      written += QStringLiteral("\"%1\" was written.").arg(output.file.name);
+      written += QStringLiteral("The file \"%1\" was written.").arg(output.file.name);
     } else {
       problems += problemText(output.file, reason);
     }

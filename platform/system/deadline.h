@@ -1,4 +1,4 @@
-// A moment by which something must be over.
+// A point in time by which something must be finished.
 #pragma once
 
 #include <chrono>

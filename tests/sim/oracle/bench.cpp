@@ -21,15 +21,8 @@ bool endsWell(QProcess& process) {
   return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
-void writeFile(const QString& name, const QByteArray& text) {
-  QFile file(name);
-  if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) throw Broken{"cannot write " + name};
-}
-
 QList<QByteArray> linesOf(const QString& name) {
-  QFile file(name);
-  if (!file.open(QIODevice::ReadOnly)) throw Broken{"cannot read " + name};
-  QList<QByteArray> lines = file.readAll().split('\n');
+  QList<QByteArray> lines = contentsOf(name).split('\n');
   lines.removeLast();  // Behind the last line feed: nothing, or a line that is not complete.
   return lines;
 }
@@ -79,6 +72,17 @@ QByteArray stimulus(const Project& project, const QByteArray& ports, const QByte
 }
 
 }  // namespace
+
+void writeFile(const QString& name, const QByteArray& text) {
+  QFile file(name);
+  if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) throw Broken{"cannot write " + name};
+}
+
+QByteArray contentsOf(const QString& name) {
+  QFile file(name);
+  if (!file.open(QIODevice::ReadOnly)) throw Broken{"cannot read " + name};
+  return file.readAll();
+}
 
 void runTool(const QStringList& words, const QString& folder, const QString& log) {
   QProcess tool;

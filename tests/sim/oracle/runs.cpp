@@ -39,15 +39,36 @@ std::unique_ptr<ost::Connection> connected(const BenchFiles& files) {
 
 }  // namespace
 
+bool FaultyLine::run(const QByteArray& tms, const QByteArray& tdi, QByteArray* tdo, QString& error) {
+  QByteArray sent = tdi, read;
+  if (untilFlip >= 0 && untilFlip < sent.size()) sent[untilFlip] = !sent[untilFlip];
+  untilFlip = untilFlip < sent.size() ? -1 : untilFlip - sent.size();
+  if (!port_.run(disturbed(tms, noise_ / 8), disturbed(sent, noise_), tdo ? &read : nullptr, error)) return false;
+  if (tdo) *tdo += disturbed(read, noise_);
+  return true;
+}
+
+QByteArray FaultyLine::disturbed(QByteArray levels, double rate) {
+  std::bernoulli_distribution hit(rate);
+  for (char& level : levels)
+    if (hit(random_)) level = static_cast<char>(!level);
+  return levels;
+}
+
 Live::Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise, quint32 seed,
            const QStringList& arguments, ost::TapInstruction instruction)
     : simulation_(vvp(files, arguments), files.folder, "capture_run.log"),
       connection_(connected(files)),
       port_(std::make_unique<ost::RemoteBitbang>(*connection_)),
-      line(*port_, seed, noise / 8, noise, noise),
+      line(*port_, seed, noise),
       tap(line),
       hub(tap, instruction),
       reader(hub, plan) {}
+
+void Live::open() {
+  QString error;
+  mustHold(hub.open(error), error);
+}
 
 void Live::end() {
   port_.reset();
@@ -179,7 +200,7 @@ void compareReasons(const Core& core, const Run& run, const QString& where, cons
   for (int i = 0; i < core.expressions.size(); ++i) {
     if (!run.choice.enabled[i]) continue;
     bool fits = false;
-    const QString name = QString("Expression '%1'").arg(core.expressions[i].name);
+    const QString name = QString("Expression \"%1\"").arg(core.expressions[i].name);
     for (const QString& line : run.reasons)
       fits = fits ||
              (line.startsWith(name) && std::any_of(moments.begin(), moments.end(), [&](const Progress& p) {

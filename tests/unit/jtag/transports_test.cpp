@@ -235,12 +235,12 @@ TEST(Transports, EachFailureIsOneClearErrorAndStays) {
       {"openocd", say("1 no cable\nat all\x1a"), 800, 0.2, 0, "OpenOCD says \"no cable\"."},
       {"openocd", say("0 123\x1a"), 8, 0.2, 0, "\"123\" to a scan of 8 bits"},
       {"openocd", say("0 0g\x1a"), 8, 0.2, 0, "\"0g\" to a scan of 8 bits"},
-      {"openocd", say("0 00\x1a!"), 8, 0.2, 0, "more than it was asked"},
+      {"openocd", say("0 00\x1a!"), 8, 0.2, 0, "more than it was asked for"},
       {"openocd", say(QByteArray(2000000, '0')), 8, 0.2, 0, "does not end"},
-      {all, say(""), 800, 0.2, 0, "not moved a byte for 0.2 s (0 "},
-      {all, say("0101"), 800, 0.2, 0, "a byte for 0.2 s (4 "},
+      {all, say(""), 800, 0.2, 0, "transferred no byte for 0.2 s (0 "},
+      {all, say("0101"), 800, 0.2, 0, "no byte for 0.2 s (4 "},
       {all, dribble, 8000, 0.2, 0, "fewer than 150 bytes in 0.2 s ("},
-      {all, dribble, 8000, 30, 0.2, "not done after the 0.2 s that it had ("},
+      {all, dribble, 8000, 30, 0.2, "not done within its 0.2 s ("},
       // It reads nothing, and what it would write to is closed already. (TCP: the system would keep it all.)
       {"fifo unix",
        [](int in, int& out) {
@@ -320,7 +320,7 @@ TEST(Transports, PlacesThatAreNoServer) {
     ServerAddress address;
     const char* text;
   } table[] = {{{ServerAddress::Fifo, empty.path(""), 0}, "mkfifo"},
-               {{ServerAddress::Fifo, unread.path(""), 0}, "Nobody reads"},
+               {{ServerAddress::Fifo, unread.path(""), 0}, "No program reads"},
                {{ServerAddress::Fifo, plainFile.path(""), 0}, "is not a FIFO"},
                {{ServerAddress::Unix, empty.path("none"), 0}, "Cannot connect"},
                {{ServerAddress::Tcp, "127.0.0.1", 1}, "\"127.0.0.1:1\": Connection refused"},
