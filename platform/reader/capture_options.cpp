@@ -177,8 +177,11 @@ const Option kOptions[] = {
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
     {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
-    {"-serve", "tcp:PORT", "offers the simulation of -launch as a remote-bitbang server on the loopback address",
+    {"-serve", "ADDRESS",
+     "offers the simulation of -launch as a remote-bitbang server on this computer: tcp:PORT; 0 is any free port",
      keepServe},
+    {"-help", nullptr, "this text; so does --help", raise<&CaptureOptions::help>},
+    {"--version", nullptr, "the version", raise<&CaptureOptions::version>},
     {nullptr, nullptr, "JTAG chain:", nullptr},
     {"-ir", "WIDTH:CODE", "instruction that selects the debug hub; for a device's own JTAG primitive (default: 4:2)",
      keepInstruction},
@@ -199,9 +202,7 @@ const Option* findOption(const QString& word) {
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error) {
   for (int i = 0; i < words.size(); ++i) {
     const QString& word = words[i];
-    if (word == QLatin1String("-help") || word == QLatin1String("--help")) return options.help = true;
-    if (word == QLatin1String("--version")) return options.version = true;
-    const Option* option = findOption(word);
+    const Option* option = findOption(word == QLatin1String("--help") ? QStringLiteral("-help") : word);
     if (!option) {
       error = QStringLiteral("There is no option \"%1\"; \"ost_capture -help\" lists the options.").arg(word);
       return false;
@@ -211,6 +212,7 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
       return false;
     }
     if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
+    if (options.help || options.version) return true;
   }
   const bool launches = !options.command.isEmpty();
   const char* problem = nullptr;
@@ -238,6 +240,32 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
   return !problem;
 }
 
+namespace {
+
+/// "UNIT=WORD" or "CORE/UNIT=WORD".
+struct Assignment {
+  QString core, name, word;
+};
+
+Assignment assignmentOf(const QString& text) {
+  const int equals = text.indexOf(QLatin1Char('='));
+  const QString place = text.left(qMax(0, equals));
+  const int slash = place.indexOf(QLatin1Char('/'));
+  // An empty word must not become a null text.
+  return {place.left(qMax(0, slash)), place.mid(slash + 1), QLatin1String("") + text.mid(equals + 1)};
+}
+
+bool readAssignment(const QString& option, const QString& text, bool needsCore, Assignment& assignment,
+                    QString& error) {
+  assignment = assignmentOf(text);
+  if (assignment.name.isEmpty())
+    return wrongValue(option, text, option == QLatin1String("-te") ? "NAME=EXPRESSION" : "UNIT=WORD", error);
+  return !needsCore || !assignment.core.isEmpty() ||
+         wrongValue(option, text, "CORE/NAME=WORD, as \"-all\" is given", error);
+}
+
+}  // namespace
+
 QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, QString& error) {
   QStringList names;
   QVector<int> all, named;
@@ -246,35 +274,22 @@ QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, 
     all += i;
     names += plan.cores[i].name;
   }
-  if (!named.isEmpty()) return named;
-  if (options.core.isEmpty() && (all.size() == 1 || options.allCores)) return all;
+  const QVector<int> chosen =
+      named.isEmpty() && options.core.isEmpty() && (all.size() == 1 || options.allCores) ? all : named;
+  for (const auto& change : options.changes) {
+    const QString core = assignmentOf(change.second).core;
+    if (chosen.isEmpty() || core.isEmpty() || chosen.contains(names.indexOf(core))) continue;
+    error = QStringLiteral("\"%1\" for \"%2\" is meant for the core \"%3\", which is not captured.")
+                .arg(change.second, change.first, core);
+    return {};
+  }
+  if (!chosen.isEmpty()) return chosen;
   const QString list = names.join(QLatin1String(", "));
   error = options.core.isEmpty()
               ? QStringLiteral("The design has several cores; choose one of %1 with -core NAME, or -all.").arg(list)
               : QStringLiteral("There is no core \"%1\"; choose one of %2.").arg(options.core, list);
   return {};
 }
-
-namespace {
-
-/// "UNIT=WORD" or "CORE/UNIT=WORD".
-struct Assignment {
-  QString core, name, word;
-};
-
-bool readAssignment(const QString& option, const QString& text, bool needsCore, Assignment& assignment,
-                    QString& error) {
-  const int equals = text.indexOf(QLatin1Char('='));
-  const QString place = text.left(equals);
-  const int slash = place.indexOf(QLatin1Char('/'));
-  assignment = {slash > 0 ? place.left(slash) : QString(), place.mid(slash + 1),
-                QLatin1String("") + text.mid(equals + 1)};  // An empty word must not become a null text.
-  if (equals <= 0 || assignment.name.isEmpty())
-    return wrongValue(option, text, option == QLatin1String("-te") ? "NAME=EXPRESSION" : "UNIT=WORD", error);
-  return !needsCore || slash > 0 || wrongValue(option, text, "CORE/NAME=WORD, as \"-all\" is given", error);
-}
-
-}  // namespace
 
 bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QString& error) {
   // An operator and a value given for one unit may fit only together.
