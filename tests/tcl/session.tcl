@@ -1,10 +1,6 @@
 # What the test files of the command groups share: a small design, a project to begin with, and sessions, which say
 # what an engineer types and sees. Run by refusing_tclsh.
-package require tcltest 2.3
-namespace import ::tcltest::*
-package require ost_tclwrapper
-package require ost_platform
-source [file join [file dirname [info script]] files.tcl]
+source [file join [file dirname [info script]] packages.tcl]
 
 if {[info commands silent] eq ""} {error "run this file by <build>/bin/refusing_tclsh in the place of tclsh"}
 set dir [makeDirectory work]
