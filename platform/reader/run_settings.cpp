@@ -45,7 +45,7 @@ QByteArray unitChain(const PlanUnit& unit) {
   const Operator op = unit.op;
   switch (unit.unitClass) {
     case UnitClass::Match: {
-      // The watched bits stand in the mask for rising edges, in the value for falling ones.
+      // The watched bits are in the mask for rising edges and in the value for falling ones.
       const QByteArray none(unit.width, '\0'), mask = bitsOf(unit.mask);
       if (op == Operator::RisingEdge) return flag(false) + flag(true) + none + mask;
       if (op == Operator::FallingEdge) return flag(false) + flag(true) + mask + none;
