@@ -1,7 +1,7 @@
 # Writes the table of all options of a core: <docs folder>/options.md, from what the package takes now, joined with what
-# docs/options.tcl says of each. Fails when the two do not fit, or when a test that is named does not exist.
+# docs/options.tcl says of each. Fails when the two do not match, or when a test that is named does not exist.
 #
-#   tclsh tools/write_options.tcl <program that prints the live options> <docs folder>
+#   tclsh tools/write_options.tcl <live_tables> <docs folder>
 package require Tcl 8.5
 set root [file dirname [file dirname [file normalize [info script]]]]
 source [file join $root tools live_table.tcl]
@@ -38,9 +38,9 @@ proc option {name hardware runTime tests} {
     set ::rows($name) [list $hardware $runTime $tests]
 }
 
-lassign $argv program docsFolder
+lassign $argv liveTables docsFolder
 packageCommands
-set live [split [string trim [exec $program]] \n]
+set live [split [string trim [exec $liveTables options]] \n]
 lappend live {*}[helpOptions ost_tu add set] {*}[helpOperators] {*}[helpOptions ost_te add set]
 lappend live {*}[helpOptions ost_project run]
 source -encoding utf-8 [file join $root docs options.tcl]
@@ -71,7 +71,7 @@ foreach name $live {
     if {$hardware eq "" || $tests eq ""} {lappend faults "the row of \"$name\" is not complete"}
     append text "| `$name` | $hardware | $runTime | [join $tests {, }] |\n"
 }
-foreach name [array names rows] {lappend faults "docs/options.tcl has a row for \"$name\", which is no option"}
+foreach name [array names rows] {lappend faults "docs/options.tcl has a row for \"$name\", which is not an option"}
 if {$faults ne ""} {
     puts stderr [join $faults \n]
     exit 1

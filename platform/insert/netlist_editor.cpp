@@ -56,7 +56,7 @@ QVector<int> NetlistEditor::newBits(Additions& additions, int count) const {
   return bits;
 }
 
-/// Makes the bits `to` follow the bits `from`, by a cell that Yosys dissolves into an assignment.
+/// Makes the bits `to` follow the bits `from` by a cell that Yosys turns into an assignment.
 void NetlistEditor::follow(const QVector<int>& from, const QVector<int>& to, Additions& additions) const {
   if (from.isEmpty()) return;
   const QByteArray width = binary32(from.size());
@@ -78,8 +78,8 @@ void NetlistEditor::appendMembers(size_t object, const QByteArray& members, Text
   edits.insert(end.position() - 1, (empty ? members.mid(1) : members) + "\n      ");
 }
 
-/// Yosys gives an output the same bit as the input or inout that it is assigned from, and when it reads that back an
-/// inout may come out as driven by the output. Such outputs get bits of their own.
+/// Yosys gives an output the same bit as the input or inout that it is assigned from, and when the netlist is read
+/// back, an inout may end up driven by the output. Such outputs get bits of their own.
 void NetlistEditor::separateOutputs(int index, TextEdits& edits, Additions& additions) const {
   const NetlistModule& module = netlist_.text.module(index);
   QSet<int> outer;
@@ -203,7 +203,7 @@ QVector<int> NetlistEditor::addTriggerOut(const DebugPort& port, Additions& addi
   return bits;
 }
 
-/// Adds the debug module's instance, and what of the top's ports and nets belongs to it.
+/// Adds the debug module's instance and the ports and nets of the top that belong to it.
 void NetlistEditor::addDebugInstance(const std::vector<QVector<int>>& childBits, Additions& additions) const {
   QByteArray directions, connections;
   for (const DebugConnection& connection : routing_.connections()) {

@@ -69,7 +69,7 @@ set catalogue {}
 foreach {- code text} $messages {
     set text [string map {\\\" \"} [regsub -all {^"|"$|"\s+"} $text {}]]
     set text [regsub -all {%[12]} [regsub -all {[][(){}.*+?^$|\\]} $text {\\&}] (.*)]
-    lappend catalogue $code [string map {%r {(?:: (.*))?} %q {(?: '(.*)')?}} $text]
+    lappend catalogue $code [string map {%r {(?:: (.*)|\.)} %q {(?: "(.*)")?}} $text]
 }
 
 # "#0104(x.ost)" for the catalogue's message of that code about x.ost, any other line as it is.

@@ -264,18 +264,5 @@ TEST(DesignRuleReport, CountsTheFindingsOfARuleAfterTheTwentieth) {
   EXPECT_TRUE(has(report, "Design rules: 23 errors, 1 warning.\n"));
 }
 
-TEST(DesignRuleTable, DocumentationShowsTheSameRows) {
-  QFile file(OST_RULES_DOC);
-  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-  QStringList documented, coded;
-  for (const QByteArray& line : file.readAll().split('\n'))
-    if (line.startsWith("| DRC-")) documented << line;
-  for (const RuleRow& row : ruleTable())
-    coded << QString("| DRC-%1 | %2 | %3 | `%4` |")
-                 .arg(int(row.rule), 2, 10, QChar('0'))
-                 .arg(row.severity == Finding::Error ? "error" : "warning", row.condition, row.wayOut);
-  EXPECT_EQ(plain(documented.join('\n')), plain(coded.join('\n')));
-}
-
 }  // namespace
 }  // namespace ost
