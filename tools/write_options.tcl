@@ -53,8 +53,9 @@ foreach list [glob [file join $root tests sim CMakeLists.txt] [file join $root t
 
 set text "# What each option becomes\n\n"
 append text "Written from the options that ost_tclwrapper [package present ost_tclwrapper] takes and `docs/options.tcl` while it\n"
-append text "was built. `hardware-*` are cases of tests/tcl/options_in_hardware.test, which inserts two values of the option and\n"
-append text "compares what was built; `sim.*` capture in simulation, against a model. A core that ignored the option fails them.\n\n"
+append text "was built. `sim.*` capture in simulation, against a model; `hardware-*` are cases of\n"
+append text "tests/tcl/options_in_hardware.test, which inserts two values of the option and compares what was built. A core that\n"
+append text "ignored the option fails them.\n\n"
 append text "| option | in hardware | at run time, without a new insertion | tests that would fail without it |\n|---|---|---|---|\n"
 set faults {}
 foreach name $live {
