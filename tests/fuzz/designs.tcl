@@ -101,7 +101,7 @@ proc check {source probes {only ""}} {
     if {![string match *proof* $refused]} { return [list run $refused] }
     ost_design prove off
     if {[catch {quietly ost_project run -save} text]} { return [list run [complaint $text]] }
-  } elseif {[regexp -nocase {not proved|undecided} $console::text]} { incr count(undecided) }
+  } elseif {[regexp -nocase {undecided: (module|[1-9])} $console::text]} { incr count(undecided) }
   if {$only eq "proof" && $refused eq ""} { return {"" ""} }
   return [judge $file $refused $only]
 }

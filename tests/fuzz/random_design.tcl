@@ -382,7 +382,7 @@ proc random_design::Module {name modules sourceName} {
 proc random_design::make {seed} {
   variable number 0
   expr {srand($seed)}
-  below 2
+  for {set i 0} {$i < 5} {incr i} { below 2 }
   set source {}
   set leaves [list [Module leaf0 {} source] [Module leaf1 {} source]]
   if {[oneIn 2]} { lappend leaves [Module {\leaf+2 } {} source] }

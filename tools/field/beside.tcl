@@ -166,7 +166,9 @@ proc beside::bench {top ports clocks resets seed} {
     if {$direction eq "output"} {
       append text "  wire ${range}p$number;\n"
     } elseif {$clock >= 0} {
-      append text "  reg p$number = 0;\n  initial #[expr {10 * $clock + 10}] forever #[expr {5000 + 2000 * $clock}] p$number = ~p$number;\n"
+      # The first level is an edge, too: it comes when all else has settled.
+      append text "  reg p$number;\n  initial begin #[expr {10 * $clock + 20}] p$number = 0;\
+        forever #[expr {5000 + 2000 * $clock}] p$number = ~p$number; end\n"
     } elseif {[dict exists $resets $name]} {
       set level [dict get $resets $name]
       append text "  reg p$number = [expr {!$level}];\n  initial #15 p$number = $level;\n"
