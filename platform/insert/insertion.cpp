@@ -5,9 +5,9 @@
 
 #include "platform/insert/netlist_editor.h"
 #include "platform/insert/output_folder.h"
-#include "platform/proof/proof.h"
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
+#include "platform/proof/proof.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
