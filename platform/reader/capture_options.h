@@ -6,8 +6,8 @@
 #include <QString>
 #include <QStringList>
 
-#include "platform/reader/hub_link.h"
 #include "platform/jtag/remote_bitbang.h"
+#include "platform/reader/hub_link.h"
 #include "platform/reader/run_settings.h"
 
 namespace ost {

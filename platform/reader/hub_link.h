@@ -1,8 +1,8 @@
 // Commands and replies of the debug hub over a TAP, repeated until the reply is correct.
 #pragma once
 
-#include "platform/reader/hub_frame.h"
 #include "platform/jtag/tap_driver.h"
+#include "platform/reader/hub_frame.h"
 
 namespace ost {
 
