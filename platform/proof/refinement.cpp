@@ -141,7 +141,7 @@ void Refinement::simulate(const std::vector<uint32_t>& nodes, const std::functio
         value = source(index);
         break;
       case LogicGraph::Function:
-        value = functionValue(node, values);
+        value = freeValues_ && isFree_(int(node.data >> 32)) ? freeValues_() : functionValue(node, values);
         break;
       case LogicGraph::And:
         value = ~uint64_t(0);
@@ -190,6 +190,17 @@ bool Refinement::explain(const ComparePoint& point, Edge different, const std::f
     if (node.kind == LogicGraph::Leaf && !invented_.count(index))
       example.leaves.append({int(node.data), bool(values[index] >> lane & 1)});
   }
+  if (sure) return true;
+  // Whatever is not known gives: the difference may not depend on it.
+  std::mt19937_64 random(2);
+  freeValues_ = [&random] { return random(); };
+  std::unordered_map<uint32_t, uint64_t> tried;
+  const auto fixed = [&](uint32_t node) {
+    return invented_.count(node) ? random() : values[node] >> lane & 1 ? ~uint64_t(0) : 0;
+  };
+  simulate(nodes, fixed, tried);
+  freeValues_ = nullptr;
+  sure = (tried[different >> 1] ^ (different & 1 ? ~uint64_t(0) : 0)) == ~uint64_t(0);
   return true;
 }
 

@@ -67,6 +67,7 @@ class Refinement {
   std::unordered_map<uint32_t, Rails> rails_;
   std::unordered_map<uint32_t, bool> invented_;  ///< Leaves that stand for what is unknown of a function.
   int nextLeaf_ = 1 << 30;
+  std::function<uint64_t()> freeValues_;  ///< While set, what free functions give.
 };
 
 }  // namespace ost
