@@ -189,6 +189,10 @@ proc beside::bench {top ports clocks resets seed} {
 proc beside::build {folder name words bench width paths events rows} {
   set base [file join $folder $name]
   writeFile $base.tb.v $bench[watch $width $paths $events $rows $base.rec]
+  foreach word $words {
+    # Icarus goes on without a file that is missing.
+    if {[string index $word 0] ne "-" && ![file exists $word]} { error "there is no file \"$word\"" }
+  }
   runTool $base.build iverilog -o $base.vvp {*}$words $base.tb.v
 }
 proc beside::simulate {folder name args} {
