@@ -58,7 +58,7 @@ bool synthesiseVhdl(const VhdlSources& sources, const VhdlEntity& entity, const 
     library = file.library;
     words << QFile::encodeName(file.file);
   }
-  if (library != "work") words << "--work=work";
+  if (library != entity.library) words << "--work=" + entity.library;
   words << "-e" << entity.name;
   QByteArray verilog;
   if (!runFrontEnd("ghdl", "VHDL sources need it: install the Debian package \"ghdl\"", words, limits, verilog, error))
