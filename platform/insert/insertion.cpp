@@ -6,6 +6,7 @@
 #include "platform/insert/netlist_editor.h"
 #include "platform/insert/output_folder.h"
 #include "platform/insert/proof.h"
+#include "platform/insert/top_parameters.h"
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
 #include "platform/text/byte_text.h"
@@ -137,6 +138,7 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (!writeInstrumentedVerilog(design_, folder_.stagedFile(json_),
                                 folder_.stagedFile(QStringLiteral("ostrel_debug.v")), folder_.stagedFile(verilog_),
                                 hooks_.idle, error_) ||
+      !declareTopParameters(data, design_.topKey().toLatin1(), folder_.stagedFile(verilog_), error_) ||
       !folder_.store(verilog_, error_))
     return false;
   if (request_.proveEquivalence && !prove(netlist)) return false;
