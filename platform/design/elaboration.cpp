@@ -291,6 +291,7 @@ bool Elaboration::surveyOnce(NameIndex& index, QString& error) {
     error = said(result);
     return false;
   }
+  unknownModule_ = result.error;
   if (!readNameIndex(netlist.fd(), QStringLiteral("the netlist made by Yosys"), index, error)) {
     // Yosys tells of no write that fails.
     if (!netlist.hasRoom(error)) return false;
@@ -370,11 +371,17 @@ bool Elaboration::resolve(const QVector<QByteArray>& types, QString& error) {
   }
   if (!entities.isEmpty() && !plan_.addVhdl(verilog, entities.first(), bindings, error)) return false;
   if (missing.isEmpty() || found || !boxes.isEmpty() || !entities.isEmpty()) return true;
+  // Yosys tells where it met the first of them.
+  static const QRegularExpression met(
+      QStringLiteral("Module `\\\\?(.+)' referenced in module `\\\\?(.+)' in cell `\\\\?(.+)' is not part"));
+  const QRegularExpressionMatch place = met.match(unknownModule_);
+  const QString where = QStringLiteral(" (instance \"%1\" of module \"%2\")")
+                            .arg(place.captured(3), textFromBytes(sourceName(place.captured(2).toLatin1())));
   error = missing.size() == 1
               ? QStringLiteral(
-                    "The module \"%1\" is not defined: add the file that declares it, or take it as a black "
+                    "The module \"%1\"%2 is not defined: add the file that declares it, or take it as a black "
                     "box with -blackbox %1")
-                    .arg(missing.first())
+                    .arg(missing.first(), place.captured(1) == missing.first() ? where : QString())
               : QStringLiteral(
                     "The modules \"%1\" are not defined; add the files that declare them, or take them as "
                     "black boxes with -blackbox %2.")

@@ -39,6 +39,26 @@ QList<VhdlModule> splitModules(const QByteArray& verilog) {
   return modules;
 }
 
+/// What GHDL 2.0 writes of signed operators is unsigned, or VHDL, and only its comments tell what was meant: an
+/// arithmetic shift to the right, division, remainder, modulo (with the sign of the divisor) and absolute value.
+void restoreSignedOperators(VhdlModule& module) {
+  static const struct {
+    QRegularExpression written;
+    QString meant;
+  } table[] = {
+      {pattern("(= \\$signed\\(\\w+\\)) >> "), QStringLiteral("\\1 >>> ")},
+      {pattern("= ([\\w']+) ([/%]) ([\\w']+); // (?:sdiv|srem)$"), QStringLiteral("= $signed(\\1) \\2 $signed(\\3);")},
+      {pattern("= ([\\w']+) % ([\\w']+); // smod$"),
+       QStringLiteral("= ($signed(\\1) % $signed(\\2)) != 0 && ($signed(\\1) < 0) != ($signed(\\2) < 0) ? "
+                      "($signed(\\1) % $signed(\\2)) + $signed(\\2) : $signed(\\1) % $signed(\\2);")},
+      {pattern("^  (\\w+) <= std_logic_vector\\(abs \\$signed\\((\\w+)\\)\\);"),
+       QStringLiteral("  assign \\1 = $signed(\\2) < 0 ? -\\2 : \\2;")},
+  };
+  QString text = textFromBytes(module.text);
+  for (const auto& row : table) text.replace(row.written, row.meant);
+  module.text = text.toLatin1();
+}
+
 /// A value in GHDL's VHDL as Verilog: a name, bits in quotes or one character; empty for anything else.
 QByteArray verilogValue(const QString& vhdl) {
   static const QRegularExpression name(QStringLiteral("\\A(?:wrap_)?(\\w+)\\z")),
@@ -130,6 +150,7 @@ bool synthesiseVhdl(const VhdlSources& sources, const VhdlEntity& entity, const 
                 .arg(textFromBytes(entity.name));
     return false;
   }
+  for (VhdlModule& module : modules) restoreSignedOperators(module);
   if (LostBranches::nextLost(verilog, 0, net) < 0) return true;
   words[1] = "--out=vhdl";
   if (!runFrontEnd("ghdl", wayOut, words, limits, vhdl, error)) return false;
