@@ -1,5 +1,5 @@
 # <build>/lib is the package, its libraries find each other by $ORIGIN; installing copies it. With it come the contract
-# of the host's libraries, for who builds a service of their own, and, with the embedded libraries, the reader, the JTAG
+# of the host's libraries, for writing another data service, and, with the embedded libraries, the reader, the JTAG
 # model for a user's own test bench and what the build wrote about commands and options.
 set(package_folder lib/ost_tclwrapper${PROJECT_VERSION})
 install(DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/ DESTINATION ${package_folder}
@@ -20,6 +20,6 @@ install(FILES ${CMAKE_BINARY_DIR}/ost_tclwrapper.pc DESTINATION lib/pkgconfig)
 if(OST_PLATFORM)
   set_target_properties(ost_capture PROPERTIES INSTALL_RPATH $ORIGIN/../${package_folder})
   install(TARGETS ost_capture DESTINATION bin)
-  install(FILES platform/reader/sim/ostrel_jtag_sim.v DESTINATION share/ost_tclwrapper)
+  install(FILES platform/jtag/sim/ostrel_jtag_sim.v DESTINATION share/ost_tclwrapper)
   install(DIRECTORY ${CMAKE_BINARY_DIR}/docs/ DESTINATION share/doc/ost_tclwrapper FILES_MATCHING PATTERN "*.md")
 endif()

@@ -198,6 +198,8 @@ bool Design::resolve(const QString& name, NetSelection& selection, QString& erro
   found.instancePath = textFromBytes(joinPath(d->index, hit.path));
   found.module = textFromBytes(hit.module->key);
   found.net = textFromBytes(yosysKey(d->index.view(net.name)));
+  found.netWidth = net.width;
+  if (net.enumType >= 0) found.enumNames = d->index.enumTypes[size_t(net.enumType)];
   const qint32 step = hit.left <= hit.right ? 1 : -1;
   for (qint64 index = hit.left;; index += step) {
     const qint64 place = index - net.offset;

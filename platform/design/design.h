@@ -12,6 +12,7 @@
 
 #include "framework/ist_com_data.h"
 #include "platform/design/yosys_script.h"
+#include "platform/text/enum_names.h"
 
 namespace ost {
 
@@ -40,6 +41,8 @@ struct NetSelection {
   QString net;            ///< Name of the net in that module, as a Yosys JSON netlist writes it.
   QVector<int> bits;      ///< Positions in the netlist's bit list (0 = least significant), leftmost named bit first.
   QStringList bitNames;   ///< The full name of each bit in the same order: "u_sys/u_rx/state[3]", or the bare name.
+  int netWidth = 0;       ///< Bits of the whole net.
+  EnumNames enumNames;    ///< Of the values of the whole net, when its type is an enumeration.
   bool isVector = false;  ///< True when the name stands for a bus (several bits, or a whole vector net).
   QString canonicalName;  ///< The name in the one form that the service stores and shows.
 };

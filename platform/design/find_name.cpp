@@ -1,7 +1,9 @@
 // From a hierarchical name as typed to the net it means. The rule, at each level of the hierarchy: a net of exactly
 // this name; a net of this name before a closing `[bit]` or `[left:right]`; an instance whose name is a beginning that
-// ends before a '/', the longest first; and last, a component written as an escaped identifier (`\name ` up to a
-// blank).
+// ends before a '/', the longest first; a component written as an escaped identifier (`\name ` up to a blank); and
+// last, a net or instance that only the source calls so (isNameInSource), when there is one.
+#include <algorithm>
+
 #include "platform/design/name_index.h"
 #include "platform/text/byte_text.h"
 
@@ -71,6 +73,7 @@ class Finder {
       if (enter(module, rest.substr(0, slash), rest.substr(slash + 1))) return true;
     }
     if (!rest.empty() && rest[0] == '\\' && findEscaped(module, rest)) return true;
+    if (module.unnamedBlocks && findAsInSource(module, rest, base, select)) return true;
     if (wantReason_ && reason.isEmpty()) explain(module, rest, base);
     return false;
   }
@@ -97,6 +100,33 @@ class Finder {
     Select select;
     const std::string selected = "n" + std::string(after);  // splitSelect wants a name before the bracket.
     return splitSelect(selected, base, select) && base == "n" && take(module, *net, &select);
+  }
+
+  bool findAsInSource(const ModuleEntry& module, std::string_view rest, std::string_view base, const Select& select) {
+    if (const NetEntry* net = onlyOne(module.nets, rest)) return take(module, *net, nullptr);
+    const NetEntry* net = base.empty() ? nullptr : onlyOne(module.nets, base);
+    if (net && take(module, *net, &select)) return true;
+    for (size_t slash = rest.rfind('/'); slash != std::string_view::npos && slash > 0;
+         slash = rest.rfind('/', slash - 1)) {
+      const InstanceEntry* instance = onlyOne(module.instances, rest.substr(0, slash));
+      if (instance && enter(module, index_.view(instance->name), rest.substr(slash + 1))) return true;
+    }
+    return false;
+  }
+
+  /// The only entry that the source calls `typed`, or null.
+  template <typename Entry>
+  const Entry* onlyOne(const std::vector<Entry>& entries, std::string_view typed) {
+    const Entry* only = nullptr;
+    for (const Entry& entry : entries) {
+      if (!isNameInSource(index_.view(entry.name), typed)) continue;
+      if (only && wantReason_ && reason.isEmpty())
+        reason = QString::fromLatin1("\"%1\" may be \"%2\" or \"%3\": name one of them")
+                     .arg(text(whole_), text(index_.view(only->name)), text(index_.view(entry.name)));
+      if (only) return nullptr;
+      only = &entry;
+    }
+    return only;
   }
 
   bool take(const ModuleEntry& module, const NetEntry& net, const Select* select) {
@@ -134,6 +164,17 @@ class Finder {
     if (index_.hasMemory(module, rest) || (!base.empty() && index_.hasMemory(module, base))) {
       reason = QString::fromLatin1("\"%1\" is a memory, not a net: name the nets that carry its address and data")
                    .arg(text(whole_));
+    } else if (const NetEntry* element = elementOf(module, base.empty() ? rest : base)) {
+      reason = QString::fromLatin1("\"%1\" is no net: \"%2\" is an array, name its elements, as in \"%3\"")
+                   .arg(text(whole_), text(base.empty() ? rest : base), text(index_.view(element->name)));
+    } else if (const NetEntry* structure = structureOf(module, rest)) {
+      const qint64 low = structure->offset, high = low + structure->width - 1;
+      reason = QString::fromLatin1(
+                   "\"%1\" is no net: of a structure only the bits are known; \"%2\" is declared [%3:%4], name those "
+                   "of the field")
+                   .arg(text(whole_), text(index_.view(structure->name)))
+                   .arg(structure->upto ? low : high)
+                   .arg(structure->upto ? high : low);
     } else if (const InstanceEntry* instance = index_.findInstance(module, rest)) {
       const ModuleEntry& inner = index_.modules[size_t(instance->module)];
       reason = QString::fromLatin1("\"%1\" is an instance, not a net").arg(text(whole_));
@@ -144,6 +185,26 @@ class Finder {
                       .arg(text(whole_), text(index_.view(inner.nets.front().name)));
       }
     }
+  }
+
+  /// The first element when the name is that of an array whose elements are nets.
+  const NetEntry* elementOf(const ModuleEntry& module, std::string_view name) const {
+    const std::string start = std::string(name) + '[';
+    const auto next = std::lower_bound(module.nets.begin(), module.nets.end(), std::string_view(start),
+                                       [&](const NetEntry& e, std::string_view n) { return index_.view(e.name) < n; });
+    if (name.empty() || next == module.nets.end()) return nullptr;
+    const std::string_view found = index_.view(next->name);
+    const bool isElement = found.substr(0, start.size()) == start && found.find(']') == found.size() - 1;
+    return isElement ? &*next : nullptr;
+  }
+
+  /// The vector whose name ends before a '.' in `name`, where Yosys keeps structures.
+  const NetEntry* structureOf(const ModuleEntry& module, std::string_view name) const {
+    for (size_t dot = name.find('.'); dot != std::string_view::npos; dot = name.find('.', dot + 1)) {
+      const NetEntry* net = index_.findNet(module, name.substr(0, dot));
+      if (net && net->width > 1) return net;
+    }
+    return nullptr;
   }
 
   const NameIndex& index_;
@@ -169,6 +230,34 @@ bool findName(const NameIndex& index, std::string_view name, NameHit& hit, QStri
         !finder.reason.isEmpty() ? finder.reason : QString::fromLatin1("The design has no net \"%1\"").arg(text(name));
   }
   return false;
+}
+
+bool isNameInSource(std::string_view kept, std::string_view typed) {
+  const auto take = [](std::string_view& rest) {
+    const std::string_view component = rest.substr(0, rest.find('.'));
+    rest.remove_prefix(std::min(rest.size(), component.size() + 1));
+    return component;
+  };
+  const auto isUnnamed = [](std::string_view component) {
+    return component.size() > 6 && component.substr(0, 6) == "genblk" &&
+           component.find_first_not_of("0123456789", 6) == std::string_view::npos;
+  };
+  while (!kept.empty() && !typed.empty()) {
+    // Of the levels in a row the outermost stand in the source, and none does before a block with a name of its own.
+    bool anyTaken = false, dropped = false;
+    std::string_view component = take(kept);
+    for (; isUnnamed(component) && !kept.empty(); component = take(kept)) {
+      std::string_view rest = typed;
+      if (!dropped && take(rest) == component) {
+        typed = rest;
+        anyTaken = true;
+      } else {
+        dropped = true;
+      }
+    }
+    if (take(typed) != component || (dropped && !anyTaken && kept.empty())) return false;
+  }
+  return kept.empty() && typed.empty();
 }
 
 QByteArray componentText(std::string_view name, bool escaped) {

@@ -18,6 +18,7 @@ namespace {
 constexpr int kMaxJsonDepth = 64;
 constexpr rapidjson::SizeType kMaxNameLength = 65535;
 constexpr int kMaxWidth = 1 << 24;
+constexpr int kMaxEnumNames = 4096;  // Of a type with more, the values stay numbers.
 
 // A RapidJSON input stream over a descriptor.
 class FileStream {
@@ -96,9 +97,13 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
         offset_ = 0;
         upto_ = hidden_ = false;
         type_.clear();
+        enumNames_.clear();
         return true;
       case kItem:
         key_ = keyOf(std::string_view(text, length));
+        return true;
+      case kItemValue:
+        attribute_.assign(text, length);
         return true;
       default:
         return true;
@@ -138,7 +143,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
 
  private:
   enum Section { kUnread, kAttributes, kCells, kNets, kMemories };
-  enum ItemKey { kOther, kBits, kOffset, kUpto, kHidden, kType };
+  enum ItemKey { kOther, kBits, kOffset, kUpto, kHidden, kType, kItemAttributes };
 
   struct Scalar {
     enum { None, Number, Text } kind = None;
@@ -157,12 +162,13 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
                                   : kUnread;
   }
   static ItemKey keyOf(std::string_view name) {
-    return name == "bits"        ? kBits
-           : name == "offset"    ? kOffset
-           : name == "upto"      ? kUpto
-           : name == "hide_name" ? kHidden
-           : name == "type"      ? kType
-                                 : kOther;
+    return name == "bits"         ? kBits
+           : name == "offset"     ? kOffset
+           : name == "upto"       ? kUpto
+           : name == "hide_name"  ? kHidden
+           : name == "type"       ? kType
+           : name == "attributes" ? kItemAttributes
+                                  : kOther;
   }
   bool collecting() const { return inModules_ && section_ == kNets && key_ == kBits && arrays_ == 1; }
   ModuleEntry& module() { return index_.modules.back(); }
@@ -204,6 +210,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     if (depth_ == kSection && section_ == kAttributes) return attribute(value);
     if (depth_ == kSection && section_ != kUnread) return fail("an entry is not an object");
     if (depth_ == kItemValue && collecting()) return bit(value);
+    if (depth_ == kItemValue && section_ == kNets && key_ == kItemAttributes) return netAttribute(value);
     if (depth_ != kItem) return true;
     if (section_ == kNets) {
       switch (key_) {
@@ -257,8 +264,48 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     return true;
   }
 
+  /// Yosys keeps an enumerated type as one attribute a value: "enum_value_101" is the name, after a backslash.
+  bool netAttribute(const Scalar& value) {
+    const std::string_view prefix = "enum_value_", name = attribute_;
+    if (name.substr(0, prefix.size()) != prefix || value.kind != Scalar::Text || value.text.size() < 2 ||
+        value.text[0] != '\\' || enumNames_.size() > kMaxEnumNames)
+      return true;
+    QByteArray bits(name.data() + prefix.size(), int(name.size() - prefix.size()));
+    if (bits.count('0') + bits.count('1') != bits.size() || !isName(value.text)) return true;
+    std::reverse(bits.begin(), bits.end());
+    const std::string_view text = value.text.substr(1);
+    enumNames_.append({QString::fromLatin1(text.data(), int(text.size())), bits});
+    return true;
+  }
+
+  /// The number of the type that the net's attributes tell of; -1 when there is none, or it does not fit.
+  int enumType() {
+    if (enumNames_.isEmpty() || enumNames_.size() > kMaxEnumNames) return -1;
+    for (const EnumName& entry : qAsConst(enumNames_))
+      if (entry.bits.size() != width_) return -1;
+    QByteArray key;
+    for (const EnumName& entry : qAsConst(enumNames_)) key += entry.bits + entry.name.toLatin1() + '\n';
+    const auto known = enumTypeNumber_.constFind(key);
+    if (known != enumTypeNumber_.constEnd()) return *known;
+    const int number = int(index_.enumTypes.size());
+    index_.enumTypes.push_back(enumNames_);
+    enumTypeNumber_.insert(key, number);
+    return number;
+  }
+
   static bool isTrue(const Scalar& value) {
     return value.kind == Scalar::Number ? value.number != 0 : isSetAttribute(value.text);
+  }
+
+  /// Arguments, results and variables of a call, which Yosys names `function$func$file:line$number.x`.
+  static bool isFunctionHelper(std::string_view name) {
+    size_t at = name.find("$func$");
+    if (at == std::string_view::npos) return false;
+    for (at = name.find('$', at + 6); at != std::string_view::npos; at = name.find('$', at + 1)) {
+      const size_t end = name.find_first_not_of("0123456789", at + 1);
+      if (end != std::string_view::npos && end > at + 1 && name[end] == '.') return true;
+    }
+    return false;
   }
 
   // The name as the source spells it, in the common text. Yosys guards some public names with a backslash.
@@ -269,6 +316,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
       name.remove_prefix(1);
     }
     if (name.empty()) return fail("a name is empty");
+    module().unnamedBlocks |= name.find("genblk") != std::string_view::npos;
     if (!isName(name)) return fail("a name holds a blank or a control character");
     index_.slashNames |= name.find('/') != std::string_view::npos;
     index_.slashNames |= name[0] == '\\';
@@ -284,11 +332,12 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
   bool endItem() {
     if (section_ == kNets) {
       if (width_ < 0) return fail("a net has no \"bits\"");
-      if (hidden_ || width_ == 0) return true;
+      if (hidden_ || width_ == 0 || isFunctionHelper(item_)) return true;
       NetEntry net;
       net.width = width_;
       net.offset = offset_;
       net.upto = upto_;
+      net.enumType = enumType();
       if (!keepName(net.name)) return false;
       module().nets.push_back(net);
     } else if (section_ == kCells) {
@@ -315,13 +364,14 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
 
   NameIndex& index_;
   QHash<QByteArray, bool> known_;
-  QHash<QByteArray, int> typeNumber_;
+  QHash<QByteArray, int> typeNumber_, enumTypeNumber_;
   QByteArray rootKey_;
   bool inModules_ = false;
   int depth_ = 0, arrays_ = 0;
   Section section_ = kUnread;
   ItemKey key_ = kOther;
-  std::string item_, type_;
+  std::string item_, type_, attribute_;
+  EnumNames enumNames_;  ///< Of the net that is being read.
   int width_ = -1;
   qint32 offset_ = 0;
   bool upto_ = false, hidden_ = false;

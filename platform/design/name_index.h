@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/design/design.h"
+#include "platform/text/enum_names.h"
 
 namespace ost {
 
@@ -23,6 +24,7 @@ struct NetEntry {
   NameRef name;
   qint32 width = 0;
   qint32 offset = 0;
+  qint32 enumType = -1;  ///< Index into NameIndex::enumTypes.
   bool upto = false;
 };
 
@@ -34,8 +36,9 @@ struct InstanceEntry {
 struct ModuleEntry {
   QByteArray key;  ///< As Yosys writes it.
   bool topAttribute = false;
-  bool bodyless = false;  ///< A black or white box: what its shell declares cannot be reached and is left out.
-  bool vhdl = false;      ///< Came from VHDL: names have no case.
+  bool unnamedBlocks = false;  ///< A name leads through a generate block that Yosys named.
+  bool bodyless = false;       ///< A black or white box: what its shell declares cannot be reached and is left out.
+  bool vhdl = false;           ///< Came from VHDL: names have no case.
   QByteArray roles;
   std::vector<NetEntry> nets;            ///< Public, sorted by name.
   std::vector<InstanceEntry> instances;  ///< Of modules of the design only, sorted by name.
@@ -62,6 +65,7 @@ class NameIndex {
 
   QByteArray text;  ///< All names, as the source spells them (Yosys' protecting backslash removed).
   std::vector<ModuleEntry> modules;
+  std::vector<EnumNames> enumTypes;  ///< Each once.
   QVector<QByteArray> unknownTypes;  ///< Cell types without a module, internal ones left out; each once.
   int top = -1;
   bool slashNames = false;  ///< A net or instance name holds '/' or begins with a backslash: paths may be ambiguous.
@@ -98,6 +102,10 @@ struct NameHit {
 
 /// Finds `name` from the top module. On failure `error`, when not null, says why (without near names).
 bool findName(const NameIndex& index, std::string_view name, NameHit& hit, QString* error);
+
+/// True when `typed` is what the source calls the name `kept`. Yosys puts a level "genblk1" around each branch behind
+/// an "else if", which the language does not have: there the branches of one chain stand side by side.
+bool isNameInSource(std::string_view kept, std::string_view typed);
 
 /// "a/b" for a path of instances; a component that would be misread is written as an escaped identifier.
 QByteArray joinPath(const NameIndex& index, const std::vector<const InstanceEntry*>& path);

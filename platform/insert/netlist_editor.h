@@ -1,4 +1,4 @@
-// Writes the instrumented netlist: the original's text with the pieces that change replaced in it.
+// Writes the instrumented netlist: the original's text with the changed parts replaced.
 #pragma once
 
 #include <QIODevice>
@@ -30,8 +30,8 @@ class NetlistEditor {
  public:
   NetlistEditor(const NetlistBits& netlist, const ProbeRouting& routing, InsertPlan& plan);
 
-  /// Decides the names at the top (plan.pins among them) and all edits. False with a text when a name that the user
-  /// chose is taken.
+  /// Decides the names at the top (plan.pins among them) and all edits. False with a text when a name chosen by the
+  /// user is taken.
   bool prepare(const QSet<QByteArray>& reservedModules, QString& error);
   bool write(QIODevice& device) const;
   /// Name of the debug module's instance.
@@ -49,6 +49,10 @@ class NetlistEditor {
            std::vector<QVector<int>>& childBits) const;
   void editVariant(const ModuleVariant& variant);
   bool editTop(QString& error);
+  bool chooseTopNames(QString& error);
+  void addDebugInstance(const std::vector<QVector<int>>& childBits, Additions& additions) const;
+  QVector<int> addPin(const DebugPort& port, Additions& additions) const;
+  QVector<int> addTriggerOut(const DebugPort& port, Additions& additions) const;
   void finish(const NetlistModule& module, const Additions& additions, TextEdits& edits) const;
   QVector<int> newBits(Additions& additions, int count) const;
   void follow(const QVector<int>& from, const QVector<int>& to, Additions& additions) const;

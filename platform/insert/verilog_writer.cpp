@@ -21,15 +21,15 @@ const char kBookkeeping[] =
     " -unset parallel_case -unset cells_not_processed -unset always_comb -unset always_ff -unset always_latch"
     " -unset ostrel_vhdl";
 
-/// Yosys reports no failing write: a text that does not end with a module is cut short.
+/// Yosys does not report a failed write: a text that does not end with a module has been cut short.
 bool endsWithModule(QFile& file) {
   const qint64 tail = 64;
   if (!file.seek(std::max<qint64>(0, file.size() - tail))) return false;
   return file.readAll().trimmed().endsWith("endmodule");
 }
 
-/// False with `error` when a port is declared as inout and as a register, which no tool reads: Yosys writes so what a
-/// register drives without a tri-state buffer.
+/// False with `error` when a port is declared both as inout and as a register, which no tool accepts: that is how Yosys
+/// writes an inout that a register drives without a tri-state buffer.
 bool inoutsAreNets(QFile& file, QString& error) {
   const uchar* data = file.size() <= std::numeric_limits<int>::max() ? file.map(0, file.size()) : nullptr;
   if (!data) return true;
@@ -67,15 +67,18 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
     job.files.append(file.fd());
   }
   // The user's instances stay even where nothing reads them. opt_expr -mux_bool and opt_reduce merge the write enables
-  // that `proc` made one a bit; without them a memory no longer maps to block RAM. Without -keepdc a 'z' counts as any
-  // value: an open-drain output would become a constant.
+  // that `proc` made for each bit; without them a memory no longer maps to block RAM. Without -keepdc a 'z' counts as
+  // any value: an open-drain output would become a constant.
   job.script.line("read_json").openFile(0).line("read_verilog -nodpi -lib").openFile(1);
   job.script.line(
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n"
-      "setattr -unset keep @instances");
-  // What Yosys notes about its own work goes; attributes of the user's source stay.
+      "setattr -unset keep @instances
+"
+      // Yosys writes their bits under wrong names when the net does not begin at bit 0, and single ones rightly.
+      "simplemap t:$dffsr t:$dffsre t:$dlatchsr t:$sr");
+  // Yosys' own bookkeeping attributes are removed; those of the user's source stay.
   job.script.line("setattr").words(kBookkeeping).line("setattr -mod").words(kBookkeeping);
   job.script.line("write_verilog").openFile(2);
   job.timeLimitSeconds = design.source().timeLimitSeconds;

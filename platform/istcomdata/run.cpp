@@ -7,9 +7,9 @@
 #include "platform/insert/insertion.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_file.h"
-#include "platform/plan/planner.h"
 #include "platform/rtl/debug_module.h"
 #include "platform/rules/design_rules.h"
+#include "platform/tclcmdex/progress_line.h"
 #include "platform/text/byte_text.h"
 
 namespace mero {
@@ -19,16 +19,16 @@ namespace {
 
 void sayEstimate(const ost::InsertPlan& plan) {
   const auto line = [](const QString& object, const ost::ResourceEstimate& e) {
-    ost::say(QString("%1: about %2 LUTs, %3 flip-flops, %4 block RAM%5, %6 memory bits")
+    ost::say(QStringLiteral("%1: about %2 LUTs, %3 flip-flops, %4 block RAM%5, %6 memory bits")
                  .arg(object)
                  .arg(e.luts)
                  .arg(e.flipFlops)
                  .arg(e.blockRams)
-                 .arg(e.blockRams == 1 ? "" : "s")
+                 .arg(QLatin1String(e.blockRams == 1 ? "" : "s"))
                  .arg(e.memoryBits));
   };
-  for (const ost::PlanCore& core : plan.cores) line("Core " + core.name, ost::estimateCore(core));
-  line("JTAG hub", ost::estimateHub(plan));
+  for (const ost::PlanCore& core : plan.cores) line(QLatin1String("Core ") + core.name, ost::estimateCore(core));
+  line(QStringLiteral("JTAG hub"), ost::estimateHub(plan));
 }
 
 }  // namespace
@@ -41,17 +41,18 @@ bool IstComData::Private::bringDesignUpToDate(QString& error) {
     return false;
   }
   if (!followsDesign || !design->isStale()) return true;
-  ost::say("The design has changed on disk; reading it again.");
+  ost::say(QStringLiteral("The design has changed on disk; reading it again."));
   if (session.refresh(error)) return true;
-  error = "The design has changed on disk and could not be read again: " + error;
+  error = QStringLiteral("The design has changed on disk and could not be read again: %1").arg(error);
   return false;
 }
 
 bool IstComData::Private::loadNetlist(const ost::Design& design, QString& error) {
   if (netlist && netlistDigest == design.digest()) return true;
-  netlist = ost::Netlist::load(design, error, [] { return tcl_cmdex::servePendingEvents(); });
+  tcl_cmdex::ProgressLine progress("Elaborating the full netlist");
+  netlist = ost::Netlist::load(design, error, [&progress] { return progress.tick(); });
   netlistDigest = netlist ? design.digest() : QByteArray();
-  if (!netlist && error.isEmpty()) error = "The design's netlist could not be made.";
+  if (!netlist && error.isEmpty()) error = QStringLiteral("The design's netlist could not be made.");
   return netlist != nullptr;
 }
 
@@ -67,59 +68,61 @@ bool IstComData::DRC(QString& message) {
   ost::BusyTask busy(d->busyTasks);
   d->checked = {};
   QString error;
-  if (!d->bringDesignUpToDate(error)) {
-    message = error + '\n';
-    return false;
-  }
+  if (!d->bringDesignUpToDate(error)) return d->fail(ToldBy::Command, error, message);
   // Both are held from here on: what is served meanwhile may change neither the design nor the project.
   const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
   const QByteArray state = d->state();
   const bool hasNetlist = d->loadNetlist(*design, error);
   for (const auto& core : d->project->cores) core->trace->compact();
   bool cancelled = false;
-  const QList<ost::Finding> findings =
+  const ost::DesignCheck check =
       ost::checkDesignRules(*d->project, *design, hasNetlist ? d->netlist.get() : nullptr,
                             [&cancelled] { return !(cancelled = cancelled || !tcl_cmdex::servePendingEvents()); });
   if (cancelled) return false;
-  message = ost::designRuleReport(findings);
-  if (!message.endsWith('\n')) message += '\n';
-  if (!hasNetlist) message += "ERROR: " + error + '\n';
-  const bool passed = hasNetlist && !ost::hasErrors(findings);
-  if (passed) d->checked = {design, state};
-  return passed;
+  message = ost::designRuleReport(check.findings);
+  if (!hasNetlist) message += QStringLiteral("ERROR: %1\n").arg(error);
+  if (!check.fault.isEmpty()) message += QStringLiteral("ERROR: %1\n").arg(check.fault);
+  if (!hasNetlist || !check.plan) return false;
+  d->checked = {design, state, check.plan};
+  return true;
+}
+
+bool IstComData::Private::insert(QString& directory, QString& error) {
+  const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
+  if (!design) {
+    error = ost::noDesignText();
+    return false;
+  }
+  if (!ost::ProjectStorage::outputFolderOf(project->fileName, directory, error) || !loadNetlist(*design, error))
+    return false;
+  for (const auto& core : project->cores) core->trace->compact();
+  const Checked passed = checked;  // held: what is served meanwhile may check again
+  if (!passed.plan || passed.design.lock() != design || passed.project != state()) {
+    error = QStringLiteral(
+        "The project or its design is not what the design rules passed; run the command again: ost_project run.");
+    return false;
+  }
+  sayEstimate(*passed.plan);
+  // Two projects can mean one folder, an untitled one and "untitled.ost" for example.
+  const QString file = QFileInfo(ost::fileFromText(project->fileName)).fileName();
+  const ost::InsertionRequest request{directory, ost::DesignSession::instance().proofMode(),
+                                      file.isEmpty() ? QStringLiteral("(untitled)") : file};
+  tcl_cmdex::ProgressLine progress("Inserting");
+  const ost::InsertionHooks hooks{
+      [&progress](const QString& line) { progress.say(line.toLatin1().toStdString()); },
+      [&progress](const QString& stage) { progress.setStage(stage.toLatin1().toStdString()); },
+      [&progress] { return progress.tick(); }};
+  return ost::runInsertion(*passed.plan, *design, netlist, request, hooks, error);
 }
 
 bool IstComData::Insert(int) {
   if (!d->project) return false;
   ost::BusyTask busy(d->busyTasks);
-  QString error;
-  const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
-  ost::InsertPlan plan;
-  ost::InsertionHooks hooks{[](const QString& line) { ost::say(line); },
-                            [] { return tcl_cmdex::servePendingEvents(); }};
-  const QString directory = ost::ProjectStorage::outputFolderOf(d->project->fileName, error);
-  bool done = !directory.isEmpty() && design;
-  if (!design) error = ost::noDesignText();
-  done = done && d->loadNetlist(*design, error);
-  for (const auto& core : d->project->cores) core->trace->compact();
-  if (done && (d->checked.design.lock() != design || d->checked.project != d->state())) {
-    error = "The project or its design is not what the design rules passed; run ost_project run again.";
-    done = false;
-  }
-  done = done && ost::planInsertion(*d->project, *design, plan, error);
-  if (done) {
-    sayEstimate(plan);
-    // Two projects can mean one folder, an untitled one and "untitled.ost" for example.
-    const QString file = QFileInfo(ost::fileFromText(d->project->fileName)).fileName();
-    const ost::InsertionRequest request{directory, ost::DesignSession::instance().proveInsertions(),
-                                        file.isEmpty() ? QString("(untitled)") : file};
-    done = ost::runInsertion(plan, *design, d->netlist, request, hooks, error);
-  }
-  if (done)
-    ost::say(QString("The instrumented design is in %1.").arg(ost::textFromFile(directory)));
-  else
-    ost::say("ERROR: Nothing was inserted: " + error);
-  return done;
+  QString directory, error;
+  if (!d->insert(directory, error))
+    return d->fail(ToldBy::Console, QStringLiteral("ERROR: Nothing was inserted: %1").arg(error));
+  ost::say(QStringLiteral("The instrumented design is in \"%1\".").arg(ost::textFromFile(directory)));
+  return true;
 }
 
 }  // namespace ostrel

@@ -56,15 +56,21 @@ class MapWriter {
       writer_.Int(bit.bit);
     });
   }
-  void bits(const char* name, const QVector<NetBit>& list) {
+  /// A list of what `write` writes for each entry.
+  template <typename Entry, typename Write>
+  void list(const char* name, const QVector<Entry>& entries, const Write& write) {
     key(name);
     writer_.StartArray();
-    for (const NetBit& entry : list) bit(entry);
+    for (const Entry& entry : entries) write(entry);
     writer_.EndArray();
+  }
+  void bits(const char* name, const QVector<NetBit>& entries) {
+    list(name, entries, [this](const NetBit& entry) { bit(entry); });
   }
   void enable(const char* name, bool used, const NetBit& net, bool activeLow);
   void unit(const PlanUnit& unit);
   void expression(const PlanExpression& expression);
+  void triggerOut(const PlanCore& core);
   void core(const PlanCore& core);
 
   rapidjson::StringBuffer buffer_;
@@ -113,16 +119,28 @@ void MapWriter::expression(const PlanExpression& expression) {
   number("maxSequenceDepth", expression.maxSequenceDepth);
   number("maxEventCount", expression.maxEventCount);
   numbers("units", expression.units);
-  key("steps");
-  writer_.StartArray();
-  for (const PlanStep& step : expression.steps) {
+  list("steps", expression.steps, [this](const PlanStep& step) {
     writer_.StartObject();
     key("truthTable");
     bytes(step.truthTable);
     number("count", step.count);
     writer_.EndObject();
+  });
+  writer_.EndObject();
+}
+
+void MapWriter::triggerOut(const PlanCore& core) {
+  key("triggerOut");
+  if (!core.triggerOutIo && !core.triggerOutNet) {
+    writer_.Null();
+    return;
   }
-  writer_.EndArray();
+  writer_.StartObject();
+  text("name", core.triggerOutName);
+  flag("port", core.triggerOutIo);
+  flag("net", core.triggerOutNet);
+  flag("activeLow", core.triggerOutActiveLow);
+  number("minPulse", core.triggerOutMinPulse);
   writer_.EndObject();
 }
 
@@ -143,37 +161,17 @@ void MapWriter::core(const PlanCore& core) {
   number("windowSamples", core.windowSamples);
   flag("eventCounter", core.eventCounter);
   number("eventCount", core.eventCount);
-  key("triggerOut");
-  if (!core.triggerOutIo && !core.triggerOutNet) {
-    writer_.Null();
-  } else {
-    writer_.StartObject();
-    text("name", core.triggerOutName);
-    flag("port", core.triggerOutIo);
-    flag("net", core.triggerOutNet);
-    flag("activeLow", core.triggerOutActiveLow);
-    number("minPulse", core.triggerOutMinPulse);
-    writer_.EndObject();
-  }
+  triggerOut(core);
   bits("probeBits", core.probeBits);
-  key("probes");
-  writer_.StartArray();
-  for (const PlanProbe& probe : core.probes) {
+  list("probes", core.probes, [this](const PlanProbe& probe) {
     writer_.StartObject();
     text("name", probe.name);
     numbers("positions", probe.positions);
     writer_.EndObject();
-  }
-  writer_.EndArray();
+  });
   bits("triggerBits", core.triggerBits);
-  key("units");
-  writer_.StartArray();
-  for (const PlanUnit& entry : core.units) unit(entry);
-  writer_.EndArray();
-  key("expressions");
-  writer_.StartArray();
-  for (const PlanExpression& entry : core.expressions) expression(entry);
-  writer_.EndArray();
+  list("units", core.units, [this](const PlanUnit& entry) { unit(entry); });
+  list("expressions", core.expressions, [this](const PlanExpression& entry) { expression(entry); });
   writer_.EndObject();
 }
 
@@ -192,10 +190,7 @@ QByteArray MapWriter::write(const InsertPlan& plan) {
   text("tdi", plan.pins.tdi);
   text("tdo", plan.pins.tdo);
   writer_.EndObject();
-  key("cores");
-  writer_.StartArray();
-  for (const PlanCore& entry : plan.cores) core(entry);
-  writer_.EndArray();
+  list("cores", plan.cores, [this](const PlanCore& entry) { core(entry); });
   writer_.EndObject();
   return QByteArray(buffer_.GetString(), int(buffer_.GetSize())) + '\n';
 }

@@ -12,8 +12,8 @@ namespace ost {
 /// samples from there.
 QByteArray captureToWave(const Capture& capture);
 
-/// One line a sample under a line of names: window (from 0), sample counted from the trigger, timestamp (when the core
-/// has one), the probes in the core's display radix, then unit states (when stored).
+/// A line for each sample under a line of names: window (from 0), sample counted from the trigger, timestamp (when the
+/// core has one), the probes in the core's display radix, then unit states (when stored).
 QByteArray captureToCsv(const Capture& capture);
 
 }  // namespace ost

@@ -12,7 +12,7 @@ constexpr int kDeepestBuffer = 65536;
 
 int CoreCheck::sampleBits() const {
   // The tree holds each bit as one signal; further uses of it are references.
-  int bits = traced_.bits.size();
+  int bits = tracedBits_;
   if (core_.options.includeTrigger) bits += int(core_.dataset.units().size());
   if (core_.options.timestamp) bits += core_.options.timestampBits;
   // With several windows each sample bears a bit that tells where its window begins.
@@ -24,6 +24,25 @@ int CoreCheck::bufferedSamples() const {
   const qint64 used = qint64(core_.options.triggerCount) * core_.samplesPerTrigger;
   return core_.options.captureMode == CaptureMode::Single ? core_.options.bufferDepth
                                                           : int(qMin(used, qint64(core_.options.bufferDepth)));
+}
+
+void CoreCheck::checkBlockRam(int samples, int width, const QString& asked) const {
+  const qint64 blocks = blockRamsFor(samples, width);
+  const auto wasteful = [width](qint64 depth) {
+    return blockRamsFor(depth, width) * kBlockRamBits > 2 * depth * width;
+  };
+  if (blocks * kBlockRamBits <= 2 * bufferBits()) return;
+  int depth = qMin(2 * core_.options.bufferDepth, kDeepestBuffer);
+  while (depth < kDeepestBuffer && wasteful(depth)) depth *= 2;
+  FindingList::Fills fills;  // Distributed RAM is no way out where it is forbidden.
+  if (core_.options.distRamDisabled)
+    fills = {
+        {QStringLiteral("Implementation=DRAM, or a greater BufferDepth"), QStringLiteral("BufferDepth=%1").arg(depth)}};
+  report(DesignRule::BlockRamWaste, QString(),
+         asked + QStringLiteral(" and takes %1 of 18 Kbit, %2 bits")
+                     .arg(counted(blocks, "block RAM"))
+                     .arg(blocks * kBlockRamBits),
+         fills);
 }
 
 void CoreCheck::checkMemory() const {
@@ -40,23 +59,7 @@ void CoreCheck::checkMemory() const {
            QStringLiteral("Implementation is DRAM and DistRAMDisable is on: the buffer becomes block RAM"));
   if (distributed && bits > kDistributedRamBits)
     report(DesignRule::DistributedRamSize, QString(), asked + QLatin1String(" of distributed RAM"));
-  if (!distributed) {
-    const qint64 blocks = blockRamsFor(samples, width);
-    const auto wasteful = [width](qint64 depth) {
-      return blockRamsFor(int(depth), width) * kBlockRamBits > 2 * depth * width;
-    };
-    int depth = qMin(2 * options.bufferDepth, kDeepestBuffer);
-    while (depth < kDeepestBuffer && wasteful(depth)) depth *= 2;
-    const FindingList::Fills greaterDepth = {
-        {QStringLiteral("Implementation=DRAM, or a greater BufferDepth"), QStringLiteral("BufferDepth=%1").arg(depth)}};
-    if (blocks * kBlockRamBits > 2 * bits)
-      report(DesignRule::BlockRamWaste, QString(),
-             asked + QStringLiteral(" and takes %1 of 18 Kbit, %2 bits")
-                         .arg(counted(blocks, "block RAM"))
-                         .arg(blocks * kBlockRamBits),
-             options.distRamDisabled ? greaterDepth : FindingList::Fills());
-  }
-
+  if (!distributed) checkBlockRam(samples, width, asked);
   if (samples < options.bufferDepth)
     report(DesignRule::BufferPartlyUsed, QString(),
            QStringLiteral("%1 of %2 use %3 of %4 samples of the buffer depth")

@@ -13,6 +13,9 @@ const std::vector<RuleRow>& ruleTable() {
       {R::SerdesNotSupported, E, "The project has a serdes core: not supported yet", "ost_core del_serdes"},
       {R::TooManyCores, E, "More than 256 cores are enabled: the hub has no number for the next",
        "name at most 256 cores in ost_project run -insert_core <name>, or trace the signals of several in one core"},
+      {R::TooManyNets, E,
+       "All cores together trace or compare more than 1048576 bits, or show them in more than 4194304 places",
+       "ost_trace del_sig -core <core> {<signals>}, or fewer cores in ost_project run -insert_core <name>"},
 
       {R::NoSampleClock, E, "A core has no sample clock", "ost_trace trc_option -core <core> SampleClk=<net>"},
       {R::SampleClockVanished, E, "The sample clock is not in the design",
@@ -74,18 +77,20 @@ const std::vector<RuleRow>& ruleTable() {
        "ost_trace trc_option -core <core> Implementation=EBR"},
       {R::DistributedRamForbidden, W, "The buffer is to be distributed RAM, which DistRAMDisable forbids",
        "ost_trace trc_option -core <core> Implementation=EBR, or DistRAMDisable=off"},
+      {R::TooManySamples, E, "The samples of a core have more than 268435456 bits",
+       "ost_trace trc_option -core <core> BufferDepth=<depth>, or ost_trace del_sig -core <core> {<signals>}"},
 
-      {R::NetUndriven, E, "A net that the core looks at has no driver",
-       "drive the net in the design, or take it out of the core"},
-      {R::NetConstant, W, "A net that the core looks at is constant", "take the net out of the core"},
-      {R::ClockCrossing, W, "A net that the core looks at is clocked by another clock than the sample clock",
+      {R::NetUndriven, E, "A net that the core observes has no driver",
+       "drive the net in the design, or remove it from the core"},
+      {R::NetConstant, W, "A net that the core observes is constant", "remove the net from the core"},
+      {R::ClockCrossing, W, "A net that the core observes is in another clock domain than the sample clock",
        "ost_core add <name> for a core of its own with SampleClk=<clock>"},
       {R::ForeignSampleClock, W, "The sample clock clocks none of the traced registers",
        "ost_trace trc_option -core <core> SampleClk=<clock>"},
-      {R::SampleClockStands, E, "The sample clock is constant or has no driver",
+      {R::SampleClockNotRunning, E, "The sample clock is constant or has no driver",
        "ost_trace trc_option -core <core> SampleClk=<net>"},
-      {R::SampleClockTraced, W, "The core looks at its own sample clock, which always reads the same",
-       "take the net out of the core"},
+      {R::SampleClockTraced, W, "The core observes its own sample clock, which always reads the same",
+       "remove the net from the core"},
   };
   return table;
 }

@@ -1,5 +1,5 @@
 // The design rules as data: number, severity, what is wrong in general and the way out. The checks only add what they
-// found to these rows; docs/design-rules.md shows the same table.
+// found to these rows; the build writes them into docs/design-rules.md.
 #pragma once
 
 #include <vector>
@@ -15,6 +15,7 @@ enum class DesignRule {
   WishboneNotSupported = 2,
   SerdesNotSupported = 3,
   TooManyCores = 4,
+  TooManyNets = 5,
   NoSampleClock = 10,
   SampleClockVanished = 11,
   SampleClockWide = 12,
@@ -44,11 +45,12 @@ enum class DesignRule {
   MemoryTotal = 52,
   DistributedRamSize = 53,
   DistributedRamForbidden = 54,
+  TooManySamples = 55,
   NetUndriven = 60,
   NetConstant = 61,
   ClockCrossing = 62,
   ForeignSampleClock = 63,
-  SampleClockStands = 64,
+  SampleClockNotRunning = 64,
   SampleClockTraced = 65,
 };
 

@@ -39,13 +39,34 @@ std::unique_ptr<ost::RemoteBitbang> connected(const BenchFiles& files) {
 
 }  // namespace
 
+bool FaultyLine::run(const QByteArray& tms, const QByteArray& tdi, QByteArray* tdo, QString& error) {
+  QByteArray sent = tdi, read;
+  if (untilFlip >= 0 && untilFlip < sent.size()) sent[untilFlip] = !sent[untilFlip];
+  untilFlip = untilFlip < sent.size() ? -1 : untilFlip - sent.size();
+  if (!port_.run(disturbed(tms, noise_ / 8), disturbed(sent, noise_), tdo ? &read : nullptr, error)) return false;
+  if (tdo) *tdo += disturbed(read, noise_);
+  return true;
+}
+
+QByteArray FaultyLine::disturbed(QByteArray levels, double rate) {
+  std::bernoulli_distribution hit(rate);
+  for (char& level : levels)
+    if (hit(random_)) level = static_cast<char>(!level);
+  return levels;
+}
+
 Live::Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise, quint32 seed,
            const QStringList& arguments, ost::UserInstruction instruction)
     : simulation_(vvp(files, arguments), files.folder, "capture_run.log"),
       port_(connected(files)),
-      line(*port_, seed, noise / 8, noise, noise),
+      line(*port_, seed, noise),
       hub(line, instruction),
       reader(hub, plan) {}
+
+void Live::open() {
+  QString error;
+  mustHold(hub.open(error), error);
+}
 
 void Live::end() {
   port_.reset();
@@ -176,7 +197,7 @@ void compareReasons(const Core& core, const Run& run, const QString& where, cons
   for (int i = 0; i < core.expressions.size(); ++i) {
     if (!run.choice.enabled[i]) continue;
     bool fits = false;
-    const QString name = QString("Expression '%1'").arg(core.expressions[i].name);
+    const QString name = QString("Expression \"%1\"").arg(core.expressions[i].name);
     for (const QString& line : run.reasons)
       fits = fits ||
              (line.startsWith(name) && std::any_of(moments.begin(), moments.end(), [&](const Progress& p) {
@@ -212,16 +233,13 @@ void compareTriggerOut(const Core& core, const QVector<qint64>& triggers, const 
     if (active) seenRises += level.time;
     if (!active && !seenRises.isEmpty()) seenFalls += level.time;
   }
-  mustHold(
-      seenRises == rises && seenFalls == falls,
-      where + QString(": the trigger output has %1 pulses at other times than the %2 expected (first at %3 to %4 ps, "
-                      "expected at %5 to %6 ps)")
-                  .arg(seenRises.size())
-                  .arg(rises.size())
-                  .arg(seenRises.value(0))
-                  .arg(seenFalls.value(0))
-                  .arg(rises.value(0))
-                  .arg(falls.value(0)));
+  if (seenRises != rises || seenFalls != falls)
+    throw Difference{where +
+                     QString(": the trigger output has %1 pulses, the first at %2 ps, instead of %3, from %4 ps on")
+                         .arg(seenRises.size())
+                         .arg(seenRises.value(0))
+                         .arg(rises.size())
+                         .arg(rises.value(0))};
   totals.pulses += rises.size();
 }
 

@@ -22,7 +22,16 @@ module top (input clk, input [7:0] d, output [3:0] q0);
   generate for (g = 0; g < 2; g = g + 1) begin : gen
     wire [2:0] w = g;
     leaf #(.W(6)) u (.clk(clk), .d(d[5:0]), .q());
-  end endgenerate
+  end
+  if (0) begin wire no; end
+  else if (0) begin : off wire [1:0] w = 1; end
+  else if (1) begin : on wire [1:0] w = 2; leaf v (.clk(clk), .d(d[3:0]), .q()); end
+  if (0) begin wire no; end else if (1) begin wire yes = 1; end
+  endgenerate
+  function f(input [7:0] a); f = ^a; endfunction
+  wire parity = f(d);
+  reg [1:0] shift [0:1];
+  always @(posedge clk) begin shift[0] <= d; shift[1] <= shift[0]; end
 endmodule
 )";
 
@@ -47,6 +56,10 @@ TEST(Names, resolve_to_the_bits_that_the_source_declares) {
       {"u0/neg[-1]", "u0", "u0/neg[-1]", "u0/neg[-1]", {0}},
       {"gen[1].w[2]", "", "gen[1].w[2]", "gen[1].w[2]", {2}},
       {"gen[1].u/q[5]", "gen[1].u", "gen[1].u/q[5]", "gen[1].u/q[5]", {5}},
+      // Yosys puts "genblk1." before what follows an "else if".
+      {"on.w[1]", "", "genblk2.genblk1.on.w[1]", "genblk2.genblk1.on.w[1]", {1}},
+      {"on.v/up[7]", "genblk2.genblk1.on.v", "genblk2.genblk1.on.v/up[7]", "genblk2.genblk1.on.v/up[7]", {0}},
+      {"genblk3.yes", "", "genblk3.genblk1.yes", "genblk3.genblk1.yes", {0}},
       // An exact name comes before a bit select, and a net before an instance path; the escaped form reaches the other.
       {"u0/x[1]", "u0", "u0/x[1]", "u0/x[1][3]", {3, 2, 1, 0}},
       {"\\u0 /\\x [1]", "u0", "\\u0 /\\x [1]", "\\u0 /\\x [1]", {1}},
@@ -83,6 +96,9 @@ TEST(Names, that_mean_nothing_say_why_and_what_is_near) {
       {"d[99999999999999999999]", "no net", "d"},
       {"u0.of", "no net \"u0.of\"", "u0/off"},
       {"U0/OFFF", "no net", "u0/off"},
+      {"yes", "no net", nullptr},
+      {"d.addr", "of a structure only the bits are known; \"d\" is declared [7:0]", nullptr},
+      {"shift[2]", "\"shift\" is an array, name its elements, as in \"shift[0]\"", nullptr},
       {"", "name is empty", nullptr},
   };
   for (const auto& row : table) {
@@ -100,6 +116,11 @@ TEST(Names, that_mean_nothing_say_why_and_what_is_near) {
 TEST(Names, of_instances_and_roles) {
   EXPECT_EQ(instancePathKeys("\\a/b /$x/\\\\y "), QStringList({"a/b", "\\$x", "\\\\y"}));
   const DesignRoles& roles = traps().roles();
+  traps().forEachNet([](const NetName& net) {  // No helper of a function.
+    EXPECT_FALSE(net.name.contains('$') && net.name != "u0/$dollar" && !net.name.endsWith("/$dollar"))
+        << plain(net.name);
+    return true;
+  });
   EXPECT_TRUE(roles.dcu && roles.jtag2wbCore && !roles.j2w && !roles.jtag2wb);
 }
 

@@ -6,7 +6,7 @@
 #include <set>
 
 #include "platform/istdata/trace_tree.h"
-#include "platform/rules/rule_table.h"
+#include "platform/rules/core_check.h"
 #include "platform/trigger/unit_value.h"
 #include "tests/unit/read_design.h"
 
@@ -60,13 +60,17 @@ const DesignAndNetlist& board() {
 
 /// The findings with the rules that need drivers.
 QList<Finding> findingsOf(const Project& project) {
-  return checkDesignRules(project, *board().design, board().netlist.get());
+  return checkDesignRules(project, *board().design, board().netlist.get()).findings;
 }
 
 void trace(Core& core, TraceNode* bus, const QString& names) {
   QString error;
   for (const QString& name : names.split(' ', Qt::SkipEmptyParts))
     ASSERT_TRUE(core.trace->appendSignal(bus, name, error)) << plain(error);
+}
+
+void addExpression(Core& core, const QString& name) {
+  core.dataset.addExpression({name, "TU1", {"TU1"}, ExpressionRam::Slices, 1, 1});
 }
 
 /// A core without findings: a counter traced by its clock, one unit, one expression.
@@ -76,7 +80,7 @@ Core& addGoodCore(Project& project, const QString& name) {
   core.options.sampleClock = "clk";
   trace(core, nullptr, "count[3] count[2] count[1] count[0] wide[7] wide[8] wide[9] wide[10] wide[11] wide[12]");
   core.dataset.addUnit({"TU1", {"count"}, Operator::Equal, Radix::Hex, "a"});
-  core.dataset.addExpression({"TE1", "TU1", {"TU1"}, ExpressionRam::Slices, 1, 1});
+  addExpression(core, "TE1");
   return core;
 }
 
@@ -87,12 +91,12 @@ void change(Project& project, const QString& word, const QString& value) {
   TriggerUnit& unit = core.dataset.findUnit("TU1")->unit;
   TriggerExpression& expression = *core.dataset.findExpression("TE1");
   QString error;
+  const auto times = [&value](const auto& body) {
+    for (int i = value.toInt(); i > 0; --i) body(i);
+  };
   const std::map<QString, std::function<void()>> changes = {
       {"core", [&] { addGoodCore(project, value); }},
-      {"cores",
-       [&] {
-         for (int i = value.toInt(); i > 0; --i) addGoodCore(project, QString("c_%1").arg(i));
-       }},
+      {"cores", [&] { times([&](int i) { addGoodCore(project, QString("c_%1").arg(i)); }); }},
       {"no_core", [&] { project.cores.clear(); }},
       {"wishbone", [&] { project.wishbone.reset(new mero::ostrel::istWishboneMaster); }},
       {"serdes", [&] { project.serdes.reset(new mero::ostrel::istSerdesCore); }},
@@ -112,21 +116,14 @@ void change(Project& project, const QString& word, const QString& value) {
       {"out_type", [&] { o.triggerOutType = TriggerOutType(value.toInt()); }},
       {"no_trace", [&] { core.trace.reset(new TraceTree); }},
       {"trace", [&] { trace(core, nullptr, value); }},
-      {"traces",
-       [&] {
-         for (int i = value.toInt(); i > 0; --i) core.trace->appendSignal(nullptr, QString("n%1").arg(i), error);
-       }},
+      {"traces", [&] { times([&](int i) { core.trace->appendSignal(nullptr, QString("n%1").arg(i), error); }); }},
       {"bus", [&] { trace(core, core.trace->appendBus(nullptr, "BUS1", error), value); }},
       {"signals", [&] { unit.signalNames = value.split(' ', Qt::SkipEmptyParts); }},
       {"value", [&] { unit.value = value; }},
       {"operator", [&] { operatorFromText(value, unit.op); }},
       {"expression", [&] { expression.text = value; }},
       {"no_expression", [&] { core.dataset.removeExpression(&expression); }},
-      {"expressions",
-       [&] {
-         for (int i = value.toInt(); i > 0; --i)
-           core.dataset.addExpression({QString("E%1").arg(i), "TU1", {"TU1"}, ExpressionRam::Slices, 1, 1});
-       }},
+      {"expressions", [&] { times([&](int i) { addExpression(core, QString("E%1").arg(i)); }); }},
       {"steps", [&] { expression.maxSequenceDepth = value.toInt(); }},
       {"count", [&] { expression.maxEventCount = value.toInt(); }}};
   ASSERT_TRUE(changes.count(word)) << plain(word);
@@ -214,13 +211,28 @@ TEST(DesignRules, EachProjectBreaksExactlyItsRules) {
     }
     EXPECT_EQ(hasErrors(findings), anyError);
   }
+  InsertPlan large;  // what no test design is large enough for
+  large.cores.resize(2);
+  large.cores[0].probeBits.resize(1 << 18);
+  large.cores[1].probeBits.resize((1 << 20) - (1 << 18));
+  large.cores[1].depth = 256;
+  FindingList limits;
+  checkPlan(large, limits);
+  EXPECT_TRUE(limits.findings().isEmpty());
+  large.cores[0].probes.append({"again", QVector<int>((1 << 22) + 1)});
+  large.cores[0].depth = 64;
+  large.cores[1].triggerBits.resize(1);
+  large.cores[1].timestampBits = 300000;
+  checkPlan(large, limits);
+  EXPECT_EQ(numbersOf(limits.findings()), (std::multiset<int>{5, 5, 55, 55}));
+  seen.insert({5, 55});
   for (const RuleRow& row : ruleTable()) EXPECT_TRUE(seen.count(int(row.rule))) << "no row for rule " << int(row.rule);
 }
 
 TEST(DesignRules, RulesThatNeedDriversAreLeftOutWithoutNetlist) {
   Project project;
   trace(addGoodCore(project, "c1"), nullptr, "floating");
-  EXPECT_TRUE(checkDesignRules(project, *board().design, nullptr).isEmpty());
+  EXPECT_TRUE(checkDesignRules(project, *board().design, nullptr).plan);
   EXPECT_EQ(numbersOf(findingsOf(project)), std::multiset<int>({60}));
 }
 
@@ -249,19 +261,6 @@ TEST(DesignRuleReport, CountsTheFindingsOfARuleAfterTheTwentieth) {
   EXPECT_EQ(report.count("DRC-14 error: core c1: gone (look)\n"), 20);
   EXPECT_TRUE(has(report, "DRC-14 error: 3 more of this rule\nDRC-62"));
   EXPECT_TRUE(has(report, "Design rules: 23 errors, 1 warning.\n"));
-}
-
-TEST(DesignRuleTable, DocumentationShowsTheSameRows) {
-  QFile file(OST_RULES_DOC);
-  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-  QStringList documented, coded;
-  for (const QByteArray& line : file.readAll().split('\n'))
-    if (line.startsWith("| DRC-")) documented << line;
-  for (const RuleRow& row : ruleTable())
-    coded << QString("| DRC-%1 | %2 | %3 | `%4` |")
-                 .arg(int(row.rule), 2, 10, QChar('0'))
-                 .arg(row.severity == Finding::Error ? "error" : "warning", row.condition, row.wayOut);
-  EXPECT_EQ(plain(documented.join('\n')), plain(coded.join('\n')));
 }
 
 }  // namespace
