@@ -74,8 +74,7 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n"
-      "setattr -unset keep @instances
-"
+      "setattr -unset keep @instances\n"
       // Yosys writes their bits under wrong names when the net does not begin at bit 0, and single ones rightly.
       "simplemap t:$dffsr t:$dffsre t:$dlatchsr t:$sr");
   // Yosys' own bookkeeping attributes are removed; those of the user's source stay.
