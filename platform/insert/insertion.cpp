@@ -5,6 +5,7 @@
 
 #include "platform/insert/netlist_editor.h"
 #include "platform/insert/output_folder.h"
+#include "platform/insert/top_parameters.h"
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
 #include "platform/proof/proof.h"
@@ -148,6 +149,7 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (!writeInstrumentedVerilog(design_, folder_.stagedFile(json_),
                                 folder_.stagedFile(QStringLiteral("ostrel_debug.v")), folder_.stagedFile(verilog_),
                                 hooks_.idle, error_) ||
+      !declareTopParameters(data, design_.topKey().toLatin1(), folder_.stagedFile(verilog_), error_) ||
       !folder_.store(verilog_, error_))
     return false;
   if (request_.proof != ProofMode::Off && !prove(netlist)) return false;
