@@ -1,5 +1,6 @@
 // Trace signals of a core: names are resolved against the design here, the tree does the rest.
 #include "framework/ist_com_data.h"
+#include "platform/istcomdata/name_patterns.h"
 #include "platform/istcomdata/service_private.h"
 
 namespace mero {
@@ -17,6 +18,11 @@ QString canonicalName(const QString& name) {
 bool refuse(QString& message, const QString& error) {
   message += error + '\n';
   return false;
+}
+
+/// The entries that a list names, by patterns, too.
+bool findAll(ost::TraceTree& tree, QStringList names, QVector<TraceNode*>& entries, QString& error) {
+  return ost::expandTracedPatterns(tree, names, error) && tree.findAll(names, canonicalName, entries, error);
 }
 
 bool findBus(ost::TraceTree& tree, const QString& name, TraceNode*& bus, QString& message) {
@@ -37,7 +43,8 @@ bool IstComData::addTraceSignals(istTraceData* trace, QStringList signalNames, Q
   ost::TraceTree::Place place;
   QString error;
   if (signalNames.isEmpty()) return refuse(message, kEmptyList);
-  if (!tree.findPlace(bus, position, place, error)) return refuse(message, error);
+  if (!tree.findPlace(bus, position, place, error) || !ost::expandNetPatterns(signalNames, error))
+    return refuse(message, error);
   QString remark;
   ost::TraceTree::Addition addition(tree, signalNames.size());
   for (const QString& name : signalNames) {
@@ -60,7 +67,7 @@ bool IstComData::moveTraceSignals(istTraceData* trace, QStringList signalNames, 
   ost::TraceTree::Place place;
   QString error;
   if (signalNames.isEmpty()) return refuse(message, kEmptyList);
-  if (!tree.findAll(signalNames, canonicalName, entries, error) || !tree.findPlace(bus, position, place, error) ||
+  if (!findAll(tree, signalNames, entries, error) || !tree.findPlace(bus, position, place, error) ||
       !tree.move(entries, place, error))
     return refuse(message, error);
   d->markChanged();
@@ -73,7 +80,7 @@ bool IstComData::removeTraceSignals(istTraceData* trace, QStringList signalNames
   QVector<TraceNode*> entries;
   QString error;
   if (signalNames.isEmpty()) return refuse(message, kEmptyList);
-  if (!tree.findAll(signalNames, canonicalName, entries, error)) return refuse(message, error);
+  if (!findAll(tree, signalNames, entries, error)) return refuse(message, error);
   tree.remove(entries);
   d->markChanged();
   return true;
@@ -84,8 +91,7 @@ bool IstComData::groupTraceSignals(istTraceData* trace, QString& bus, QStringLis
   ost::TraceTree& tree = *ost::asTree(trace);
   QVector<TraceNode*> entries;
   QString error;
-  if (!tree.findAll(signalNames, canonicalName, entries, error) || !tree.group(bus, entries, error))
-    return refuse(message, error);
+  if (!findAll(tree, signalNames, entries, error) || !tree.group(bus, entries, error)) return refuse(message, error);
   d->markChanged();
   return true;
 }

@@ -62,6 +62,8 @@ class MapWriter {
     for (const NetBit& entry : list) bit(entry);
     writer_.EndArray();
   }
+  /// Pairs of name and value, most significant bit first; nothing without names.
+  void valueNames(const EnumNames& names);
   void enable(const char* name, bool used, const NetBit& net, bool activeLow);
   void unit(const PlanUnit& unit);
   void expression(const PlanExpression& expression);
@@ -74,6 +76,27 @@ class MapWriter {
 QByteArray reversed(QByteArray digits) {
   std::reverse(digits.begin(), digits.end());
   return digits;
+}
+
+void MapWriter::valueNames(const EnumNames& names) {
+  if (names.isEmpty()) return;
+  key("names");
+  writer_.StartArray();
+  for (const EnumName& entry : names) {
+    line([&] {
+      bytes(entry.name.toLatin1());
+      bytes(reversed(entry.bits));
+    });
+  }
+  writer_.EndArray();
+}
+
+bool namesValues(const InsertPlan& plan) {
+  const auto any = [](const auto& list) {
+    return std::any_of(list.begin(), list.end(), [](const auto& entry) { return !entry.names.isEmpty(); });
+  };
+  return std::any_of(plan.cores.begin(), plan.cores.end(),
+                     [&](const PlanCore& core) { return any(core.probes) || any(core.units); });
 }
 
 void MapWriter::enable(const char* name, bool used, const NetBit& net, bool activeLow) {
@@ -102,6 +125,7 @@ void MapWriter::unit(const PlanUnit& unit) {
   bytes(reversed(unit.value));
   key("mask");
   bytes(reversed(unit.mask));
+  valueNames(unit.names);
   writer_.EndObject();
 }
 
@@ -162,6 +186,7 @@ void MapWriter::core(const PlanCore& core) {
     writer_.StartObject();
     text("name", probe.name);
     numbers("positions", probe.positions);
+    valueNames(probe.names);
     writer_.EndObject();
   }
   writer_.EndArray();
@@ -180,7 +205,7 @@ void MapWriter::core(const PlanCore& core) {
 QByteArray MapWriter::write(const InsertPlan& plan) {
   writer_.StartObject();
   text("format", captureMapFormat());
-  number("version", kCaptureMapVersion);
+  number("version", namesValues(plan) ? kCaptureMapVersion : kCaptureMapVersion - 1);
   text("project", plan.projectName);
   text("top", plan.topModule);
   key("hash");

@@ -16,10 +16,13 @@ bool canBeRead(const InsertPlan& plan, QString& error) {
   qint64 bits = 0, indexes = 0;
   for (const PlanCore& core : plan.cores) {
     qint64 shown = 0;
-    for (const PlanProbe& probe : core.probes) shown += probe.positions.size();
+    for (const PlanProbe& probe : core.probes) {
+      shown += probe.positions.size();
+      indexes += probe.names.size();
+    }
     bits += core.probeBits.size() + core.triggerBits.size();
     indexes += shown;
-    for (const PlanUnit& unit : core.units) indexes += unit.inputs.size();
+    for (const PlanUnit& unit : core.units) indexes += unit.inputs.size() + unit.names.size();
     for (const PlanExpression& expression : core.expressions) indexes += expression.units.size();
     const QString object = QStringLiteral("core ") + core.name;
     if (!within(object, core.expressions.size(), "trigger expressions", kMaxPlanExpressions) ||
@@ -29,7 +32,7 @@ bool canBeRead(const InsertPlan& plan, QString& error) {
   const QString all = QStringLiteral("all cores together");
   return within(all, plan.cores.size(), "cores", kMaxPlanCores) &&
          within(all, bits, "bits that are traced or compared", kMaxPlanBits) &&
-         within(all, indexes, "mentions of bits in probes and units", kMaxPlanIndexes);
+         within(all, indexes, "mentions of bits and values in probes and units", kMaxPlanIndexes);
 }
 
 }  // namespace ost

@@ -75,6 +75,7 @@ class CorePlanner {
   bool planOptions();
   bool planTrace();
   bool addLeaves(const TraceNode* node, PlanProbe& probe);
+  void nameValues(PlanProbe& probe) const;
   bool planUnits();
   bool planUnit(const TriggerUnit& unit, BitList& inputs);
   bool planExpressions();
@@ -145,12 +146,27 @@ bool CorePlanner::addLeaves(const TraceNode* node, PlanProbe& probe) {
   return true;
 }
 
+/// A probe that is a whole net, its bits in their order, has the names of the net's values.
+void CorePlanner::nameValues(PlanProbe& probe) const {
+  const NetBit& first = plan_.probeBits[probe.positions.first()];
+  NetSelection selection;
+  QString ignored;
+  if (!design_.resolve(first.name, selection, ignored) || selection.netWidth != probe.positions.size()) return;
+  for (int i = 0; i < probe.positions.size(); ++i) {
+    const NetBit& bit = plan_.probeBits[probe.positions[i]];
+    if (bit.net != first.net || bit.instancePath != first.instancePath || bit.bit != selection.netWidth - 1 - i) return;
+  }
+  probe.names = selection.enumNames;
+}
+
 bool CorePlanner::planTrace() {
   for (const TraceNode* node : core_.trace->nodes) {
     PlanProbe probe;
     probe.name = node->displayName();
     if (!addLeaves(node, probe)) return false;
-    if (!probe.positions.isEmpty()) plan_.probes.append(probe);
+    if (probe.positions.isEmpty()) continue;
+    nameValues(probe);
+    plan_.probes.append(probe);
   }
   return !plan_.probeBits.isEmpty() || fail(QString(), QStringLiteral("nothing is traced."));
 }
@@ -178,13 +194,15 @@ bool CorePlanner::planUnit(const TriggerUnit& source, BitList& inputs) {
   for (int i = source.signalNames.size() - 1; i >= 0; --i) {
     NetSelection selection;
     if (!resolve(object, source.signalNames[i], selection)) return false;
+    if (source.signalNames.size() == 1) unit.names = valueNames(selection);
     for (int bit = selection.bits.size() - 1; bit >= 0; --bit) unit.inputs.append(inputs.add(bitOf(selection, bit)));
   }
   if (unit.inputs.isEmpty()) return fail(object, QStringLiteral("it has no signals."));
   if (unit.unitClass == UnitClass::Serial && unit.inputs.size() != 1)
     return fail(object, QStringLiteral(".SC. takes one signal of one bit."));
   QString reason;
-  if (!parseUnitValue(source.op, source.radix, source.value, unit.inputs.size(), unit.value, unit.mask, reason))
+  if (!parseUnitValue(source.op, source.radix, source.value, unit.inputs.size(), unit.value, unit.mask, reason,
+                      unit.names))
     return fail(object, reason);
   unit.width = unit.value.size();
   unitByName_.insert(source.name, plan_.units.size());

@@ -48,6 +48,7 @@ void CoreCheck::checkUnit(const TriggerUnit& unit) {
   if (unit.value.isEmpty()) report(DesignRule::UnitWithoutValue, part, QStringLiteral("it has no value"), fills);
 
   ResolvedBits watched{object(part), {}};
+  EnumNames names;
   bool complete = !unit.signalNames.isEmpty() && !unit.value.isEmpty();
   for (const QString& name : unit.signalNames) {
     NetSelection selection;
@@ -58,6 +59,7 @@ void CoreCheck::checkUnit(const TriggerUnit& unit) {
       continue;
     }
     watched.append(selection);
+    if (unit.signalNames.size() == 1) names = valueNames(selection);
     if (!pulse_.beat()) return;
   }
   watched_.append(watched);
@@ -65,7 +67,7 @@ void CoreCheck::checkUnit(const TriggerUnit& unit) {
 
   QByteArray value, mask;
   QString error;
-  if (!parseUnitValue(unit.op, unit.radix, unit.value, watched.bits.size(), value, mask, error))
+  if (!parseUnitValue(unit.op, unit.radix, unit.value, watched.bits.size(), value, mask, error, names))
     report(DesignRule::UnitValue, part, error, fills);
 }
 
