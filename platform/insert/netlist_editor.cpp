@@ -1,12 +1,16 @@
 // The edits of an insertion, module by module.
 #include "platform/insert/netlist_editor.h"
 
+#include <algorithm>
+#include <iterator>
 #include <numeric>
 
 #include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
+
+constexpr const char* kPins[] = {"tck", "tms", "tdi", "tdo"};
 
 QByteArray binary32(int number) {
   return QByteArray::number(number, 2).rightJustified(32, '0');
@@ -143,16 +147,8 @@ void NetlistEditor::editVariant(const ModuleVariant& variant) {
     clones_.push_back({&variant, edits});
 }
 
-bool NetlistEditor::editTop(QString& error) {
-  const int topIndex = netlist_.text.top();
-  const NetlistModule& top = netlist_.text.module(topIndex);
-  const ModuleIndex& index = netlist_.index(topIndex);
-  Additions additions;
-  additions.nextBit = index.highestBit() + 1;
-  separateOutputs(topIndex, edits_, additions);
-  std::vector<QVector<int>> childBits;
-  tap(routing_.topChildren(), top, edits_, additions, childBits);
-
+bool NetlistEditor::chooseTopNames(QString& error) {
+  const ModuleIndex& index = netlist_.index(netlist_.text.top());
   QSet<QByteArray> added;
   const auto taken = [&](const QByteArray& name) { return added.contains(name) || index.nameTaken(name); };
   for (const PlanCore& core : plan_.cores) {
@@ -172,60 +168,74 @@ bool NetlistEditor::editTop(QString& error) {
   // The four pins share one prefix, the first for which all four names are free.
   QByteArray prefix = "ostrel_";
   const auto prefixTaken = [&](const QByteArray& wanted) {
-    for (const char* pin : {"tck", "tms", "tdi", "tdo"})
-      if (taken(wanted + pin)) return true;
-    return false;
+    return std::any_of(std::begin(kPins), std::end(kPins), [&](const char* pin) { return taken(wanted + pin); });
   };
   for (int number = 1; prefixTaken(prefix); ++number) prefix = "ostrel" + QByteArray::number(number) + '_';
-  plan_.pins = {textFromBytes(prefix + "tck"), textFromBytes(prefix + "tms"), textFromBytes(prefix + "tdi"),
-                textFromBytes(prefix + "tdo")};
+  plan_.pins = {textFromBytes(prefix + kPins[0]), textFromBytes(prefix + kPins[1]), textFromBytes(prefix + kPins[2]),
+                textFromBytes(prefix + kPins[3])};
+  return true;
+}
 
+/// Adds a JTAG pin to the top's ports.
+QVector<int> NetlistEditor::addPin(const DebugPort& port, Additions& additions) const {
+  const QString* const names[] = {&plan_.pins.tck, &plan_.pins.tms, &plan_.pins.tdi, &plan_.pins.tdo};
+  const QByteArray name = names[port.role - DebugPort::Tck]->toLatin1();
+  const QVector<int> bits = newBits(additions, 1);
+  additions.ports += portText(name, port.output ? "output" : "input", bits);
+  additions.nets += netText(name, bits);
+  return bits;
+}
+
+/// Adds the port, the net or both that a core's trigger output drives.
+QVector<int> NetlistEditor::addTriggerOut(const DebugPort& port, Additions& additions) const {
+  const PlanCore& core = plan_.cores[port.core];
+  const QVector<int> bits = newBits(additions, port.width);
+  QVector<int> portBits = bits;
+  if (core.triggerOutNet) additions.nets += netText(core.triggerOutNames().last().toLatin1(), bits, true);
+  if (core.triggerOutNet && core.triggerOutIo) {
+    portBits = newBits(additions, port.width);
+    follow(bits, portBits, additions);
+  }
+  if (core.triggerOutIo) {
+    additions.ports += portText(core.triggerOutName.toLatin1(), "output", portBits);
+    additions.nets += netText(core.triggerOutName.toLatin1(), portBits);
+  }
+  return bits;
+}
+
+/// Adds the debug module's instance, and what of the top's ports and nets belongs to it.
+void NetlistEditor::addDebugInstance(const std::vector<QVector<int>>& childBits, Additions& additions) const {
   QByteArray directions, connections;
   for (const DebugConnection& connection : routing_.connections()) {
     const DebugPort& port = connection.port;
     QVector<int> bits;
-    for (const TopSource& source : connection.sources)
-      bits.append(source.child < 0 ? source.bit : childBits[size_t(source.child)][source.position]);
-    QByteArray pin;
-    switch (port.role) {
-      case DebugPort::Tck:
-      case DebugPort::Tms:
-      case DebugPort::Tdi:
-      case DebugPort::Tdo: {
-        const char* const names[] = {"tck", "tms", "tdi", "tdo"};
-        pin = prefix + names[port.role - DebugPort::Tck];
-        bits = newBits(additions, 1);
-        additions.ports += portText(pin, port.output ? "output" : "input", bits);
-        additions.nets += netText(pin, bits);
-        break;
-      }
-      case DebugPort::TriggerOut: {
-        const PlanCore& core = plan_.cores[port.core];
-        bits = newBits(additions, port.width);
-        QVector<int> portBits = bits;
-        if (core.triggerOutNet) additions.nets += netText(core.triggerOutNames().last().toLatin1(), bits, true);
-        if (core.triggerOutNet && core.triggerOutIo) {
-          portBits = newBits(additions, port.width);
-          follow(bits, portBits, additions);
-        }
-        if (core.triggerOutIo) {
-          additions.ports += portText(core.triggerOutName.toLatin1(), "output", portBits);
-          additions.nets += netText(core.triggerOutName.toLatin1(), portBits);
-        }
-        break;
-      }
-      default:
-        break;
-    }
+    if (port.role <= DebugPort::Tdo)
+      bits = addPin(port, additions);
+    else if (port.role == DebugPort::TriggerOut)
+      bits = addTriggerOut(port, additions);
+    else
+      for (const TopSource& source : connection.sources)
+        bits.append(source.child < 0 ? source.bit : childBits[size_t(source.child)][source.position]);
     directions += ", " + quoteJson(port.name) + ": " + (port.output ? "\"output\"" : "\"input\"");
     connections += ",\n            " + quoteJson(port.name) + ": " + bitListText(bits);
   }
-  additions.cells +=
-      ",\n        " + quoteJson(debugInstance_) +
-      ": { \"hide_name\": 0, \"type\": \"ostrel_debug\", \"parameters\": { }, \"attributes\": { \"keep\": "
-      "\"" +
-      binary32(1) + "\" }, \"port_directions\": {" + directions.mid(1) + " },\n          \"connections\": {" +
-      connections.mid(1) + " } }";
+  additions.cells += ",\n        " + quoteJson(debugInstance_) +
+                     ": { \"hide_name\": 0, \"type\": \"ostrel_debug\", \"parameters\": { }, \"attributes\": { "
+                     "\"keep\": \"" +
+                     binary32(1) + "\" }, \"port_directions\": {" + directions.mid(1) +
+                     " },\n          \"connections\": {" + connections.mid(1) + " } }";
+}
+
+bool NetlistEditor::editTop(QString& error) {
+  if (!chooseTopNames(error)) return false;
+  const int topIndex = netlist_.text.top();
+  const NetlistModule& top = netlist_.text.module(topIndex);
+  Additions additions;
+  additions.nextBit = netlist_.index(topIndex).highestBit() + 1;
+  separateOutputs(topIndex, edits_, additions);
+  std::vector<QVector<int>> childBits;
+  tap(routing_.topChildren(), top, edits_, additions, childBits);
+  addDebugInstance(childBits, additions);
   finish(top, additions, edits_);
   return true;
 }

@@ -49,6 +49,10 @@ class NetlistEditor {
            std::vector<QVector<int>>& childBits) const;
   void editVariant(const ModuleVariant& variant);
   bool editTop(QString& error);
+  bool chooseTopNames(QString& error);
+  void addDebugInstance(const std::vector<QVector<int>>& childBits, Additions& additions) const;
+  QVector<int> addPin(const DebugPort& port, Additions& additions) const;
+  QVector<int> addTriggerOut(const DebugPort& port, Additions& additions) const;
   void finish(const NetlistModule& module, const Additions& additions, TextEdits& edits) const;
   QVector<int> newBits(Additions& additions, int count) const;
   void follow(const QVector<int>& from, const QVector<int>& to, Additions& additions) const;

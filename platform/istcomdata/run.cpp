@@ -7,7 +7,6 @@
 #include "platform/insert/insertion.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_file.h"
-#include "platform/plan/planner.h"
 #include "platform/rtl/debug_module.h"
 #include "platform/rules/design_rules.h"
 #include "platform/text/byte_text.h"
@@ -77,48 +76,52 @@ bool IstComData::DRC(QString& message) {
   const bool hasNetlist = d->loadNetlist(*design, error);
   for (const auto& core : d->project->cores) core->trace->compact();
   bool cancelled = false;
-  const QList<ost::Finding> findings =
+  const ost::DesignCheck check =
       ost::checkDesignRules(*d->project, *design, hasNetlist ? d->netlist.get() : nullptr,
                             [&cancelled] { return !(cancelled = cancelled || !tcl_cmdex::servePendingEvents()); });
   if (cancelled) return false;
-  message = ost::designRuleReport(findings);
-  if (!message.endsWith('\n')) message += '\n';
-  if (!hasNetlist) message += "ERROR: " + error + '\n';
-  const bool passed = hasNetlist && !ost::hasErrors(findings);
-  if (passed) d->checked = {design, state};
-  return passed;
+  message = ost::designRuleReport(check.findings);
+  if (!hasNetlist) message += QStringLiteral("ERROR: %1\n").arg(error);
+  if (!check.fault.isEmpty()) message += QStringLiteral("ERROR: %1\n").arg(check.fault);
+  if (!hasNetlist || !check.plan) return false;
+  d->checked = {design, state, check.plan};
+  return true;
+}
+
+bool IstComData::Private::insert(QString& directory, QString& error) {
+  const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
+  if (!design) {
+    error = ost::noDesignText();
+    return false;
+  }
+  directory = ost::ProjectStorage::outputFolderOf(project->fileName, error);
+  if (directory.isEmpty() || !loadNetlist(*design, error)) return false;
+  for (const auto& core : project->cores) core->trace->compact();
+  const Checked passed = checked;  // held: what is served meanwhile may check again
+  if (!passed.plan || passed.design.lock() != design || passed.project != state()) {
+    error = QStringLiteral(
+        "The project or its design is not what the design rules passed; run the command again: ost_project run.");
+    return false;
+  }
+  sayEstimate(*passed.plan);
+  // Two projects can mean one folder, an untitled one and "untitled.ost" for example.
+  const QString file = QFileInfo(ost::fileFromText(project->fileName)).fileName();
+  const ost::InsertionRequest request{directory, ost::DesignSession::instance().proveInsertions(),
+                                      file.isEmpty() ? QStringLiteral("(untitled)") : file};
+  const ost::InsertionHooks hooks{[](const QString& line) { ost::say(line); },
+                                  [] { return tcl_cmdex::servePendingEvents(); }};
+  return ost::runInsertion(*passed.plan, *design, netlist, request, hooks, error);
 }
 
 bool IstComData::Insert(int) {
   if (!d->project) return false;
   ost::BusyTask busy(d->busyTasks);
-  QString error;
-  const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
-  ost::InsertPlan plan;
-  ost::InsertionHooks hooks{[](const QString& line) { ost::say(line); },
-                            [] { return tcl_cmdex::servePendingEvents(); }};
-  const QString directory = ost::ProjectStorage::outputFolderOf(d->project->fileName, error);
-  bool done = !directory.isEmpty() && design;
-  if (!design) error = ost::noDesignText();
-  done = done && d->loadNetlist(*design, error);
-  for (const auto& core : d->project->cores) core->trace->compact();
-  if (done && (d->checked.design.lock() != design || d->checked.project != d->state())) {
-    error = "The project or its design is not what the design rules passed; run ost_project run again.";
-    done = false;
-  }
-  done = done && ost::planInsertion(*d->project, *design, plan, error);
-  if (done) {
-    sayEstimate(plan);
-    // Two projects can mean one folder, an untitled one and "untitled.ost" for example.
-    const QString file = QFileInfo(ost::fileFromText(d->project->fileName)).fileName();
-    const ost::InsertionRequest request{directory, ost::DesignSession::instance().proveInsertions(),
-                                        file.isEmpty() ? QString("(untitled)") : file};
-    done = ost::runInsertion(plan, *design, d->netlist, request, hooks, error);
-  }
+  QString directory, error;
+  const bool done = d->insert(directory, error);
   if (done)
-    ost::say(QString("The instrumented design is in %1.").arg(ost::textFromFile(directory)));
+    ost::say(QStringLiteral("The instrumented design is in \"%1\".").arg(ost::textFromFile(directory)));
   else
-    ost::say("ERROR: Nothing was inserted: " + error);
+    ost::say(QStringLiteral("ERROR: Nothing was inserted: %1").arg(error));
   return done;
 }
 

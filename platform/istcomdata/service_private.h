@@ -9,6 +9,7 @@
 #include "platform/istcomdata/project_storage.h"
 #include "platform/istdata/project.h"
 #include "platform/netlist/netlist.h"
+#include "platform/plan/insert_plan.h"
 #include "platform/tclcmdex/host.h"
 
 namespace mero {
@@ -29,6 +30,7 @@ class IstComData::Private {
   struct Checked {
     std::weak_ptr<const ost::Design> design;
     QByteArray project;  ///< Its state(); empty when nothing passed.
+    std::shared_ptr<const ost::InsertPlan> plan;
   } checked;
 
   /// The full netlist of the design with this digest; null when there is none yet.
@@ -55,6 +57,8 @@ class IstComData::Private {
   bool resolveOption(const char* option, QString& net) const;
   bool bringDesignUpToDate(QString& error);
   bool loadNetlist(const ost::Design& design, QString& error);
+  /// `directory` is where the instrumented design goes.
+  bool insert(QString& directory, QString& error);
 };
 
 }  // namespace ostrel

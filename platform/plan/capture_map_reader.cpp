@@ -226,8 +226,6 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
     inner.refuseOthers();
     core.probes.append(probe);
   });
-  qint64 shown = 0;
-  for (const PlanProbe& probe : core.probes) shown += probe.positions.size();
   core.triggerBits = bits(fields, "triggerBits");
   list(fields, "units", kMaxPlanBits, [&](const QJsonValue& entry, const QString& place) {
     core.units.append(unit(entry, place, core.triggerBits.size()));
@@ -235,7 +233,7 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   list(fields, "expressions", kMaxPlanExpressions, [&](const QJsonValue& entry, const QString& place) {
     core.expressions.append(expression(entry, place, core.units.size()));
   });
-  if (core.depth * qMax(shown, qint64(core.sampleBits())) > kMaxPlanSampleBits)
+  if (core.readSampleBits() > kMaxPlanSampleBits)
     fail(fields.pathOf("depth"), QStringLiteral("is for more than %1 bits of samples.").arg(kMaxPlanSampleBits));
   fields.refuseOthers();
   return core;

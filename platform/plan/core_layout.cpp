@@ -6,7 +6,7 @@
 namespace ost {
 namespace {
 
-constexpr int kBlockBits = 4096;         // Sample bits of a read-out block: 2 % for echo and check value.
+constexpr int kBlockBits = 4096;         // Sample bits of a read-out block: 2 % for echo and CRC.
 constexpr int kMaxChainTableUnits = 4;   // Above, a memory is smaller than flip-flops with a selector.
 constexpr int kFixedStatusBits = 8 + 5;  // Tag and flags.
 

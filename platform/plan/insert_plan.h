@@ -112,6 +112,9 @@ struct PlanCore {
     return {triggerOutName, triggerOutName + QLatin1String(kTriggerOutNetSuffix)};
   }
 
+  /// Bits of all samples as a reader holds them: as stored or as shown, whichever takes more.
+  qint64 readSampleBits() const;
+
   int probeWidth() const { return probeBits.size(); }
   /// Bits of one stored sample: probes from bit 0, then unit states (IncludeTrigger), then the timestamp on top.
   int sampleBits() const { return probeBits.size() + (includeTrigger ? units.size() : 0) + timestampBits; }
@@ -132,8 +135,5 @@ struct InsertPlan {
   JtagPins pins;           ///< Chosen by the insertion, which avoids names of the design; not part of the hash.
   QVector<PlanCore> cores;
 };
-
-/// False, with what there is too much of and the limit, for a plan that could be inserted but not read.
-bool canBeRead(const InsertPlan& plan, QString& error);
 
 }  // namespace ost

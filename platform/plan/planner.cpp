@@ -1,4 +1,4 @@
-// Resolves the enabled cores of a project, name by name, to bits of the design.
+// Plans the enabled cores of a project from their resolved names.
 #include "platform/plan/planner.h"
 
 #include <QFileInfo>
@@ -7,8 +7,6 @@
 #include "platform/istdata/trace_tree.h"
 #include "platform/plan/capture_map.h"
 #include "platform/text/byte_text.h"
-#include "platform/trigger/trigger_expression.h"
-#include "platform/trigger/unit_value.h"
 
 namespace ost {
 
@@ -36,72 +34,54 @@ class BitList {
   QHash<NetBit, int> positions_;
 };
 
-/// Plans one core; `error` gets the first fault, in the words of the object that it belongs to.
+/// Plans one core. Trusts the design rules: where what they let pass cannot be planned, `fault` gets the part of the
+/// core that is to blame.
 class CorePlanner {
  public:
-  CorePlanner(const Core& core, const Design& design, PlanCore& plan, QString& error)
-      : core_(core), design_(design), plan_(plan), error_(error) {}
+  CorePlanner(const ResolvedCore& resolved, PlanCore& plan, QString& fault)
+      : resolved_(resolved), core_(*resolved.core), plan_(plan), fault_(fault) {}
 
   bool run() {
     plan_.name = core_.name;
-    return planOptions() && planTrace() && planUnits() && planExpressions();
+    planCapture();
+    planTriggerOutput();
+    return planNets() && planTrace() && planUnits() && planExpressions();
   }
 
  private:
-  bool fail(const QString& object, const QString& reason) {
-    error_ = QStringLiteral("Core %1%2: %3").arg(core_.name, object, reason);
+  bool fail(const QString& part) {
+    fault_ = part;
     return false;
   }
-
-  bool resolve(const QString& object, const QString& name, NetSelection& selection) {
-    QString reason;
-    return design_.resolve(name, selection, reason) || fail(object, reason);
-  }
-
-  static NetBit bitOf(const NetSelection& selection, int index) {
-    return {selection.instancePath, selection.net, selection.bits[index], selection.bitNames[index]};
-  }
-
-  bool resolveBit(const QString& object, const QString& name, NetBit& bit) {
-    if (name.isEmpty()) return fail(object, QStringLiteral("no net is set."));
-    NetSelection selection;
-    if (!resolve(object, name, selection)) return false;
-    if (selection.bits.size() != 1)
-      return fail(object, QStringLiteral("\"%1\" has %2 bits; name one of them.").arg(name).arg(selection.bits.size()));
-    bit = bitOf(selection, 0);
+  bool takeBit(const char* part, const ResolvedName& name, NetBit& bit) {
+    if (name.bits.size() != 1) return fail(QLatin1String(part));
+    bit = name.bits.first();
     return true;
   }
 
-  bool planOptions();
+  void planCapture();
+  void planTriggerOutput();
+  bool planNets();
   bool planTrace();
   bool addLeaves(const TraceNode* node, PlanProbe& probe);
   void nameValues(PlanProbe& probe) const;
   bool planUnits();
-  bool planUnit(const TriggerUnit& unit, BitList& inputs);
+  bool planUnit(const ResolvedUnit& source, BitList& inputs);
   bool planExpressions();
-  bool planExpression(const TriggerExpression& expression);
+  bool planExpression(const ResolvedExpression& source);
 
+  const ResolvedCore& resolved_;
   const Core& core_;
-  const Design& design_;
   PlanCore& plan_;
-  QString& error_;
-  QHash<const TraceNode*, int> captured_;  ///< Signal nodes and their position in probeBits.
+  QString& fault_;
+  QHash<const TraceNode*, const ResolvedSignal*> traced_;
+  QHash<const TraceNode*, int> captured_;   ///< Signal nodes and their position in probeBits.
+  QVector<const ResolvedSignal*> sources_;  ///< Of probeBits.
   QHash<QString, int> unitByName_;
 };
 
-bool CorePlanner::planOptions() {
+void CorePlanner::planCapture() {
   const CoreOptions& options = core_.options;
-  if (!resolveBit(QStringLiteral(", sample clock"), options.sampleClock, plan_.sampleClock)) return false;
-  plan_.hasSampleEnable = options.sampleEnable;
-  plan_.sampleEnableActiveLow = options.sampleEnable && options.sampleEnablePolarity == Polarity::ActiveLow;
-  if (options.sampleEnable &&
-      !resolveBit(QStringLiteral(", sample enable"), options.sampleEnableSignal, plan_.sampleEnable))
-    return false;
-  plan_.hasTriggerEnable = options.triggerEnable;
-  plan_.triggerEnableActiveLow = options.triggerEnable && options.triggerEnablePolarity == Polarity::ActiveLow;
-  if (options.triggerEnable &&
-      !resolveBit(QStringLiteral(", trigger enable"), options.triggerEnableSignal, plan_.triggerEnable))
-    return false;
   plan_.displayRadix = options.defaultRadix;
   plan_.depth = options.bufferDepth;
   plan_.distributedRam = options.implementation == Implementation::DistributedRam;
@@ -113,16 +93,27 @@ bool CorePlanner::planOptions() {
   plan_.windowSamples = multiple ? core_.samplesPerTrigger : options.bufferDepth;
   plan_.eventCounter = options.eventCounter;
   plan_.eventCount = options.eventCounter ? options.eventCounterValue : 1;
-  if (options.triggerOut) {
-    plan_.triggerOutIo = options.triggerOutType != TriggerOutType::Net;
-    plan_.triggerOutNet = options.triggerOutType != TriggerOutType::Io;
-    plan_.triggerOutName = options.triggerOutName;
-    plan_.triggerOutActiveLow = options.triggerOutPolarity == Polarity::ActiveLow;
-    plan_.triggerOutMinPulse = options.triggerOutMinPulse;
-    if (plan_.triggerOutName.isEmpty())
-      return fail(QStringLiteral(", trigger out"), QStringLiteral("it has no net name."));
-  }
-  return true;
+}
+
+void CorePlanner::planTriggerOutput() {
+  const CoreOptions& options = core_.options;
+  if (!options.triggerOut) return;
+  plan_.triggerOutIo = options.triggerOutType != TriggerOutType::Net;
+  plan_.triggerOutNet = options.triggerOutType != TriggerOutType::Io;
+  plan_.triggerOutName = options.triggerOutName;
+  plan_.triggerOutActiveLow = options.triggerOutPolarity == Polarity::ActiveLow;
+  plan_.triggerOutMinPulse = options.triggerOutMinPulse;
+}
+
+bool CorePlanner::planNets() {
+  const CoreOptions& options = core_.options;
+  plan_.hasSampleEnable = options.sampleEnable;
+  plan_.sampleEnableActiveLow = options.sampleEnable && options.sampleEnablePolarity == Polarity::ActiveLow;
+  plan_.hasTriggerEnable = options.triggerEnable;
+  plan_.triggerEnableActiveLow = options.triggerEnable && options.triggerEnablePolarity == Polarity::ActiveLow;
+  return takeBit("the sample clock", resolved_.sampleClock, plan_.sampleClock) &&
+         (!options.sampleEnable || takeBit("the sample enable", resolved_.sampleEnable, plan_.sampleEnable)) &&
+         (!options.triggerEnable || takeBit("the trigger enable", resolved_.triggerEnable, plan_.triggerEnable));
 }
 
 /// Collects the bits below a top-level entry, in order. Signals come to their position where they stand; a reference
@@ -137,10 +128,11 @@ bool CorePlanner::addLeaves(const TraceNode* node, PlanProbe& probe) {
   if (!signal || signal->kind != mero::ostrel::TRACE_NODE_SIGNAL) return true;
   auto known = captured_.constFind(signal);
   if (known == captured_.constEnd()) {
-    NetBit bit;
-    if (!resolveBit(QStringLiteral(", trace"), signal->displayName(), bit)) return false;
+    const ResolvedSignal* found = traced_.value(signal);
+    if (!found) return fail(QStringLiteral("the signal \"%1\"").arg(signal->displayName()));
     known = captured_.insert(signal, plan_.probeBits.size());
-    plan_.probeBits.append(bit);
+    plan_.probeBits.append(found->bit);
+    sources_.append(found);
   }
   probe.positions.append(*known);
   return true;
@@ -148,18 +140,19 @@ bool CorePlanner::addLeaves(const TraceNode* node, PlanProbe& probe) {
 
 /// A probe that is a whole net, its bits in their order, has the names of the net's values.
 void CorePlanner::nameValues(PlanProbe& probe) const {
-  const NetBit& first = plan_.probeBits[probe.positions.first()];
-  NetSelection selection;
-  QString ignored;
-  if (!design_.resolve(first.name, selection, ignored) || selection.netWidth != probe.positions.size()) return;
+  const ResolvedSignal* first = sources_[probe.positions.first()];
+  if (first->netNames.isEmpty() || first->netWidth != probe.positions.size()) return;
   for (int i = 0; i < probe.positions.size(); ++i) {
     const NetBit& bit = plan_.probeBits[probe.positions[i]];
-    if (bit.net != first.net || bit.instancePath != first.instancePath || bit.bit != selection.netWidth - 1 - i) return;
+    if (bit.net != first->bit.net || bit.instancePath != first->bit.instancePath || bit.bit != first->netWidth - 1 - i)
+      return;
   }
-  probe.names = selection.enumNames;
+  probe.names = first->netNames;
 }
 
 bool CorePlanner::planTrace() {
+  for (const ResolvedSignal& signal : resolved_.traced)
+    if (signal.width == 1) traced_.insert(signal.node, &signal);
   for (const TraceNode* node : core_.trace->nodes) {
     PlanProbe probe;
     probe.name = node->displayName();
@@ -168,79 +161,66 @@ bool CorePlanner::planTrace() {
     nameValues(probe);
     plan_.probes.append(probe);
   }
-  return !plan_.probeBits.isEmpty() || fail(QString(), QStringLiteral("nothing is traced."));
+  return !plan_.probeBits.isEmpty() || fail(QStringLiteral("its empty trace"));
 }
 
-bool CorePlanner::planUnit(const TriggerUnit& source, BitList& inputs) {
-  PlanUnit unit;
-  unit.name = source.name;
-  unit.op = source.op;
-  unit.radix = source.radix;
-  unit.valueText = source.value;
-  switch (source.op) {
+UnitClass unitClassOf(Operator op) {
+  switch (op) {
     case Operator::SerialCompare:
-      unit.unitClass = UnitClass::Serial;
-      break;
+      return UnitClass::Serial;
     case Operator::Greater:
     case Operator::GreaterEqual:
     case Operator::Less:
     case Operator::LessEqual:
-      unit.unitClass = UnitClass::Order;
-      break;
+      return UnitClass::Order;
     default:
-      unit.unitClass = UnitClass::Match;
+      return UnitClass::Match;
   }
-  const QString object = QStringLiteral(", unit ") + source.name;
-  for (int i = source.signalNames.size() - 1; i >= 0; --i) {
-    NetSelection selection;
-    if (!resolve(object, source.signalNames[i], selection)) return false;
-    if (source.signalNames.size() == 1) unit.names = valueNames(selection);
-    for (int bit = selection.bits.size() - 1; bit >= 0; --bit) unit.inputs.append(inputs.add(bitOf(selection, bit)));
-  }
-  if (unit.inputs.isEmpty()) return fail(object, QStringLiteral("it has no signals."));
-  if (unit.unitClass == UnitClass::Serial && unit.inputs.size() != 1)
-    return fail(object, QStringLiteral(".SC. takes one signal of one bit."));
-  QString reason;
-  if (!parseUnitValue(source.op, source.radix, source.value, unit.inputs.size(), unit.value, unit.mask, reason,
-                      unit.names))
-    return fail(object, reason);
+}
+
+bool CorePlanner::planUnit(const ResolvedUnit& source, BitList& inputs) {
+  if (source.value.isEmpty() || !source.vanished.isEmpty())
+    return fail(QStringLiteral("the trigger unit \"%1\"").arg(source.unit->name));
+  PlanUnit unit;
+  unit.name = source.unit->name;
+  unit.op = source.unit->op;
+  unit.radix = source.unit->radix;
+  unit.valueText = source.unit->value;
+  unit.unitClass = unitClassOf(unit.op);
+  for (int i = source.bits.size() - 1; i >= 0; --i) unit.inputs.append(inputs.add(source.bits[i]));
+  unit.value = source.value;
+  unit.mask = source.mask;
+  unit.names = source.names;
   unit.width = unit.value.size();
-  unitByName_.insert(source.name, plan_.units.size());
+  unitByName_.insert(unit.name, plan_.units.size());
   plan_.units.append(unit);
   return true;
 }
 
 bool CorePlanner::planUnits() {
   BitList inputs(plan_.triggerBits);
-  for (const auto& unit : core_.dataset.units())
-    if (!planUnit(unit->unit, inputs)) return false;
+  for (const ResolvedUnit& unit : resolved_.units)
+    if (!planUnit(unit, inputs)) return false;
   return true;
 }
 
-bool CorePlanner::planExpression(const TriggerExpression& source) {
-  const QString object = QStringLiteral(", expression ") + source.name;
-  ParsedExpression parsed;
-  QString reason;
-  if (!parseTriggerExpression(source.text, parsed, reason)) return fail(object, reason);
+bool CorePlanner::planExpression(const ResolvedExpression& source) {
+  const TriggerExpression& text = *source.expression;
+  const QString part = QStringLiteral("the trigger expression \"%1\"").arg(text.name);
+  if (!source.fault.isEmpty() || source.parsed.steps.size() > text.maxSequenceDepth) return fail(part);
   PlanExpression expression;
-  expression.name = source.name;
-  expression.text = source.text;
-  expression.blockRam = source.ram == ExpressionRam::BlockRam;
-  expression.maxSequenceDepth = source.maxSequenceDepth;
-  expression.maxEventCount = source.maxEventCount;
-  for (const QString& name : parsed.units) {
+  expression.name = text.name;
+  expression.text = text.text;
+  expression.blockRam = text.ram == ExpressionRam::BlockRam;
+  expression.maxSequenceDepth = text.maxSequenceDepth;
+  expression.maxEventCount = text.maxEventCount;
+  for (const QString& name : source.parsed.units) {
     const int unit = unitByName_.value(name, -1);
-    if (unit < 0) return fail(object, QStringLiteral("the trigger unit \"%1\" does not exist.").arg(name));
+    if (unit < 0) return fail(part);
     expression.units.append(unit);
   }
-  if (parsed.steps.size() > source.maxSequenceDepth)
-    return fail(object, QStringLiteral("it has %1 steps, its sequence depth is %2.")
-                            .arg(parsed.steps.size())
-                            .arg(source.maxSequenceDepth));
-  for (const ParsedStep& step : parsed.steps) {
-    if (step.count > source.maxEventCount)
-      return fail(object,
-                  QStringLiteral("it counts to %1, its event count is %2.").arg(step.count).arg(source.maxEventCount));
+  for (const ParsedStep& step : source.parsed.steps) {
+    if (step.count > text.maxEventCount) return fail(part);
     expression.steps.append({step.truthTable, step.count});
   }
   plan_.expressions.append(expression);
@@ -248,30 +228,31 @@ bool CorePlanner::planExpression(const TriggerExpression& source) {
 }
 
 bool CorePlanner::planExpressions() {
-  for (const auto& expression : core_.dataset.expressions())
-    if (!planExpression(*expression)) return false;
-  return !plan_.expressions.isEmpty() || fail(QString(), QStringLiteral("it has no trigger expression."));
+  for (const ResolvedExpression& expression : resolved_.expressions)
+    if (!planExpression(expression)) return false;
+  return !plan_.expressions.isEmpty() || fail(QStringLiteral("its missing trigger expression"));
 }
 
 }  // namespace
 
-bool planInsertion(const mero::ostrel::istProject& project, const Design& design, InsertPlan& plan, QString& error) {
+bool planInsertion(const mero::ostrel::istProject& project, const Design& design,
+                   const std::vector<ResolvedCore>& cores, InsertPlan& plan, QString& error) {
   InsertPlan result;
   result.projectName = project.fileName.isEmpty()
                            ? QStringLiteral("untitled")
                            : textFromFile(QFileInfo(fileFromText(project.fileName)).completeBaseName());
   result.topModule = design.topModule();
-  for (const auto& core : project.cores) {
-    if (!core->enabled) continue;
+  for (const ResolvedCore& core : cores) {
+    QString fault;
     result.cores.append(PlanCore());
-    if (!CorePlanner(*core, design, result.cores.last(), error).run()) return false;
-  }
-  if (result.cores.isEmpty()) {
-    error = QStringLiteral("No core is enabled; add or enable one first.");
+    if (CorePlanner(core, result.cores.last(), fault).run()) continue;
+    error =
+        QStringLiteral(
+            "Internal error: core \"%1\" passed the design rules but cannot be planned because of %2; please report "
+            "this with the project.")
+            .arg(core.core->name, fault);
     return false;
   }
-  // What no reader would take must not be inserted.
-  if (!canBeRead(result, error)) return false;
   result.projectHash = planHash(result);
   plan = result;
   return true;

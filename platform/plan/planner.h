@@ -1,14 +1,14 @@
-// Turns the enabled cores of a project into an InsertPlan against a design.
+// Turns the enabled cores of a project, their names resolved, into an InsertPlan.
 #pragma once
 
-#include "platform/design/design.h"
-#include "platform/istdata/project.h"
 #include "platform/plan/insert_plan.h"
+#include "platform/plan/resolved_core.h"
 
 namespace ost {
 
-/// False with one text in `error` when something does not resolve; the design rules report the same faults one by one
-/// with their way out, so a project that passed them plans without fail.
-bool planInsertion(const mero::ostrel::istProject& project, const Design& design, InsertPlan& plan, QString& error);
+/// Plans `cores`, the enabled ones of `project`, for a project that the design rules found without an error. What they
+/// should have refused is an internal error: false with a text in `error`, and `plan` is unchanged.
+bool planInsertion(const mero::ostrel::istProject& project, const Design& design,
+                   const std::vector<ResolvedCore>& cores, InsertPlan& plan, QString& error);
 
 }  // namespace ost

@@ -7,7 +7,7 @@
 #include <QStringList>
 
 #include "platform/reader/hub_link.h"
-#include "platform/reader/remote_bitbang.h"
+#include "platform/jtag/remote_bitbang.h"
 #include "platform/reader/run_settings.h"
 
 namespace ost {

@@ -1,11 +1,11 @@
-// Check values as docs/debug-core.md, section 2 defines them: CRC-32's polynomial, most significant bit first.
+// The CRC as docs/debug-core.md, section 2 defines it: CRC-32's polynomial, most significant bit first.
 #include "platform/reader/hub_frame.h"
 
 namespace ost {
 namespace {
 
 constexpr quint32 kPolynomial = 0x04C11DB7u;
-/// What the register holds at the end of a good write frame.
+/// The register's value after a good write frame.
 constexpr quint32 kGoodResidue = 0xC704DD7Bu;
 
 QByteArray commandBits(const HubCommand& command) {
@@ -19,7 +19,7 @@ quint32 stepBack(quint32 state, bool bit) {
   return state | (feedback != bit ? 0x80000000u : 0);
 }
 
-QByteArray checkBits(quint32 value) {
+QByteArray crcBits(quint32 value) {
   QByteArray bits;
   for (int i = 31; i >= 0; --i) bits += static_cast<char>(value >> i & 1);
   return bits;
@@ -49,18 +49,18 @@ quint32 frameCrc(const QByteArray& bits, quint32 seed) {
 }
 
 QByteArray writeFrame(const HubCommand& command, const QByteArray& payload) {
-  quint32 wanted = kGoodResidue;
-  for (int i = payload.size() - 1; i >= 0; --i) wanted = stepBack(wanted, payload[i]);
-  for (int i = 0; i < kCheckBits; ++i) wanted = stepBack(wanted, false);
+  quint32 required = kGoodResidue;
+  for (int i = payload.size() - 1; i >= 0; --i) required = stepBack(required, payload[i]);
+  for (int i = 0; i < kCrcBits; ++i) required = stepBack(required, false);
   const QByteArray head = commandBits(command);
-  return QByteArray(1, 1) + head + checkBits(frameCrc(head) ^ wanted) + payload;
+  return QByteArray(1, 1) + head + crcBits(frameCrc(head) ^ required) + payload;
 }
 
 bool readBlock(const QByteArray& bits, int first, int payloadBits, const HubCommand& expected, HubReply& reply) {
   const QByteArray block = bits.mid(first, kBlockOverhead + payloadBits);
   if (block.size() < kBlockOverhead + payloadBits) return false;
-  const QByteArray checked = block.left(block.size() - kCheckBits);
-  if (checkBits(frameCrc(checked)) != block.right(kCheckBits)) return false;
+  const QByteArray checked = block.left(block.size() - kCrcBits);
+  if (crcBits(frameCrc(checked)) != block.right(kCrcBits)) return false;
   const char* flags = checked.constData() + kCommandBits;
   const int echoed = expected.op == HubOp::Table ? 20 : kCommandBits;
   if (checked.left(echoed) != commandBits(expected).left(echoed) || !flags[7]) return false;

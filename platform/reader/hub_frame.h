@@ -1,5 +1,5 @@
-// Frames of the debug hub's USER register: commands with their check value ahead, reply blocks with theirs behind.
-// Bits are bytes of 0 or 1 in the order in which they cross the line.
+// Frames of the debug hub's USER register: commands, whose CRC precedes the payload, and reply blocks, whose CRC
+// follows it. Bits are bytes of 0 or 1 in the order in which they cross the line.
 #pragma once
 
 #include <QByteArray>
@@ -19,9 +19,9 @@ struct HubCommand {
 
 constexpr int kCommandBits = 40;
 constexpr int kFlagBits = 8;
-constexpr int kCheckBits = 32;
+constexpr int kCrcBits = 32;
 /// Bits of a reply block around its payload.
-constexpr int kBlockOverhead = kCommandBits + kFlagBits + kCheckBits;
+constexpr int kBlockOverhead = kCommandBits + kFlagBits + kCrcBits;
 
 struct HubFlags {
   bool ready = false, armed = false, done = false, configured = false, fresh = false, refused = false;
@@ -40,10 +40,10 @@ quint64 bitsNumber(const QByteArray& bits, int first, int count);
 /// The check register over `bits`, started with `seed`.
 quint32 frameCrc(const QByteArray& bits, quint32 seed = 0xFFFFFFFFu);
 
-/// The write scan of a command: start bit, command, check value, payload.
+/// The write scan of a command: start bit, command, CRC prefix, payload.
 QByteArray writeFrame(const HubCommand& command, const QByteArray& payload);
 
-/// Takes one reply block from `first` on out of `bits`. False unless its check value is right, it echoes `expected` and
+/// Takes one reply block from `first` on out of `bits`. False unless its CRC is correct, it echoes `expected` and
 /// holds the bit that is always 1. The echo of a Table command has counted the rows that were taken; how many bits of
 /// it count depends on the hub's largest memory, so that only those of the table's own address are looked at.
 bool readBlock(const QByteArray& bits, int first, int payloadBits, const HubCommand& expected, HubReply& reply);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/reader/hub_frame.h"
-#include "platform/reader/tap_driver.h"
+#include "platform/jtag/tap_driver.h"
 
 namespace ost {
 

@@ -1,23 +1,23 @@
 // One logic-analyzer core without its trigger units and expressions: input registers, window control, sample memory,
 // trigger output on the sample clock; configuration chain, status and read-out on TCK. `ostrel_debug` connects units
-// and expressions to it. What it does to the sample is written down in docs/debug-core.md.
+// and expressions to it. docs/debug-core.md specifies its behaviour to the sample.
 //
-// Pipeline on the sample clock. Trigger and data pass the same stages, so that nothing has to be aligned later:
-//   A  the inputs as they are at the sample's edge
+// Pipeline on the sample clock. Trigger and data pass through the same stages, so that nothing has to be aligned later:
+//   A  the inputs as sampled at every edge
 //   B  the last sample (loads only on samples); units' hits
 //   C  hits and data of B; expression rows looked up from B's hits
 //   D  window control acts on C, and C's word is written
 //
 // Clock crossings, all of them:
-//   run      TCK -> clk   level, synchronised. Rises only while busy is seen low, falls only while it is seen high: neither
-//                         a short STOP nor a short ARM can be missed by a slow sample clock.
+//   run      TCK -> clk   level, synchronised. Rises only while busy is seen low and falls only while it is seen high,
+//                         so that a slow sample clock misses neither a short STOP nor a short ARM.
 //   busy     clk -> TCK   level, synchronised. Low when the whole pipeline is empty.
 //   done     clk -> TCK   level, synchronised. Rises one sample clock after the last write to the memory.
-//   ask      TCK -> clk   toggles to ask for a snapshot, synchronised.
-//   answer   clk -> TCK   follows ask when the snapshot stands, synchronised.
-//   snapshot clk -> TCK   word, constant from before answer follows ask to the next change of ask.
-//   oldest   clk -> TCK   word, changes only as done rises. (A status word that is just being sent as it or the snapshot
-//                         changes can fail its check value; it cannot be wrong with a right one.)
+//   request  TCK -> clk   level, toggles to request a snapshot, synchronised.
+//   ack      clk -> TCK   level, follows request once the snapshot is stable, synchronised.
+//   snapshot clk -> TCK   word, stable from before ack follows request until request toggles again.
+//   oldest   clk -> TCK   word, changes only as done rises. (A status word that is being sent while it or the snapshot
+//                         changes can fail its CRC; it is never wrong with a correct one.)
 //   config_q TCK -> clk   word, changes only while ready, that is before run rises.
 //   memory   clk -> TCK   written only before done, read only after it.
 //   tables   TCK -> clk   (ostrel_table) as config_q.
@@ -52,7 +52,7 @@ module ostrel_core #(
     parameter [127:0] INFO = 128'd0,        // This core's half of the self-description.
     parameter integer WORD_BITS = PROBES + (INCLUDE_TRIGGER != 0 ? UNITS : 0) + TIMESTAMP_BITS + (WINDOWS > 1 ? 1 : 0)
 ) (
-    // The design's side. In a simulation, all but trig is 0 or 1 (see ostrel_known), and so are the units' hits.
+    // Design side. In a simulation, all but trig is 0 or 1 (see ostrel_known), and so are the units' hits.
     input  wire                        clk,
     input  wire [PROBES-1:0]           probe,
     input  wire [TRIGGERS-1:0]         trig,
@@ -60,15 +60,15 @@ module ostrel_core #(
     input  wire                        trig_en,
     output wire                        trig_out,
 
-    // Units: hit belongs to unit_cur one clock later.
+    // Units: hits are those of unit_cur one clock before.
     output wire                        unit_clear,
     output wire                        unit_sample,
-    output wire                        unit_seen,
+    output wire                        unit_sampled,
     output wire [TRIGGERS-1:0]         unit_cur,
     input  wire [UNITS-1:0]            hits,
     // Expressions.
     output wire                        restart,
-    output wire                        look,
+    output wire                        evaluate,
     input  wire [EXPRESSIONS-1:0]      fires,
     input  wire [(STEP_STATE_BITS > 0 ? STEP_STATE_BITS - 1 : 0):0] steps,
     output wire [CHAIN_BITS-1:0]       config_bits,
@@ -76,7 +76,7 @@ module ostrel_core #(
     output wire [(ROW_BITS > 0 ? ROW_BITS - 1 : 0):0] table_row,   // The row ends at the top bit.
     input  wire                        table_last,  // index is at the last bit of the addressed table's row.
 
-    // The hub's side, see ostrel_hub.
+    // Hub side, see ostrel_hub.
     input  wire                        tck,
     input  wire                        tdi,
     input  wire                        select,
@@ -93,7 +93,7 @@ module ostrel_core #(
     input  wire [INDEX_BITS-1:0]       index,
     input  wire                        load,
     input  wire                        fetch,
-    input  wire                        take,
+    input  wire                        execute,
     output wire                        permit,
     output wire                        word_last,
     output wire                        block_end,
@@ -115,40 +115,40 @@ module ostrel_core #(
   // ---- TCK: configuration, run, status, read-out
 
   reg [CHAIN_BITS-1:0] config_q;
-  reg configured, want, run, ask;
+  reg configured, armed, run, request;
   reg [7:0] run_tag;
-  wire busy_seen, done_seen, answer_seen;
-  wire ready = ~run & ~want & ~busy_seen;
-  wire fresh = ask == answer_seen;
+  wire busy_sync, done_sync, ack_sync;
+  wire ready = ~run & ~armed & ~busy_sync;
+  wire fresh = request == ack_sync;
 
   initial begin
     configured = 1'b0;
-    want = 1'b0;
+    armed = 1'b0;
     run = 1'b0;
-    ask = 1'b0;
+    request = 1'b0;
     run_tag = 8'd0;
   end
 
-  assign permit = select & (op_status | op_info | op_stop | (op_read & done_seen & tag == run_tag) |
+  assign permit = select & (op_status | op_info | op_stop | (op_read & done_sync & tag == run_tag) |
                             (op_config & ready) | ((op_table | op_arm) & ready & configured));
-  assign flags = {fresh, configured, done_seen, want, ready};
+  assign flags = {fresh, configured, done_sync, armed, ready};
   assign config_bits = config_q;
 
-  wire mine = select & take;
+  wire execute_here = select & execute;
   always @(posedge tck) begin
     if (select & load & op_config) config_q <= {tdi, config_q[CHAIN_BITS-1:1]};
 
-    // What has been shifted in part counts for nothing until its frame has proved good.
+    // A configuration that is being shifted in does not count before its frame has passed the CRC.
     if (select & load & (op_config | op_table)) configured <= 1'b0;
-    else if (mine & (op_config | op_table)) configured <= 1'b1;
+    else if (execute_here & (op_config | op_table)) configured <= 1'b1;
 
-    if (mine & op_arm) begin
-      want <= 1'b1;
+    if (execute_here & op_arm) begin
+      armed <= 1'b1;
       run_tag <= tag;
-    end else if (mine & op_stop) want <= 1'b0;
-    run <= busy_seen ? run & want : run | want;
+    end else if (execute_here & op_stop) armed <= 1'b0;
+    run <= busy_sync ? run & armed : run | armed;
 
-    if (mine & op_status & fresh) ask <= ~ask;
+    if (execute_here & op_status & fresh) request <= ~request;
   end
 
   assign table_load = select & load & op_table;
@@ -164,13 +164,13 @@ module ostrel_core #(
 
   // ---- Sample clock: pipeline
 
-  wire run_here, ask_here;
-  reg run_a, run_b, run_c;  // The run's level, passed along with the samples.
-  reg clear_a, clear_c;     // Their inverses, as registers: a reset through an inverter would cost one for each bit.
+  wire run_sync, request_sync;
+  reg run_a, run_b, run_c;  // run, delayed with the samples.
+  reg clear_a, clear_c;     // Their inverses as registers: an inverted reset would cost an inverter for each bit.
   reg sample_a, sample_b, sample_c, trig_en_a, trig_en_b, trig_en_c;
   reg [PROBES-1:0] probe_a, probe_b, probe_c;
   reg [TRIGGERS-1:0] trig_a;
-  reg seen, busy, full, done, answer;
+  reg sampled, busy, full, done, ack;
 
   initial begin
     // A clock that has not started yet leaves the core configurable.
@@ -183,21 +183,21 @@ module ostrel_core #(
     sample_c = 1'b0;
     full = 1'b0;
     done = 1'b0;
-    answer = 1'b0;
+    ack = 1'b0;
   end
 
   wire sample_now = HAS_SAMPLE_EN != 0 ? sample_en ^ (SAMPLE_EN_LOW != 0) : 1'b1;
   wire trig_en_now = HAS_TRIG_EN != 0 ? trig_en ^ (TRIG_EN_LOW != 0) : 1'b1;
 
   always @(posedge clk) begin
-    run_a <= run_here;
+    run_a <= run_sync;
     run_b <= run_a;
     run_c <= run_b;
-    clear_a <= ~run_here;
+    clear_a <= ~run_sync;
     clear_c <= ~run_b;
-    busy <= run_here | run_a | run_b | run_c;
+    busy <= run_sync | run_a | run_b | run_c;
 
-    sample_a <= run_here & sample_now;
+    sample_a <= run_sync & sample_now;
     sample_b <= sample_a;
     sample_c <= sample_b;
     probe_a <= probe;
@@ -210,47 +210,47 @@ module ostrel_core #(
     probe_c <= probe_b;
     trig_en_c <= trig_en_b;
 
-    if (clear_a) seen <= 1'b0;
-    else if (sample_a) seen <= 1'b1;
+    if (clear_a) sampled <= 1'b0;
+    else if (sample_a) sampled <= 1'b1;
   end
 
   assign unit_clear = clear_a;
   assign unit_sample = sample_a;
-  assign unit_seen = seen;
+  assign unit_sampled = sampled;
   assign unit_cur = trig_a;
 
   // ---- Sample clock: windows
 
-  reg [POSITION_BITS-1:0] position;  // Where in the window's ring the sample goes.
-  reg [POSITION_BITS-1:0] kept;      // Samples of the final window so far; stands at `pre` while searching.
+  reg [POSITION_BITS-1:0] position;  // The sample's place in the window's ring.
+  reg [POSITION_BITS-1:0] fill;      // Samples of the window that will be kept; holds `pre` while searching.
   reg triggered;
   wire trigger;
   wire [POSITION_BITS-1:0] pre = config_q[0+:POSITION_BITS];
   wire store = sample_c & ~full;
-  wire waiting = kept == pre & ~triggered & ~full;
-  wire window_end = store & (&kept) & (~waiting | trigger);
+  wire waiting = fill == pre & ~triggered & ~full;
+  wire window_end = store & (&fill) & (~waiting | trigger);
   wire last_window;
 
-  assign restart = kept != pre | triggered | full | clear_c;
-  assign look = sample_c & waiting & trig_en_c;
+  assign restart = fill != pre | triggered | full | clear_c;
+  assign evaluate = sample_c & waiting & trig_en_c;
 
   always @(posedge clk)
     if (clear_c) begin
-      kept <= {POSITION_BITS{1'b0}};
+      fill <= {POSITION_BITS{1'b0}};
       triggered <= 1'b0;
       full <= 1'b0;
       done <= 1'b0;
     end else begin
-      if (store & (~waiting | trigger)) kept <= kept + 1'b1;  // Ends a window at 0 again.
+      if (store & (~waiting | trigger)) fill <= fill + 1'b1;  // Wraps to 0 at the window's end.
       if (window_end) triggered <= 1'b0;
       else if (trigger) triggered <= 1'b1;
       if (window_end & last_window) full <= 1'b1;
       done <= full;
     end
 
-  // Status of the window counter and the lap bit exist only with several windows.
+  // The window counter and the lap bit exist only with several windows.
   wire [ADDRESS_BITS-1:0] write_address;
-  wire [SNAPSHOT_BITS-1:0] live;
+  wire [SNAPSHOT_BITS-1:0] status_now;
   wire [WORD_BITS-1:0] word;
   wire [STATUS_BITS-1:0] status;
   reg [SNAPSHOT_BITS-1:0] snapshot;
@@ -273,7 +273,7 @@ module ostrel_core #(
         end
       assign write_address = {window, position};
       assign word[WORD_BITS-1] = lap;
-      assign live[5+:WINDOW_BITS] = window;
+      assign status_now[5+:WINDOW_BITS] = window;
       assign status = {snapshot, run_tag};
     end else begin : one_window
       assign last_window = 1'b1;
@@ -281,7 +281,7 @@ module ostrel_core #(
         if (clear_c) position <= {POSITION_BITS{1'b0}};
         else if (store) position <= position + 1'b1;
       assign write_address = position;
-      // Position itself runs on while TCK could look at it.
+      // A copy: position itself may still change while TCK reads it.
       reg [POSITION_BITS-1:0] oldest;
       initial oldest = {POSITION_BITS{1'b0}};
       always @(posedge clk) if (full) oldest <= position;
@@ -292,7 +292,7 @@ module ostrel_core #(
       end
     end
 
-    // ---- Sample clock: what else goes into a word
+    // ---- Sample clock: the stored word
 
     assign word[0+:PROBES] = probe_c;
     if (INCLUDE_TRIGGER != 0) begin : unit_states
@@ -303,47 +303,47 @@ module ostrel_core #(
       wire unused = &{1'b0, hits};
     end
     if (TIMESTAMP_BITS > 0) begin : timestamp
-      // Runs with stage C: 0 at the edge that writes a sample of the run's first edge.
-      reg [TIMESTAMP_BITS-1:0] now;
+      // Counts in stage C: 0 at the edge that writes a sample of the run's edge 0.
+      reg [TIMESTAMP_BITS-1:0] cycle;
       always @(posedge clk)
-        if (clear_c) now <= {TIMESTAMP_BITS{1'b0}};
-        else now <= now + 1'b1;
-      assign word[PROBES+(INCLUDE_TRIGGER != 0 ? UNITS : 0)+:TIMESTAMP_BITS] = now;
+        if (clear_c) cycle <= {TIMESTAMP_BITS{1'b0}};
+        else cycle <= cycle + 1'b1;
+      assign word[PROBES+(INCLUDE_TRIGGER != 0 ? UNITS : 0)+:TIMESTAMP_BITS] = cycle;
     end
 
     // ---- Sample clock: trigger
 
     if (EVENT_BITS > 0) begin : event_counter
       reg [EVENT_BITS-1:0] events;
-      wire enough = events == config_q[POSITION_BITS+WINDOW_BITS+:EVENT_BITS];
-      assign trigger = |fires & enough;
+      wire count_reached = events == config_q[POSITION_BITS+WINDOW_BITS+:EVENT_BITS];
+      assign trigger = |fires & count_reached;
       always @(posedge clk)
         if (restart) events <= {EVENT_BITS{1'b0}};
         else if (|fires) events <= events + 1'b1;
-      assign live[5+WINDOW_BITS+STEP_STATE_BITS+:EVENT_BITS] = events;
+      assign status_now[5+WINDOW_BITS+STEP_STATE_BITS+:EVENT_BITS] = events;
     end else begin : first_event
       assign trigger = |fires;
     end
 
     if (STEP_STATE_BITS > 0) begin : step_states
-      assign live[5+WINDOW_BITS+:STEP_STATE_BITS] = steps;
+      assign status_now[5+WINDOW_BITS+:STEP_STATE_BITS] = steps;
     end else begin : no_step_states
       wire unused = &{1'b0, steps};
     end
   endgenerate
-  assign live[4:0] = {seen, trig_en_a, triggered, ~restart, run_a};
+  assign status_now[4:0] = {sampled, trig_en_a, triggered, ~restart, run_a};
 
   reg trig_out_q;
   initial trig_out_q = TRIG_OUT_LOW != 0;
   assign trig_out = trig_out_q;
   generate
     if (PULSE > 1) begin : pulse
-      reg [PULSE_BITS-1:0] left;
-      localparam integer MORE = PULSE - 1;
-      initial left = {PULSE_BITS{1'b0}};
+      reg [PULSE_BITS-1:0] remaining;
+      localparam integer RELOAD = PULSE - 1;
+      initial remaining = {PULSE_BITS{1'b0}};
       always @(posedge clk) begin
-        trig_out_q <= (trigger | (|left)) ^ (TRIG_OUT_LOW != 0);
-        left <= trigger ? MORE[PULSE_BITS-1:0] : left - {{(PULSE_BITS-1){1'b0}}, |left};
+        trig_out_q <= (trigger | (|remaining)) ^ (TRIG_OUT_LOW != 0);
+        remaining <= trigger ? RELOAD[PULSE_BITS-1:0] : remaining - {{(PULSE_BITS-1){1'b0}}, |remaining};
       end
     end else begin : single_cycle
       always @(posedge clk) trig_out_q <= trigger ^ (TRIG_OUT_LOW != 0);
@@ -360,7 +360,7 @@ module ostrel_core #(
       .read_clk(tck), .read(fetch & select), .read_address(address[ADDRESS_BITS-1:0]), .read_data(read_word)
   );
 
-  // A bit-wide selector in place of a shift register: it costs a quarter of a LUT a bit, not one.
+  // A multiplexer by bit index in place of a shift register: a quarter of a LUT for each bit instead of a whole one.
   localparam integer WORD_INDEX_BITS = clog2(WORD_BITS), STATUS_INDEX_BITS = clog2(STATUS_BITS);
   localparam integer WORD_LAST = WORD_BITS - 1, STATUS_LAST = STATUS_BITS - 1;
   wire [127:0] info = INFO;
@@ -380,15 +380,15 @@ module ostrel_core #(
 
   // ---- Crossings of levels
 
-  ostrel_sync sync_run (.clk(clk), .in(run), .out(run_here));
-  ostrel_sync sync_busy (.clk(tck), .in(busy), .out(busy_seen));
-  ostrel_sync sync_done (.clk(tck), .in(done), .out(done_seen));
-  ostrel_sync sync_ask (.clk(clk), .in(ask), .out(ask_here));
-  ostrel_sync sync_answer (.clk(tck), .in(answer), .out(answer_seen));
+  ostrel_sync sync_run (.clk(clk), .in(run), .out(run_sync));
+  ostrel_sync sync_busy (.clk(tck), .in(busy), .out(busy_sync));
+  ostrel_sync sync_done (.clk(tck), .in(done), .out(done_sync));
+  ostrel_sync sync_request (.clk(clk), .in(request), .out(request_sync));
+  ostrel_sync sync_ack (.clk(tck), .in(ack), .out(ack_sync));
 
   always @(posedge clk) begin
-    answer <= ask_here;
-    if (ask_here != answer) snapshot <= live;
+    ack <= request_sync;
+    if (request_sync != ack) snapshot <= status_now;
   end
 endmodule
 

@@ -1,11 +1,11 @@
-// The debug hub: the protocol behind the one user data register, in the TCK domain alone. It takes commands with a
-// check value, passes them to the selected core and frames the replies. What a command does is the core's matter.
+// The debug hub: the protocol behind the user data register, entirely in the TCK domain. It receives commands protected
+// by a CRC, passes them to the selected core and frames the replies. What a command does is up to the core.
 //
-// A write scan is start bit, command, fix, payload; a read scan is command echo, flags, payload, check value, over and
-// over. Both walk through the same three phases in a different order:
-//   write: HEADER (40 bits) -> CHECK (the fix, 32 bits) -> PAYLOAD (to the end of the scan)
-//   read:  HEADER (48 bits) -> PAYLOAD (as long as the core says) -> CHECK (32 bits) -> HEADER ...
-// The fix stands ahead of the payload, so that the payload can be shifted straight into its place without counting.
+// A write scan is start bit, command, CRC prefix, payload; a read scan repeats command echo, flags, payload, CRC. Both
+// go through the same three phases in a different order:
+//   write: HEADER (40 bits) -> CRC (the prefix, 32 bits) -> PAYLOAD (to the end of the scan)
+//   read:  HEADER (48 bits) -> PAYLOAD (as long as the core says) -> CRC (32 bits) -> HEADER ...
+// The CRC precedes the payload of a write, so that the payload is shifted straight into place without a bit count.
 `default_nettype none
 
 module ostrel_hub #(
@@ -23,7 +23,7 @@ module ostrel_hub #(
     output wire                    tdo,
 
     // To all cores.
-    output wire [CORES-1:0]        select,     // One-hot; none when the command names a core that does not exist.
+    output wire [CORES-1:0]        select,     // One-hot; 0 when the command names a core that does not exist.
     output wire                    op_status,
     output wire                    op_info,
     output wire                    op_read,
@@ -34,48 +34,49 @@ module ostrel_hub #(
     output wire                    data,       // The reply's payload is memory words.
     output wire [7:0]              tag,
     output wire [ADDRESS_BITS-1:0] address,
-    output wire [INDEX_BITS-1:0]   index,      // Bit of the payload word that is on the line.
-    output wire                    load,       // This edge takes a payload bit of an allowed command from tdi.
+    output wire [INDEX_BITS-1:0]   index,      // Bit of the payload word that is now on TDO.
+    output wire                    load,       // This edge shifts in a payload bit of an allowed command.
     output wire                    fetch,      // This edge reads the memory word at `address`.
-    output wire                    take,       // A good and allowed command has come: carry it out.
+    output wire                    execute,    // A command with a correct CRC that the core permits: carry it out.
 
     // From each core, all gated with its select.
     input  wire [CORES-1:0]        permit,     // The command may be carried out now.
     input  wire [CORES-1:0]        word_last,  // `index` is at the payload word's last bit.
-    input  wire [CORES-1:0]        block_end,  // `address`, already advanced, begins a block.
+    input  wire [CORES-1:0]        block_end,  // `address`, already incremented, begins a block.
     input  wire [CORES-1:0]        payload,    // The payload bit at `index`.
     input  wire [5*CORES-1:0]      flags       // fresh, configured, done, armed, ready of each core.
 );
   localparam [31:0] POLYNOMIAL = 32'h04C11DB7;
-  // Neither the register's initial value nor one that further zero or one bits keep: a scan that ran on is refused.
-  localparam [31:0] GOOD = 32'hC704DD7B;
+  // The register's value after a correct frame. It is neither the initial value nor one that further 0 or 1 bits leave
+  // unchanged, so a scan that is too long is refused.
+  localparam [31:0] CRC_RESIDUE = 32'hC704DD7B;
   localparam [31:0] MAGIC = 32'h52545350;
   localparam [15:0] VERSION = 16'd1;
   localparam [127:0] HUB_INFO = {PROJECT_HASH, CORES[15:0], VERSION, MAGIC};
 
-  localparam [1:0] HEADER = 2'd0, PAYLOAD = 2'd1, CHECK = 2'd2;
+  localparam [1:0] HEADER = 2'd0, PAYLOAD = 2'd1, CRC = 2'd2;
 
   reg [39:0] command;
   reg [31:0] crc;
   reg [INDEX_BITS-1:0] count;
   reg [1:0] phase;
-  reg writing;  // The scan's start bit has come.
-  reg good;     // The last command arrived undamaged, so there is something to reply to.
-  reg allowed;  // ... and may be carried out.
+  reg writing;   // The scan's start bit has been seen.
+  reg received;  // The last command passed the CRC, so there is a reply.
+  reg allowed;   // ... and may be carried out.
 
   initial begin
     command = 40'd0;
     phase = HEADER;
     writing = 1'b0;
-    good = 1'b0;
+    received = 1'b0;
     allowed = 1'b0;
   end
 
   wire shifting = sel & shift;
-  wire start = shifting & tdi & ~writing;
-  wire begins = start | (sel & capture);
+  wire start_bit = shifting & tdi & ~writing;
+  wire frame_begin = start_bit | (sel & capture);
 
-  // The command register doubles as the echo (it turns round once in each header) and as the address counter.
+  // The command register is also the echo (it rotates once in each header) and the address counter.
   assign op_status = command[3:0] == 4'd0;
   assign op_info = command[3:0] == 4'd1;
   assign op_read = command[3:0] == 4'd2;
@@ -93,10 +94,10 @@ module ostrel_hub #(
     end
   endgenerate
 
-  wire flag_bits = count[5] & count[3];  // 40 .. 47 of a reply's header
-  wire turn = shifting & ~start & phase == HEADER & ~flag_bits;
+  wire in_flags = count[5] & count[3];  // Bits 40 .. 47 of a reply's header
+  wire rotate = shifting & ~start_bit & phase == HEADER & ~in_flags;
   wire header_last = writing ? count[5:0] == 6'd39 : count[5:0] == 6'd47;
-  wire check_last = count[4:0] == 5'd31;
+  wire crc_last = count[4:0] == 5'd31;
   wire none_selected = ~|select;
   wire info = op_info & allowed;
   wire any_word_last = info ? &count[7:0] : |word_last | none_selected;
@@ -109,38 +110,38 @@ module ostrel_hub #(
   assign load = frame & shifting & allowed;
   assign fetch = shifting & ~writing & data &
       ((phase == HEADER & header_last) | (phase == PAYLOAD & any_word_last & ~any_block_end));
-  assign take = sel & update & frame & allowed & crc == GOOD;
+  assign execute = sel & update & frame & allowed & crc == CRC_RESIDUE;
 
   always @(posedge tck) begin
-    if (turn) command <= {writing ? tdi : command[0], command[39:1]};
+    if (rotate) command <= {writing ? tdi : command[0], command[39:1]};
     else if (advance) command[20+:ADDRESS_BITS] <= command[20+:ADDRESS_BITS] + 1'b1;
   end
 
   wire header_done = phase == HEADER & header_last;
-  wire check_done = phase == CHECK & check_last;
+  wire crc_done = phase == CRC & crc_last;
   wire word_done = phase == PAYLOAD & any_word_last;
 
   always @(posedge tck) begin
-    if (begins) begin
+    if (frame_begin) begin
       count <= {INDEX_BITS{1'b0}};
       phase <= HEADER;
     end else if (shifting) begin
-      count <= header_done | check_done | word_done ? {INDEX_BITS{1'b0}} : count + 1'b1;
-      if (header_done) phase <= writing ? CHECK : PAYLOAD;
-      if (check_done) phase <= writing ? PAYLOAD : HEADER;
-      if (word_done & any_block_end & ~writing) phase <= CHECK;
+      count <= header_done | crc_done | word_done ? {INDEX_BITS{1'b0}} : count + 1'b1;
+      if (header_done) phase <= writing ? CRC : PAYLOAD;
+      if (crc_done) phase <= writing ? PAYLOAD : HEADER;
+      if (word_done & any_block_end & ~writing) phase <= CRC;
     end
 
-    // Cleared at Capture-DR only: an update that comes a TCK late still finds it.
+    // Cleared at Capture-DR only, so that it is still set for an update that comes one TCK late.
     if (sel & capture) writing <= 1'b0;
-    else if (start) writing <= 1'b1;
+    else if (start_bit) writing <= 1'b1;
 
-    // Judged while the fix passes, that is before the first payload bit: a core that becomes ready in the middle of a
-    // payload must not take the rest of it.
-    if (shifting & writing & phase == CHECK) allowed <= (|permit) & ~none_selected;
+    // Decided while the CRC prefix is shifted, that is before the first payload bit: a core that becomes ready in the
+    // middle of a payload must not load the rest of it.
+    if (shifting & writing & phase == CRC) allowed <= (|permit) & ~none_selected;
 
-    if (start) good <= 1'b0;
-    else if (sel & update & frame & crc == GOOD) good <= 1'b1;
+    if (start_bit) received <= 1'b0;
+    else if (sel & update & frame & crc == CRC_RESIDUE) received <= 1'b1;
   end
 
   reg flag;
@@ -162,16 +163,16 @@ module ostrel_hub #(
   end
 
   wire payload_bit = info & ~count[7] ? HUB_INFO[count[6:0]] : |payload;
-  wire reply_bit = phase == PAYLOAD ? payload_bit : flag_bits ? flag : command[0];
+  wire reply_bit = phase == PAYLOAD ? payload_bit : in_flags ? flag : command[0];
 
-  // While the check value is sent, ones follow it: the register is then ready for the next block.
-  wire send = ~writing & phase == CHECK;
-  wire feedback = ~send & (crc[31] ^ (writing ? tdi : reply_bit));
+  // Ones are shifted in while the CRC is sent, which initialises the register for the next block.
+  wire send_crc = ~writing & phase == CRC;
+  wire feedback = ~send_crc & (crc[31] ^ (writing ? tdi : reply_bit));
   always @(posedge tck)
-    if (begins) crc <= 32'hFFFFFFFF;
-    else if (shifting) crc <= ({crc[30:0], send} ^ (POLYNOMIAL & {32{feedback}}));
+    if (frame_begin) crc <= 32'hFFFFFFFF;
+    else if (shifting) crc <= ({crc[30:0], send_crc} ^ (POLYNOMIAL & {32{feedback}}));
 
-  assign tdo = good & ~writing & (send ? crc[31] : reply_bit);
+  assign tdo = received & ~writing & (send_crc ? crc[31] : reply_bit);
 endmodule
 
 `default_nettype wire

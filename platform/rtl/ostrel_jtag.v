@@ -1,7 +1,6 @@
 // The JTAG side of the debug hub: a TAP on four pins of its own with one user data register.
-// This is the one file to replace in order to go through a device's own JTAG primitive: keep the module's name and
-// ports, leave the pins jtag_* unused, and drive the user register's signals from the primitive (see
-// docs/debug-core.md, "JTAG side").
+// To use a device's own JTAG primitive, replace this one file: keep the module's name and ports, leave the pins jtag_*
+// unused, and drive the user register's signals from the primitive (see docs/debug-core.md, "JTAG side").
 `default_nettype none
 
 module ostrel_jtag (
@@ -9,14 +8,14 @@ module ostrel_jtag (
     input  wire jtag_tms,
     input  wire jtag_tdi,
     output reg  jtag_tdo,
-    // The user data register. Everything is sampled by rising edges of tck.
+    // The user data register. All signals are sampled at rising edges of tck.
     output wire tck,
     output wire sel,      // The instruction register holds USER.
     output wire capture,  // This edge leaves Capture-DR.
     output wire shift,    // This edge shifts a bit.
     output wire update,   // This edge leaves Update-DR.
     output wire tdi,
-    input  wire tdo       // The bit that the next shift edge takes out.
+    input  wire tdo       // The bit that the next shift edge shifts out.
 );
   localparam [3:0] IDCODE = 4'b0001, USER = 4'b0010;
   localparam [31:0] IDCODE_VALUE = 32'h1057AB1F;
@@ -30,7 +29,7 @@ module ostrel_jtag (
   reg [31:0] idcode;
   reg bypass;
 
-  // There is no reset pin: the power-up value is that of Test-Logic-Reset.
+  // There is no reset pin: the TAP powers up in Test-Logic-Reset.
   initial begin
     state = RESET;
     ir = IDCODE;

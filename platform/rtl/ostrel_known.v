@@ -1,5 +1,5 @@
-// For simulators only, no part of the hardware: between the design and the core, x and z become a known level. Behind it
-// all of the core is 0 or 1, so that neither a check value nor the state of a run can become unknown.
+// For simulators only, not part of the hardware: between the design and the core, x and z become a known level. So the
+// whole core is 0 or 1, and neither a CRC nor the state of a run can become unknown.
 `ifndef SYNTHESIS
 `default_nettype none
 
@@ -14,7 +14,7 @@ module ostrel_known #(
     integer i;
     begin
       known = levels;
-      // Bit by bit only where it is needed.
+      // Bit by bit only when needed.
       if ((^levels) === 1'bx)
         for (i = 0; i < WIDTH; i = i + 1) known[i] = levels[i] === ~UNKNOWN ? ~UNKNOWN : UNKNOWN;
     end

@@ -1,5 +1,5 @@
 // The memories of the core: one write port and one registered read port, each with its own clock. A word is never read
-// while it can be written: samples are read after the run is done, tables are written when there is no run.
+// while it may be written: samples are read after the run is done, tables are written when there is no run.
 `default_nettype none
 
 module ostrel_memory #(
@@ -21,7 +21,7 @@ module ostrel_memory #(
     if (DISTRIBUTED != 0) begin : distributed
       (* ram_style = "distributed" *) reg [WIDTH-1:0] words[0:WORDS-1];
 `ifndef SYNTHESIS
-      // Blocks may hold words that were never written; unknown bits in them would spoil a simulated check value.
+      // A read-out block may hold words that were never written; unknown bits in them would spoil a simulated CRC.
       integer i;
       initial for (i = 0; i < WORDS; i = i + 1) words[i] = {WIDTH{1'b0}};
 `endif
@@ -30,7 +30,7 @@ module ostrel_memory #(
     end else begin : block
       (* ram_style = "block" *) reg [WIDTH-1:0] words[0:WORDS-1];
 `ifndef SYNTHESIS
-      // Blocks may hold words that were never written; unknown bits in them would spoil a simulated check value.
+      // A read-out block may hold words that were never written; unknown bits in them would spoil a simulated CRC.
       integer i;
       initial for (i = 0; i < WORDS; i = i + 1) words[i] = {WIDTH{1'b0}};
 `endif

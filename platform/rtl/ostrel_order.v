@@ -1,5 +1,4 @@
-// Trigger unit of class Order: unsigned == != < <= > >=. One carry chain yields < or <=; the rest are their
-// inverses.
+// Trigger unit of class Order: unsigned == != < <= > >=. One carry chain computes < or <=; > and >= are their inverses.
 `default_nettype none
 
 module ostrel_order #(
@@ -16,10 +15,10 @@ module ostrel_order #(
   wire or_equal = config_bits[2];
   wire [WIDTH-1:0] value = config_bits[3+:WIDTH];
 
-  // With a bit below the operands, one comparison is < or <=.
-  wire at_most = {cur, 1'b0} < {value, or_equal};
+  // With one more bit below the operands, one comparison serves as < and <=.
+  wire less = {cur, 1'b0} < {value, or_equal};
 
-  always @(posedge clk) if (sample) hit <= (equal ? cur == value : at_most) ^ invert;
+  always @(posedge clk) if (sample) hit <= (equal ? cur == value : less) ^ invert;
 endmodule
 
 `default_nettype wire

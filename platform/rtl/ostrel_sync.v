@@ -1,4 +1,4 @@
-// Two flip-flops that bring a level into another clock domain. Every crossing of a changing level is an instance of it.
+// Two-flip-flop synchroniser. Every level that crosses into another clock domain goes through an instance of it.
 `default_nettype none
 
 module ostrel_sync (

@@ -1,5 +1,5 @@
-// The truth tables of one expression: a word for each combination of its units' states, with one bit a step. As the
-// word holds all steps, it can be read before it is known which step the sequence will wait in.
+// The truth tables of one expression: a row for each combination of its units' states, with one bit for each step. As a
+// row holds all steps, it can be read before it is known in which step the sequence will be.
 `default_nettype none
 
 module ostrel_table #(
@@ -12,7 +12,7 @@ module ostrel_table #(
     input  wire [UNITS-1:0]      hits,
     output wire [STEPS-1:0]      row,          // One clock after hits.
     input  wire [CHAIN_BITS-1:0] config_bits,  // With STORE = 0: row after row; constant during a run.
-    // Otherwise: written through TCK.
+    // Otherwise: written on TCK.
     input  wire                  tck,
     input  wire                  write,
     input  wire [UNITS-1:0]      write_address,
@@ -22,7 +22,7 @@ module ostrel_table #(
     if (STORE == 0) begin : chain
       reg [STEPS-1:0] row_q;
       integer i;
-      // A row number wider than the hits by one bit, so that the loop's end can be held.
+      // One bit wider than hits, so that it can hold the loop's end.
       reg [UNITS:0] number;
       reg [STEPS-1:0] selected;
       always @* begin

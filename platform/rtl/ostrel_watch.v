@@ -1,5 +1,5 @@
-// For simulators only, no part of the hardware: says once when a net that a core looks at is x or z in a run. It sleeps
-// while the net is known. (Verilator knows no x; for synthesis that does not define the macro there are the comments.)
+// For simulators only, not part of the hardware: reports once when a net that a core samples is x or z in a run. It is
+// idle while the net is known. (Verilator has no x; the comments are for synthesis that does not define the macro.)
 `ifndef SYNTHESIS
 `ifndef VERILATOR
 // synthesis translate_off
@@ -7,29 +7,30 @@
 
 module ostrel_watch #(
     parameter integer WIDTH = 1,
-    parameter integer ENABLE = 0,  // 1: the net is an enable of the core, 0: a net that it samples.
+    parameter integer ENABLE = 0,  // 1: the net is an enable of the core; 0: a net that it samples.
     parameter CORE = "",
     parameter NET = ""
 ) (
     input wire             clk,
-    input wire             due,    // The levels at the edge before counted.
+    input wire             sampled,  // The levels at the previous edge were those of a sample.
     input wire [WIDTH-1:0] levels
 );
   wire unknown = (^levels) === 1'bx;
-  reg was_unknown, told;
+  reg was_unknown, reported;
   time at;
   initial begin
     was_unknown = 1'b0;
-    told = 1'b0;
+    reported = 1'b0;
   end
   always begin
-    wait (!told && (unknown || was_unknown));
+    wait (!reported && (unknown || was_unknown));
     @(posedge clk);
-    told = was_unknown && due === 1'b1;
-    if (told && ENABLE != 0)
-      $display("ostrel: core %0s: the enable %0s is x or z at %0t; wherever it is, it counts as inactive.", CORE, NET, at);
-    else if (told)
-      $display("ostrel: core %0s: %0s is x or z at %0t; wherever it is, it is captured as 0 and no unit holds by it.",
+    reported = was_unknown && sampled === 1'b1;
+    if (reported && ENABLE != 0)
+      $display("ostrel: core %0s: the enable %0s is x or z at %0t; while it is, it counts as inactive.", CORE, NET,
+               at);
+    else if (reported)
+      $display("ostrel: core %0s: %0s is x or z at %0t; while it is, it is captured as 0 and makes no unit hold.",
                CORE, NET, at);
     was_unknown = unknown;
     at = $time;

@@ -2,24 +2,10 @@
 #include "platform/rules/core_check.h"
 
 #include "platform/istdata/trace_tree.h"
+#include "platform/plan/insert_plan.h"
 #include "platform/text/near_names.h"
 
 namespace ost {
-
-namespace {
-
-/// Calls `visit` for every captured bit, in order, until it returns false. References stand for bits that are captured
-/// already.
-template <typename Visit>
-bool forEachSignal(const QList<TraceNode*>& nodes, const Visit& visit) {
-  for (const TraceNode* node : nodes) {
-    if (node->kind == mero::ostrel::TRACE_NODE_SIGNAL && !visit(*node)) return false;
-    if (node->kind == mero::ostrel::TRACE_NODE_BUS && !forEachSignal(node->children, visit)) return false;
-  }
-  return true;
-}
-
-}  // namespace
 
 QString counted(qint64 count, const char* noun) {
   return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(noun), count == 1 ? QString() : QStringLiteral("s"));
@@ -43,19 +29,9 @@ void FindingList::add(DesignRule rule, const QString& object, const QString& tex
   findings_.append(finding);
 }
 
-void ResolvedBits::append(const NetSelection& selection) {
-  // Bits of one net stand side by side, and share the words that are the same.
-  const bool same = !bits.isEmpty() && bits.last().net == selection.net;
-  const QString net = same ? bits.last().net : selection.net;
-  const bool sameInstance = !bits.isEmpty() && bits.last().instancePath == selection.instancePath;
-  const QString instance = sameInstance ? bits.last().instancePath : selection.instancePath;
-  for (int i = 0; i < selection.bits.size(); ++i)
-    bits.append({instance, net, selection.bits.at(i), selection.bitNames.at(i)});
-}
-
-CoreCheck::CoreCheck(const Core& core, const Design& design, FindingList& findings, Pulse& pulse)
-    : core_(core), design_(design), findings_(findings), pulse_(pulse) {
-  traced_.object = object();
+CoreCheck::CoreCheck(const ResolvedCore& resolved, const Design& design, FindingList& findings, Pulse& pulse)
+    : resolved_(resolved), core_(*resolved.core), design_(design), findings_(findings), pulse_(pulse) {
+  for (const ResolvedSignal& signal : resolved.traced) tracedBits_ += signal.width == 1;
 }
 
 QString CoreCheck::object(const QString& part) const {
@@ -71,80 +47,90 @@ void CoreCheck::report(DesignRule rule, const QString& part, const QString& text
 }
 
 void CoreCheck::reportVanished(DesignRule rule, const QString& part, const QString& title, const QString& name,
-                               const FindingList::Fills& fills) const {
-  QString text = title + QLatin1String(" \"") + name + QLatin1String("\" is not in the design");
+                               const FindingList::Fills& fills, const char* verb) const {
+  QString text = QStringLiteral("%1 \"%2\" %3 not in the design").arg(title, name, QLatin1String(verb));
   if (findings_.isShown(rule)) text += nearHint(design_.nearest(name));
   report(rule, part, text, fills);
 }
 
-void CoreCheck::checkSampling() {
+void CoreCheck::checkSampling() const {
   checkSampleClock();
-  checkEnable(core_.options.sampleEnable, core_.options.sampleEnableSignal, "sample enable", "SampleEnable");
-  checkEnable(core_.options.triggerEnable, core_.options.triggerEnableSignal, "trigger enable", "TriggerEnable");
+  checkEnable(core_.options.sampleEnable, resolved_.sampleEnable, "sample enable", "SampleEnable");
+  checkEnable(core_.options.triggerEnable, resolved_.triggerEnable, "trigger enable", "TriggerEnable");
   checkTracedSignals();
   checkCaptureSettings();
 }
 
-void CoreCheck::checkSampleClock() {
-  const QString& name = core_.options.sampleClock;
-  QString error;
-  if (name.isEmpty()) {
+void CoreCheck::checkSampleClock() const {
+  const ResolvedName& clock = resolved_.sampleClock;
+  if (clock.name.isEmpty())
     report(DesignRule::NoSampleClock, QString(), QStringLiteral("no sample clock is set"));
-  } else if (!design_.resolve(name, clock_, error)) {
-    reportVanished(DesignRule::SampleClockVanished, QString(), QStringLiteral("sample clock"), name);
-  } else if (clock_.bits.size() != 1) {
+  else if (clock.bits.isEmpty())
+    reportVanished(DesignRule::SampleClockVanished, QString(), QStringLiteral("sample clock"), clock.name);
+  else if (clock.bits.size() != 1)
     report(DesignRule::SampleClockWide, QString(),
-           QStringLiteral("sample clock \"%1\" has %2").arg(name, counted(clock_.bits.size(), "bit")),
-           {{QStringLiteral("<bit>"), clock_.bitNames.value(clock_.bitNames.size() - 1)}});
-  } else {
-    hasClock_ = true;
-  }
+           QStringLiteral("sample clock \"%1\" has %2").arg(clock.name, counted(clock.bits.size(), "bit")),
+           {{QStringLiteral("<bit>"), clock.bits.last().name}});
 }
 
-void CoreCheck::checkEnable(bool on, const QString& signal, const char* title, const char* option) {
+void CoreCheck::checkEnable(bool on, const ResolvedName& signal, const char* title, const char* option) const {
   if (!on) return;
   const QString what = QLatin1String(title);
   const FindingList::Fills fills = {{QStringLiteral("<enable>"), QLatin1String(option)}};
-  NetSelection selection;
-  QString error;
-  if (signal.isEmpty()) {
+  if (signal.name.isEmpty())
     report(DesignRule::EnableWithoutSignal, what, what + QLatin1String(" is on but has no signal"), fills);
-  } else if (!design_.resolve(signal, selection, error)) {
-    reportVanished(DesignRule::EnableSignalVanished, what, QStringLiteral("signal"), signal, fills);
-  } else if (selection.bits.size() != 1) {
-    report(
-        DesignRule::EnableSignalWide, what,
-        QStringLiteral("signal \"%1\" has %2").arg(signal, counted(selection.bits.size(), "bit")),
-        fills + FindingList::Fills{{QStringLiteral("<bit>"), selection.bitNames.value(selection.bitNames.size() - 1)}});
-  } else {
-    watched_.append({object(what), {}});
-    watched_.last().append(selection);
-  }
+  else if (signal.bits.isEmpty())
+    reportVanished(DesignRule::EnableSignalVanished, what, QStringLiteral("signal"), signal.name, fills);
+  else if (signal.bits.size() != 1)
+    report(DesignRule::EnableSignalWide, what,
+           QStringLiteral("signal \"%1\" has %2").arg(signal.name, counted(signal.bits.size(), "bit")),
+           fills + FindingList::Fills{{QStringLiteral("<bit>"), signal.bits.last().name}});
 }
 
-void CoreCheck::checkTracedSignals() {
+void CoreCheck::checkTracedSignals() const {
   const int count = core_.trace->signalCount();
   if (count > kMaxPlanBits)
     return report(DesignRule::TooManySignals, QString(),
                   QStringLiteral("%1 bits are traced, at most %2 can be read").arg(count).arg(kMaxPlanBits));
-  bool any = false;
-  forEachSignal(core_.trace->nodes, [&](const TraceNode& node) {
-    any = true;
-    const QString name = node.displayName();
+  if (resolved_.traced.empty()) report(DesignRule::NothingTraced, QString(), QStringLiteral("nothing is traced"));
+  for (size_t i = 0; i < resolved_.traced.size(); ++i) {
+    const ResolvedSignal& signal = resolved_.traced[i];
+    if (signal.width == 1) continue;
+    if (!pulse_.beat()) return;
+    const QString name = signal.node->displayName();
     const FindingList::Fills fills = {{QStringLiteral("<signal>"), name}};
-    NetSelection selection;
-    QString error;
-    if (!design_.exists(name) || !design_.resolve(name, selection, error))
-      reportVanished(DesignRule::TracedSignalVanished, QString(), QStringLiteral("traced signal"), name, fills);
-    else if (selection.bits.size() != 1)
-      report(DesignRule::TracedSignalVanished, QString(),
-             QStringLiteral("traced signal \"%1\" has become %2 wide").arg(name, counted(selection.bits.size(), "bit")),
-             fills);
+    if (signal.width == 0)
+      i = reportVanishedVector(i);
     else
-      traced_.append(selection);
-    return pulse_.beat();
-  });
-  if (!any) report(DesignRule::NothingTraced, QString(), QStringLiteral("nothing is traced"));
+      report(DesignRule::TracedSignalVanished, QString(),
+             QStringLiteral("traced signal \"%1\" has become %2 wide").arg(name, counted(signal.width, "bit")), fills);
+  }
+}
+
+/// One finding for the bits of a net that stand side by side from `first` on; returns the last of them.
+size_t CoreCheck::reportVanishedVector(size_t first) const {
+  const auto netOf = [](const QString& bit) {
+    const int bracket = bit.endsWith(QLatin1Char(']')) ? bit.lastIndexOf(QLatin1Char('[')) : -1;
+    return bit.left(bracket);
+  };
+  QStringList bits{resolved_.traced[first].node->displayName()};
+  const QString net = netOf(bits.first());
+  size_t next = first + 1;
+  for (; next < resolved_.traced.size() && resolved_.traced[next].width == 0; ++next) {
+    const QString bit = resolved_.traced[next].node->displayName();
+    if (bit == net || netOf(bit) != net) break;
+    bits.append(bit);
+  }
+  constexpr int kNamedBits = 8;
+  QStringList named = bits.mid(0, kNamedBits);
+  if (bits.size() > kNamedBits) named.append(QStringLiteral("..."));
+  const FindingList::Fills fills = {{QStringLiteral("<signal>"), named.join(QLatin1Char(' '))}};
+  const bool one = bits.size() == 1;
+  reportVanished(
+      DesignRule::TracedSignalVanished, QString(),
+      one ? QStringLiteral("traced signal") : counted(bits.size(), "bit") + QLatin1String(" of traced signal"),
+      one ? bits.first() : net, fills, one ? "is" : "are");
+  return next - 1;
 }
 
 void CoreCheck::checkCaptureSettings() const {
@@ -165,10 +151,10 @@ void CoreCheck::checkCaptureSettings() const {
   if (options.captureMode == CaptureMode::Single) return;
   if (!istCore::isValidMinSamplePerTrigsValueByDepth(depth, core_.samplesPerTrigger))
     misfit("MinimumSamplesPerTrigger",
-           QStringLiteral("%1 per trigger do not go").arg(counted(core_.samplesPerTrigger, "sample")));
+           QStringLiteral("%1 per trigger cannot be kept").arg(counted(core_.samplesPerTrigger, "sample")));
   else if (!istCore::isValidNumberOfTrigsValueByDepth(depth, core_.samplesPerTrigger, options.triggerCount))
     misfit("NumberofTriggers",
-           QStringLiteral("%1 of %2 do not go")
+           QStringLiteral("%1 of %2 cannot be kept")
                .arg(counted(options.triggerCount, "trigger"), counted(core_.samplesPerTrigger, "sample")));
 }
 

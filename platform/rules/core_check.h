@@ -5,7 +5,7 @@
 #include <QHash>
 #include <QPair>
 
-#include "platform/plan/insert_plan.h"
+#include "platform/plan/resolved_core.h"
 #include "platform/rules/rule_table.h"
 
 namespace ost {
@@ -50,22 +50,13 @@ class FindingList {
   QHash<int, int> counts_;
 };
 
-/// Bits of the design that names of the core stand for.
-struct ResolvedBits {
-  QString object;  ///< Object of findings about them: "core c1, unit TU1".
-  QVector<NetBit> bits;
-
-  void append(const NetSelection& selection);
-};
-
-/// One core under check. The checks run in the order of their declaration; the first two fill the names that the last
-/// one looks at.
+/// One core under check. `resolved` and what it points to outlive the check.
 class CoreCheck {
  public:
-  CoreCheck(const Core& core, const Design& design, FindingList& findings, Pulse& pulse);
+  CoreCheck(const ResolvedCore& resolved, const Design& design, FindingList& findings, Pulse& pulse);
 
-  void checkSampling();  ///< Clock, enables, traced signals, capture settings.
-  void checkUnits();
+  void checkSampling() const;  ///< Clock, enables, traced signals, capture settings.
+  void checkUnits() const;
   void checkExpressions() const;
   void checkMemory() const;
   void checkNets(const Netlist& netlist) const;
@@ -76,29 +67,34 @@ class CoreCheck {
  private:
   int sampleBits() const;
   int bufferedSamples() const;
-  void checkSampleClock();
-  void checkTracedSignals();
-  void checkEnable(bool on, const QString& signal, const char* title, const char* option);
+  void checkSampleClock() const;
+  void checkTracedSignals() const;
+  void checkEnable(bool on, const ResolvedName& signal, const char* title, const char* option) const;
   void checkCaptureSettings() const;
-  void checkUnit(const TriggerUnit& unit);
-  void checkExpression(const TriggerExpression& expression) const;
+  void checkUnit(const ResolvedUnit& resolved) const;
+  void checkExpression(const ResolvedExpression& resolved) const;
+
+  /// The canonical net of the sample clock. False, reported, when it does not run.
+  bool findRunningClock(const Netlist& netlist, NetBit& clock) const;
 
   /// "core c1" or "core c1, unit TU1".
   QString object(const QString& part = QString()) const;
   void report(DesignRule rule, const QString& part, const QString& text, const FindingList::Fills& fills = {}) const;
   /// Reports that `name` is not in the design, with its nearest names.
   void reportVanished(DesignRule rule, const QString& part, const QString& title, const QString& name,
-                      const FindingList::Fills& fills = {}) const;
+                      const FindingList::Fills& fills = {}, const char* verb = "is") const;
+  size_t reportVanishedVector(size_t first) const;
 
+  const ResolvedCore& resolved_;
   const Core& core_;
   const Design& design_;
   FindingList& findings_;
   Pulse& pulse_;
-  bool hasClock_ = false;
-  NetSelection clock_;
-  ResolvedBits traced_;
-  QList<ResolvedBits> watched_;  ///< Enables and the signals of units.
+  int tracedBits_ = 0;  ///< That the design has.
 };
+
+/// The limits of what a reader can hold, which count what the plan makes of all names.
+void checkPlan(const InsertPlan& plan, FindingList& findings);
 
 /// "3 bits", "1 bit".
 QString counted(qint64 count, const char* noun);

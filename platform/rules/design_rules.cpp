@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "platform/plan/insert_plan.h"
+#include "platform/plan/planner.h"
 #include "platform/rules/core_check.h"
 
 namespace ost {
@@ -70,20 +70,47 @@ QString severityWord(Finding::Severity severity) {
 
 }  // namespace
 
-QList<Finding> checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist,
-                                const std::function<bool()>& idle) {
-  std::vector<const Core*> cores;
+void checkPlan(const InsertPlan& plan, FindingList& findings) {
+  qint64 bits = 0, places = 0;
+  for (const PlanCore& core : plan.cores) {
+    bits += core.probeBits.size() + core.triggerBits.size();
+    for (const PlanProbe& probe : core.probes) places += probe.positions.size() + probe.names.size();
+    for (const PlanUnit& unit : core.units) places += unit.inputs.size() + unit.names.size();
+    for (const PlanExpression& expression : core.expressions) places += expression.units.size();
+    if (core.readSampleBits() > kMaxPlanSampleBits)
+      findings.add(DesignRule::TooManySamples, QLatin1String("core ") + core.name,
+                   QStringLiteral("its samples have %1 bits, at most %2 can be read")
+                       .arg(core.readSampleBits())
+                       .arg(kMaxPlanSampleBits),
+                   {{QStringLiteral("<core>"), core.name}});
+  }
+  const auto limit = [&findings](qint64 count, const char* what, qint64 most) {
+    if (count > most)
+      findings.add(
+          DesignRule::TooManyNets, QStringLiteral("project"),
+          QStringLiteral("%1 %2, at most %3 can be read").arg(QString::number(count), QLatin1String(what)).arg(most));
+  };
+  limit(bits, "bits are traced or compared", kMaxPlanBits);
+  limit(places, "places and values of probes, units and expressions are taken", kMaxPlanIndexes);
+}
+
+DesignCheck checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist,
+                             const std::function<bool()>& idle) {
+  std::vector<const Core*> enabled;
   for (const auto& core : project.cores)
-    if (core->enabled) cores.push_back(core.get());
+    if (core->enabled) enabled.push_back(core.get());
 
   FindingList findings;
   Pulse pulse(idle);
-  checkProject(project, cores.size(), findings);
-  checkTriggerOutputs(cores, design, findings);
+  checkProject(project, enabled.size(), findings);
+  checkTriggerOutputs(enabled, design, findings);
+  std::vector<ResolvedCore> cores;
+  cores.reserve(enabled.size());
   qint64 totalBits = 0;
-  for (const Core* core : cores) {
+  for (const Core* core : enabled) {
+    cores.push_back(resolveCore(*core, design, [&pulse] { return pulse.beat(); }));
     if (!pulse.beat()) break;
-    CoreCheck check(*core, design, findings, pulse);
+    CoreCheck check(cores.back(), design, findings, pulse);
     check.checkSampling();
     check.checkUnits();
     check.checkExpressions();
@@ -94,9 +121,17 @@ QList<Finding> checkDesignRules(const mero::ostrel::istProject& project, const D
   if (totalBits > kMemoryBudgetBits)
     findings.add(DesignRule::MemoryTotal, QStringLiteral("project"),
                  QStringLiteral("the buffers of %1 take %2 bits (depth x width)")
-                     .arg(counted(qint64(cores.size()), "core"))
+                     .arg(counted(qint64(enabled.size()), "core"))
                      .arg(totalBits));
-  return findings.findings();
+
+  DesignCheck result;
+  InsertPlan plan;
+  const bool planned =
+      pulse.beat() && !hasErrors(findings.findings()) && planInsertion(project, design, cores, plan, result.fault);
+  if (planned) checkPlan(plan, findings);
+  result.findings = findings.findings();
+  if (planned && !hasErrors(result.findings)) result.plan = std::make_shared<const InsertPlan>(std::move(plan));
+  return result;
 }
 
 QString designRuleReport(const QList<Finding>& findings) {

@@ -9,6 +9,7 @@
 #include "platform/design/design.h"
 #include "platform/istdata/project.h"
 #include "platform/netlist/netlist.h"
+#include "platform/plan/insert_plan.h"
 
 namespace ost {
 
@@ -21,10 +22,17 @@ struct Finding {
   QString wayOut;  ///< What to do about it, in the user's commands.
 };
 
-/// Checks the enabled cores. `netlist` may be null: the rules that need drivers are then left out. `idle` is called
-/// some times a second; once it has returned false the check ends, with the findings so far.
-QList<Finding> checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist,
-                                const std::function<bool()>& idle = {});
+struct DesignCheck {
+  QList<Finding> findings;
+  /// What is to be inserted. Null when a finding is an error, when the check was ended early, and with a `fault`.
+  std::shared_ptr<const InsertPlan> plan;
+  QString fault;  ///< An internal error: the rules let something pass that cannot be planned.
+};
+
+/// Checks and plans the enabled cores. `netlist` may be null: the rules that need drivers are then left out. `idle` is
+/// called some times a second; once it has returned false the check ends, with the findings so far.
+DesignCheck checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist,
+                             const std::function<bool()>& idle = {});
 
 /// The report shown to the user: a line for each finding, errors first, and a closing count.
 QString designRuleReport(const QList<Finding>& findings);

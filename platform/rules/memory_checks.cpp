@@ -12,7 +12,7 @@ constexpr int kDeepestBuffer = 65536;
 
 int CoreCheck::sampleBits() const {
   // The tree holds each bit as one signal; further uses of it are references.
-  int bits = traced_.bits.size();
+  int bits = tracedBits_;
   if (core_.options.includeTrigger) bits += int(core_.dataset.units().size());
   if (core_.options.timestamp) bits += core_.options.timestampBits;
   // With several windows each sample bears a bit that tells where its window begins.

@@ -23,6 +23,13 @@ QString netName(const NetBit& bit) {
 /// Collects faults bit by bit and joins those of one net.
 class NetFaults {
  public:
+  /// A bit that is driven: what its net lacks are single bits.
+  void addDriven(const QString& object, const NetBit& bit) {
+    if (object == lastObject_ && netName(bit) == lastDriven_) return;  // bits of a net stand side by side
+    lastObject_ = object;
+    lastDriven_ = netName(bit);
+    driven_.insert(object + QLatin1Char('\n') + lastDriven_);
+  }
   void add(DesignRule rule, const QString& object, const NetBit& bit, const QString& detail = QString()) {
     const QString key = QString::number(int(rule)) + QLatin1Char('\n') + object + QLatin1Char('\n') + netName(bit) +
                         QLatin1Char('\n') + detail;
@@ -33,9 +40,17 @@ class NetFaults {
     }
     faults_[*found].bits.append(bit.name);
   }
-  const QList<NetFault>& faults() const { return faults_; }
+  QList<NetFault> faults() const {
+    QList<NetFault> all = faults_;
+    for (NetFault& fault : all)
+      if (fault.rule == DesignRule::NetUndriven && driven_.contains(fault.object + QLatin1Char('\n') + fault.net))
+        fault.rule = DesignRule::NetPartlyUndriven;
+    return all;
+  }
 
  private:
+  QString lastObject_, lastDriven_;
+  QSet<QString> driven_;
   QList<NetFault> faults_;
   QHash<QString, int> index_;
 };
@@ -53,6 +68,7 @@ QString faultText(const NetFault& fault) {
   const bool one = fault.bits.size() == 1;
   switch (fault.rule) {
     case DesignRule::NetUndriven:
+    case DesignRule::NetPartlyUndriven:
       return text + QLatin1String(one ? " has no driver" : " have no driver");
     case DesignRule::NetConstant:
       return text + QLatin1String(one ? " is constant" : " are constant");
@@ -64,64 +80,96 @@ QString faultText(const NetFault& fault) {
   }
 }
 
+/// The nets of one core against its sample clock.
+class DomainCheck {
+ public:
+  /// `clock`: canonical; null without a sample clock that runs, whose domain is then left open.
+  DomainCheck(const Netlist& netlist, const NetBit* clock, Pulse& pulse)
+      : netlist_(netlist), clock_(clock), pulse_(pulse) {}
+
+  void lookTraced(const QString& object, const NetBit& bit) {
+    const Domain domain = look(object, bit);
+    tracedRegisters_ += domain != Domain::None;
+    registersOfClock_ += domain == Domain::SampleClock;
+  }
+  void lookAll(const QString& object, const QVector<NetBit>& bits) {
+    for (const NetBit& bit : bits) look(object, bit);
+  }
+
+  QList<NetFault> faults() const { return faults_.faults(); }
+  int tracedRegisters() const { return tracedRegisters_; }
+  bool clockIsForeign() const { return tracedRegisters_ > 0 && registersOfClock_ == 0; }
+  const QSet<QString>& otherClocks() const { return otherClocks_; }
+
+ private:
+  enum class Domain { None, SampleClock, Other };  ///< None: no register, or not known.
+
+  Domain look(const QString& object, const NetBit& bit) {
+    BitDriver driver;
+    if (!pulse_.beat() || !netlist_.driver(bit, driver)) return Domain::None;
+    if (driver.kind == BitDriver::Undriven)
+      faults_.add(DesignRule::NetUndriven, object, bit);
+    else
+      faults_.addDriven(object, bit);
+    if (driver.kind == BitDriver::Constant) faults_.add(DesignRule::NetConstant, object, bit);
+    if (!clock_) return Domain::None;
+    if (netlist_.canonical(bit) == *clock_) faults_.add(DesignRule::SampleClockTraced, object, bit);
+    const bool isRegister = driver.kind == BitDriver::FlipFlop || driver.kind == BitDriver::Memory;
+    if (!isRegister || !driver.hasClock) return Domain::None;
+    if (driver.clock == *clock_) return Domain::SampleClock;
+    faults_.add(DesignRule::ClockCrossing, object, bit, driver.clock.name);
+    otherClocks_.insert(driver.clock.name);
+    return Domain::Other;
+  }
+
+  const Netlist& netlist_;
+  const NetBit* clock_;
+  Pulse& pulse_;
+  NetFaults faults_;
+  int tracedRegisters_ = 0, registersOfClock_ = 0;
+  QSet<QString> otherClocks_;
+};
+
 }  // namespace
+
+bool CoreCheck::findRunningClock(const Netlist& netlist, NetBit& clock) const {
+  if (resolved_.sampleClock.bits.size() != 1) return false;  // reported already
+  const NetBit& named = resolved_.sampleClock.bits.first();
+  BitDriver driver;
+  clock = netlist.canonical(named);
+  if (netlist.driver(named, driver) && driver.kind != BitDriver::Undriven && driver.kind != BitDriver::Constant)
+    return true;
+  report(DesignRule::SampleClockStands, QString(),
+         QStringLiteral("sample clock \"%1\" %2")
+             .arg(named.name, QLatin1String(driver.kind == BitDriver::Constant ? "is constant" : "has no driver")));
+  return false;
+}
 
 void CoreCheck::checkNets(const Netlist& netlist) const {
   NetBit clock;
-  bool clockRuns = false;
-  if (hasClock_) {
-    ResolvedBits resolved;
-    resolved.append(clock_);
-    const NetBit& named = resolved.bits.first();
-    BitDriver driver;
-    clock = netlist.canonical(named);
-    clockRuns =
-        netlist.driver(named, driver) && driver.kind != BitDriver::Undriven && driver.kind != BitDriver::Constant;
-    if (!clockRuns)
-      report(DesignRule::SampleClockStands, QString(),
-             QStringLiteral("sample clock \"%1\" %2")
-                 .arg(named.name, QLatin1String(driver.kind == BitDriver::Constant ? "is constant" : "has no driver")));
-  }
+  const bool clockRuns = findRunningClock(netlist, clock);
+  DomainCheck check(netlist, clockRuns ? &clock : nullptr, pulse_);
+  for (const ResolvedSignal& signal : resolved_.traced)
+    if (signal.width == 1) check.lookTraced(object(), signal.bit);
+  for (const ResolvedName* enable : {&resolved_.sampleEnable, &resolved_.triggerEnable})
+    if (enable->bits.size() == 1)
+      check.lookAll(object(QLatin1String(enable == &resolved_.sampleEnable ? "sample enable" : "trigger enable")),
+                    enable->bits);
+  for (const ResolvedUnit& unit : resolved_.units)
+    check.lookAll(object(QLatin1String("unit ") + unit.unit->name), unit.bits);
 
-  NetFaults faults;
-  int tracedRegisters = 0, registersOfClock = 0;
-  QSet<QString> otherClocks;
-  const auto look = [&](const ResolvedBits& name, bool traced) {
-    for (const NetBit& bit : name.bits) {
-      if (!pulse_.beat()) return;
-      BitDriver driver;
-      if (!netlist.driver(bit, driver)) continue;
-      if (driver.kind == BitDriver::Undriven) faults.add(DesignRule::NetUndriven, name.object, bit);
-      if (driver.kind == BitDriver::Constant) faults.add(DesignRule::NetConstant, name.object, bit);
-      if (!clockRuns) continue;
-      if (netlist.canonical(bit) == clock) faults.add(DesignRule::SampleClockTraced, name.object, bit);
-      const bool isRegister = driver.kind == BitDriver::FlipFlop || driver.kind == BitDriver::Memory;
-      if (!isRegister || !driver.hasClock) continue;
-      const bool same = driver.clock == clock;
-      if (!same) {
-        faults.add(DesignRule::ClockCrossing, name.object, bit, driver.clock.name);
-        otherClocks.insert(driver.clock.name);
-      }
-      if (traced) {
-        ++tracedRegisters;
-        registersOfClock += same;
-      }
-    }
+  const QString unknown = QStringLiteral("<clock>");
+  const auto clockFill = [&unknown](const QString& name) {
+    return qMakePair(unknown, name.isEmpty() ? unknown : name);
   };
-  look(traced_, true);
-  for (const ResolvedBits& name : watched_) look(name, false);
-
-  const FindingList::Fills clockFill = {
-      {QStringLiteral("<clock>"), otherClocks.size() == 1 ? *otherClocks.begin() : QStringLiteral("<clock>")}};
-  if (tracedRegisters > 0 && registersOfClock == 0)
+  if (check.clockIsForeign())
     report(DesignRule::ForeignSampleClock, QString(),
            QStringLiteral("sample clock \"%1\" clocks none of the %2")
-               .arg(clock_.canonicalName, counted(tracedRegisters, "traced register")),
-           clockFill);
-  for (const NetFault& fault : faults.faults())
+               .arg(resolved_.sampleClock.bits.first().name, counted(check.tracedRegisters(), "traced register")),
+           {clockFill(check.otherClocks().size() == 1 ? *check.otherClocks().begin() : QString())});
+  for (const NetFault& fault : check.faults())
     findings_.add(fault.rule, fault.object, faultText(fault),
-                  {{QStringLiteral("<core>"), core_.name},
-                   {QStringLiteral("<clock>"), fault.detail.isEmpty() ? QStringLiteral("<clock>") : fault.detail}});
+                  {{QStringLiteral("<core>"), core_.name}, clockFill(fault.detail)});
 }
 
 }  // namespace ost

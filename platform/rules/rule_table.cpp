@@ -13,6 +13,9 @@ const std::vector<RuleRow>& ruleTable() {
       {R::SerdesNotSupported, E, "The project has a serdes core: not supported yet", "ost_core del_serdes"},
       {R::TooManyCores, E, "More than 256 cores are enabled: the hub has no number for the next",
        "name at most 256 cores in ost_project run -insert_core <name>, or trace the signals of several in one core"},
+      {R::TooManyNets, E,
+       "All cores together trace or compare more than 1048576 bits, or show them in more than 4194304 places",
+       "ost_trace del_sig -core <core> {<signals>}, or fewer cores in ost_project run -insert_core <name>"},
 
       {R::NoSampleClock, E, "A core has no sample clock", "ost_trace trc_option -core <core> SampleClk=<net>"},
       {R::SampleClockVanished, E, "The sample clock is not in the design",
@@ -74,6 +77,8 @@ const std::vector<RuleRow>& ruleTable() {
        "ost_trace trc_option -core <core> Implementation=EBR"},
       {R::DistributedRamForbidden, W, "The buffer is to be distributed RAM, which DistRAMDisable forbids",
        "ost_trace trc_option -core <core> Implementation=EBR, or DistRAMDisable=off"},
+      {R::TooManySamples, E, "The samples of a core have more than 268435456 bits",
+       "ost_trace trc_option -core <core> BufferDepth=<depth>, or ost_trace del_sig -core <core> {<signals>}"},
 
       {R::NetUndriven, E, "A net that the core looks at has no driver",
        "drive the net in the design, or take it out of the core"},
@@ -86,6 +91,8 @@ const std::vector<RuleRow>& ruleTable() {
        "ost_trace trc_option -core <core> SampleClk=<net>"},
       {R::SampleClockTraced, W, "The core looks at its own sample clock, which always reads the same",
        "take the net out of the core"},
+      {R::NetPartlyUndriven, W, "Some bits of a net that the core looks at have no driver",
+       "drive them in the design, or take them out of the core"},
   };
   return table;
 }

@@ -15,6 +15,7 @@ enum class DesignRule {
   WishboneNotSupported = 2,
   SerdesNotSupported = 3,
   TooManyCores = 4,
+  TooManyNets = 5,
   NoSampleClock = 10,
   SampleClockVanished = 11,
   SampleClockWide = 12,
@@ -44,12 +45,14 @@ enum class DesignRule {
   MemoryTotal = 52,
   DistributedRamSize = 53,
   DistributedRamForbidden = 54,
+  TooManySamples = 55,
   NetUndriven = 60,
   NetConstant = 61,
   ClockCrossing = 62,
   ForeignSampleClock = 63,
   SampleClockStands = 64,
   SampleClockTraced = 65,
+  NetPartlyUndriven = 66,
 };
 
 struct RuleRow {

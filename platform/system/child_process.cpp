@@ -21,10 +21,9 @@
 namespace ost {
 namespace {
 
-constexpr int kPollMilliseconds = 40;  // Idle is promised ten times a second at least.
+constexpr int kPollMilliseconds = 40;  // The caller is promised at least ten calls of `idle` a second.
 constexpr int kErrorHead = 64 * 1024;
 constexpr int kErrorTail = 8 * 1024;
-constexpr int kMostFiles = 16;
 
 struct Pipe {
   Descriptor read, write;
@@ -57,7 +56,7 @@ class Supervisor {
 
 bool Supervisor::start(const ChildJob& job) {
   Pipe out, err, end, control;
-  if (job.files.size() > kMostFiles) {
+  if (job.files.size() > kMostChildFiles) {
     errno = E2BIG;
     return false;
   }
@@ -127,60 +126,98 @@ ChildEnd::How howOf(const Report& report, int& code) {
   return WIFSIGNALED(report.code) ? ChildEnd::Killed : ChildEnd::Lost;
 }
 
+/// One job from start to end: reads its pipes, serves the caller and enforces the limits.
+class ChildRun {
+ public:
+  explicit ChildRun(const ChildJob& job) : job_(job) {}
+  ChildEnd run();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  bool isOpen() const { return child_.report.isOpen() || child_.output.isOpen() || child_.error.isOpen(); }
+  bool readPipes();
+  void takeOutput(const char* data, int count);
+  void takeError(const char* data, int count);
+  void takeReport();
+  void serveCaller();
+  void stop(ChildEnd::How reason);
+
+  const ChildJob& job_;
+  Supervisor child_;
+  ChildEnd end_;
+  ChildEnd::How stopped_ = ChildEnd::Exited;  ///< Why it was ended before its time, if it was.
+  Clock::time_point deadline_, lastIdle_;
+};
+
+ChildEnd ChildRun::run() {
+  if (!child_.start(job_)) {
+    end_.code = errno;
+    return end_;
+  }
+  deadline_ = Clock::now() + std::chrono::seconds(qMax(1, job_.timeLimitSeconds));
+  lastIdle_ = Clock::now() - std::chrono::seconds(1);
+  end_.how = ChildEnd::Lost;
+  while (isOpen() && readPipes())
+    if (child_.report.isOpen() && stopped_ == ChildEnd::Exited) serveCaller();
+  if (stopped_ != ChildEnd::Exited) end_.how = stopped_;
+  return end_;
+}
+
+/// Waits for data, and takes it. False when the program has ended and its pipes hold nothing more.
+bool ChildRun::readPipes() {
+  const bool over = !child_.report.isOpen();
+  pollfd watched[] = {{child_.report.fd(), POLLIN, 0}, {child_.output.fd(), POLLIN, 0}, {child_.error.fd(), POLLIN, 0}};
+  const int ready = poll(watched, 3, over ? 0 : kPollMilliseconds);
+  // Whoever still holds the pipes then is not a descendant: only what is already there counts.
+  if (ready <= 0) return !over;
+  const auto output = [this](const char* data, int count) { takeOutput(data, count); };
+  const auto error = [this](const char* data, int count) { takeError(data, count); };
+  if (watched[1].revents && !drain(child_.output, output)) child_.output.reset();
+  if (watched[2].revents && !drain(child_.error, error)) child_.error.reset();
+  if (watched[0].revents) takeReport();
+  return true;
+}
+
+void ChildRun::takeOutput(const char* data, int count) {
+  const int room = qMin(count, qMax(0, job_.outputLimitBytes - end_.output.size()));
+  end_.output.append(data, room);
+  if (room < count) stop(ChildEnd::TooMuchOutput);
+}
+
+/// Keeps the head and the tail of the error output.
+void ChildRun::takeError(const char* data, int count) {
+  const int room = qMin(count, kErrorHead - end_.firstError.size());
+  end_.firstError.append(data, room);
+  end_.lastError.append(data + room, count - room);
+  if (end_.lastError.size() > 4 * kErrorTail) end_.lastError = end_.lastError.right(kErrorTail);
+}
+
+void ChildRun::takeReport() {
+  Report report;
+  const ssize_t size = read(child_.report.fd(), &report, sizeof report);
+  if (size == ssize_t(sizeof report)) end_.how = howOf(report, end_.code);
+  if (size >= 0 || errno != EINTR) child_.report.reset();
+}
+
+void ChildRun::serveCaller() {
+  const auto now = Clock::now();
+  if (now >= deadline_) {
+    stop(ChildEnd::OutOfTime);
+  } else if (job_.idle && now - lastIdle_ >= std::chrono::milliseconds(kPollMilliseconds)) {
+    if (!job_.idle()) stop(ChildEnd::Cancelled);
+    lastIdle_ = Clock::now();
+  }
+}
+
+void ChildRun::stop(ChildEnd::How reason) {
+  if (stopped_ == ChildEnd::Exited) stopped_ = reason;
+  child_.stop();
+}
+
 }  // namespace
 
 ChildEnd runChild(const ChildJob& job) {
-  ChildEnd end;
-  Supervisor child;
-  if (!child.start(job)) {
-    end.code = errno;
-    return end;
-  }
-  using Clock = std::chrono::steady_clock;
-  const auto deadline = Clock::now() + std::chrono::seconds(qMax(1, job.timeLimitSeconds));
-  auto lastIdle = Clock::now() - std::chrono::seconds(1);
-  end.how = ChildEnd::Lost;
-  ChildEnd::How stopped = ChildEnd::Exited;  // Why it was ended before its time, if it was.
-  const auto stop = [&](ChildEnd::How reason) {
-    if (stopped == ChildEnd::Exited) stopped = reason;
-    child.stop();
-  };
-  const auto takeOutput = [&](const char* data, int count) {
-    const int room = qMin(count, qMax(0, job.outputLimitBytes - end.output.size()));
-    end.output.append(data, room);
-    if (room < count) stop(ChildEnd::TooMuchOutput);
-  };
-  const auto takeError = [&end](const char* data, int count) {
-    const int room = qMin(count, kErrorHead - end.firstError.size());
-    end.firstError.append(data, room);
-    end.lastError.append(data + room, count - room);
-    if (end.lastError.size() > 4 * kErrorTail) end.lastError = end.lastError.right(kErrorTail);
-  };
-  while (child.report.isOpen() || child.output.isOpen() || child.error.isOpen()) {
-    const bool over = !child.report.isOpen();
-    pollfd watched[] = {{child.report.fd(), POLLIN, 0}, {child.output.fd(), POLLIN, 0}, {child.error.fd(), POLLIN, 0}};
-    const int ready = poll(watched, 3, over ? 0 : kPollMilliseconds);
-    // Whoever still holds the pipes then is no descendant: what is there is all that counts.
-    if (over && ready <= 0) break;
-    if (ready > 0 && watched[1].revents && !drain(child.output, takeOutput)) child.output.reset();
-    if (ready > 0 && watched[2].revents && !drain(child.error, takeError)) child.error.reset();
-    if (ready > 0 && watched[0].revents) {
-      Report report;
-      const ssize_t size = read(child.report.fd(), &report, sizeof report);
-      if (size == ssize_t(sizeof report)) end.how = howOf(report, end.code);
-      if (size >= 0 || errno != EINTR) child.report.reset();
-    }
-    const auto now = Clock::now();
-    if (!child.report.isOpen() || stopped != ChildEnd::Exited) continue;
-    if (now >= deadline) {
-      stop(ChildEnd::OutOfTime);
-    } else if (job.idle && now - lastIdle >= std::chrono::milliseconds(kPollMilliseconds)) {
-      if (!job.idle()) stop(ChildEnd::Cancelled);
-      lastIdle = Clock::now();
-    }
-  }
-  if (stopped != ChildEnd::Exited) end.how = stopped;
-  return end;
+  return ChildRun(job).run();
 }
 
 }  // namespace ost

@@ -22,7 +22,6 @@
 namespace ost {
 namespace {
 
-constexpr int kMostFiles = 16;
 constexpr int kKillRounds = 200;  // Of 10 ms, while there is a child that cannot be found or killed.
 
 void closeRange(unsigned first, unsigned last) {
@@ -77,7 +76,7 @@ int moveAbove(int lowest, int fd) {
 /// above. False with errno.
 bool placeDescriptors(const Launch& launch, int report) {
   const int places = 3 + launch.fileCount;
-  int moved[3 + kMostFiles];
+  int moved[3 + kMostChildFiles];
   // First they move out of the way, so that none is overwritten before it is placed.
   const int input = launch.input >= 0 ? launch.input : open("/dev/null", O_RDONLY | O_CLOEXEC);
   for (int i = 0; i < places; ++i) {

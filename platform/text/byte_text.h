@@ -8,8 +8,8 @@
 
 namespace ost {
 
-inline QString unicodeFromText(const QString& wire) {
-  return QString::fromUtf8(wire.toLatin1());
+inline QString unicodeFromText(const QString& text) {
+  return QString::fromUtf8(text.toLatin1());
 }
 /// Keeps null characters, which Tcl cannot have written, so that the checks of names find them.
 inline QString textFromUnicode(const QString& unicode) {
@@ -20,8 +20,8 @@ inline QString textFromBytes(const QByteArray& bytes) {
   return QString::fromLatin1(bytes);
 }
 /// The file that a name typed in Tcl means, and the way back.
-inline QString fileFromText(const QString& wire) {
-  return QFile::decodeName(wire.toLatin1());
+inline QString fileFromText(const QString& text) {
+  return QFile::decodeName(text.toLatin1());
 }
 inline QString textFromFile(const QString& file) {
   return QString::fromLatin1(QFile::encodeName(file));

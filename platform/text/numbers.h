@@ -17,4 +17,9 @@ constexpr int bitsFor(qint64 n) {
   return bits;
 }
 
+/// The least power of two that is not below `n`.
+constexpr qint64 powerOfTwoFrom(qint64 n) {
+  return qint64(1) << bitsFor(n);
+}
+
 }  // namespace ost

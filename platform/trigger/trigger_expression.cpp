@@ -225,6 +225,14 @@ bool parseTriggerExpression(const QString& text, ParsedExpression& expression, Q
   return Parser(text).parse(expression, error);
 }
 
+QSet<QString> unitNamesIn(const QString& text) {
+  QSet<QString> names;
+  Scanner scanner(text);
+  for (Token token = scanner.next(); token.kind != Token::End; token = scanner.next())
+    if (token.kind == Token::Unit) names.insert(token.text);
+  return names;
+}
+
 QString renameUnitInExpression(const QString& text, const QString& oldName, const QString& newName) {
   QString result;
   int copied = 0;

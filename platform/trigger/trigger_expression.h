@@ -13,6 +13,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -37,6 +38,9 @@ struct ParsedExpression {
 
 /// Parses `text`. False with a reason in `error` that names the column (from 1) and what was expected there.
 bool parseTriggerExpression(const QString& text, ParsedExpression& expression, QString& error);
+
+/// Different words of `text`, which need not be well formed, that look like names of units.
+QSet<QString> unitNamesIn(const QString& text);
 
 /// `text` with every use of the unit `oldName` replaced by `newName`; everything else stays as written.
 QString renameUnitInExpression(const QString& text, const QString& oldName, const QString& newName);

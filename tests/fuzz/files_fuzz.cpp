@@ -106,7 +106,11 @@ class Netlists final : public SampleDriver {
     DesignSource words;
     words.files << source.fileName();
     const auto design = Design::read(words, error);
-    expect(design && planInsertion(*sampleProject(), *design, plan_, error), error.toStdString());
+    expect(design != nullptr, error.toStdString());
+    const auto project = sampleProject();
+    std::vector<ResolvedCore> cores;
+    for (const auto& core : project->cores) cores.push_back(resolveCore(*core, *design));
+    expect(planInsertion(*project, *design, cores, plan_, error), error.toStdString());
     QTemporaryFile netlist;
     YosysJob job;
     job.script = design->elaborationScript();

@@ -1,15 +1,7 @@
 // Levels that only a simulator has: inputs that the bench makes x and z at times, and registers that nothing sets at first.
 module unknown (
-    input  wire       clk,
-    input  wire       rst,
-    input  wire [7:0] din,
-    input  wire       line,
-    input  wire       en,
-    input  wire       look,
-    output reg  [7:0] count,
-    output reg  [7:0] taken,
-    output reg  [3:0] held,
-    output reg        seen
+    input clk, rst, line, en, look, input [7:0] din,
+    output reg [7:0] count, output reg [7:0] taken, output reg [3:0] held, output reg seen
 );
   reg was;
   always @(posedge clk) begin

@@ -21,15 +21,8 @@ bool endsWell(QProcess& process) {
   return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
-void writeFile(const QString& name, const QByteArray& text) {
-  QFile file(name);
-  if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) throw Broken{"cannot write " + name};
-}
-
 QList<QByteArray> linesOf(const QString& name) {
-  QFile file(name);
-  if (!file.open(QIODevice::ReadOnly)) throw Broken{"cannot read " + name};
-  QList<QByteArray> lines = file.readAll().split('\n');
+  QList<QByteArray> lines = contentsOf(name).split('\n');
   lines.removeLast();  // Behind the last line feed: nothing, or a line that is not complete.
   return lines;
 }
@@ -79,6 +72,17 @@ QByteArray stimulus(const Project& project, const QByteArray& ports, const QByte
 }
 
 }  // namespace
+
+void writeFile(const QString& name, const QByteArray& text) {
+  QFile file(name);
+  if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) throw Broken{"cannot write " + name};
+}
+
+QByteArray contentsOf(const QString& name) {
+  QFile file(name);
+  if (!file.open(QIODevice::ReadOnly)) throw Broken{"cannot read " + name};
+  return file.readAll();
+}
 
 void runTool(const QStringList& words, const QString& folder, const QString& log) {
   QProcess tool;
@@ -148,10 +152,10 @@ QByteArray captureBench(const Project& project, const ost::InsertPlan& plan) {
   for (int i = 0; i < plan.cores.size(); ++i) {
     const QByteArray n = QByteArray::number(i), clock = project.cores[i].clock.toUtf8();
     // The run's level as the sample clock sees it: its first edge with the level high is edge 0.
-    watch += "  integer run" + n + "; reg was" + n + " = 0;\n  wire run_here" + n + " = dut.ostrel_debug_i.c" + n +
-             "_core.run_here;\n  initial run" + n + " = $fopen(\"run" + n + ".txt\");\n  always @(posedge " + clock +
-             ") begin\n    if (run_here" + n + " !== was" + n + ") $fwrite(run" + n +
-             ", \"%0t\\n\", $realtime);\n    was" + n + " <= run_here" + n + ";\n  end\n";
+    watch += "  integer run" + n + "; reg was" + n + " = 0;\n  wire run_sync" + n + " = dut.ostrel_debug_i.c" + n +
+             "_core.run_sync;\n  initial run" + n + " = $fopen(\"run" + n + ".txt\");\n  always @(posedge " + clock +
+             ") begin\n    if (run_sync" + n + " !== was" + n + ") $fwrite(run" + n +
+             ", \"%0t\\n\", $realtime);\n    was" + n + " <= run_sync" + n + ";\n  end\n";
     const QStringList outputs = plan.cores[i].triggerOutNames();
     for (int k = 0; k < outputs.size(); ++k) {
       const QByteArray name = outputs[k].toUtf8(), wire = "out" + n + "_" + QByteArray::number(k);

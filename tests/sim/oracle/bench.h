@@ -1,4 +1,5 @@
-// Test benches, their simulation with Icarus Verilog, and the records that they write.
+// A project inserted by the real Tcl commands; test benches, their simulation with Icarus Verilog, and the records that
+// they write.
 #pragma once
 
 #include <QProcess>
@@ -7,6 +8,10 @@
 #include "tests/sim/oracle/model.h"
 
 namespace oracle {
+
+// Whole files; throw Broken.
+void writeFile(const QString& name, const QByteArray& text);
+QByteArray contentsOf(const QString& name);
 
 /// Runs a program in `folder` to its end; its output goes to `log` there. Throws when it fails.
 void runTool(const QStringList& words, const QString& folder, const QString& log);
@@ -27,6 +32,24 @@ struct BenchFiles {
   QStringList design;  ///< The device's Verilog.
   QString jtagFile;    ///< ostrel_jtag_sim.v
 };
+
+struct Settings {
+  bool keep = false;   ///< Leave each project's folder behind.
+  bool reuse = false;  ///< Take an insertion that lies there; implies `keep`.
+  double noise = 0;    ///< Probability of a flip on each JTAG line and cycle.
+  QString sources, work, package,
+      core;  ///< `core`: folder whose ostrel_*.v are simulated in place of the inserted ones.
+};
+
+/// Makes the folder `name` below the work folder, empty but for an insertion to be used again.
+BenchFiles prepareFolder(const Settings& settings, const QString& name, const Project& project);
+/// Removes it, unless the settings say otherwise.
+void leaveFolder(const Settings& settings, const BenchFiles& files);
+/// Inserts and compiles capture.vvp. Throws Difference when the plan or the written core is not what was asked for.
+ost::InsertPlan insert(const Project& project, const Settings& settings, const BenchFiles& files);
+/// Compiles capture.vvp once more, for another rate of TCK.
+void compileBench(const Project& project, const ost::InsertPlan& plan, const Settings& settings,
+                  const BenchFiles& files);
 
 /// The uninstrumented device for `rows` edges of its fastest clock from a time (ps) on: one record for each clock.
 QVector<Record> recordDevice(const Project& project, const BenchFiles& files, qint64 fromTime, int rows);

@@ -1,9 +1,8 @@
 // The run of tclsh, and a look at what came of it.
-#include "tests/sim/oracle/insertion.h"
-
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QSet>
 
 #include "platform/plan/capture_map.h"
 #include "tests/sim/oracle/runs.h"
@@ -15,16 +14,11 @@ QString outputFolder(const BenchFiles& files) {
   return files.folder + "/oracle_debug";
 }
 
-void collectUnits(const Term& term, QVector<bool>& used) {
-  if (term.kind == Term::Unit) used[term.unit] = true;
-  for (const Term& part : term.parts) collectUnits(part, used);
-}
-
 /// 0 configuration bits, 1 distributed RAM, 2 block RAM.
 int tableStore(const Expression& expression, const Core& core) {
-  QVector<bool> used(core.units.size());
-  for (const Step& step : expression.steps) collectUnits(step.term, used);
-  if (!expression.ebr && used.count(true) <= 4) return 0;
+  QVector<int> units;
+  for (const Step& step : expression.steps) units += step.term.units;
+  if (!expression.ebr && QSet<int>(units.begin(), units.end()).size() <= 4) return 0;
   return expression.ebr || core.distRamDisable ? 2 : 1;
 }
 
@@ -37,9 +31,7 @@ QStringList parameters(const QString& verilog, const QString& name) {
 
 /// What simulation cannot show: kinds of memory, and the radix of the reader's displays.
 void checkWritten(const Project& project, const ost::InsertPlan& plan, const BenchFiles& files) {
-  QFile file(outputFolder(files) + "/ostrel_debug.v");
-  need(file.open(QIODevice::ReadOnly), "cannot read " + file.fileName());
-  const QString verilog = file.readAll();
+  const QString verilog = contentsOf(outputFolder(files) + "/ostrel_debug.v");
   QStringList samples, tables;
   mustHold(plan.cores.size() == project.cores.size(), "the capture map has another number of cores");
   for (int i = 0; i < project.cores.size(); ++i) {
@@ -59,25 +51,25 @@ BenchFiles prepareFolder(const Settings& settings, const QString& name, const Pr
   BenchFiles files;
   files.folder = settings.work + "/" + name;
   for (const QString& file : project.dut->files) files.design += settings.sources + "/" + file;
-  files.jtagFile = settings.sources + "/platform/reader/sim/ostrel_jtag_sim.v";
+  files.jtagFile = settings.sources + "/platform/jtag/sim/ostrel_jtag_sim.v";
   if (!settings.reuse) QDir(files.folder).removeRecursively();
   need(QDir().mkpath(files.folder), "cannot make " + files.folder);
   return files;
 }
 
+void leaveFolder(const Settings& settings, const BenchFiles& files) {
+  if (!settings.keep && !settings.reuse) QDir(files.folder).removeRecursively();
+}
+
 ost::InsertPlan insert(const Project& project, const Settings& settings, const BenchFiles& files) {
-  QFile map(outputFolder(files) + "/capture_map.json");
-  if (!map.exists()) {
-    QFile script(files.folder + "/project.tcl");
-    need(script.open(QIODevice::WriteOnly), "cannot write " + script.fileName());
-    script.write(projectScript(project, settings.sources).toUtf8());
-    script.close();
+  const QString map = outputFolder(files) + "/capture_map.json";
+  if (!QFile::exists(map)) {
+    writeFile(files.folder + "/project.tcl", projectScript(project, settings.sources).toUtf8());
     runTool({"env", "TCLLIBPATH=" + settings.package, "tclsh", "project.tcl"}, files.folder, "insert.log");
   }
-  need(map.open(QIODevice::ReadOnly), "the insertion wrote no capture map; see " + files.folder + "/insert.log");
   ost::InsertPlan plan;
   QString error;
-  need(ost::readCaptureMap(map.readAll(), plan, error), error);
+  need(ost::readCaptureMap(contentsOf(map), plan, error), error);
   checkWritten(project, plan, files);
   compileBench(project, plan, settings, files);
   return plan;
@@ -85,10 +77,7 @@ ost::InsertPlan insert(const Project& project, const Settings& settings, const B
 
 void compileBench(const Project& project, const ost::InsertPlan& plan, const Settings& settings,
                   const BenchFiles& files) {
-  QFile bench(files.folder + "/capture_tb.v");
-  need(bench.open(QIODevice::WriteOnly), "cannot write the bench");
-  bench.write(captureBench(project, plan));
-  bench.close();
+  writeFile(files.folder + "/capture_tb.v", captureBench(project, plan));
   QStringList sources;
   for (const QString& name : QDir(outputFolder(files)).entryList({"*.v"}, QDir::Files, QDir::Name)) {
     const QString other = settings.core + "/" + name;

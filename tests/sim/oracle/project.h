@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include <functional>
 
 namespace oracle {
 
@@ -25,29 +26,41 @@ struct Net {
 
 struct Port {
   QString name;
-  int width = 1;
-  QString drive = QString();  ///< Of an input: Verilog over `random`; when empty, bits of it.
+  int width;
+  QString drive;  ///< Of an input: Verilog over `random`; when empty, bits of it.
 };
 
 struct Dut {
   QString name;  ///< Of the top module.
-  QStringList files;
-  QStringList clocks;
+  QStringList files, clocks;
   QVector<Port> inputs;  ///< Driven at random; not clocks nor `rst`.
   QVector<Port> others;  ///< Outputs, and inouts that the device alone drives.
   QVector<Net> nets;
   QStringList enables;  ///< Single bits that make sensible enables.
 };
+/// From words with blanks between them, nets as "name[left:right]", and ports as "name:width drive; ...".
+Dut dutOf(const char* name, const QStringList& files, const char* clocks, const char* inputs, const char* others,
+          const char* nets, const char* enables);
 const QVector<Dut>& duts();
+
+struct Unit {
+  QString name;
+  QStringList signalNames;  ///< As given in Tcl.
+  QStringList bits;         ///< Single bits, leftmost first.
+  QString op;
+  QString radix;  ///< bin, oct, dec or hex.
+  QString digits;
+};
 
 /// A term over the units of a core.
 struct Term {
-  enum Kind { Unit, Not, And, Or, Xor };
-  Kind kind = Unit;
-  int unit = 0;
-  QVector<Term> parts;
-  QString text(const QStringList& unitNames) const;
-  bool holds(const QVector<bool>& units) const;
+  QString text;
+  QVector<int> units;  ///< Those that it names.
+  std::function<bool(const QVector<bool>& states)> holds;
+
+  static Term of(const QVector<Unit>& units, int unit);
+  Term inverted() const;
+  Term joined(char sign, const Term& other) const;  ///< '&', '|' or '^'
 };
 
 struct Step {
@@ -60,16 +73,7 @@ struct Expression {
   bool ebr = false;
   int maxSteps = 1, maxCount = 1;
   QVector<Step> steps;
-  QString text(const QStringList& unitNames) const;
-};
-
-struct Unit {
-  QString name;
-  QStringList signalNames;  ///< As given in Tcl.
-  QStringList bits;         ///< Single bits, leftmost first.
-  QString op;
-  QString radix;  ///< bin, oct, dec or hex.
-  QString digits;
+  QString text() const;
 };
 
 struct Probe {

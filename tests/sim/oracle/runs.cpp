@@ -39,13 +39,34 @@ std::unique_ptr<ost::RemoteBitbang> connected(const BenchFiles& files) {
 
 }  // namespace
 
+bool FaultyLine::run(const QByteArray& tms, const QByteArray& tdi, QByteArray* tdo, QString& error) {
+  QByteArray sent = tdi, read;
+  if (untilFlip >= 0 && untilFlip < sent.size()) sent[untilFlip] = !sent[untilFlip];
+  untilFlip = untilFlip < sent.size() ? -1 : untilFlip - sent.size();
+  if (!port_.run(disturbed(tms, noise_ / 8), disturbed(sent, noise_), tdo ? &read : nullptr, error)) return false;
+  if (tdo) *tdo += disturbed(read, noise_);
+  return true;
+}
+
+QByteArray FaultyLine::disturbed(QByteArray levels, double rate) {
+  std::bernoulli_distribution hit(rate);
+  for (char& level : levels)
+    if (hit(random_)) level = static_cast<char>(!level);
+  return levels;
+}
+
 Live::Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise, quint32 seed,
            const QStringList& arguments, ost::UserInstruction instruction)
     : simulation_(vvp(files, arguments), files.folder, "capture_run.log"),
       port_(connected(files)),
-      line(*port_, seed, noise / 8, noise, noise),
+      line(*port_, seed, noise),
       hub(line, instruction),
       reader(hub, plan) {}
+
+void Live::open() {
+  QString error;
+  mustHold(hub.open(error), error);
+}
 
 void Live::end() {
   port_.reset();

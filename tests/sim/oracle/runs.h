@@ -2,11 +2,11 @@
 #pragma once
 
 #include <memory>
+#include <random>
 
 #include "platform/reader/core_reader.h"
-#include "platform/reader/remote_bitbang.h"
+#include "platform/jtag/remote_bitbang.h"
 #include "tests/sim/oracle/bench.h"
-#include "tests/sim/oracle/faulty_port.h"
 
 namespace oracle {
 
@@ -26,12 +26,30 @@ struct Totals {
   qint64 unknown = 0;  ///< Bits that were x or z in the device, and had to be captured as 0.
 };
 
+/// A line that flips bits at random, as a long cable does, or one when told to: the reader repeats what was disturbed
+/// and delivers no wrong sample.
+class FaultyLine : public ost::JtagPort {
+ public:
+  /// `noise`: probability of a flip on TDI and TDO in each cycle; an eighth of it on TMS.
+  FaultyLine(ost::JtagPort& port, quint32 seed, double noise) : port_(port), random_(seed), noise_(noise) {}
+  int untilFlip = -1;  ///< Cycles before the one in which TDI is inverted; -1 for none.
+  bool run(const QByteArray& tms, const QByteArray& tdi, QByteArray* tdo, QString& error) override;
+  bool flush(QString& error) override { return port_.flush(error); }
+
+ private:
+  QByteArray disturbed(QByteArray levels, double rate);
+
+  ost::JtagPort& port_;
+  std::mt19937 random_;
+  double noise_;
+};
+
 /// The bench in simulation, with the reader at its JTAG pins.
 class Live {
  public:
-  /// `noise`: probability of a flip on TDI and TDO in each cycle; an eighth of it on TMS.
   Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise = 0, quint32 seed = 0,
        const QStringList& arguments = {}, ost::UserInstruction instruction = {});
+  void open();  ///< Throws Difference.
   /// Closes the line and waits for the simulation's end.
   void end();
 
@@ -40,7 +58,7 @@ class Live {
   std::unique_ptr<ost::RemoteBitbang> port_;
 
  public:
-  ost::FaultyPort line;
+  FaultyLine line;
   ost::HubLink hub;
   ost::CoreReader reader;
 };
@@ -64,5 +82,12 @@ Run capture(Live& live, const Project& project, const ost::InsertPlan& plan, int
 /// `runs` are all runs of the simulation that has ended, in order.
 void compareRuns(const Project& project, const ost::InsertPlan& plan, const BenchFiles& files, const QVector<Run>& runs,
                  Totals& totals);
+
+// What is run; each throws Difference.
+void runSeed(quint32 seed, const Settings& settings, Totals& totals);  ///< One random project.
+/// What random projects do not reach: directed scenes. The text of a difference names the scene.
+void playScenes(const Settings& settings, Totals& totals);
+/// On a device whose nets are x or z at times: what is known is captured as it is, and the simulation names the rest.
+void unknownLevels(const Settings& settings, Totals& totals);
 
 }  // namespace oracle

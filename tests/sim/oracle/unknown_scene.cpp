@@ -1,39 +1,21 @@
 // A device whose inputs, enables and first register contents are x or z at times, and whose clock is x at the start.
-#include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 
-#include "tests/sim/oracle/scenes.h"
+#include "tests/sim/oracle/runs.h"
 
 namespace oracle {
 namespace {
 
 const Dut& device() {
-  static const Dut dut = {"unknown",
-                          {"tests/sim/designs/unknown.v"},
-                          {"clk"},
-                          // 0, 1 and x by chance: x stays where the first number has a 1 and the second a 0.
-                          {{"din", 8, "({8{1'bx}} & random[12 +: 8] & random[18 +: 8]) | random[21 +: 8]"},
-                           {"line", 1, "random[19:18] == 0 ? 1'bz : random[17]"},
-                           {"en", 1, "random[25:23] == 0 ? 1'bx : random[22]"},
-                           {"look", 1, "random[30:28] == 0 ? 1'bz : random[29]"}},
-                          {{"count", 8}, {"taken", 8}, {"held", 4}, {"seen", 1}},
-                          {{"count", 7, 0, true},
-                           {"din", 7, 0, true},
-                           {"taken", 7, 0, true},
-                           {"line"},
-                           {"was"},
-                           {"held", 3, 0, true},
-                           {"en"},
-                           {"look"}},
-                          {}};
+  // 0, 1 and x by chance: x stays where the first number has a 1 and the second a 0.
+  static const Dut dut =
+      dutOf("unknown", {"tests/sim/designs/unknown.v"}, "clk",
+            "din:8 ({8{1'bx}} & random[12 +: 8] & random[18 +: 8]) | random[21 +: 8];"
+            "line random[19:18] == 0 ? 1'bz : random[17];"
+            "en random[25:23] == 0 ? 1'bx : random[22];"
+            "look random[30:28] == 0 ? 1'bz : random[29]",
+            "count:8; taken:8; held:4; seen", "count[7:0] din[7:0] taken[7:0] line was held[3:0] en look", "");
   return dut;
-}
-
-Term termOf(int unit) {
-  Term term;
-  term.unit = unit;
-  return term;
 }
 
 /// Units of every class and operator look at the bits in doubt. The second core has the other polarities.
@@ -66,7 +48,8 @@ Project unknownProject() {
   unit(line, ".SC.", "011");
   unit(held, "!=", "0110");
   for (int i = 0; i < core.units.size(); ++i)
-    core.expressions.append({QString("TE%1").arg(i + 1), i == 3, 2, 2, {{termOf(i), 2}, {termOf(0), 1}}});
+    core.expressions.append(
+        {QString("TE%1").arg(i + 1), i == 3, 2, 2, {{Term::of(core.units, i), 2}, {Term::of(core.units, 0), 1}}});
   project.cores = {core, core};
   project.cores[1].name = "c1";
   project.cores[1].sampleEnableLow = project.cores[1].triggerEnableLow = true;
@@ -75,9 +58,7 @@ Project unknownProject() {
 
 /// What the simulation said: each net in doubt once for each core that ran, and nothing of one that is not.
 void checkNotes(const BenchFiles& files) {
-  QFile log(files.folder + "/capture_run.log");
-  need(log.open(QIODevice::ReadOnly), "cannot read " + log.fileName());
-  const QString text = log.readAll();
+  const QString text = contentsOf(files.folder + "/capture_run.log");
   QStringList notes;
   for (auto match = QRegularExpression("ostrel: core (c\\d: (the enable )?\\S+) is x or z at").globalMatch(text);
        match.hasNext();)
@@ -97,9 +78,8 @@ void unknownLevels(const Settings& settings, Totals& totals) {
   const BenchFiles files = prepareFolder(settings, "unknown", project);
   const ost::InsertPlan plan = insert(project, settings, files);
   Live live(files, plan);
-  QString error;
   QVector<Run> runs;
-  mustHold(live.hub.open(error), error);
+  live.open();
   for (int i = 0; i < 2 * project.cores.size(); ++i) {
     const Core& core = project.cores[i / 2];
     RunChoice choice;
@@ -116,7 +96,7 @@ void unknownLevels(const Settings& settings, Totals& totals) {
   compareRuns(project, plan, files, runs, totals);
   need(totals.unknown > before, "no level was ever unknown");
   checkNotes(files);
-  if (!settings.keep && !settings.reuse) QDir(files.folder).removeRecursively();
+  leaveFolder(settings, files);
 }
 
 }  // namespace oracle

@@ -25,7 +25,7 @@ TEST(HubLink, AReplyIsNoLongerThanItSays) {
   const QByteArray flags = numberBits(0x80, kFlagBits);
   const QByteArray text = numberBits(quint64(HubOp::Info), kCommandBits) + flags + QByteArray(17, 0);
   port.block = text;
-  for (int i = kCheckBits - 1; i >= 0; --i) port.block += char(frameCrc(text) >> i & 1);
+  for (int i = kCrcBits - 1; i >= 0; --i) port.block += char(frameCrc(text) >> i & 1);
   HubLink hub(port);
   HubReply reply;
   HubCommand info;

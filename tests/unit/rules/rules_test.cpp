@@ -6,7 +6,7 @@
 #include <set>
 
 #include "platform/istdata/trace_tree.h"
-#include "platform/rules/rule_table.h"
+#include "platform/rules/core_check.h"
 #include "platform/trigger/unit_value.h"
 #include "tests/unit/read_design.h"
 
@@ -60,7 +60,7 @@ const DesignAndNetlist& board() {
 
 /// The findings with the rules that need drivers.
 QList<Finding> findingsOf(const Project& project) {
-  return checkDesignRules(project, *board().design, board().netlist.get());
+  return checkDesignRules(project, *board().design, board().netlist.get()).findings;
 }
 
 void trace(Core& core, TraceNode* bus, const QString& names) {
@@ -156,7 +156,7 @@ const struct {
     {"clock=din[0]", {62, 62, 63}},  // one bit of a vector as clock
     {"no_trace", {13}},
     {"no_trace; bus=", {13}},
-    {"trace=u_deep/gone din; bus=count[9]", {14, 14, 14}},  // din has become a vector
+    {"trace=u_deep/gone din; bus=count[9] count[8]", {14, 14, 14}},  // din has become a vector
     {"enable; look", {15, 15}},
     {"enable_signal=nowhere", {}},
     {"enable; enable_signal=nowhere; look; look_signal=din[2:1]", {16, 17}},
@@ -184,7 +184,7 @@ const struct {
     {"depth=65536; stamp=63; dram; core=c2; depth=65536; stamp=63", {52, 53}},
     {"dram; no_dram", {54}},
     {"trace=half[3] half[2] half[1] fixed[0]; signals=floating din[2:0]; enable; enable_signal=fixed[1]",
-     {60, 60, 61, 61}},
+     {60, 61, 61, 66}},
     {"trace=u_slow/u_reg/q mixed", {62}},
     {"trace=u_pad/through[1]", {62}},
     {"clock=u_deep/u_reg/clk; trace=u_deep/q", {}},  // the same clock under another name
@@ -214,13 +214,28 @@ TEST(DesignRules, EachProjectBreaksExactlyItsRules) {
     }
     EXPECT_EQ(hasErrors(findings), anyError);
   }
+  InsertPlan large;  // what no test design is large enough for
+  large.cores.resize(2);
+  large.cores[0].probeBits.resize(1 << 18);
+  large.cores[1].probeBits.resize((1 << 20) - (1 << 18));
+  large.cores[1].depth = 256;
+  FindingList limits;
+  checkPlan(large, limits);
+  EXPECT_TRUE(limits.findings().isEmpty());
+  large.cores[0].probes.append({"again", QVector<int>((1 << 22) + 1)});
+  large.cores[0].depth = 64;
+  large.cores[1].triggerBits.resize(1);
+  large.cores[1].timestampBits = 300000;
+  checkPlan(large, limits);
+  EXPECT_EQ(numbersOf(limits.findings()), (std::multiset<int>{5, 5, 55, 55}));
+  seen.insert({5, 55});
   for (const RuleRow& row : ruleTable()) EXPECT_TRUE(seen.count(int(row.rule))) << "no row for rule " << int(row.rule);
 }
 
 TEST(DesignRules, RulesThatNeedDriversAreLeftOutWithoutNetlist) {
   Project project;
   trace(addGoodCore(project, "c1"), nullptr, "floating");
-  EXPECT_TRUE(checkDesignRules(project, *board().design, nullptr).isEmpty());
+  EXPECT_TRUE(checkDesignRules(project, *board().design, nullptr).plan);
   EXPECT_EQ(numbersOf(findingsOf(project)), std::multiset<int>({60}));
 }
 

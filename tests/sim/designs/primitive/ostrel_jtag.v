@@ -1,10 +1,7 @@
 // The debug hub behind a device's own JTAG primitive, in place of the file of this name that is inserted: what a user
 // writes, around a model of such a primitive.
 module ostrel_jtag (
-    input  wire jtag_tck, jtag_tms, jtag_tdi,
-    output wire jtag_tdo,
-    output wire tck, sel, capture, shift, update, tdi,
-    input  wire tdo
+    input jtag_tck, jtag_tms, jtag_tdi, tdo, output jtag_tdo, tck, sel, capture, shift, update, tdi
 );
   device_jtag u_device (
       .tck_pin(jtag_tck), .tms_pin(jtag_tms), .tdi_pin(jtag_tdi), .tdo_pin(jtag_tdo),
@@ -14,12 +11,7 @@ endmodule
 
 // An instruction register of six bits, of which 100010 selects the user's register; its update comes one TCK late.
 module device_jtag (
-    input  wire tck_pin, tms_pin, tdi_pin,
-    output reg  tdo_pin,
-    output wire drck, user, capture, shift,
-    output reg  update,
-    output wire tdi,
-    input  wire tdo
+    input tck_pin, tms_pin, tdi_pin, tdo, output drck, user, capture, shift, tdi, output reg tdo_pin, output reg update
 );
   // Reset, idle; then of DR (from 2) and IR (from 9): select, capture, shift, exit 1, pause, exit 2, update.
   reg [3:0] state = 0;
@@ -47,9 +39,5 @@ module device_jtag (
     update <= user & state == 8;
   end
   always @(negedge tck_pin) tdo_pin <= state == 11 ? ir_shift[0] : tdo;
-  assign drck = tck_pin;
-  assign tdi = tdi_pin;
-  assign user = ir == 6'b100010;
-  assign capture = state == 3;
-  assign shift = state == 4;
+  assign {drck, tdi, user, capture, shift} = {tck_pin, tdi_pin, ir == 6'b100010, state == 3, state == 4};
 endmodule

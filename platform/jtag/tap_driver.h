@@ -1,7 +1,7 @@
 // Scans of a JTAG TAP (IEEE 1149.1) as pin cycles. Between two calls the TAP stays in Run-Test/Idle.
 #pragma once
 
-#include "platform/reader/jtag_port.h"
+#include "platform/jtag/jtag_port.h"
 
 namespace ost {
 

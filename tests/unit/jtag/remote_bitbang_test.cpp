@@ -1,5 +1,5 @@
 // The remote-bitbang client against servers that answer well, badly or not at all.
-#include "platform/reader/remote_bitbang.h"
+#include "platform/jtag/remote_bitbang.h"
 
 #include <fcntl.h>
 #include <netinet/in.h>

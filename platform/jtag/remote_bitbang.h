@@ -4,7 +4,7 @@
 #include <chrono>
 #include <memory>
 
-#include "platform/reader/jtag_port.h"
+#include "platform/jtag/jtag_port.h"
 #include "platform/system/descriptor.h"
 
 namespace ost {

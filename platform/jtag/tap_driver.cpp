@@ -1,5 +1,5 @@
 // The TAP's paths from Run-Test/Idle through a scan and back.
-#include "platform/reader/tap_driver.h"
+#include "platform/jtag/tap_driver.h"
 
 namespace ost {
 

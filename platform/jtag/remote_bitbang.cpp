@@ -1,6 +1,6 @@
 // Connecting and exchanging with a remote-bitbang server. All descriptors are non-blocking, so that a server that
 // stands still in either direction is noticed.
-#include "platform/reader/remote_bitbang.h"
+#include "platform/jtag/remote_bitbang.h"
 
 #include <fcntl.h>
 #include <netdb.h>
