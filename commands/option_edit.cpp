@@ -52,7 +52,13 @@ void applyOptions(const OptionRule* rules, std::size_t count, IstComData& servic
                   const OptionList& options) {
   for (std::size_t i = 0; i < count && i < options.size(); ++i) {
     const OptionEntry& entry = options.at(i);
-    if (entry.set) rules[i].apply(OptionEdit(service, core, entry.value));
+    const OptionRule& rule = rules[i];
+    if (!entry.set) continue;
+    const OptionEdit edit(service, core, entry.value);
+    int code = 0;
+    if (rule.holds && !edit.require(rule.holds(edit), rule.needCode)) continue;
+    if (rule.words && !edit.keyword(*rule.words, code, rule.wordCode)) continue;
+    rule.set(edit, code);
   }
 }
 

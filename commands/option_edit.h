@@ -46,10 +46,17 @@ class OptionEdit {
   const QString text;        ///< Trimmed.
 };
 
-/// An option of a family and how it is set.
+/// An option of a family: what it needs, which words it takes, and how it is set.
 struct OptionRule {
   const char* name;
-  void (*apply)(const OptionEdit& edit);
+  /// What has to hold first, and the message when it does not; null when nothing has to.
+  bool (*holds)(const OptionEdit& edit);
+  const char* needCode;
+  /// The keywords, whose code `set` gets, and the message for any other value (null: none). With null keywords `set`
+  /// looks at the value itself and gets 0.
+  const KeywordSet* words;
+  const char* wordCode;
+  void (*set)(const OptionEdit& edit, int code);
 };
 
 void appendOptions(const OptionRule* rules, std::size_t count, OptionList& options);

@@ -21,120 +21,82 @@ std::string rangeText(int min, int max) {
   return text.str();
 }
 
-void setSampleClock(const OptionEdit& edit) {
-  edit.service.setSampleClk(edit.text, edit.core);
+typedef const OptionEdit& Edit;
+
+bool hasSampleEnable(Edit edit) {
+  return edit.service.isSampleEnable(edit.core);
+}
+bool hasTriggerEnable(Edit edit) {
+  return edit.service.isTrigEnable(edit.core);
+}
+bool hasTimestamp(Edit edit) {
+  return edit.service.isTimeStamp(edit.core);
+}
+bool hasWindows(Edit edit) {
+  return edit.service.getCaptureMode(edit.core) != 0;
 }
 
-void setSampleEnable(const OptionEdit& edit) {
-  int on;
-  if (edit.keyword(kOnOff, on, "0121")) edit.service.setSampleEnable(on != 0, edit.core);
-}
-
-void setSampleEnableSignal(const OptionEdit& edit) {
-  if (!edit.require(edit.service.isSampleEnable(edit.core), "0122")) return;
-  edit.service.setSampleEnableSignal(edit.text, edit.core);
-}
-
-void setSampleEnablePolarity(const OptionEdit& edit) {
-  int polarity;
-  if (!edit.require(edit.service.isSampleEnable(edit.core), "0123")) return;
-  if (edit.keyword(kPolarities, polarity, "0124")) edit.service.setSampleEnablePri(polarity, edit.core);
-}
-
-void setBufferDepth(const OptionEdit& edit) {
+void setBufferDepth(Edit edit, int) {
   int depth;
   if (!edit.number(depth) || !istCore::isValidBufferDepth(depth))
     return edit.reject("0125", validList(istCore::getValidBufferDepthValues()), edit.typed);
   edit.service.setBufferDepth(depth, edit.core);
 }
 
-void setImplementation(const OptionEdit& edit) {
-  int implementation;
-  if (edit.keyword(kImplementations, implementation, "0126")) edit.service.setImplementation(implementation, edit.core);
-}
-
-void setTimestamp(const OptionEdit& edit) {
-  int on;
-  if (edit.keyword(kOnOff, on, "0127")) edit.service.setTimeStamp(on != 0, edit.core);
-}
-
-void setTimestampBits(const OptionEdit& edit) {
+void setTimestampBits(Edit edit, int) {
   int bits;
-  if (!edit.require(edit.service.isTimeStamp(edit.core), "0128")) return;
   const int depth = edit.service.getBufferDepth(edit.core);
   const int min = istCore::getMinTimestampBitsByDepth(depth), max = istCore::getMaxTimestampBitsByDepth(depth);
   if (!edit.number(bits) || bits < min || bits > max) return edit.reject("0129", rangeText(min, max), edit.typed);
   edit.service.setTimeStampBits(bits, edit.core);
 }
 
-void setCaptureMode(const OptionEdit& edit) {
-  int mode;
-  if (edit.keyword(kCaptureModes, mode, "0130")) edit.service.setCaptureMode(mode, edit.core);
-}
-
-void setMinimumSamples(const OptionEdit& edit) {
+void setMinimumSamples(Edit edit, int) {
   int samples;
-  if (!edit.require(edit.service.getCaptureMode(edit.core) != 0, "0131")) return;
   const int depth = edit.service.getBufferDepth(edit.core);
   if (!edit.number(samples) || !istCore::isValidMinSamplePerTrigsValueByDepth(depth, samples))
     return edit.reject("0132", validList(istCore::getValidMinSamplePerTrigsValuesByDepth(depth)), edit.typed);
   edit.service.setCaptureMin(samples, edit.core);
 }
 
-void setIncludeTrigger(const OptionEdit& edit) {
-  int on;
-  if (edit.keyword(kOnOff, on, "0133")) edit.service.setIncludeTrigger(on != 0, edit.core);
-}
-
-void setTriggerEnable(const OptionEdit& edit) {
-  int on;
-  if (edit.keyword(kOnOff, on, "0134")) edit.service.setTrigEnable(on != 0, edit.core);
-}
-
-void setTriggerEnableSignal(const OptionEdit& edit) {
-  if (!edit.require(edit.service.isTrigEnable(edit.core), "0135")) return;
-  edit.service.setTrigEnableSignal(edit.text, edit.core);
-}
-
-void setTriggerEnablePolarity(const OptionEdit& edit) {
-  int polarity;
-  if (!edit.require(edit.service.isTrigEnable(edit.core), "0136")) return;
-  if (edit.keyword(kPolarities, polarity, "0137")) edit.service.setTrigEnablePri(polarity, edit.core);
-}
-
-void setNumberOfTriggers(const OptionEdit& edit) {
+void setNumberOfTriggers(Edit edit, int) {
   int triggers;
-  if (!edit.require(edit.service.getCaptureMode(edit.core) != 0, "0138")) return;
-  if (!edit.require(edit.service.isTrigEnable(edit.core), "0139")) return;
+  if (!edit.require(hasTriggerEnable(edit), "0139")) return;
   const int depth = edit.service.getBufferDepth(edit.core), samples = edit.core->samplesPerTrigger;
   if (!edit.number(triggers) || !istCore::isValidNumberOfTrigsValueByDepth(depth, samples, triggers))
     return edit.reject("0140", validList(istCore::getValidNumberOfTrigsValuesByDepth(depth, samples)), edit.typed);
   edit.service.setCaptureNum(triggers, edit.core);
 }
 
-/// The one switch that ignores other values without a message.
-void setDistRamDisable(const OptionEdit& edit) {
-  int disable;
-  if (edit.keyword(kOnOff, disable, nullptr)) edit.service.setDisableDistRAM(disable != 0, edit.core);
-}
-
 const OptionRule kRules[] = {
-    {"SampleClk", setSampleClock},
-    {"SampleEnable", setSampleEnable},
-    {"SampleEnableSig", setSampleEnableSignal},
-    {"SampleEnablePri", setSampleEnablePolarity},
-    {"BufferDepth", setBufferDepth},
-    {"Implementation", setImplementation},
-    {"Timestamp", setTimestamp},
-    {"TimestampBits", setTimestampBits},
-    {"CaptureMode", setCaptureMode},
-    {"MinimumSamplesPerTrigger", setMinimumSamples},
-    {"IncludeTrigger", setIncludeTrigger},
-    {"TriggerEnable", setTriggerEnable},
-    {"TriggerEnableSig", setTriggerEnableSignal},
-    {"TriggerEnablePri", setTriggerEnablePolarity},
-    {"NumberofTriggers", setNumberOfTriggers},
-    {"DistRAMDisable", setDistRamDisable},
+    {"SampleClk", nullptr, nullptr, nullptr, nullptr,
+     [](Edit edit, int) { edit.service.setSampleClk(edit.text, edit.core); }},
+    {"SampleEnable", nullptr, nullptr, &kOnOff, "0121",
+     [](Edit edit, int on) { edit.service.setSampleEnable(on != 0, edit.core); }},
+    {"SampleEnableSig", hasSampleEnable, "0122", nullptr, nullptr,
+     [](Edit edit, int) { edit.service.setSampleEnableSignal(edit.text, edit.core); }},
+    {"SampleEnablePri", hasSampleEnable, "0123", &kPolarities, "0124",
+     [](Edit edit, int polarity) { edit.service.setSampleEnablePri(polarity, edit.core); }},
+    {"BufferDepth", nullptr, nullptr, nullptr, nullptr, setBufferDepth},
+    {"Implementation", nullptr, nullptr, &kImplementations, "0126",
+     [](Edit edit, int implementation) { edit.service.setImplementation(implementation, edit.core); }},
+    {"Timestamp", nullptr, nullptr, &kOnOff, "0127",
+     [](Edit edit, int on) { edit.service.setTimeStamp(on != 0, edit.core); }},
+    {"TimestampBits", hasTimestamp, "0128", nullptr, nullptr, setTimestampBits},
+    {"CaptureMode", nullptr, nullptr, &kCaptureModes, "0130",
+     [](Edit edit, int mode) { edit.service.setCaptureMode(mode, edit.core); }},
+    {"MinimumSamplesPerTrigger", hasWindows, "0131", nullptr, nullptr, setMinimumSamples},
+    {"IncludeTrigger", nullptr, nullptr, &kOnOff, "0133",
+     [](Edit edit, int on) { edit.service.setIncludeTrigger(on != 0, edit.core); }},
+    {"TriggerEnable", nullptr, nullptr, &kOnOff, "0134",
+     [](Edit edit, int on) { edit.service.setTrigEnable(on != 0, edit.core); }},
+    {"TriggerEnableSig", hasTriggerEnable, "0135", nullptr, nullptr,
+     [](Edit edit, int) { edit.service.setTrigEnableSignal(edit.text, edit.core); }},
+    {"TriggerEnablePri", hasTriggerEnable, "0136", &kPolarities, "0137",
+     [](Edit edit, int polarity) { edit.service.setTrigEnablePri(polarity, edit.core); }},
+    {"NumberofTriggers", hasWindows, "0138", nullptr, nullptr, setNumberOfTriggers},
+    {"DistRAMDisable", nullptr, nullptr, &kOnOff, nullptr,  // the one switch that ignores other values without a word
+     [](Edit edit, int on) { edit.service.setDisableDistRAM(on != 0, edit.core); }},
 };
 const std::size_t kRuleCount = sizeof kRules / sizeof kRules[0];
 

@@ -9,36 +9,22 @@ using namespace ost_command;
 
 namespace {
 
-void setDefaultRadix(const OptionEdit& edit) {
-  int radix;
-  if (edit.keyword(kRadices, radix, "0141")) edit.service.setDefaultTrigRadix(radix, edit.core);
+typedef const OptionEdit& Edit;
+
+bool hasEventCounter(Edit edit) {
+  return edit.service.isEventCounter(edit.core);
+}
+bool hasTriggerOut(Edit edit) {
+  return edit.service.isTriggerOut(edit.core);
 }
 
-void setEventCounter(const OptionEdit& edit) {
-  int on;
-  if (edit.keyword(kOnOff, on, "0142")) edit.service.setEventCounter(on != 0, edit.core);
-}
-
-void setCounterValue(const OptionEdit& edit) {
+void setCounterValue(Edit edit, int) {
   int count;
-  if (!edit.require(edit.service.isEventCounter(edit.core), "0143")) return;
   if (!edit.number(count) || !istCore::isValidEventCounterValue(count)) return edit.reject("0144", edit.typed);
   edit.service.setEventCounterValue(count, edit.core);
 }
 
-void setTriggerOut(const OptionEdit& edit) {
-  int on;
-  if (edit.keyword(kOnOff, on, "0145")) edit.service.setTriggerOut(on != 0, edit.core);
-}
-
-void setOutputType(const OptionEdit& edit) {
-  int type;
-  if (!edit.require(edit.service.isTriggerOut(edit.core), "0146")) return;
-  if (edit.keyword(kOutputTypes, type, "0147")) edit.service.setTriggerOutType(type, edit.core);
-}
-
-void setOutputName(const OptionEdit& edit) {
-  if (!edit.require(edit.service.isTriggerOut(edit.core), "0148")) return;
+void setOutputName(Edit edit, int) {
   switch (istCore::isValidTriggerOutNetName(edit.text)) {
     case 0:
       return edit.service.setTriggerOutName(edit.text, edit.core);
@@ -51,24 +37,27 @@ void setOutputName(const OptionEdit& edit) {
   }
 }
 
-void setOutputPolarity(const OptionEdit& edit) {
-  int polarity;
-  if (!edit.require(edit.service.isTriggerOut(edit.core), "0152")) return;
-  if (edit.keyword(kPolarities, polarity, "0153")) edit.service.setTriggeroutPolarity(polarity, edit.core);
-}
-
 /// Stored as the integer's own decimal text: 007 becomes 7.
-void setOutputPulseWidth(const OptionEdit& edit) {
+void setOutputPulseWidth(Edit edit, int) {
   int width;
-  if (!edit.require(edit.service.isTriggerOut(edit.core), "0154")) return;
   if (!edit.number(width) || width < 0) return edit.reject("0155", edit.typed);
   edit.service.setTriggeroutMPW(QString::number(width), edit.core);
 }
 
 const OptionRule kRules[] = {
-    {"DefaultRadix", setDefaultRadix}, {"EventCounter", setEventCounter},  {"CounterValue", setCounterValue},
-    {"TriggerOut", setTriggerOut},     {"OutNetType", setOutputType},      {"OutNetName", setOutputName},
-    {"OutNetPri", setOutputPolarity},  {"OutNetMPW", setOutputPulseWidth},
+    {"DefaultRadix", nullptr, nullptr, &kRadices, "0141",
+     [](Edit edit, int radix) { edit.service.setDefaultTrigRadix(radix, edit.core); }},
+    {"EventCounter", nullptr, nullptr, &kOnOff, "0142",
+     [](Edit edit, int on) { edit.service.setEventCounter(on != 0, edit.core); }},
+    {"CounterValue", hasEventCounter, "0143", nullptr, nullptr, setCounterValue},
+    {"TriggerOut", nullptr, nullptr, &kOnOff, "0145",
+     [](Edit edit, int on) { edit.service.setTriggerOut(on != 0, edit.core); }},
+    {"OutNetType", hasTriggerOut, "0146", &kOutputTypes, "0147",
+     [](Edit edit, int type) { edit.service.setTriggerOutType(type, edit.core); }},
+    {"OutNetName", hasTriggerOut, "0148", nullptr, nullptr, setOutputName},
+    {"OutNetPri", hasTriggerOut, "0152", &kPolarities, "0153",
+     [](Edit edit, int polarity) { edit.service.setTriggeroutPolarity(polarity, edit.core); }},
+    {"OutNetMPW", hasTriggerOut, "0154", nullptr, nullptr, setOutputPulseWidth},
 };
 const std::size_t kRuleCount = sizeof kRules / sizeof kRules[0];
 

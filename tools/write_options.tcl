@@ -1,7 +1,7 @@
 # Writes the table of all options of a core: <docs folder>/options.md, from what the package takes now, joined with what
-# docs/options.tcl says of each. Fails when the two do not fit, or when a test that is named does not exist.
+# docs/options.tcl says of each. Fails when the two do not match, or when a test that is named does not exist.
 #
-#   tclsh tools/write_options.tcl <program that prints the live options> <docs folder>
+#   tclsh tools/write_options.tcl <live_tables> <docs folder>
 package require Tcl 8.5
 set root [file dirname [file dirname [file normalize [info script]]]]
 source [file join $root tools live_table.tcl]
@@ -38,9 +38,9 @@ proc option {name hardware runTime tests} {
     set ::rows($name) [list $hardware $runTime $tests]
 }
 
-lassign $argv program docsFolder
+lassign $argv liveTables docsFolder
 packageCommands
-set live [split [string trim [exec $program]] \n]
+set live [split [string trim [exec $liveTables options]] \n]
 lappend live {*}[helpOptions ost_tu add set] {*}[helpOperators] {*}[helpOptions ost_te add set]
 lappend live {*}[helpOptions ost_project run]
 source -encoding utf-8 [file join $root docs options.tcl]
@@ -53,8 +53,9 @@ foreach list [glob [file join $root tests sim CMakeLists.txt] [file join $root t
 
 set text "# What each option becomes\n\n"
 append text "Written from the options that ost_tclwrapper [package present ost_tclwrapper] takes and `docs/options.tcl` while it\n"
-append text "was built. `hardware-*` are cases of tests/tcl/options_in_hardware.test, which inserts two values of the option and\n"
-append text "compares what was built; `sim.*` capture in simulation, against a model. A core that ignored the option fails them.\n\n"
+append text "was built. `sim.*` capture in simulation, against a model; `hardware-*` are cases of\n"
+append text "tests/tcl/options_in_hardware.test, which inserts two values of the option and compares what was built. A core that\n"
+append text "ignored the option fails them.\n\n"
 append text "| option | in hardware | at run time, without a new insertion | tests that would fail without it |\n|---|---|---|---|\n"
 set faults {}
 foreach name $live {
@@ -70,7 +71,7 @@ foreach name $live {
     if {$hardware eq "" || $tests eq ""} {lappend faults "the row of \"$name\" is not complete"}
     append text "| `$name` | $hardware | $runTime | [join $tests {, }] |\n"
 }
-foreach name [array names rows] {lappend faults "docs/options.tcl has a row for \"$name\", which is no option"}
+foreach name [array names rows] {lappend faults "docs/options.tcl has a row for \"$name\", which is not an option"}
 if {$faults ne ""} {
     puts stderr [join $faults \n]
     exit 1

@@ -1,83 +1,21 @@
 // The loaded design: reading it through Yosys, and what can be asked of it.
 #include "platform/design/design.h"
 
-#include <unistd.h>
-
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
+#include <algorithm>
 #include <mutex>
 
+#include "platform/design/elaboration.h"
 #include "platform/design/name_index.h"
 #include "platform/design/source_plan.h"
 #include "platform/design/source_stamp.h"
-#include "platform/design/yosys.h"
 #include "platform/system/files.h"
-#include "platform/system/scratch_file.h"
 #include "platform/text/byte_text.h"
 #include "platform/text/near_names.h"
 
 namespace ost {
-namespace {
-
-// Without processes and internal cells the netlist is some thirty times smaller, with the same names and instances.
-const char kNamesOnly[] =
-    "delete */p:*\n"
-    "select -set ost_cells */t:$* */t:$paramod* %d\n"
-    "delete @ost_cells\n"
-    "write_json";
-
-// The words of a Makefile rule's right side, whose blanks are escaped.
-QList<QByteArray> dependencyWords(int fd) {
-  QFile file;
-  lseek(fd, 0, SEEK_SET);
-  if (!file.open(fd, QIODevice::ReadOnly, QFileDevice::DontCloseHandle)) return {};
-  QByteArray text = file.readAll().trimmed();
-  text = text.mid(text.indexOf(": ") + 2);
-  QList<QByteArray> words;
-  QByteArray word;
-  for (int i = 0; i < text.size(); ++i) {
-    if (text[i] == '\\' && i + 1 < text.size() && text[i + 1] == ' ') {
-      word += text[++i];
-    } else if (text[i] == ' ') {
-      words.append(word);
-      word.clear();
-    } else {
-      word += text[i];
-    }
-  }
-  words.append(word);
-  return words;
-}
-
-// Yosys' text of a well-known failure, said in the user's terms.
-QString explain(const QString& error, const DesignSource& source) {
-  static const QRegularExpression missing(QString::fromLatin1(
-      "Module `\\\\?(.+)' referenced in module `\\\\?(.+)' in cell `\\\\?(.+)' is not part of the design"));
-  const QRegularExpressionMatch undefined = missing.match(error);
-  if (undefined.hasMatch()) {
-    return QString::fromLatin1(
-               "The module \"%1\" (instance \"%3\" of module \"%2\") is not defined: add the file that declares it, or "
-               "take it as a black box with -blackbox %1")
-        .arg(undefined.captured(1), undefined.captured(2), undefined.captured(3));
-  }
-  static const QRegularExpression foreign(QString::fromLatin1("\\A(?:(.+):\\d+: )?Found DPI function \\\\(.+)\\.\\z"));
-  const QRegularExpressionMatch imported = foreign.match(error);
-  if (imported.hasMatch()) {
-    return QString::fromLatin1(
-               "%1: imports the C function \"%2\" (DPI-C), which reading the design would call: leave it out, for "
-               "instance by `ifndef SYNTHESIS")
-        .arg(imported.captured(1), imported.captured(2));
-  }
-  if (!source.top.isEmpty() && error.startsWith(QLatin1String("Module `")) &&
-      error.contains(QLatin1String("' not found"))) {
-    return QString::fromLatin1("The design has no module \"%1\" to be the top; name another with -top").arg(source.top);
-  }
-  return error;
-}
-
-}  // namespace
 
 struct Design::Private {
   DesignSource source;
@@ -85,6 +23,7 @@ struct Design::Private {
   std::unique_ptr<SourcePlan> plan;
   NameIndex index;
   DesignRoles roles;
+  QStringList notes;
   int usedModules = 0;
   mutable std::mutex stampLock;
   mutable std::vector<SourceStamp> stamps;
@@ -92,22 +31,8 @@ struct Design::Private {
 
   const ModuleEntry& top() const { return index.modules[size_t(index.top)]; }
 
-  /// The same words for the names and for the full netlist, so that both have the same top.
-  void addHierarchy(YosysScript& script) const {
-    // With black boxes, modules may stay undefined: which ones is checked against the list.
-    script.line("hierarchy");
-    if (!plan->isNetlist() && source.blackBoxes.isEmpty()) script.words(" -check");
-    if (plan->isNetlist())
-      script.words(" -top").module(yosysId(top().key));
-    else if (source.top.isEmpty())
-      script.words(" -auto-top");
-    else
-      script.words(" -top").module('\\' + source.top.toLatin1());
-  }
-
   bool load(QString& error, const std::function<bool()>& idle);
   bool loadNetlist(QString& error);
-  bool loadVerilog(QString& error, const std::function<bool()>& idle, QStringList& readFiles);
   void readRoles();
   QByteArray fullName(const NameHit& hit, const QByteArray& select) const;
 };
@@ -118,16 +43,24 @@ bool Design::Private::load(QString& error, const std::function<bool()>& idle) {
   // Taken before Yosys reads: a file that changes meanwhile is stale, not missed. Which others it reads is known later.
   const qint64 begin = SourceStamp::now();
   for (const QString& file : plan->files()) stamps.push_back(SourceStamp::take(file));
-  QStringList readFiles;
-  if (!(plan->isNetlist() ? loadNetlist(error) : loadVerilog(error, idle, readFiles))) return false;
-  for (const QString& file : qAsConst(readFiles)) stamps.push_back(SourceStamp::take(file, begin));
+  Elaboration elaboration(*plan, workingDirectory, idle);
+  if ((plan->isNetlist() && !loadNetlist(error)) || !elaboration.run(index, error)) return false;
+  notes = elaboration.notes();
+  for (const QString& file : plan->files() + elaboration.readFiles()) {
+    const auto same = [&file](const SourceStamp& stamp) { return stamp.file == file; };
+    if (std::none_of(stamps.begin(), stamps.end(), same)) stamps.push_back(SourceStamp::take(file, begin));
+  }
 
   QCryptographicHash hash(QCryptographicHash::Sha256);
   const auto addWord = [&hash](const QByteArray& word) { hash.addData(QByteArray::number(word.size()) + ':' + word); };
   addWord(top().key);
-  for (const QString& define : plan->defines()) addWord(define.toLatin1());
+  const DesignSource& words = plan->source();
+  for (const QString& define : words.defines) addWord(define.toLatin1());
   addWord("black boxes");
-  for (const QString& module : qAsConst(source.blackBoxes)) addWord(module.toLatin1());
+  for (const QString& module : words.blackBoxes) addWord(module.toLatin1());
+  for (const QString& parameter : words.parameters) addWord("parameter " + parameter.toLatin1());
+  for (const QString& word : {words.cells, words.systemVerilog, words.vhdlStandard})
+    if (!word.isEmpty()) addWord("option " + word.toLatin1());
   for (const SourceStamp& stamp : stamps) addWord(stamp.hash);
   digest = hash.result().toHex();
 
@@ -146,56 +79,10 @@ bool Design::Private::loadNetlist(QString& error) {
   if (!readNameIndex(file.fd(), plan->firstFileAsTyped(), index, error) ||
       !index.complete(source.top.toLatin1(), error))
     return false;
+  plan->setTop(top().key);
   if (YosysScript::isName(yosysId(top().key))) return true;
   error = QString::fromLatin1("\"%1\" cannot be the name of the top module").arg(textFromBytes(top().key));
   return false;
-}
-
-bool Design::Private::loadVerilog(QString& error, const std::function<bool()>& idle, QStringList& readFiles) {
-  if (!source.top.isEmpty() && !YosysScript::isName('\\' + source.top.toLatin1())) {
-    error = QString::fromLatin1("\"%1\" cannot be the name of the top module").arg(source.top);
-    return false;
-  }
-  ScratchFile netlist, dependencies;
-  if (!netlist.open(error) || !dependencies.open(error)) return false;
-  YosysJob job;
-  job.script = plan->readScript();
-  addHierarchy(job.script);
-  job.script.line(kNamesOnly).openFile(0);
-  job.workingDirectory = workingDirectory;
-  job.timeLimitSeconds = source.timeLimitSeconds;
-  job.memoryLimitBytes = source.memoryLimitBytes;
-  job.idle = idle;
-  job.files << netlist.fd() << dependencies.fd();
-  job.dependencyFile = 1;
-  const YosysResult result = runYosys(job);
-  if (!result.ok) {
-    error = explain(textFromBytes(plan->inUsersWords(result.error.toLatin1())), source);
-    return false;
-  }
-  if (!readNameIndex(netlist.fd(), QString::fromLatin1("the netlist made by Yosys"), index, error)) {
-    // Yosys tells of no write that fails.
-    if (!netlist.hasRoom(error)) return false;
-    if (index.modules.empty()) error = QString::fromLatin1("The sources declare no module");
-    return false;
-  }
-  if (!index.complete(QByteArray(), error)) return false;
-  for (const QByteArray& type : qAsConst(index.unknownTypes)) {
-    const QString name = textFromBytes(type);
-    if (source.blackBoxes.contains(name)) continue;
-    error = QString::fromLatin1(
-                "The module \"%1\" is not defined: add the file that declares it, or take it as a black box with "
-                "-blackbox %1")
-                .arg(name);
-    return false;
-  }
-  const QStringList given = plan->files();
-  for (const QByteArray& word : dependencyWords(dependencies.fd())) {
-    const QString file = plan->realFile(word);
-    if (word.isEmpty() || word == "/dev/stdin" || word.startsWith("/proc/self/")) continue;
-    if (!given.contains(file) && !readFiles.contains(file)) readFiles.append(file);
-  }
-  return true;
 }
 
 void Design::Private::readRoles() {
@@ -266,6 +153,16 @@ QString Design::topModule() const {
 }
 QString Design::topKey() const {
   return textFromBytes(d->top().key);
+}
+
+QStringList Design::blackBoxes() const {
+  QStringList names;
+  for (const ModuleEntry& module : d->index.modules)
+    if (module.used && module.bodyless) names.append(textFromBytes(sourceName(module.key)));
+  return names;
+}
+const QStringList& Design::notes() const {
+  return d->notes;
 }
 
 const DesignRoles& Design::roles() const {
@@ -395,9 +292,7 @@ QByteArray Design::digest() const {
 }
 
 YosysScript Design::elaborationScript() const {
-  YosysScript script = d->plan->readScript();
-  d->addHierarchy(script);
-  return script.line("proc");
+  return d->plan->hierarchyScript(true).line("proc");
 }
 
 QStringList instancePathKeys(const QString& instancePath) {

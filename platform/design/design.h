@@ -18,12 +18,18 @@ namespace ost {
 
 /// What `ost_design read` was told. File names are byte text as typed.
 struct DesignSource {
-  QStringList files;      ///< Verilog, SystemVerilog (.sv, .svh) or one Yosys JSON netlist, in order.
+  QStringList files;  ///< Verilog, SystemVerilog (.sv, .svh), VHDL (.vhd, .vhdl) or one Yosys JSON netlist, in order.
   QStringList fileLists;  ///< Names of file lists, read after `files`.
   QString top;            ///< Empty: found by Yosys.
   QStringList includeDirs;
-  QStringList defines;     ///< NAME or NAME=VALUE.
-  QStringList blackBoxes;  ///< Modules whose bodies are not elaborated.
+  QStringList defines;                       ///< NAME or NAME=VALUE.
+  QStringList blackBoxes;                    ///< Modules whose bodies are not elaborated.
+  QStringList parameters;                    ///< NAME=VALUE, of the top.
+  QStringList libraryDirs, librarySuffixes;  ///< Where MODULE.v is looked for when no file declares the module.
+  QString cells;                             ///< Target whose cells count as declared: "xilinx", "gowin" or none.
+  QString systemVerilog;      ///< What reads SystemVerilog: "slang", "builtin" or "auto"; empty means the last.
+  QString vhdlStandard;       ///< 87, 93, 02 or 08; empty means the last.
+  QStringList vhdlLibraries;  ///< LIBRARY=FILE[,FILE...], VHDL files of libraries other than "work".
   int timeLimitSeconds = 600;
   qint64 memoryLimitBytes = qint64(8) << 30;
 };
@@ -77,6 +83,8 @@ class ISTCOMDATA_API Design {
   const DesignSource& source() const;
   QString topModule() const;  ///< As the source declares it; for people.
   QString topKey() const;     ///< As a Yosys JSON netlist of the design writes it; the only name that finds it there.
+  QStringList blackBoxes() const;    ///< Modules without a body that the hierarchy uses.
+  const QStringList& notes() const;  ///< What the user should know of the reading, a sentence each.
   const DesignRoles& roles() const;
   int moduleCount() const;    ///< Modules that the hierarchy uses.
   int instanceCount() const;  ///< Instances below the top.

@@ -34,8 +34,14 @@ struct DesignSession::Private {
 namespace {
 
 bool sameSource(const DesignSource& a, const DesignSource& b) {
-  return a.files == b.files && a.fileLists == b.fileLists && a.top == b.top && a.includeDirs == b.includeDirs &&
-         a.defines == b.defines && a.blackBoxes == b.blackBoxes;
+  const auto words = [](const DesignSource& s) {
+    return QList<QStringList>{s.files,         s.fileLists,
+                              s.includeDirs,   s.defines,
+                              s.blackBoxes,    s.parameters,
+                              s.libraryDirs,   s.librarySuffixes,
+                              s.vhdlLibraries, {s.top, s.cells, s.systemVerilog, s.vhdlStandard}};
+  };
+  return words(a) == words(b);
 }
 
 }  // namespace
@@ -82,7 +88,7 @@ bool DesignSession::readFromEnvironment(QString& error) {
   }
   DesignSource source;
   const QByteArray suffix = name.mid(name.lastIndexOf(QLatin1Char('.'))).toLower().toLatin1();
-  const bool design = suffix == ".json" || suffix == ".v" || suffix == ".sv";
+  const bool design = QList<QByteArray>{".json", ".v", ".sv", ".vhd", ".vhdl"}.contains(suffix);
   (design ? source.files : source.fileLists).append(name);
   if (d->read(source, {}, QString(), error)) return true;
   error = QString::fromLatin1("OST_DESIGN: %1").arg(error);

@@ -1,6 +1,7 @@
 // Reads file lists; see the header for their grammar.
 #include "platform/design/file_list.h"
 
+#include "platform/design/read_options.h"
 #include "platform/system/files.h"
 #include "platform/text/byte_text.h"
 
@@ -94,24 +95,43 @@ class Reader {
         if (!read(absolute(words.at(i), outer), error, nesting + 1)) return false;
         folder_ = outer;
       } else if (word.startsWith("+incdir+")) {
-        for (const QByteArray& dir : word.mid(8).split('+')) {
-          if (!dir.isEmpty()) content_.includeDirs.append(absolute(dir, folder_));
-        }
+        for (const QByteArray& dir : parts(word)) content_.includeDirs.append(absolute(dir, folder_));
       } else if (word.startsWith("+define+")) {
-        for (const QByteArray& define : word.mid(8).split('+')) {
-          if (!define.isEmpty()) content_.defines.append(textFromBytes(define));
-        }
+        for (const QByteArray& define : parts(word)) content_.defines.append(textFromBytes(define));
+      } else if (word.startsWith("+libext+")) {
+        for (const QByteArray& suffix : parts(word)) content_.librarySuffixes.append(textFromBytes(suffix));
       } else if (word.startsWith('-') || word.startsWith('+')) {
-        reason = QString::fromLatin1(
-                     "\"%1\" is not known: use a file name, +incdir+, +define+ or -f (a file whose name "
-                     "begins so is written with ./ before it)")
-                     .arg(textFromBytes(word));
-        return false;
+        if (!takeOption(word, words.value(++i), reason)) return false;
       } else if (!word.isEmpty()) {
         content_.files.append(absolute(word, folder_));
       }
     }
     return true;
+  }
+
+  /// What stands between the '+' behind "+word".
+  static QList<QByteArray> parts(const QByteArray& word) {
+    QList<QByteArray> all = word.mid(word.indexOf('+', 1) + 1).split('+');
+    all.removeAll(QByteArray());
+    return all;
+  }
+
+  bool takeOption(const QByteArray& word, const QByteArray& value, QString& reason) {
+    const ReadOption* option = findReadOption(textFromBytes(word));
+    QString mustBe;
+    if (!option || !option->inLists) {
+      reason =
+          QStringLiteral(
+              "\"%1\" is not known: use a file name, +incdir+, +define+, +libext+, -f or an option of \"ost_design "
+              "read\" that tells of the design (a file whose name begins so is written with ./ before it)")
+              .arg(textFromBytes(word));
+    } else if (value.isEmpty()) {
+      reason = QStringLiteral("%1 wants a value after it").arg(textFromBytes(word));
+    } else if (!option->take(content_, textFromBytes(value), folder_, mustBe)) {
+      reason = QStringLiteral("\"%1\" cannot be the value of %2: it must be %3")
+                   .arg(textFromBytes(value), textFromBytes(word), mustBe);
+    }
+    return reason.isEmpty();
   }
 
   FileListContent& content_;

@@ -1,20 +1,19 @@
-// File lists (.f): files, include folders and macros, a few to a line.
+// File lists (.f): files, folders, macros and options, a few to a line.
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include "platform/design/design.h"
 
 namespace ost {
 
 /// What the lists hold, all in byte text; relative names are made absolute against their list's folder.
-struct FileListContent {
-  QStringList files, includeDirs, defines;
+struct FileListContent : DesignSource {
   QStringList lists;  ///< Every list read, nested ones among them, as absolute names.
 };
 
-/// Reads a list and those it names with `-f`. A word is a file, `+incdir+DIR[+DIR]`, `+define+NAME[=VALUE][+...]` or
-/// `-f LIST`; words are separated by blanks, and double quotes hold blanks together; `//` and `#` begin a comment where
-/// a word could begin. False with list and line in `error`.
+/// Reads a list and those it names with `-f`. A word is a file, `+incdir+DIR[+DIR]`, `+define+NAME[=VALUE][+...]`,
+/// `+libext+SUFFIX[+SUFFIX]`, `-f LIST` or an option of readOptions() that lists may hold, with its value; words are
+/// separated by blanks, and double quotes hold blanks together; `//` and `#` begin a comment where a word could begin.
+/// False with list and line in `error`.
 bool readFileList(const QString& absoluteName, FileListContent& content, QString& error);
 
 }  // namespace ost

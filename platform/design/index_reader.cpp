@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "platform/design/ghdl.h"
 #include "platform/design/name_index.h"
 #include "platform/text/byte_text.h"
 #include "platform/text/json_memory.h"
@@ -253,6 +254,8 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
   bool attribute(const Scalar& value) {
     if (item_ == "ostrel_role" && value.kind == Scalar::Text) {
       module().roles = QByteArray(value.text.data(), int(value.text.size()));
+    } else if (item_ == kVhdlAttribute) {
+      module().vhdl = true;
     } else if (item_ == "top") {
       module().topAttribute = isTrue(value);
     } else if (item_ == "blackbox" || item_ == "whitebox") {

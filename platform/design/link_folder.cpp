@@ -10,6 +10,8 @@
 #include <QFileInfo>
 #include <ctime>
 
+#include "platform/system/files.h"
+
 namespace ost {
 namespace {
 
@@ -20,7 +22,7 @@ Descriptor openFolder(const QString& path) {
   return Descriptor(open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
-/// Removes a folder that this user made, that no process has locked, and that holds nothing but links.
+/// Removes a folder that this user made, that no process has locked, and that holds nothing but links and files.
 void removeIfLeft(const QString& path) {
   const Descriptor folder = openFolder(path);
   if (!folder.isOpen()) return;
@@ -28,7 +30,7 @@ void removeIfLeft(const QString& path) {
   if (fstat(folder.fd(), &status) == 0 && status.st_uid == geteuid() &&
       std::time(nullptr) - status.st_mtime > kYoungSeconds && flock(folder.fd(), LOCK_EX | LOCK_NB) == 0) {
     for (const QFileInfo& entry : QDir(path).entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot))
-      if (entry.isSymLink()) QFile::remove(entry.filePath());
+      if (entry.isSymLink() || entry.isFile()) QFile::remove(entry.filePath());
     QDir().rmdir(path);
   }
 }
@@ -56,6 +58,12 @@ QByteArray LinkFolder::path() const {
 
 bool LinkFolder::add(const QByteArray& name, const QByteArray& target) const {
   return folder_.isValid() && symlink(target.constData(), (path() + '/' + name).constData()) == 0;
+}
+
+bool LinkFolder::write(const QByteArray& name, const QByteArray& content) const {
+  const QByteArray path = this->path() + '/' + name;
+  Descriptor file(open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  return folder_.isValid() && file.isOpen() && writeAll(file.fd(), content.constData(), content.size()) && file.close();
 }
 
 }  // namespace ost

@@ -1,4 +1,5 @@
-// A private folder of links, by which Yosys' scripts reach files whose names they cannot hold.
+// A private folder of links, by which Yosys' scripts reach files whose names they cannot hold, and of texts made for
+// them.
 #pragma once
 
 #include <QByteArray>
@@ -19,6 +20,8 @@ class LinkFolder {
   QByteArray path() const;
   /// Makes the link `name` to the file or folder `target`. False with errno set.
   bool add(const QByteArray& name, const QByteArray& target) const;
+  /// Writes the file `name`. False with errno set.
+  bool write(const QByteArray& name, const QByteArray& content) const;
 
  private:
   QTemporaryDir folder_;

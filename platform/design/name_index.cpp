@@ -17,11 +17,20 @@ QString quoted(const QByteArray& name) {
   return QLatin1Char('"') + textFromBytes(name) + QLatin1Char('"');
 }
 
+bool sameInVhdl(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && qstrnicmp(a.data(), b.data(), uint(a.size())) == 0;
+}
+
+/// The entry of that name; in a module from VHDL, in whatever case.
 template <typename Entry>
-const Entry* findByName(const NameIndex& index, const std::vector<Entry>& entries, std::string_view name) {
+const Entry* findByName(const NameIndex& index, const std::vector<Entry>& entries, bool vhdl, std::string_view name) {
   const auto place = std::lower_bound(entries.begin(), entries.end(), name,
                                       [&](const Entry& e, std::string_view n) { return index.view(e.name) < n; });
-  return place != entries.end() && index.view(place->name) == name ? &*place : nullptr;
+  if (place != entries.end() && index.view(place->name) == name) return &*place;
+  if (!vhdl) return nullptr;
+  for (const Entry& entry : entries)
+    if (sameInVhdl(index.view(entry.name), name)) return &entry;
+  return nullptr;
 }
 
 }  // namespace
@@ -51,11 +60,11 @@ bool isSetAttribute(std::string_view text) {
 }
 
 const NetEntry* NameIndex::findNet(const ModuleEntry& module, std::string_view name) const {
-  return findByName(*this, module.nets, name);
+  return findByName(*this, module.nets, module.vhdl, name);
 }
 
 const InstanceEntry* NameIndex::findInstance(const ModuleEntry& module, std::string_view name) const {
-  return findByName(*this, module.instances, name);
+  return findByName(*this, module.instances, module.vhdl, name);
 }
 
 bool NameIndex::hasMemory(const ModuleEntry& module, std::string_view name) const {

@@ -38,6 +38,7 @@ struct ModuleEntry {
   bool topAttribute = false;
   bool unnamedBlocks = false;  ///< A name leads through a generate block that Yosys named.
   bool bodyless = false;       ///< A black or white box: what its shell declares cannot be reached and is left out.
+  bool vhdl = false;           ///< Came from VHDL: names have no case.
   QByteArray roles;
   std::vector<NetEntry> nets;            ///< Public, sorted by name.
   std::vector<InstanceEntry> instances;  ///< Of modules of the design only, sorted by name.

@@ -1,5 +1,6 @@
-// What a DesignSource comes to: the files with their options once file lists are read, and the Yosys script that reads
-// them. File names that Yosys' script language cannot hold are reached through links in a private folder.
+// What a DesignSource comes to: the files with their options once file lists are read, what turned out to be missing
+// from them, and the Yosys script that reads it all. File names that Yosys' script language cannot hold, and texts of
+// our own, are reached through a private folder.
 #pragma once
 
 #include <QByteArray>
@@ -9,10 +10,20 @@
 #include <memory>
 
 #include "platform/design/design.h"
+#include "platform/design/ghdl.h"
 #include "platform/design/link_folder.h"
+#include "platform/design/parameter.h"
+#include "platform/design/verilog_scan.h"
 #include "platform/design/yosys_script.h"
 
 namespace ost {
+
+/// An instance of a VHDL entity in Verilog, and the module that stands for the entity with the instance's generics.
+struct VhdlBinding {
+  QByteArray module, cell;       ///< Of the instance.
+  QByteArray type;               ///< The new one.
+  QList<QByteArray> parameters;  ///< Those of the instance, which are gone then.
+};
 
 class SourcePlan {
  public:
@@ -23,37 +34,97 @@ class SourcePlan {
   static std::unique_ptr<SourcePlan> make(const DesignSource& source, const QString& workingDirectory, QString& error);
 
   bool isNetlist() const { return netlist_; }
+  /// All that the words and the lists say together; files and folders as typed.
+  const DesignSource& source() const { return source_; }
   /// Absolute names of the files that were given, in order, file lists last.
-  const QStringList& files() const { return files_; }
+  QStringList files() const { return files_ + lists_; }
   QString firstFileAsTyped() const { return typedNames_.value(files_.value(0)); }
-  const QStringList& defines() const { return defines_; }
+  const QList<TopParameter>& parameters() const { return parameters_; }
+  const VhdlSources& vhdl() const { return vhdl_; }
+  /// Modules that the Verilog files declare, as far as their texts tell.
+  const QList<ScannedModule>& modules() const { return modules_; }
 
-  /// Reads everything. Not deferred (`-defer`): that would make a variant of each parametrised black box
-  /// that the sources declare, instead of an instance with its parameters.
-  YosysScript readScript() const;
-  /// `text` of Yosys with the names that readScript() used turned back into what the user typed.
+  /// The top as the sources name it; empty while Yosys is to find it. Sources are read deferred once it is known: only
+  /// what the hierarchy uses is elaborated then, with the parameters that it is used with.
+  const QByteArray& top() const { return top_; }
+  void setTop(const QByteArray& name) { top_ = name; }
+  /// With parameters(): the top as Yosys names it when it is elaborated with them; empty until that is known.
+  void setDerivedTop(const QByteArray& key) { derivedTop_ = key; }
+  bool knowsTop() const {
+    return netlist_ || parametersAreGenerics() || parameters_.isEmpty() || !derivedTop_.isEmpty();
+  }
+  bool parametersAreGenerics() const { return vhdl_.find(top_) != nullptr; }
+
+  /// The absolute file in a library folder that is named after the module, or empty.
+  QString libraryFile(const QByteArray& module) const;
+  bool addLibraryFile(const QString& file, QString& error);
+  /// SystemVerilog files as typed and absolute, and what to read in their place.
+  QStringList systemVerilogFiles() const;
+  QList<QByteArray> macroWords() const;  ///< "-DNAME=VALUE" and "-IDIR", as most front ends take them.
+  bool replaceSystemVerilog(const QByteArray& verilog, QString& error);
+  void useSlang() { slang_ = true; }
+  /// Declarations of black boxes, Verilog or SystemVerilog.
+  bool addBoxes(const QByteArray& verilog, bool systemVerilog, QString& error);
+  /// A black box whose ports nothing tells stays undefined.
+  void leaveUnknown(const QByteArray& type) { leftUnknown_.insert(type); }
+  bool isLeftUnknown(const QByteArray& type) const { return leftUnknown_.contains(type); }
+  /// Verilog of GHDL. Bindings are made before the next texts are read, in the hierarchy as it is then.
+  bool addVhdl(const QByteArray& verilog, const QByteArray& entity, const QList<VhdlBinding>& bindings, QString& error);
+  /// A library of cells, by its name in the folder of Yosys' data.
+  void addCellLibrary(const QByteArray& file) { cellLibraries_.append(file); }
+
+  /// Reads everything and builds the hierarchy; `check`: a module that is used and not defined is an error.
+  YosysScript hierarchyScript(bool check) const;
+  /// Prints the sources as they are after their macros, into the open file of that index.
+  YosysScript preprocessScript(int openFile) const;
+  /// `text` of Yosys with the names that the scripts use turned back into what the user typed.
   QByteArray inUsersWords(QByteArray text) const;
-  /// The absolute file that a name out of Yosys means.
+  /// The absolute file that a name out of Yosys means; empty for one of our own.
   QString realFile(const QByteArray& name) const;
 
  private:
-  void addRead(YosysScript& script, bool boxes) const;
-  QByteArray link(const QString& target, const char* kind, const QByteArray& suffix, QString& error);
-  bool addScriptName(const QString& file, const QString& typed, QString& error);
-  bool addIncludeDir(const QString& directory, const QString& typed, QString& error);
-
   struct File {
     QByteArray scriptName;
     QByteArray ownIncludeDir;  ///< The link to its folder, when the file itself is reached through a link.
     bool systemVerilog = false;
+    bool atOnce = false;  ///< Not deferred: holds black boxes of its own, whose instances keep their parameters so.
   };
-  bool netlist_ = false;
+  struct VhdlRound {
+    QByteArray scriptName;
+    QList<VhdlBinding> bindings;
+  };
+  bool takeLists(const QString& workingDirectory, QString& error);
+  bool takeWords(QString& error);
+  bool takeVhdlLibraries(QString& error);
+  bool takeFile(const QString& typed, const QByteArray& library, QString& error);
+  bool lookInto(const QString& absolute, const QString& typed, File& entry, QByteArray& replaced, QString& error);
+  QByteArray link(const QString& target, const char* kind, const QByteArray& suffix, QString& error);
+  QByteArray keep(const QByteArray& content, const QByteArray& suffix, const QString& shown, QString& error);
+  bool addScriptName(const QString& file, const QString& typed, File& entry, const QByteArray& content, QString& error);
+  bool addIncludeDir(const QString& directory, const QString& typed, QString& error);
+  bool mayBeDeferred() const { return !top_.isEmpty(); }
+
+  void addSources(YosysScript& script) const;
+  void addFile(YosysScript& script, const File& file) const;
+  void addMacros(YosysScript& script) const;
+  void addTop(YosysScript& script) const;
+
+  bool netlist_ = false, slang_ = false;
   QString workingDirectory_;
-  QStringList files_, defines_, blackBoxes_;
+  DesignSource source_;
+  QByteArray top_, derivedTop_;
+  QStringList files_, lists_;
+  QList<TopParameter> parameters_;
+  VhdlSources vhdl_;
+  QList<ScannedModule> modules_;
   QHash<QString, QString> typedNames_;  ///< Absolute file to the name as typed.
-  QList<File> scriptFiles_;
+  QList<File> scriptFiles_, boxes_;
+  QList<VhdlRound> vhdlRounds_;
+  QList<QByteArray> cellLibraries_;
+  QSet<QByteArray> leftUnknown_;
   QList<QByteArray> includeDirs_;                  ///< As the script names them.
-  QList<QPair<QByteArray, QByteArray>> rewrites_;  ///< Script name, name as typed.
+  QStringList libraryDirs_;                        ///< Absolute.
+  QList<QPair<QByteArray, QByteArray>> rewrites_;  ///< Script name, name as typed; long ones first.
   QList<QPair<QByteArray, QByteArray>> linked_;    ///< Link, what it stands for.
   std::unique_ptr<LinkFolder> links_;
 };

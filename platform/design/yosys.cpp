@@ -5,7 +5,9 @@
 #include <string.h>
 
 #include <QFile>
+#include <QRegularExpression>
 
+#include "platform/design/name_index.h"
 #include "platform/system/child_process.h"
 #include "platform/system/files.h"
 #include "platform/system/scratch_file.h"
@@ -54,13 +56,28 @@ QByteArray firstErrorLine(const ChildEnd& end) {
   return QByteArray();
 }
 
+/// The module that the log names last, in words to be added to an error; empty without one.
+QString lastModule(const YosysJob& job) {
+  QFile log;
+  constexpr qint64 kTail = 256 << 10;
+  if (job.logFile < 0 || !log.open(job.files.at(job.logFile), QIODevice::ReadOnly, QFileDevice::DontCloseHandle))
+    return QString();
+  log.seek(qMax<qint64>(0, log.size() - kTail));
+  static const QRegularExpression named(QStringLiteral("module `([^']+)'"));
+  QString last;
+  for (auto match = named.globalMatch(textFromBytes(log.readAll())); match.hasNext();) last = match.next().captured(1);
+  const QString name = textFromBytes(sourceName(last.toLatin1().replace("$abstract", "")));
+  return last.isEmpty() ? last : QStringLiteral("; it was at the module \"%1\" (-blackbox %1)").arg(name);
+}
+
 QString endError(const ChildEnd& end, const YosysJob& job) {
   const bool noMemory = end.firstError.contains("bad_alloc") || end.lastError.contains("bad_alloc");
   if (noMemory) {
     return QString::fromLatin1(
                "Yosys needed more than its memory limit of %1 MB: allow it more, or treat the module that grows as a "
-               "black box")
-        .arg(job.memoryLimitBytes >> 20);
+               "black box%2")
+        .arg(job.memoryLimitBytes >> 20)
+        .arg(lastModule(job));
   }
   switch (end.how) {
     case ChildEnd::NotPrepared:
@@ -79,15 +96,17 @@ QString endError(const ChildEnd& end, const YosysJob& job) {
     case ChildEnd::OutOfTime:
       return QString::fromLatin1(
                  "Yosys was stopped at its time limit of %1 s: allow it more, or treat the module that takes so long "
-                 "as a black box")
-          .arg(job.timeLimitSeconds);
+                 "as a black box%2")
+          .arg(job.timeLimitSeconds)
+          .arg(lastModule(job));
     case ChildEnd::Cancelled:
       return QString::fromLatin1("Cancelled while Yosys was running");
     case ChildEnd::Killed:
-      return QString::fromLatin1("Yosys ended by signal %1 (%2) before it was done; its memory limit was %3 MB")
+      return QString::fromLatin1("Yosys ended by signal %1 (%2) before it was done; its memory limit was %3 MB%4")
           .arg(end.code)
           .arg(QString::fromLatin1(strsignal(end.code)))
-          .arg(job.memoryLimitBytes >> 20);
+          .arg(job.memoryLimitBytes >> 20)
+          .arg(lastModule(job));
     case ChildEnd::Exited:
       break;
   }
@@ -116,6 +135,9 @@ YosysResult runYosys(const YosysJob& job) {
   if (job.dependencyFile >= 0)
     child.arguments << "-E"
                     << "/proc/self/fd/" + QByteArray::number(3 + job.dependencyFile);
+  if (job.logFile >= 0)
+    child.arguments << "-l"
+                    << "/proc/self/fd/" + QByteArray::number(3 + job.logFile);
   child.arguments << "-s"
                   << "/dev/stdin";
   child.workingDirectory = QFile::encodeName(job.workingDirectory);

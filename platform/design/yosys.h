@@ -21,6 +21,8 @@ struct YosysJob {
   QVector<int> files;
   /// A file (an index into `files`) that gets the names of all files Yosys read, or -1.
   int dependencyFile = -1;
+  /// A file that gets Yosys' log, or -1: an error then names the module at which a limit struck.
+  int logFile = -1;
 };
 
 struct YosysResult {

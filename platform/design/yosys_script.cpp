@@ -37,6 +37,12 @@ YosysScript& YosysScript::openFile(int index) {
   return *this;
 }
 
+YosysScript& YosysScript::word(const QByteArray& text) {
+  if (text.isEmpty() || !isPlainFile('/' + text)) return refuse("word", text);
+  text_ += ' ' + text;
+  return *this;
+}
+
 YosysScript& YosysScript::text(const QList<QByteArray>& lines) {
   text_ += QByteArray(" <<") + kTextEnd + '\n';
   for (const QByteArray& line : lines) {
@@ -67,6 +73,32 @@ YosysScript& YosysScript::raw(const char* text, std::size_t size) {
 YosysScript& YosysScript::name(const char* mark, const QByteArray& id) {
   if (!isName(id)) return refuse("name", id);
   text_ += QByteArray(" ") + mark + id;
+  return *this;
+}
+
+YosysScript& YosysScript::exactly(const char* mark, const QByteArray& id) {
+  if (!isName(id)) return refuse("name", id);
+  text_ += mark;
+  for (const char c : id) {
+    // Of a pattern, the first character is the name's own backslash or '$'.
+    if (strchr("*?[]\\", c) && &c != id.constData()) text_ += '\\';
+    text_ += c;
+  }
+  return *this;
+}
+
+YosysScript& YosysScript::selectedCell(const QByteArray& module, const QByteArray& id) {
+  if (module.contains('/')) return refuse("name", module);
+  return name("=", module).exactly("/c:", id);
+}
+
+YosysScript& YosysScript::cellsOfType(const QByteArray& id) {
+  return exactly(" t:", id);
+}
+
+YosysScript& YosysScript::dataFile(const QByteArray& name) {
+  if (!isPlainFile('/' + name)) return refuse("file name", name);
+  text_ += " +/" + name;
   return *this;
 }
 

@@ -34,11 +34,19 @@ class YosysScript {
   YosysScript& module(const QByteArray& id) { return name("", id); }
   /// The module of exactly this name, where a selection is expected.
   YosysScript& selected(const QByteArray& id) { return name("=", id); }
+  /// The cell of exactly this name in the module, where a selection is expected.
+  YosysScript& selectedCell(const QByteArray& module, const QByteArray& id);
+  /// All cells of exactly this type, where a selection is expected.
+  YosysScript& cellsOfType(const QByteArray& id);
+  /// A file of Yosys' own, by its name in the folder of its data.
+  YosysScript& dataFile(const QByteArray& name);
   /// A file to read, by an absolute name of isPlainFile(); Yosys takes other names for patterns.
   YosysScript& file(const QByteArray& absolute) { return fileAfter(" ", absolute); }
   YosysScript& includeDir(const QByteArray& absolute) { return fileAfter(" -I", absolute); }
   /// The open file YosysJob::files[index].
   YosysScript& openFile(int index);
+  /// A word that is no name and no file, such as "-DWIDTH=8": letters, digits and some signs.
+  YosysScript& word(const QByteArray& text);
   /// Lines that the command reads in a file's place; without control characters.
   YosysScript& text(const QList<QByteArray>& lines);
   YosysScript& append(const YosysScript& other);
@@ -56,6 +64,7 @@ class YosysScript {
   YosysScript& raw(const char* text, std::size_t size);
   YosysScript& name(const char* mark, const QByteArray& id);
   YosysScript& fileAfter(const char* option, const QByteArray& absolute);
+  YosysScript& exactly(const char* mark, const QByteArray& id);
   YosysScript& refuse(const char* what, const QByteArray& piece);
 
   QByteArray text_;

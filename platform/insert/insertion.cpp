@@ -5,9 +5,9 @@
 
 #include "platform/insert/netlist_editor.h"
 #include "platform/insert/output_folder.h"
-#include "platform/insert/proof.h"
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
+#include "platform/proof/proof.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -54,7 +54,7 @@ class Insertion {
   QString verilog_, json_;
 };
 
-/// A file name made of the top's name; it differs from those of the core.
+/// A file name made from the top's name; it differs from those of the core.
 void Insertion::nameFiles() {
   for (const auto& [name, text] : coreVerilogFiles()) generated_.append({name, text});
   generated_.append({QStringLiteral("ostrel_debug.v"), debugModuleVerilog(plan_)});
@@ -73,7 +73,7 @@ void Insertion::nameFiles() {
   json_ = name + QStringLiteral(".json");
 }
 
-/// Names only, without comments: not every tool that takes a list of files takes them.
+/// Names only, without comments: not every tool that reads a file list accepts them.
 QByteArray Insertion::fileList() const {
   QByteArray list;
   for (const auto& entry : generated_) list += QFile::encodeName(entry.first) + '\n';
@@ -85,7 +85,7 @@ void Insertion::sayBlackBoxes(const NetlistBits& netlist) const {
   for (const NetlistModule& module : netlist.text.modules())
     if (module.blackBox) names.append(textFromBytes(module.name));
   if (names.isEmpty()) return;
-  say(QStringLiteral("Black boxes, whose sources files.f does not name: %1.").arg(names.join(QStringLiteral(", "))));
+  say(QStringLiteral("Black boxes, whose sources are not in files.f: %1.").arg(names.join(QStringLiteral(", "))));
 }
 
 bool Insertion::instrument(const NetlistBits& netlist, const ProbeRouting& routing) {
@@ -95,7 +95,7 @@ bool Insertion::instrument(const NetlistBits& netlist, const ProbeRouting& routi
   if (!editor.prepare(reserved, error_) || !serve()) return false;
   const std::unique_ptr<FileWriter> file = folder_.create(json_, error_);
   if (!file) return false;
-  editor.write(*file);  // finish() tells
+  editor.write(*file);  // finish() reports a failure
   return folder_.finish(json_, *file, error_);
 }
 
@@ -104,7 +104,7 @@ bool Insertion::prove(std::shared_ptr<const Netlist> netlist) {
   ProofFiles files;
   files.instrumented = folder_.stagedFile(verilog_);
   files.debugModule = folder_.stagedFile(QStringLiteral("ostrel_debug.v"));
-  if (!proveUnchanged(plan_, design_, netlist, files, hooks_.idle, report, error_)) return false;
+  if (!proveUnchanged(plan_, design_, netlist, files, ProofHooks{hooks_.idle}, report, error_)) return false;
   for (const QString& line : report.lines) say(line);
   return true;
 }
@@ -142,7 +142,7 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (request_.proveEquivalence && !prove(netlist)) return false;
   const QByteArray map = captureMapJson(plan_);
   if (map.size() > kMaxCaptureMapBytes) {
-    error_ = QStringLiteral("The capture map would have %1 MB, and at most %2 MB can be read; trace fewer bits.")
+    error_ = QStringLiteral("The capture map would have %1 MB, but at most %2 MB can be read; trace fewer bits.")
                  .arg(map.size() >> 20)
                  .arg(kMaxCaptureMapBytes >> 20);
     return false;

@@ -10,7 +10,7 @@
 namespace ost {
 
 struct InsertionHooks {
-  std::function<void(const QString& line)> progress;  ///< One line a stage, without a line feed.
+  std::function<void(const QString& line)> progress;  ///< A line for each stage, without a line feed.
   std::function<bool()> idle;                         ///< Called while Yosys runs; false cancels.
 };
 

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <numeric>
 
+#include "platform/insert/inout_registers.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -56,14 +57,15 @@ QVector<int> NetlistEditor::newBits(Additions& additions, int count) const {
   return bits;
 }
 
-/// Makes the bits `to` follow the bits `from`, by a cell that Yosys dissolves into an assignment.
-void NetlistEditor::follow(const QVector<int>& from, const QVector<int>& to, Additions& additions) const {
+/// Makes the bits `to` follow the bits `from` by a cell that Yosys turns into an assignment.
+void NetlistEditor::follow(const QVector<int>& from, const QVector<int>& to, Additions& additions, bool keep) const {
   if (from.isEmpty()) return;
   const QByteArray width = binary32(from.size());
   additions.cells += ",\n        \"$ostrel$" + QByteArray::number(additions.nextCell++) +
                      "\": { \"hide_name\": 1, \"type\": \"$pos\", \"parameters\": { \"A_SIGNED\": \"" + binary32(0) +
-                     "\", \"A_WIDTH\": \"" + width + "\", \"Y_WIDTH\": \"" + width +
-                     "\" }, \"attributes\": { }, \"port_directions\": { \"A\": \"input\", \"Y\": \"output\" }, "
+                     "\", \"A_WIDTH\": \"" + width + "\", \"Y_WIDTH\": \"" + width + "\" }, \"attributes\": { " +
+                     (keep ? "\"keep\": \"" + binary32(1) + "\" " : QByteArray()) +
+                     "}, \"port_directions\": { \"A\": \"input\", \"Y\": \"output\" }, "
                      "\"connections\": { \"A\": " +
                      bitListText(from) + ", \"Y\": " + bitListText(to) + " } }";
 }
@@ -78,8 +80,8 @@ void NetlistEditor::appendMembers(size_t object, const QByteArray& members, Text
   edits.insert(end.position() - 1, (empty ? members.mid(1) : members) + "\n      ");
 }
 
-/// Yosys gives an output the same bit as the input or inout that it is assigned from, and when it reads that back an
-/// inout may come out as driven by the output. Such outputs get bits of their own.
+/// Yosys gives an output the same bit as the input or inout that it is assigned from, and when the netlist is read
+/// back, an inout may end up driven by the output. Such outputs get bits of their own.
 void NetlistEditor::separateOutputs(int index, TextEdits& edits, Additions& additions) const {
   const NetlistModule& module = netlist_.text.module(index);
   QSet<int> outer;
@@ -102,6 +104,21 @@ void NetlistEditor::separateOutputs(int index, TextEdits& edits, Additions& addi
     const TextSpan net = netlist_.index(index).netBitsSpan(port.name);
     if (net.end) edits.replace(net, bitListText(bits));
     follow(from, to, additions);
+  }
+}
+
+/// A register on an inout gets bits of its own, too, which the inout follows.
+void NetlistEditor::separateRegisters(int index, TextEdits& edits, Additions& additions) const {
+  for (const InOutRegister& found : registersOnInOuts(netlist_, index)) {
+    if (additions.nextBit == 0) additions.nextBit = netlist_.index(index).highestBit() + 1;
+    const QVector<int> bits = newBits(additions, found.bits.size());
+    edits.replace(found.bitsSpan, bitListText(bits));
+    follow(bits, found.bits, additions, true);
+    QByteArray initial = found.initial;
+    std::reverse(initial.begin(), initial.end());
+    additions.nets += ",\n        \"$ostrel$" + QByteArray::number(additions.nextCell++) +
+                      "\": { \"hide_name\": 1, \"bits\": " + bitListText(bits) + ", \"attributes\": { \"init\": \"" +
+                      initial + "\" } }";
   }
 }
 
@@ -132,6 +149,7 @@ void NetlistEditor::editVariant(const ModuleVariant& variant) {
   Additions additions;
   additions.nextBit = netlist_.index(variant.module).highestBit() + 1;
   separateOutputs(variant.module, edits, additions);
+  separateRegisters(variant.module, edits, additions);
   std::vector<QVector<int>> childBits;
   tap(variant.children, module, edits, additions, childBits);
   QVector<int> sources = variant.tapped;
@@ -203,7 +221,7 @@ QVector<int> NetlistEditor::addTriggerOut(const DebugPort& port, Additions& addi
   return bits;
 }
 
-/// Adds the debug module's instance, and what of the top's ports and nets belongs to it.
+/// Adds the debug module's instance and the ports and nets of the top that belong to it.
 void NetlistEditor::addDebugInstance(const std::vector<QVector<int>>& childBits, Additions& additions) const {
   QByteArray directions, connections;
   for (const DebugConnection& connection : routing_.connections()) {
@@ -233,6 +251,7 @@ bool NetlistEditor::editTop(QString& error) {
   Additions additions;
   additions.nextBit = netlist_.index(topIndex).highestBit() + 1;
   separateOutputs(topIndex, edits_, additions);
+  separateRegisters(topIndex, edits_, additions);
   std::vector<QVector<int>> childBits;
   tap(routing_.topChildren(), top, edits_, additions, childBits);
   addDebugInstance(childBits, additions);
@@ -259,6 +278,7 @@ bool NetlistEditor::prepare(const QSet<QByteArray>& reservedModules, QString& er
     if (inPlace.contains(module) || netlist_.text.module(module).blackBox) continue;
     Additions additions;
     separateOutputs(module, edits_, additions);
+    separateRegisters(module, edits_, additions);
     finish(netlist_.text.module(module), additions, edits_);
   }
   return true;

@@ -1,4 +1,4 @@
-// Writes the instrumented netlist: the original's text with the pieces that change replaced in it.
+// Writes the instrumented netlist: the original's text with the changed parts replaced.
 #pragma once
 
 #include <QIODevice>
@@ -30,8 +30,8 @@ class NetlistEditor {
  public:
   NetlistEditor(const NetlistBits& netlist, const ProbeRouting& routing, InsertPlan& plan);
 
-  /// Decides the names at the top (plan.pins among them) and all edits. False with a text when a name that the user
-  /// chose is taken.
+  /// Decides the names at the top (plan.pins among them) and all edits. False with a text when a name chosen by the
+  /// user is taken.
   bool prepare(const QSet<QByteArray>& reservedModules, QString& error);
   bool write(QIODevice& device) const;
   /// Name of the debug module's instance.
@@ -45,6 +45,7 @@ class NetlistEditor {
     QByteArray cells, ports, nets;  ///< Members, each with a comma before it.
   };
   void separateOutputs(int module, TextEdits& edits, Additions& additions) const;
+  void separateRegisters(int module, TextEdits& edits, Additions& additions) const;
   void tap(const std::vector<ChildUse>& children, const NetlistModule& module, TextEdits& edits, Additions& additions,
            std::vector<QVector<int>>& childBits) const;
   void editVariant(const ModuleVariant& variant);
@@ -55,7 +56,7 @@ class NetlistEditor {
   QVector<int> addTriggerOut(const DebugPort& port, Additions& additions) const;
   void finish(const NetlistModule& module, const Additions& additions, TextEdits& edits) const;
   QVector<int> newBits(Additions& additions, int count) const;
-  void follow(const QVector<int>& from, const QVector<int>& to, Additions& additions) const;
+  void follow(const QVector<int>& from, const QVector<int>& to, Additions& additions, bool keep = false) const;
   void appendMembers(size_t object, const QByteArray& members, TextEdits& edits) const;
 
   const NetlistBits& netlist_;

@@ -1,5 +1,5 @@
 // Staging and swapping of the output folder. Everything is reached through open folders, never through a link that
-// somebody put in the place of one.
+// has been put in the place of one.
 #include "platform/insert/output_folder.h"
 
 #include <fcntl.h>
@@ -21,14 +21,14 @@ namespace ost {
 namespace {
 
 const char kListName[] = "ostrel_files.txt";
-const char kProjectKey[] = "project/";  // No file name has a '/', and earlier versions pass over lines with one.
+const char kProjectKey[] = "project/";  // No file name has a '/', and earlier versions skip lines with one.
 constexpr qint64 kMaxListBytes = 1 << 20;
 constexpr int kAttempts = 100;
 
-/// What an insertion noted about a folder that it wrote.
+/// What the list of a folder says about it.
 struct FolderList {
   QSet<QByteArray> files;
-  QByteArray project;  ///< Empty when it is not known.
+  QByteArray project;  ///< Empty when unknown.
 };
 
 Descriptor openFolder(int parent, const QByteArray& name) {
@@ -39,7 +39,7 @@ FolderList readList(int folder) {
   FolderList list;
   const Descriptor file(openat(folder, kListName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   QByteArray text;
-  QString ignored;  // What no list names is not the insertion's own.
+  QString ignored;  // Without a list nothing in the folder is the insertion's own.
   if (!file.isOpen() || !readOpenFile(file.fd(), kMaxListBytes, text, ignored)) return list;
   for (const QByteArray& line : text.split('\n')) {
     if (line.startsWith(kProjectKey))
@@ -90,10 +90,10 @@ bool exists(int parent, const QByteArray& name) {
   return fstatat(parent, name.constData(), &info, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-/// What runs that no longer live left beside the target: "<target>.new-<tag>" and "<target>.old-<tag>".
+/// Removes what dead runs left beside the target: "<target>.new-<tag>" and "<target>.old-<tag>".
 void clearLeftovers(int parent, const QByteArray& target) {
   const Descriptor listed = openFolder(parent, ".");
-  // A run died between its two renames: the old folder is still the one in force.
+  // A run died between its two renames: the old folder is still the current one.
   for (const QByteArray& name : leftBehind(listed.fd(), target + ".old-"))
     if (!exists(parent, target) && openFolder(parent, name).isOpen()) rename(parent, name, target);
   for (const char* kind : {".old-", ".new-"})
@@ -114,7 +114,7 @@ OutputFolder::~OutputFolder() {
   discard();
 }
 
-/// Those whose staged folder goes when the process exits in the middle of a run.
+/// Those whose staged folder is removed when the process exits in the middle of a run.
 QList<OutputFolder*>& OutputFolder::unfinished() {
   static QList<OutputFolder*>* folders = [] {
     std::atexit([] {
@@ -140,8 +140,7 @@ bool OutputFolder::refuse(QString& error, const char* text, const QString& file,
 /// False when the folder holds anything that no insertion wrote, or is another project's.
 bool OutputFolder::isReplaceable(int folder, QString& error) const {
   QByteArray foreign;
-  if (!findForeign(folder, foreign))
-    return refuse(error, "Cannot look into the output folder \"%1\": %2.", target_, errno);
+  if (!findForeign(folder, foreign)) return refuse(error, "Cannot read the output folder \"%1\": %2.", target_, errno);
   if (!foreign.isEmpty()) {
     error = QStringLiteral(
                 "The output folder \"%1\" holds \"%2\", which no insertion wrote; move it elsewhere, since the folder "
@@ -164,8 +163,8 @@ bool OutputFolder::openOld(Descriptor& old, QString& error) const {
   if (old.isOpen()) return isReplaceable(old.fd(), error);
   if (errno == ENOENT) return true;
   if (errno != ENOTDIR && errno != ELOOP)
-    return refuse(error, "Cannot look into the output folder \"%1\": %2.", target_, errno);
-  error = QStringLiteral("The output folder \"%1\" is in the way of a file or link of that name; move it away.")
+    return refuse(error, "Cannot read the output folder \"%1\": %2.", target_, errno);
+  error = QStringLiteral("There is a file or link in the place of the output folder \"%1\"; move it away.")
               .arg(textFromUnicode(target_));
   return false;
 }
@@ -215,7 +214,7 @@ bool OutputFolder::finish(const QString& name, FileWriter& file, QString& error)
 bool OutputFolder::write(const QString& name, const QByteArray& contents, QString& error) const {
   const std::unique_ptr<FileWriter> file = create(name, error);
   if (!file) return false;
-  file->write(contents);  // finish() tells
+  file->write(contents);  // finish() reports a failure
   return finish(name, *file, error);
 }
 
@@ -225,9 +224,9 @@ bool OutputFolder::store(const QString& name, QString& error) const {
   return refuse(error, "Cannot write \"%1\": %2.", target_ + QLatin1Char('/') + name, errno);
 }
 
-/// Puts the staged folder into the place of the old one, which lies under the name `aside` then. One call exchanges
-/// both, so that a crash leaves the old or the new; where the file system cannot, two renames do, and the next run
-/// finishes what a crash between them leaves.
+/// Puts the staged folder in the place of the old one, which then has the name `aside`. One call exchanges both, so
+/// that a crash leaves the old or the new one; where the file system cannot do that, two renames do, and the next run
+/// completes what a crash between them left.
 bool OutputFolder::swap(QByteArray& aside) const {
   const int parent = parent_.fd();
   aside = stagedName_;
@@ -248,15 +247,14 @@ bool OutputFolder::commit(QString& error) {
   Descriptor old;
   if (!openOld(old, error)) return false;
   if (!isNameOf(parent, stagedName_, staged_.fd())) {
-    error =
-        QStringLiteral("Somebody has moved the folder \"%1\" away, which was to take the place of \"%2\"; run again.")
-            .arg(textFromBytes(stagedName_), textFromUnicode(target_));
+    error = QStringLiteral("The folder \"%1\", which was to replace \"%2\", has been moved away; run again.")
+                .arg(textFromBytes(stagedName_), textFromUnicode(target_));
     return false;
   }
   QByteArray aside;
   if (old.isOpen() ? !swap(aside) : !rename(parent, stagedName_, name_)) return refuse(error, what, target_, errno);
   unfinished().removeAll(this);
-  // What somebody has put there since it was looked at, or puts there now, working inside it, comes along.
+  // Files that were put into the old folder since the check, or are being put there now, are carried over.
   for (int i = 0; i < kAttempts && old.isOpen() && !removeOwn(parent, aside, old.fd()); ++i) {
     QList<QByteArray> late;
     listFolder(old.fd(), late);

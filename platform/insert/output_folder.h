@@ -1,5 +1,5 @@
-// The output folder, replaced as a whole: files are written into a sibling folder, which changes places with the old
-// one when all is well. A folder is the insertion's own when its list of files names everything in it; the list also
+// The output folder, replaced as a whole: files are written into a sibling folder, which is exchanged with the old one
+// after success. A folder is the insertion's own when its list of files names everything in it; the list also
 // tells which project the folder was made for.
 #pragma once
 
@@ -15,27 +15,27 @@ namespace ost {
 class OutputFolder {
  public:
   /// `target` is the folder's file name (Unicode); errors come as byte text. `project` is the file name of the project
-  /// without its folder: of several whose output goes to one place, only the one that made the folder may replace it.
-  /// Empty: no project. Without commit() all that was staged goes away again, with the object or with the process.
+  /// without its folder: of several with the same output folder, only the one that made the folder may replace it.
+  /// Empty: no project. Without commit() everything staged is removed with the object or at the end of the process.
   explicit OutputFolder(const QString& target, const QString& project = QString());
   ~OutputFolder();
   OutputFolder(const OutputFolder&) = delete;
   OutputFolder& operator=(const OutputFolder&) = delete;
 
-  /// Makes the staged folder for the files; first clears away what dead runs left. False when the target holds
+  /// Makes the staged folder for the files; first removes what dead runs left. False when the target holds
   /// anything that no insertion wrote, or is another project's, or cannot be written.
   bool begin(const QStringList& files, QString& error);
-  /// A path to the file that leads into the staged folder whatever becomes of its name; good in this process, while
-  /// the object lives.
+  /// A path to the file that leads into the staged folder even if that is renamed; valid in this process as long as
+  /// the object exists.
   QString stagedFile(const QString& name) const;
   bool write(const QString& name, const QByteArray& contents, QString& error) const;
-  /// Begins a new file; null with the error. finish() ends it.
+  /// Creates a new file; null with the error. finish() completes it.
   std::unique_ptr<FileWriter> create(const QString& name, QString& error) const;
   bool finish(const QString& name, FileWriter& file, QString& error) const;
   /// Makes the disk store what another process wrote into the file.
   bool store(const QString& name, QString& error) const;
-  /// Puts the staged folder in the target's place and removes the old one. False when somebody has put anything into
-  /// that one meanwhile: it stays then. What still comes after that look is found in the new one.
+  /// Puts the staged folder in the target's place and removes the old one. False when something foreign has been put
+  /// into the old one meanwhile: it is kept then. What arrives after that check is carried over into the new one.
   bool commit(QString& error);
 
  private:

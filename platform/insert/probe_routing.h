@@ -1,5 +1,5 @@
-// Finds the way of every probed bit from its instance up to the top: which modules get a port for probes, which of
-// them must be made unique, and what the top connects to the debug module. Decides only; netlist_editor.h writes.
+// Routes every probed bit from its instance up to the top: which modules get a probe port, which of them must be made
+// unique, and what the top connects to the debug module. Only decides; netlist_editor.h writes.
 #pragma once
 
 #include <QHash>
@@ -20,7 +20,7 @@ struct ChildUse {
 /// probe ports of the children, one after the other.
 struct ModuleVariant {
   int module;            ///< Index of the original.
-  QByteArray name;       ///< The original's, or a new one where other instances stay as they are.
+  QByteArray name;       ///< The original's, or a new one when other instances stay unchanged.
   bool inPlace = false;  ///< Takes the original's place.
   QByteArray port;       ///< Name of the probe port.
   QVector<int> tapped;   ///< Bits of the module.
@@ -35,7 +35,7 @@ struct TopSource {
   int position = 0;  ///< In that child's probe port.
 };
 
-/// One input or output of the debug module and what it meets in the top.
+/// A port of the debug module and what it is connected to in the top.
 struct DebugConnection {
   DebugPort port;
   QVector<NetBit> nets;        ///< Inputs from the design, bit 0 first.

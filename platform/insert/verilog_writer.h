@@ -9,8 +9,8 @@
 
 namespace ost {
 
-/// Reads `netlist` (Yosys JSON) with the debug module's ports from `debugModule` (Verilog), and writes `verilog`, a
-/// file that is there. File names are Unicode.
+/// Reads `netlist` (Yosys JSON) with the debug module's ports from `debugModule` (Verilog), and writes `verilog`, an
+/// existing file. File names are Unicode.
 bool writeInstrumentedVerilog(const Design& design, const QString& netlist, const QString& debugModule,
                               const QString& verilog, const std::function<bool()>& idle, QString& error);
 

@@ -5,7 +5,7 @@
 namespace ost {
 
 void say(const QString& line) {
-  tcl_cmdex::TclMsgOutput(tcl_cmdex::currentInterpreter(), (line + '\n').toLatin1().constData(), 0);
+  tcl_cmdex::TclMsgOutput(tcl_cmdex::currentInterpreter(), (line + QLatin1Char('\n')).toLatin1().constData(), 0);
 }
 
 }  // namespace ost

@@ -1,4 +1,6 @@
 // The project's debug cores and which of them take part in a run.
+#include <algorithm>
+
 #include "framework/ist_com_data.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/text/near_names.h"
@@ -9,16 +11,20 @@ namespace ostrel {
 namespace {
 
 bool checkNewCoreName(const istProject& project, const QString& name, QString& error) {
-  if (!ost::checkName(name, "The core name", error)) return false;
+  if (!ost::checkName(name, QStringLiteral("The core name"), error)) return false;
   if (!project.findCore(name)) return true;
-  error = QString("There is a core %1 already; choose another name.").arg(ost::quoted(name));
+  error = QStringLiteral("The project has a core %1 already; choose another name.").arg(ost::quoted(name));
   return false;
 }
 
-QString unknownCore(const istProject& project, const QString& name) {
+/// Null, with the nearest names, when there is no such core.
+ost::Core* findCore(const istProject& project, const QString& name, QString& error) {
+  ost::Core* core = project.findCore(name);
+  if (core) return core;
   ost::NearestNames near(name);
-  for (const auto& core : project.cores) near.offer(core->name);
-  return QString("There is no core %1%2; ost_core list shows the cores.").arg(ost::quoted(name), near.hint());
+  for (const auto& known : project.cores) near.offer(known->name);
+  error = QStringLiteral("There is no core %1%2; ost_core list shows the cores.").arg(ost::quoted(name), near.hint());
+  return nullptr;
 }
 
 }  // namespace
@@ -31,8 +37,12 @@ QStringList IstComData::getCoreNameList() {
 }
 
 istCore* IstComData::addCore(const QString& name, QString& message) {
-  d->reason.clear();  // the command layer shows the message itself
-  if (!d->project || !checkNewCoreName(*d->project, name, message)) return nullptr;
+  QString error;
+  if (!d->project) return nullptr;
+  if (!checkNewCoreName(*d->project, name, error)) {
+    d->fail(ToldBy::CommandLine, error, message);
+    return nullptr;
+  }
   const bool isFirst = d->project->cores.empty();
   d->project->cores.emplace_back(new ost::Core(name));
   if (isFirst) d->project->activeCore = d->project->cores.back().get();
@@ -42,27 +52,22 @@ istCore* IstComData::addCore(const QString& name, QString& message) {
 
 bool IstComData::deleteCore(const QString& name, QString& message) {
   if (!d->project) return false;
+  QString error;
+  ost::Core* core = findCore(*d->project, name, error);
+  if (!core) return d->fail(ToldBy::Number, error, message);
+  if (d->project->activeCore == core) d->project->activeCore = nullptr;
   auto& cores = d->project->cores;
-  for (auto it = cores.begin(); it != cores.end(); ++it) {
-    if ((*it)->name != name) continue;
-    if (d->project->activeCore == it->get()) d->project->activeCore = nullptr;
-    cores.erase(it);
-    d->markChanged();
-    return true;
-  }
-  d->reason = message = unknownCore(*d->project, name);
-  return false;
+  cores.erase(std::find_if(cores.begin(), cores.end(), [core](const auto& owned) { return owned.get() == core; }));
+  d->markChanged();
+  return true;
 }
 
 bool IstComData::renameCore(const QString& oldName, const QString& newName, QString& message) {
   if (!d->project) return false;
-  ost::Core* core = d->project->findCore(oldName);
-  if (!core) message = unknownCore(*d->project, oldName);
+  QString error;
+  ost::Core* core = findCore(*d->project, oldName, error);
   if (core && newName == oldName) return true;
-  if (!core || !checkNewCoreName(*d->project, newName, message)) {
-    d->reason = message;
-    return false;
-  }
+  if (!core || !checkNewCoreName(*d->project, newName, error)) return d->fail(ToldBy::Number, error, message);
   d->assign(core->name, newName);
   return true;
 }

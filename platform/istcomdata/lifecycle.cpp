@@ -22,37 +22,32 @@ void forEachNet(const istProject& project, Visit visit) {
     }
   };
   for (const auto& core : project.cores) {
-    const QString where = "core " + core->name;
+    const QString where = QLatin1String("core ") + core->name;
     for (const QString& net :
          {core->options.sampleClock, core->options.sampleEnableSignal, core->options.triggerEnableSignal})
       if (!net.isEmpty()) visit(where, net);
     visitTrace(visitTrace, where, core->trace->nodes);
     for (const auto& unit : core->dataset.units())
-      for (const QString& net : unit->unit.signalNames) visit(where + ", unit " + unit->unit.name, net);
+      for (const QString& net : unit->unit.signalNames) visit(where + QLatin1String(", unit ") + unit->unit.name, net);
   }
 }
 
 /// Lines about nets that the design does not hold, or about the design that is not there.
 QString vanishedReport(const istProject& project) {
   const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
-  if (!design) return ost::noDesignText() + " The project's nets were not checked.\n";
+  if (!design) return ost::noDesignText() + QLatin1String(" The project's nets were not checked.\n");
   QString report;
   int count = 0;
   forEachNet(project, [&](const QString& where, const QString& net) {
     if (design->exists(net) || ++count > kVanishedShown) return;
     const QString hint = ost::nearHint(design->nearest(net));
-    report += QString("WARNING: %1: the design has no net %2%3; it is kept.\n").arg(where, ost::quoted(net), hint);
+    report +=
+        QStringLiteral("WARNING: %1: the design has no net %2%3; it is kept.\n").arg(where, ost::quoted(net), hint);
   });
   if (count > kVanishedShown)
-    report +=
-        QString("WARNING: %1 more nets are missing; ost_project run -drc lists all.\n").arg(count - kVanishedShown);
+    report += QStringLiteral("WARNING: %1 more nets are missing; ost_project run -drc lists all.\n")
+                  .arg(count - kVanishedShown);
   return report;
-}
-
-/// A fresh claim must not leave its lock file behind when the operation fails; the claim's owner sees to that.
-bool failWithLine(QString& message, const QString& error) {
-  message = error + '\n';
-  return false;
 }
 
 }  // namespace
@@ -61,7 +56,7 @@ bool IstComData::LoadDesign(QString& message) {
   ost::DesignSession& session = ost::DesignSession::instance();
   if (session.design()) return true;
   if (d->isBusy()) {
-    message = "No design is loaded, and none can be read while another command is at work.";
+    message = QStringLiteral("No design is loaded, and none can be read while another command is at work.");
     return false;
   }
   QString error;
@@ -73,34 +68,32 @@ bool IstComData::LoadDesign(QString& message) {
   if (loaded) return true;
   // The command layer shows no text for a new project, and the message for one that is opened: the details go to the
   // console once, the message only says what failed.
-  if (error.isEmpty()) {
-    message = "No design is loaded.";
-    ost::say(
+  const bool none = error.isEmpty();
+  if (none)
+    error = QStringLiteral(
         "No design is loaded. Read it first, for example:\n"
         "  package require ost_platform\n"
         "  ost_design read -top top top.v\n"
         "or name a file list or a Yosys JSON netlist in the environment variable OST_DESIGN.");
-  } else {
-    message = "The design named by OST_DESIGN could not be read.";
-    ost::say(error);
-  }
-  return false;
+  message = none ? QStringLiteral("No design is loaded.")
+                 : QStringLiteral("The design named by OST_DESIGN could not be read.");
+  return d->fail(ToldBy::Console, error);
 }
 
 bool IstComData::Private::mayReplaceProject(QString& error) const {
   if (isBusy())
-    error = "The current project is busy; wait until the command that is at work has ended.";
+    error = QStringLiteral("The current project is busy; wait until the command that is at work has ended.");
   else if (project && project->changed)
-    error = QString(
+    error = QStringLiteral(
                 "The open project %1 has unsaved changes: save it (ost_project save), or drop them "
                 "(ost_project close -force), first.")
-                .arg(project->fileName.isEmpty() ? QString("Untitled") : ost::quoted(project->fileName));
+                .arg(project->fileName.isEmpty() ? QStringLiteral("Untitled") : ost::quoted(project->fileName));
   return error.isEmpty();
 }
 
 bool IstComData::NewProject(QString& message) {
   QString error;
-  if (!d->mayReplaceProject(error)) return failWithLine(message, error);
+  if (!d->mayReplaceProject(error)) return d->fail(ToldBy::Command, error, message);
   d->storage.release();
   d->project.reset(new istProject);
   return true;
@@ -108,13 +101,14 @@ bool IstComData::NewProject(QString& message) {
 
 bool IstComData::NewProject(const QString& fileName, QString& message) {
   QString error;
-  if (!d->mayReplaceProject(error)) return failWithLine(message, error);
-  const QString file = ost::ProjectStorage::fileOf(fileName, error);
-  ost::ProjectStorage::Claim claim;
+  if (!d->mayReplaceProject(error)) return d->fail(ToldBy::Command, error, message);
+  QString file;
+  ost::ProjectStorage::Claim claim;  // whose end removes the lock file when the operation fails
   auto project = std::make_unique<istProject>();
   const QByteArray bytes = ost::projectToJson(*project);
-  if (file.isEmpty() || !d->storage.claim(file, claim, error) || !d->storage.write(file, bytes, error))
-    return failWithLine(message, error);
+  if (!ost::ProjectStorage::fileOf(fileName, file, error) || !d->storage.claim(file, claim, error) ||
+      !d->storage.write(file, bytes, error))
+    return d->fail(ToldBy::Command, error, message);
   d->storage.adopt(std::move(claim), bytes);
   project->fileName = ost::textFromFile(file);
   d->project = std::move(project);
@@ -123,16 +117,18 @@ bool IstComData::NewProject(const QString& fileName, QString& message) {
 
 bool IstComData::OpenProject(const QString& fileName, QString& message) {
   QString error;
-  if (!d->mayReplaceProject(error)) return failWithLine(message, error);
-  const QString file = ost::ProjectStorage::fileOf(fileName, error);
+  if (!d->mayReplaceProject(error)) return d->fail(ToldBy::Command, error, message);
+  QString file;
   ost::ProjectStorage::Claim claim;
   QByteArray bytes;
   // Read before the lock, so that a name without a file leaves no lock file behind even for a moment.
-  if (file.isEmpty() || !d->storage.read(file, bytes, error) || !d->storage.claim(file, claim, error) ||
-      !d->storage.read(file, bytes, error))
-    return failWithLine(message, error);
+  if (!ost::ProjectStorage::fileOf(fileName, file, error) || !d->storage.read(file, bytes, error) ||
+      !d->storage.claim(file, claim, error) || !d->storage.read(file, bytes, error))
+    return d->fail(ToldBy::Command, error, message);
   std::unique_ptr<istProject> project = ost::projectFromJson(bytes, error);
-  if (!project) return failWithLine(message, ost::quoted(fileName) + " cannot be opened: " + error);
+  if (!project)
+    return d->fail(ToldBy::Command, QStringLiteral("%1 cannot be opened: %2").arg(ost::quoted(fileName), error),
+                   message);
   d->storage.adopt(std::move(claim), bytes);
   project->fileName = ost::textFromFile(file);
   d->project = std::move(project);
@@ -140,41 +136,47 @@ bool IstComData::OpenProject(const QString& fileName, QString& message) {
   return true;
 }
 
+bool IstComData::Private::save(QString& error) {
+  if (!project) {
+    error = QStringLiteral("No project is open.");
+    return false;
+  }
+  if (project->fileName.isEmpty()) {
+    error = QStringLiteral("The project has no file yet; name one: ost_project save <file>.");
+    return false;
+  }
+  const QByteArray bytes = ost::projectToJson(*project);
+  if (!storage.claimAgain(error) || !storage.isUntouched(bytes, error) || !storage.write(storage.file(), bytes, error))
+    return false;
+  storage.noteWritten(bytes);
+  project->changed = false;
+  return true;
+}
+
+bool IstComData::Private::saveAs(const QString& fileName, QString& error) {
+  if (!project) {
+    error = QStringLiteral("No project is open.");
+    return false;
+  }
+  QString file;
+  ost::ProjectStorage::Claim claim;
+  if (!ost::ProjectStorage::fileOf(fileName, file, error) || !storage.claim(file, claim, error)) return false;
+  const QByteArray bytes = ost::projectToJson(*project);
+  if (!storage.write(file, bytes, error)) return false;
+  storage.adopt(std::move(claim), bytes);
+  project->fileName = ost::textFromFile(file);
+  project->changed = false;
+  return true;
+}
+
 bool IstComData::SaveProject(QString& message) {
   QString error;
-  if (!d->project) {
-    error = "No project is open.";
-  } else if (d->project->fileName.isEmpty()) {
-    error = "The project has no file yet; name one: ost_project save <file>.";
-  } else {
-    const QByteArray bytes = ost::projectToJson(*d->project);
-    if (d->storage.claimAgain(error) && d->storage.isUntouched(bytes, error) &&
-        d->storage.write(d->storage.file(), bytes, error)) {
-      d->storage.noteWritten(bytes);
-      d->project->changed = false;
-      return true;
-    }
-  }
-  d->reason = error;
-  return failWithLine(message, error);
+  return d->save(error) || d->fail(ToldBy::Number, error, message);
 }
 
 bool IstComData::SaveProjectAs(const QString& fileName, QString& message) {
   QString error;
-  ost::ProjectStorage::Claim claim;
-  const QString file = d->project ? ost::ProjectStorage::fileOf(fileName, error) : QString();
-  if (!d->project) error = "No project is open.";
-  if (!file.isEmpty() && d->storage.claim(file, claim, error)) {
-    const QByteArray bytes = ost::projectToJson(*d->project);
-    if (d->storage.write(file, bytes, error)) {
-      d->storage.adopt(std::move(claim), bytes);
-      d->project->fileName = ost::textFromFile(file);
-      d->project->changed = false;
-      return true;
-    }
-  }
-  d->reason = error;
-  return failWithLine(message, error);
+  return d->saveAs(fileName, error) || d->fail(ToldBy::Number, error, message);
 }
 
 bool IstComData::isProjChanged() {
@@ -182,10 +184,9 @@ bool IstComData::isProjChanged() {
 }
 
 bool IstComData::CloseProject() {
-  if (!d->project || d->isBusy()) {
-    d->reason = d->project ? "it is busy" : "none is open";
-    return false;
-  }
+  if (!d->project) return d->fail(ToldBy::Number, QStringLiteral("No project is open."));
+  if (d->isBusy())
+    return d->fail(ToldBy::Number, QStringLiteral("It is busy; wait until the command that is at work has ended."));
   d->project.reset();
   d->storage.release();
   return true;

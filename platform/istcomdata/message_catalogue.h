@@ -7,7 +7,7 @@
 namespace ost {
 
 /// `%1` and `%2` stand for the arguments, `%q` for the first one in quotes after a blank, or nothing when it is empty,
-/// `%r` for the reason that the service itself found, with a leading ": ".
+/// `%r` for the reason that the service itself found, with a leading ": ", or a full stop where there is none.
 struct CatalogueMessage {
   const char* code;
   const char* text;

@@ -34,11 +34,11 @@ bool expand(const Names& known, QStringList& words, QString& error) {
       seen << word;
       continue;
     }
-    static const QRegularExpression ending("(\\[-?\\d+(:-?\\d+)?\\])$");
+    static const QRegularExpression ending(QStringLiteral("(\\[-?\\d+(:-?\\d+)?\\])$"));
     QString pattern = word, select = ending.match(word).captured(1);
     pattern.chop(select.size());
     if (!known.areNets) {
-      pattern += select.replace('[', "\\[").replace(']', "\\]");
+      pattern += select.replace(QLatin1Char('['), QLatin1String("\\[")).replace(QLatin1Char(']'), QLatin1String("\\]"));
       select.clear();
     }
     int fitting = 0;
@@ -51,12 +51,13 @@ bool expand(const Names& known, QStringList& words, QString& error) {
       return true;
     });
     if (fitting > kMaxPatternNames)
-      error = QString("The pattern %1 fits %2 names, and may stand for at most %3; write a narrower one.")
+      error = QStringLiteral("The pattern %1 fits %2 names, and may stand for at most %3; write a narrower one.")
                   .arg(quoted(word))
                   .arg(fitting)
                   .arg(kMaxPatternNames);
     else if (fitting == 0)
-      error = QString("%1 the pattern %2%3.").arg(known.none, quoted(word), known.nearHint(QString(word).remove('*')));
+      error = QStringLiteral("%1 the pattern %2%3.")
+                  .arg(known.none, quoted(word), known.nearHint(QString(word).remove(QLatin1Char('*'))));
     if (!error.isEmpty()) return false;
   }
   words = names;
@@ -66,21 +67,22 @@ bool expand(const Names& known, QStringList& words, QString& error) {
 }  // namespace
 
 bool isPattern(const QString& word) {
-  return word.contains('*') || word.contains('?');
+  return word.contains(QLatin1Char('*')) || word.contains(QLatin1Char('?'));
 }
 
 bool expandNetPatterns(QStringList& words, QString& error) {
   const std::shared_ptr<const Design> design = DesignSession::instance().design();
   if (!design) return true;
-  return expand({[&](const QString& name) { return design->exists(name); },
-                 [&](const std::function<bool(const QString&)>& visit) {
-                   design->forEachNet([&](const NetName& net) {
-                     visit(net.name);
-                     return true;
-                   });
-                 },
-                 [&](const QString& name) { return nearHint(design->nearest(name)); }, "No net fits", true},
-                words, error);
+  return expand(
+      {[&](const QString& name) { return design->exists(name); },
+       [&](const std::function<bool(const QString&)>& visit) {
+         design->forEachNet([&](const NetName& net) {
+           visit(net.name);
+           return true;
+         });
+       },
+       [&](const QString& name) { return nearHint(design->nearest(name)); }, QStringLiteral("No net fits"), true},
+      words, error);
 }
 
 bool expandTracedPatterns(const mero::ostrel::istTraceData& trace, QStringList& words, QString& error) {
@@ -93,11 +95,11 @@ bool expandTracedPatterns(const mero::ostrel::istTraceData& trace, QStringList& 
           if (!visit(node->displayName()) && isBus) walk(node->children, visit);
         }
       };
-  return expand(
-      {[&](const QString& name) { return tree.isTaken(name); },
-       [&](const std::function<bool(const QString&)>& visit) { walk(trace.nodes, visit); },
-       [&](const QString& name) { return tree.nearestHint(name); }, QString("Nothing traced in this core fits"), false},
-      words, error);
+  return expand({[&](const QString& name) { return tree.isTaken(name); },
+                 [&](const std::function<bool(const QString&)>& visit) { walk(trace.nodes, visit); },
+                 [&](const QString& name) { return tree.nearestHint(name); },
+                 QStringLiteral("Nothing traced in this core fits"), false},
+                words, error);
 }
 
 bool expandPatterns(const QStringList& known, const QString& owner, QStringList& words, QString& error) {
@@ -110,7 +112,7 @@ bool expandPatterns(const QStringList& known, const QString& owner, QStringList&
                    for (const QString& one : known) near.offer(one);
                    return near.hint();
                  },
-                 QString("No signal of %1 fits").arg(owner), false},
+                 QStringLiteral("No signal of %1 fits").arg(owner), false},
                 words, error);
 }
 

@@ -13,22 +13,20 @@ const char kConstantLow[] = "VLO";  ///< The reset that never acts, in place of 
 
 bool IstComData::addWishboneMaster(QString& message) {
   if (!d->project) return false;
-  if (d->project->wishbone) {
-    message = "The project has a Wishbone master already; only one is allowed.";
-    return false;
-  }
+  if (d->project->wishbone)
+    return d->fail(ToldBy::CommandLine,
+                   QStringLiteral("The project has a Wishbone master already; only one is allowed."), message);
   d->project->wishbone.reset(new istWishboneMaster{false});
   d->markChanged();
   if (!hierarchy()->getJtag2WBFlag() || hierarchy()->getJtag2WBCore())
-    message = "WARNING: This design offers no JTAG-to-Wishbone connection, so the master cannot be connected to it.";
+    message = QStringLiteral(
+        "WARNING: This design offers no JTAG-to-Wishbone connection, so the master cannot be connected to it.");
   return true;
 }
 
 bool IstComData::deleteWishboneMaster(QString& message) {
-  if (!d->project || !d->project->wishbone) {
-    d->reason = message = "The project has no Wishbone master.";
-    return false;
-  }
+  if (!d->project || !d->project->wishbone)
+    return d->fail(ToldBy::Number, QStringLiteral("The project has no Wishbone master."), message);
   d->project->wishbone.reset();
   d->project->wishboneConnected = false;
   d->project->wishboneEndian = ENDIAN_BIG;
@@ -38,25 +36,24 @@ bool IstComData::deleteWishboneMaster(QString& message) {
 
 bool IstComData::addSerdesCore(QString& message) {
   if (!d->project) return false;
-  if (d->project->serdes) {
-    message = "The project has a serdes core already; only one is allowed.";
-    return false;
-  }
+  if (d->project->serdes)
+    return d->fail(ToldBy::CommandLine, QStringLiteral("The project has a serdes core already; only one is allowed."),
+                   message);
   d->project->serdes.reset(new istSerdesCore);
-  d->project->serdes->resetSignal = kConstantLow;
+  d->project->serdes->resetSignal = QLatin1String(kConstantLow);
   d->markChanged();
   if (!hierarchy()->getDCUFlag())
-    message = "WARNING: This design holds no serdes block that the core can watch, so its options cannot be set.";
+    message = QStringLiteral(
+        "WARNING: This design holds no serdes block that the core can watch, so its options cannot be set.");
   else if (hierarchy()->getJ2WFlag())
-    message = "WARNING: This design uses the serdes block's JTAG path itself, so the core's options cannot be set.";
+    message = QStringLiteral(
+        "WARNING: This design uses the serdes block's JTAG path itself, so the core's options cannot be set.");
   return true;
 }
 
 bool IstComData::deleteSerdesCore(QString& message) {
-  if (!d->project || !d->project->serdes) {
-    d->reason = message = "The project has no serdes core.";
-    return false;
-  }
+  if (!d->project || !d->project->serdes)
+    return d->fail(ToldBy::Number, QStringLiteral("The project has no serdes core."), message);
   d->project->serdes.reset();
   d->markChanged();
   return true;
@@ -92,7 +89,8 @@ void IstComData::setSerdesClk(QString& net) {
 
 void IstComData::setSerdesReset(QString& net) {
   if (!getSerdesCore()) return;
-  if (net == kConstantLow || d->resolveOption("rst", net)) d->assign(d->project->serdes->resetSignal, net);
+  if (net == QLatin1String(kConstantLow) || d->resolveOption("rst", net))
+    d->assign(d->project->serdes->resetSignal, net);
 }
 
 }  // namespace ostrel

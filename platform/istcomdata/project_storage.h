@@ -12,11 +12,11 @@ namespace ost {
 /// File names are Unicode, absolute and clean. Methods return false with a text for the user and change nothing then.
 class ProjectStorage {
  public:
-  /// The absolute, clean name of the file that byte text means. Empty, with the reason, when it means none.
-  static QString fileOf(const QString& typed, QString& error);
+  /// The absolute, clean name of the file that byte text means.
+  static bool fileOf(const QString& typed, QString& file, QString& error);
   /// The absolute name of the folder that a run of the project writes: beside the file that byte text means; in the
-  /// current folder for an untitled one. Empty, with the reason, when there is none.
-  static QString outputFolderOf(const QString& typed, QString& error);
+  /// current folder for an untitled one.
+  static bool outputFolderOf(const QString& typed, QString& folder, QString& error);
 
   /// A claim on a file that is not the open project's yet.
   struct Claim {

@@ -18,16 +18,16 @@ namespace {
 
 void sayEstimate(const ost::InsertPlan& plan) {
   const auto line = [](const QString& object, const ost::ResourceEstimate& e) {
-    ost::say(QString("%1: about %2 LUTs, %3 flip-flops, %4 block RAM%5, %6 memory bits")
+    ost::say(QStringLiteral("%1: about %2 LUTs, %3 flip-flops, %4 block RAM%5, %6 memory bits")
                  .arg(object)
                  .arg(e.luts)
                  .arg(e.flipFlops)
                  .arg(e.blockRams)
-                 .arg(e.blockRams == 1 ? "" : "s")
+                 .arg(QLatin1String(e.blockRams == 1 ? "" : "s"))
                  .arg(e.memoryBits));
   };
-  for (const ost::PlanCore& core : plan.cores) line("Core " + core.name, ost::estimateCore(core));
-  line("JTAG hub", ost::estimateHub(plan));
+  for (const ost::PlanCore& core : plan.cores) line(QLatin1String("Core ") + core.name, ost::estimateCore(core));
+  line(QStringLiteral("JTAG hub"), ost::estimateHub(plan));
 }
 
 }  // namespace
@@ -40,9 +40,9 @@ bool IstComData::Private::bringDesignUpToDate(QString& error) {
     return false;
   }
   if (!followsDesign || !design->isStale()) return true;
-  ost::say("The design has changed on disk; reading it again.");
+  ost::say(QStringLiteral("The design has changed on disk; reading it again."));
   if (session.refresh(error)) return true;
-  error = "The design has changed on disk and could not be read again: " + error;
+  error = QStringLiteral("The design has changed on disk and could not be read again: %1").arg(error);
   return false;
 }
 
@@ -50,7 +50,7 @@ bool IstComData::Private::loadNetlist(const ost::Design& design, QString& error)
   if (netlist && netlistDigest == design.digest()) return true;
   netlist = ost::Netlist::load(design, error, [] { return tcl_cmdex::servePendingEvents(); });
   netlistDigest = netlist ? design.digest() : QByteArray();
-  if (!netlist && error.isEmpty()) error = "The design's netlist could not be made.";
+  if (!netlist && error.isEmpty()) error = QStringLiteral("The design's netlist could not be made.");
   return netlist != nullptr;
 }
 
@@ -66,10 +66,7 @@ bool IstComData::DRC(QString& message) {
   ost::BusyTask busy(d->busyTasks);
   d->checked = {};
   QString error;
-  if (!d->bringDesignUpToDate(error)) {
-    message = error + '\n';
-    return false;
-  }
+  if (!d->bringDesignUpToDate(error)) return d->fail(ToldBy::Command, error, message);
   // Both are held from here on: what is served meanwhile may change neither the design nor the project.
   const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
   const QByteArray state = d->state();
@@ -94,8 +91,8 @@ bool IstComData::Private::insert(QString& directory, QString& error) {
     error = ost::noDesignText();
     return false;
   }
-  directory = ost::ProjectStorage::outputFolderOf(project->fileName, error);
-  if (directory.isEmpty() || !loadNetlist(*design, error)) return false;
+  if (!ost::ProjectStorage::outputFolderOf(project->fileName, directory, error) || !loadNetlist(*design, error))
+    return false;
   for (const auto& core : project->cores) core->trace->compact();
   const Checked passed = checked;  // held: what is served meanwhile may check again
   if (!passed.plan || passed.design.lock() != design || passed.project != state()) {
@@ -117,12 +114,10 @@ bool IstComData::Insert(int) {
   if (!d->project) return false;
   ost::BusyTask busy(d->busyTasks);
   QString directory, error;
-  const bool done = d->insert(directory, error);
-  if (done)
-    ost::say(QStringLiteral("The instrumented design is in \"%1\".").arg(ost::textFromFile(directory)));
-  else
-    ost::say(QStringLiteral("ERROR: Nothing was inserted: %1").arg(error));
-  return done;
+  if (!d->insert(directory, error))
+    return d->fail(ToldBy::Console, QStringLiteral("ERROR: Nothing was inserted: %1").arg(error));
+  ost::say(QStringLiteral("The instrumented design is in \"%1\".").arg(ost::textFromFile(directory)));
+  return true;
 }
 
 }  // namespace ostrel

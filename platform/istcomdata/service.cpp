@@ -16,7 +16,8 @@ bool resolveNet(const QString& name, NetSelection& selection, QString& error) {
   if (!checkNetName(name, error)) return false;
   if (design->resolve(name, selection, error))
     return selection.canonicalName == name || checkNetName(selection.canonicalName, error);
-  if (isPattern(name)) error += "; one name is needed here, ost_design nets -glob lists those that fit a pattern";
+  if (isPattern(name))
+    error += QLatin1String("; one name is needed here, ost_design nets -glob lists those that fit a pattern");
   return false;
 }
 
@@ -66,6 +67,17 @@ bool IstComData::isProjBusy() {
   return d->isBusy();
 }
 
+bool IstComData::Private::fail(ToldBy teller, const QString& error, QString& message) {
+  message = teller == ToldBy::CommandLine ? error : error + QLatin1Char('\n');
+  return fail(teller, error);
+}
+
+bool IstComData::Private::fail(ToldBy teller, const QString& error) {
+  reason = teller == ToldBy::Number ? error : QString();
+  if (teller == ToldBy::Console) ost::say(error);
+  return false;
+}
+
 ost::Core* IstComData::Private::coreOf(const istDataset* dataset) const {
   if (project)
     for (const auto& core : project->cores)
@@ -73,14 +85,12 @@ ost::Core* IstComData::Private::coreOf(const istDataset* dataset) const {
   return nullptr;
 }
 
-bool IstComData::Private::resolveOption(const char* option, QString& net) const {
+bool IstComData::Private::resolveOption(const char* option, QString& net) {
   if (net.isEmpty()) return true;
   ost::NetSelection selection;
   QString error;
-  if (!ost::resolveNet(net, selection, error)) {
-    ost::say(QString("%1 is unchanged: %2").arg(option, error));
-    return false;
-  }
+  if (!ost::resolveNet(net, selection, error))
+    return fail(ToldBy::Console, QStringLiteral("%1 is unchanged: %2").arg(QLatin1String(option), error));
   net = selection.canonicalName;
   return true;
 }

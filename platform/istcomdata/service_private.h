@@ -15,6 +15,15 @@
 namespace mero {
 namespace ostrel {
 
+/// Inside the service an operation that fails returns false and leaves a sentence in its `error`. Who shows that to the
+/// user is the contract's choice for each operation, and Private::fail() the one place that passes it on.
+enum class ToldBy {
+  Command,      ///< The command shows `message` as it is, so it ends with a line feed.
+  CommandLine,  ///< The command shows `message` and adds the line feed.
+  Number,       ///< The command prints a numbered message, which takes up the reason.
+  Console       ///< The command says nothing of the reason; the service prints it.
+};
+
 class IstComData::Private {
  public:
   std::unique_ptr<istProject> project;
@@ -40,6 +49,9 @@ class IstComData::Private {
   void markChanged() {
     if (project) project->changed = true;
   }
+  /// Ends an operation whose `error` is to be told. Returns false.
+  bool fail(ToldBy teller, const QString& error, QString& message);
+  bool fail(ToldBy teller, const QString& error);
   /// Sets a field of the project, which counts as a change only when the value differs.
   template <class Field, class Value>
   void assign(Field& field, const Value& value) {
@@ -53,8 +65,10 @@ class IstComData::Private {
   QByteArray state() const;
   ost::Core* coreOf(const istDataset* dataset) const;
   bool mayReplaceProject(QString& error) const;
+  bool save(QString& error);
+  bool saveAs(const QString& fileName, QString& error);
   /// Resolves a net that a core's option names, for storing; empty stays empty. Prints why not.
-  bool resolveOption(const char* option, QString& net) const;
+  bool resolveOption(const char* option, QString& net);
   bool bringDesignUpToDate(QString& error);
   bool loadNetlist(const ost::Design& design, QString& error);
   /// `directory` is where the instrumented design goes.

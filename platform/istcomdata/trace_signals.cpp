@@ -15,9 +15,16 @@ QString canonicalName(const QString& name) {
   return ost::resolveNet(name, selection, ignored) ? selection.canonicalName : QString();
 }
 
-bool refuse(QString& message, const QString& error) {
-  message += error + '\n';
+bool findBus(ost::TraceTree& tree, const QString& name, TraceNode*& bus, QString& error) {
+  bus = tree.findBus(name);
+  if (bus) return true;
+  const QString hint = tree.find(name) ? QStringLiteral("; it is a signal") : tree.nearestHint(name);
+  error = QStringLiteral("There is no bus %1 in this core%2.").arg(ost::quoted(name), hint);
   return false;
+}
+
+QString emptyList() {
+  return QStringLiteral("The signal list is empty; name at least one signal.");
 }
 
 /// The entries that a list names, by patterns, too.
@@ -25,14 +32,11 @@ bool findAll(ost::TraceTree& tree, QStringList names, QVector<TraceNode*>& entri
   return ost::expandTracedPatterns(tree, names, error) && tree.findAll(names, canonicalName, entries, error);
 }
 
-bool findBus(ost::TraceTree& tree, const QString& name, TraceNode*& bus, QString& message) {
-  bus = tree.findBus(name);
-  if (bus) return true;
-  const QString hint = tree.find(name) ? QString("; it is a signal") : tree.nearestHint(name);
-  return refuse(message, QString("There is no bus %1 in this core%2.").arg(ost::quoted(name), hint));
+bool findEntries(ost::TraceTree& tree, const QStringList& names, QVector<TraceNode*>& entries, QString& error) {
+  if (!names.isEmpty()) return findAll(tree, names, entries, error);
+  error = emptyList();
+  return false;
 }
-
-const char kEmptyList[] = "The signal list is empty; name at least one signal.";
 
 }  // namespace
 
@@ -41,19 +45,18 @@ bool IstComData::addTraceSignals(istTraceData* trace, QStringList signalNames, Q
   if (!trace) return false;
   ost::TraceTree& tree = *ost::asTree(trace);
   ost::TraceTree::Place place;
-  QString error;
-  if (signalNames.isEmpty()) return refuse(message, kEmptyList);
+  QString error, remark;
+  if (signalNames.isEmpty()) return d->fail(ToldBy::Command, emptyList(), message);
   if (!tree.findPlace(bus, position, place, error) || !ost::expandNetPatterns(signalNames, error))
-    return refuse(message, error);
-  QString remark;
+    return d->fail(ToldBy::Command, error, message);
   ost::TraceTree::Addition addition(tree, signalNames.size());
   for (const QString& name : signalNames) {
     ost::NetSelection selection;
     if (!ost::resolveNet(name, selection, error) ||
         !addition.stage(selection.canonicalName, selection.bitNames, selection.isVector, remark, error))
-      return refuse(message, error);
+      return d->fail(ToldBy::Command, error, message);
   }
-  if (!addition.insert(place, error)) return refuse(message, error);
+  if (!addition.insert(place, error)) return d->fail(ToldBy::Command, error, message);
   message = remark;
   d->markChanged();
   return true;
@@ -66,22 +69,19 @@ bool IstComData::moveTraceSignals(istTraceData* trace, QStringList signalNames, 
   QVector<TraceNode*> entries;
   ost::TraceTree::Place place;
   QString error;
-  if (signalNames.isEmpty()) return refuse(message, kEmptyList);
-  if (!findAll(tree, signalNames, entries, error) || !tree.findPlace(bus, position, place, error) ||
+  if (!findEntries(tree, signalNames, entries, error) || !tree.findPlace(bus, position, place, error) ||
       !tree.move(entries, place, error))
-    return refuse(message, error);
+    return d->fail(ToldBy::Command, error, message);
   d->markChanged();
   return true;
 }
 
 bool IstComData::removeTraceSignals(istTraceData* trace, QStringList signalNames, QString& message) {
   if (!trace) return false;
-  ost::TraceTree& tree = *ost::asTree(trace);
   QVector<TraceNode*> entries;
   QString error;
-  if (signalNames.isEmpty()) return refuse(message, kEmptyList);
-  if (!findAll(tree, signalNames, entries, error)) return refuse(message, error);
-  tree.remove(entries);
+  if (!findEntries(*ost::asTree(trace), signalNames, entries, error)) return d->fail(ToldBy::Command, error, message);
+  ost::asTree(trace)->remove(entries);
   d->markChanged();
   return true;
 }
@@ -91,14 +91,17 @@ bool IstComData::groupTraceSignals(istTraceData* trace, QString& bus, QStringLis
   ost::TraceTree& tree = *ost::asTree(trace);
   QVector<TraceNode*> entries;
   QString error;
-  if (!findAll(tree, signalNames, entries, error) || !tree.group(bus, entries, error)) return refuse(message, error);
+  if (!findAll(tree, signalNames, entries, error) || !tree.group(bus, entries, error))
+    return d->fail(ToldBy::Command, error, message);
   d->markChanged();
   return true;
 }
 
 bool IstComData::ungroupTraceSignals(istTraceData* trace, const QString& bus, QString& message) {
   TraceNode* node = nullptr;
-  if (!trace || !findBus(*ost::asTree(trace), bus, node, message)) return false;
+  QString error;
+  if (!trace) return false;
+  if (!findBus(*ost::asTree(trace), bus, node, error)) return d->fail(ToldBy::Command, error, message);
   ost::asTree(trace)->ungroup(node);
   d->markChanged();
   return true;
@@ -107,10 +110,10 @@ bool IstComData::ungroupTraceSignals(istTraceData* trace, const QString& bus, QS
 bool IstComData::renameTraceBus(istTraceData* trace, const QString& bus, const QString& newName, QString& message) {
   TraceNode* node = nullptr;
   QString error;
-  if (!trace || !findBus(*ost::asTree(trace), bus, node, message)) return false;
-  const bool changes = newName != bus;
-  if (!ost::asTree(trace)->renameBus(node, newName, error)) return refuse(message, error);
-  if (changes) d->markChanged();
+  if (!trace) return false;
+  if (!findBus(*ost::asTree(trace), bus, node, error) || !ost::asTree(trace)->renameBus(node, newName, error))
+    return d->fail(ToldBy::Command, error, message);
+  if (newName != bus) d->markChanged();
   return true;
 }
 

@@ -10,12 +10,6 @@ namespace ostrel {
 
 namespace {
 
-int smallestPowerOfTwo(int least) {
-  int value = 1;
-  while (value < least) value *= 2;
-  return value;
-}
-
 struct Needs {
   int steps = 1;
   int count = 1;
@@ -27,36 +21,48 @@ QString settingsRemark(const ost::TriggerExpression& expression, const Needs& ne
   QString remark;
   const auto compare = [&](const char* option, const char* what, int needed, int given) {
     if (needed > given)
-      remark += QString("WARNING: Trigger expression %1 needs %2 %3, more than its %4 of %5; set -%4 %6.\n")
-                    .arg(expression.name, what, QString::number(needed), option, QString::number(given),
-                         QString::number(smallestPowerOfTwo(needed)));
+      remark += QStringLiteral("WARNING: Trigger expression %1 needs %2 %3, more than its %4 of %5; set -%4 %6.\n")
+                    .arg(ost::quoted(expression.name), QLatin1String(what), QString::number(needed),
+                         QLatin1String(option), QString::number(given), QString::number(ost::powerOfTwoFrom(needed)));
   };
   compare("max_seq_depth", "a sequence depth of", needs.steps, expression.maxSequenceDepth);
   compare("max_event_count", "an event count of", needs.count, expression.maxEventCount);
   return remark;
 }
 
-/// Puts text and settings into `expression`, numbers of -1 meaning unchanged and 0 whatever the text needs.
+/// Puts text and settings into `expression`, numbers of -1 meaning unchanged and 0 whatever the text needs. `remark`
+/// gets what the user should know of a success.
 bool setExpression(const istDataset& dataset, const QString& text, int ram, int depth, int count,
-                   ost::TriggerExpression& expression, QString& message) {
+                   ost::TriggerExpression& expression, QString& remark, QString& error) {
   Needs needs;
-  QString error;
-  bool ok = ost::setExpressionText(dataset, text, expression, needs.steps, needs.count, error);
-  const auto setNumber = [&](const char* option, int value, int needed, int largest, int& setting) {
-    if (!ok || value == -1) return;
-    if (value == 0) value = smallestPowerOfTwo(needed);
-    ok = ost::isPowerOfTwo(value, largest);
-    if (ok)
-      setting = value;
-    else
-      error = QString("%1 must be a power of two from 1 to %2, not %3.").arg(option).arg(largest).arg(value);
+  const auto setNumber = [&error](const char* option, int value, int needed, int largest, int& setting) {
+    if (value == -1) return true;
+    if (value == 0) value = int(ost::powerOfTwoFrom(needed));
+    if (!ost::isPowerOfTwo(value, largest)) {
+      error = QStringLiteral("%1 must be a power of two from 1 to %2, not %3.")
+                  .arg(QLatin1String(option))
+                  .arg(largest)
+                  .arg(value);
+      return false;
+    }
+    setting = value;
+    return true;
   };
-  setNumber("max_seq_depth", depth, needs.steps, ost::kMaxSequenceDepth, expression.maxSequenceDepth);
-  setNumber("max_event_count", count, needs.count, ost::kMaxEventCount, expression.maxEventCount);
-  if (ok && ram != -1) expression.ram = ost::ExpressionRam(ram != 0);
-  message = ok ? settingsRemark(expression, needs)
-               : QString("Trigger expression %1: %2\n").arg(ost::quoted(expression.name), error);
-  return ok;
+  if (!ost::setExpressionText(dataset, text, expression, needs.steps, needs.count, error) ||
+      !setNumber("max_seq_depth", depth, needs.steps, ost::kMaxSequenceDepth, expression.maxSequenceDepth) ||
+      !setNumber("max_event_count", count, needs.count, ost::kMaxEventCount, expression.maxEventCount)) {
+    error = QStringLiteral("Trigger expression %1: %2").arg(ost::quoted(expression.name), error);
+    return false;
+  }
+  if (ram != -1) expression.ram = ost::ExpressionRam(ram != 0);
+  remark = settingsRemark(expression, needs);
+  return true;
+}
+
+bool checkNewExpressionName(const istDataset& dataset, const QString& name, QString& error) {
+  if (!dataset.findExpression(name)) return ost::checkName(name, QStringLiteral("The trigger expression name"), error);
+  error = QStringLiteral("The name %1 is already used by another trigger expression.").arg(ost::quoted(name));
+  return false;
 }
 
 }  // namespace
@@ -79,15 +85,11 @@ bool IstComData::addTE(QString& name, const QString& expression, int ram, int ma
   ost::TriggerExpression added;
   added.name = name.isEmpty() ? dataset->freeExpressionName() : name;
   QString error;
-  if (dataset->findExpression(added.name))
-    error = QString("The name %1 is already used by another trigger expression.").arg(ost::quoted(added.name));
-  if (!error.isEmpty() || !ost::checkName(added.name, "The trigger expression name", error)) {
-    message = error + '\n';
-    return false;
-  }
   // There is no setting to leave unchanged here.
-  if (!setExpression(*dataset, expression, ram == 1, qMax(0, maxSequenceDepth), qMax(0, maxEventCount), added, message))
-    return false;
+  if (!checkNewExpressionName(*dataset, added.name, error) ||
+      !setExpression(*dataset, expression, ram == 1, qMax(0, maxSequenceDepth), qMax(0, maxEventCount), added, message,
+                     error))
+    return d->fail(ToldBy::Command, error, message);
   name = added.name;
   dataset->addExpression(std::move(added));
   d->markChanged();
@@ -99,9 +101,10 @@ bool IstComData::setTE(QString& name, const QString& expression, int ram, int ma
   ost::TriggerExpression* stored = dataset ? dataset->findExpression(name) : nullptr;
   if (!stored) return false;
   ost::TriggerExpression edited = *stored;
+  QString error;
   if (!setExpression(*dataset, expression.isEmpty() ? stored->text : expression, ram, maxSequenceDepth, maxEventCount,
-                     edited, message))
-    return false;
+                     edited, message, error))
+    return d->fail(ToldBy::Command, error, message);
   if (edited.text != stored->text || edited.ram != stored->ram || edited.maxSequenceDepth != stored->maxSequenceDepth ||
       edited.maxEventCount != stored->maxEventCount)
     d->markChanged();
@@ -117,12 +120,7 @@ bool IstComData::renameTE(const QString& oldName, const QString& newName, QStrin
   if (!expression) return false;
   if (newName == oldName) return true;
   QString error;
-  if (dataset->findExpression(newName))
-    error = QString("The name %1 is already used by another trigger expression.").arg(ost::quoted(newName));
-  if (!error.isEmpty() || !ost::checkName(newName, "The trigger expression name", error)) {
-    message = error + '\n';
-    return false;
-  }
+  if (!checkNewExpressionName(*dataset, newName, error)) return d->fail(ToldBy::Command, error, message);
   dataset->renameExpression(expression, newName);
   d->markChanged();
   return true;

@@ -14,13 +14,14 @@ namespace {
 
 bool setOperator(const QString& text, ost::TriggerUnit& unit, QString& error) {
   if (text.isEmpty() || ost::operatorFromText(text, unit.op)) return true;
-  error = QString("%1 is not a valid operator; use ==, !=, >, >=, <, <=, .RE., .FE. or .SC.").arg(ost::quoted(text));
+  error =
+      QStringLiteral("%1 is not a valid operator; use ==, !=, >, >=, <, <=, .RE., .FE. or .SC.").arg(ost::quoted(text));
   return false;
 }
 
 bool setRadix(const QString& word, ost::TriggerUnit& unit, QString& error) {
   if (word.isEmpty() || ost::radixFromText(word, unit.radix)) return true;
-  error = QString("%1 is not a valid radix; use bin, oct, dec or hex.").arg(ost::quoted(word));
+  error = QStringLiteral("%1 is not a valid radix; use bin, oct, dec or hex.").arg(ost::quoted(word));
   return false;
 }
 
@@ -30,19 +31,20 @@ bool addSignalNames(QStringList names, ost::TriggerUnit& unit, QString& error) {
     ost::NetSelection selection;
     if (!ost::resolveNet(name, selection, error)) return false;
     if (unit.signalNames.contains(selection.canonicalName)) {
-      error = QString("Signal %1 would be in the unit twice.").arg(ost::quoted(name));
+      error = QStringLiteral("Signal %1 would be in the unit twice.").arg(ost::quoted(name));
       return false;
     }
     unit.signalNames << selection.canonicalName;
     if (unit.signalNames.size() <= ost::kMaxUnitWidth) continue;
-    error = QString("A unit compares at most %1 bits.").arg(ost::kMaxUnitWidth);
+    error = QStringLiteral("A unit compares at most %1 bits.").arg(ost::kMaxUnitWidth);
     return false;
   }
   return true;
 }
 
 bool removeSignalNames(QStringList names, ost::TriggerUnit& unit, QString& error) {
-  if (!ost::expandPatterns(unit.signalNames, "unit " + ost::quoted(unit.name), names, error)) return false;
+  if (!ost::expandPatterns(unit.signalNames, QStringLiteral("unit ") + ost::quoted(unit.name), names, error))
+    return false;
   for (const QString& name : names) {
     ost::NetSelection selection;
     QString ignored;
@@ -50,7 +52,8 @@ bool removeSignalNames(QStringList names, ost::TriggerUnit& unit, QString& error
     if (ost::resolveNet(name, selection, ignored) && unit.signalNames.removeOne(selection.canonicalName)) continue;
     ost::NearestNames near(name);
     for (const QString& known : unit.signalNames) near.offer(known);
-    error = QString("Signal %1 is not in unit %2%3.").arg(ost::quoted(name), ost::quoted(unit.name), near.hint());
+    error =
+        QStringLiteral("Signal %1 is not in unit %2%3.").arg(ost::quoted(name), ost::quoted(unit.name), near.hint());
     return false;
   }
   return true;
@@ -76,12 +79,13 @@ bool checkUnit(const ost::TriggerUnit& unit, QString& error) {
   ost::EnumNames names;
   const int width = widthOf(unit, names);
   if (width > ost::kMaxUnitWidth) {
-    error = QString("A unit compares at most %1 bits; these signals have %2.").arg(ost::kMaxUnitWidth).arg(width);
+    error =
+        QStringLiteral("A unit compares at most %1 bits; these signals have %2.").arg(ost::kMaxUnitWidth).arg(width);
     return false;
   }
   QByteArray value, mask;
   if (unit.op == ost::Operator::SerialCompare && width > 1) {
-    error = QString("%1 watches one signal, not %2 bits.").arg(ost::operatorText(unit.op)).arg(width);
+    error = QStringLiteral("%1 watches one signal, not %2 bits.").arg(ost::operatorText(unit.op)).arg(width);
     return false;
   }
   if (width == 0 || unit.value.isEmpty()) return ost::checkUnitDigits(unit, error);
@@ -104,9 +108,28 @@ bool convertValue(const ost::TriggerUnit& before, ost::TriggerUnit& unit, QStrin
                        value.size() % (unit.radix == ost::Radix::Oct ? 3 : 4) == 0;
     if (whole && ost::formatUnitValue(unit.radix, value, mask, unit.value)) return true;
   }
-  error = QString("The value %1 cannot be written in radix %2; give a value with the radix (-val).")
+  error = QStringLiteral("The value %1 cannot be written in radix %2; give a value with the radix (-val).")
               .arg(ost::quoted(before.value), ost::radixText(unit.radix));
   return false;
+}
+
+bool checkNewUnitName(const istDataset& dataset, const QString& name, QString& error) {
+  if (!dataset.findUnit(name)) return ost::checkName(name, QStringLiteral("The trigger unit name"), error);
+  error = QStringLiteral("The name %1 is already used by another trigger unit.").arg(ost::quoted(name));
+  return false;
+}
+
+/// The texts of the expressions that use a unit, with its new name; false when one would become too long.
+bool renameInTexts(const istDataset& dataset, const QStringList& users, const QString& oldName, const QString& newName,
+                   QStringList& texts, QString& error) {
+  for (const QString& user : users) {
+    texts << ost::renameUnitInExpression(dataset.findExpression(user)->text, oldName, newName);
+    if (texts.last().size() <= ost::kMaxExpressionLength) continue;
+    error = QStringLiteral("Trigger expression %1 would be longer than %2 characters; choose a shorter name.")
+                .arg(ost::quoted(user), QString::number(ost::kMaxExpressionLength));
+    return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -136,13 +159,9 @@ bool IstComData::addTU(QString& radix, const QStringList& signalNames, QString& 
   unit.name = name.isEmpty() ? dataset->freeUnitName() : name;
   unit.value = value;
   QString error;
-  if (dataset->findUnit(unit.name)) error = QString("The name %1 is already used.").arg(ost::quoted(unit.name));
-  if (!error.isEmpty() || !ost::checkName(unit.name, "The trigger unit name", error) || !setRadix(radix, unit, error) ||
-      !setOperator(op, unit, error) || !addSignalNames(signalNames, unit, error) || !checkUnit(unit, error)) {
-    message = error + '\n';
-    ost::say(error);  // the command layer does not show this message
-    return false;
-  }
+  if (!checkNewUnitName(*dataset, unit.name, error) || !setRadix(radix, unit, error) || !setOperator(op, unit, error) ||
+      !addSignalNames(signalNames, unit, error) || !checkUnit(unit, error))
+    return d->fail(ToldBy::Console, error, message);
   name = unit.name;
   dataset->addUnit(std::move(unit));
   d->markChanged();
@@ -156,15 +175,16 @@ bool IstComData::setTU(istTU* unit, QString& radix, const QStringList& addSignal
   QString error;
   const bool replaceAll = removeSignals.size() == 1 && removeSignals.first().isEmpty();
   if (replaceAll) edited.signalNames.clear();
-  bool ok = (replaceAll || removeSignalNames(removeSignals, edited, error)) &&
-            addSignalNames(addSignals, edited, error) && setOperator(op, edited, error) &&
-            setRadix(radix, edited, error);
-  if (ok && value.isEmpty()) ok = convertValue(unit->unit, edited, error);
-  if (ok && !value.isEmpty()) edited.value = value;
-  if (!ok || !checkUnit(edited, error)) {
-    message = QString("Trigger unit %1 is unchanged: %2\n").arg(unit->unit.name, error);
-    return false;
-  }
+  const auto setValue = [&] {
+    if (value.isEmpty()) return convertValue(unit->unit, edited, error);
+    edited.value = value;
+    return true;
+  };
+  if (!(replaceAll || removeSignalNames(removeSignals, edited, error)) || !addSignalNames(addSignals, edited, error) ||
+      !setOperator(op, edited, error) || !setRadix(radix, edited, error) || !setValue() || !checkUnit(edited, error))
+    return d->fail(ToldBy::Command,
+                   QStringLiteral("Trigger unit %1 is unchanged: %2").arg(ost::quoted(unit->unit.name), error),
+                   message);
   const ost::TriggerUnit& now = unit->unit;
   if (edited.signalNames != now.signalNames || edited.op != now.op || edited.radix != now.radix ||
       edited.value != now.value)
@@ -178,23 +198,10 @@ bool IstComData::renameTU(const QString& oldName, const QString& newName, QStrin
   if (!unit) return false;
   if (newName == oldName) return true;
   QString error;
-  if (dataset->findUnit(newName))
-    error = QString("The name %1 is already used by another trigger unit.").arg(ost::quoted(newName));
-  else
-    ost::checkName(newName, "The trigger unit name", error);
   const QStringList users = dataset->expressionsUsing(oldName);
   QStringList texts;
-  for (const QString& user : users) {
-    texts << ost::renameUnitInExpression(dataset->findExpression(user)->text, oldName, newName);
-    if (texts.last().size() > ost::kMaxExpressionLength)
-      error = QString("Trigger expression %1 would be longer than %2 characters.")
-                  .arg(ost::quoted(user))
-                  .arg(ost::kMaxExpressionLength);
-  }
-  if (!error.isEmpty()) {
-    message = error + '\n';
-    return false;
-  }
+  if (!checkNewUnitName(*dataset, newName, error) || !renameInTexts(*dataset, users, oldName, newName, texts, error))
+    return d->fail(ToldBy::Command, error, message);
   for (int i = 0; i < users.size(); ++i) {
     ost::TriggerExpression* expression = dataset->findExpression(users[i]);
     QStringList units = expression->units;
@@ -202,7 +209,7 @@ bool IstComData::renameTU(const QString& oldName, const QString& newName, QStrin
     dataset->setExpressionText(expression, texts[i], units);
   }
   dataset->renameUnit(unit, newName);
-  if (!users.isEmpty()) message = QString("Renamed in %1, too.\n").arg(users.join(", "));
+  if (!users.isEmpty()) message = QStringLiteral("Renamed in %1, too.\n").arg(users.join(QStringLiteral(", ")));
   d->markChanged();
   return true;
 }
@@ -212,10 +219,11 @@ bool IstComData::removeTU(const QString& name, istDataset* dataset) {
   if (!unit) return false;
   const QStringList users = dataset->expressionsUsing(name);
   if (!users.isEmpty()) {
-    ost::say(QString("Trigger unit %1 is not removed: %2 use%3 it. Change or remove %4 first (ost_te).")
-                 .arg(ost::quoted(name), users.join(", "), users.size() == 1 ? "s" : "",
-                      users.size() == 1 ? "that expression" : "those expressions"));
-    return false;
+    const bool one = users.size() == 1;
+    return d->fail(ToldBy::Console,
+                   QStringLiteral("Trigger unit %1 is not removed: %2 %3 it; change or remove %4 first (ost_te).")
+                       .arg(ost::quoted(name), users.join(QStringLiteral(", ")), QLatin1String(one ? "uses" : "use"),
+                            QLatin1String(one ? "that expression" : "those expressions")));
   }
   dataset->removeUnit(unit);
   d->markChanged();

@@ -13,15 +13,16 @@ namespace ost {
 bool checkNetName(const QString& name, QString& error) {
   bool printable = true, ascii = true;
   for (const QChar c : name) {
-    printable &= c >= ' ' && c != QChar(0x7f);
+    printable &= c >= QLatin1Char(' ') && c != QChar(0x7f);
     ascii &= c < QChar(0x80);
   }
   if (name.isEmpty())
-    error = "The net name is empty.";
+    error = QStringLiteral("The net name is empty.");
   else if (name.size() > kMaxNetNameLength)
-    error = QString("The net name %1 has more than %2 characters.").arg(quoted(name)).arg(kMaxNetNameLength);
+    error = QStringLiteral("The net name %1 has more than %2 characters.")
+                .arg(quoted(name), QString::number(kMaxNetNameLength));
   else if (!printable || (!ascii && textFromUnicode(unicodeFromText(name)) != name))
-    error = QString("The net name %1 holds unprintable characters.").arg(quoted(name));
+    error = QStringLiteral("The net name %1 holds unprintable characters.").arg(quoted(name));
   return error.isEmpty();
 }
 
@@ -43,7 +44,7 @@ bool setExpressionText(const mero::ostrel::istDataset& dataset, const QString& t
       if (dataset.findUnit(unit)) continue;
       NearestNames near(unit);
       for (const auto& known : dataset.units()) near.offer(known->unit.name);
-      error = QString("There is no trigger unit %1 in this core%2; add it first (ost_tu add).")
+      error = QStringLiteral("There is no trigger unit %1 in this core%2; add it first (ost_tu add).")
                   .arg(quoted(unit), near.hint());
       return false;
     }
@@ -61,7 +62,10 @@ QStringList fitToBufferDepth(Core& core) {
   const int depth = options.bufferDepth;
   const auto fit = [&](const char* option, bool inUse, int& value, int fitting) {
     if (value != fitting && inUse)
-      remarks << QString("%1 is now %2 to fit the buffer depth %3.").arg(option).arg(fitting).arg(depth);
+      remarks << QStringLiteral("%1 is now %2 to fit the buffer depth %3.")
+                     .arg(QLatin1String(option))
+                     .arg(fitting)
+                     .arg(depth);
     value = fitting;
   };
   const bool multiple = options.captureMode == CaptureMode::Multiple;

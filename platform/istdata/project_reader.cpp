@@ -20,7 +20,7 @@ using namespace mero::ostrel;
 namespace {
 
 QString element(const QString& path, int index) {
-  return QString("%1[%2]").arg(path).arg(index);
+  return QStringLiteral("%1[%2]").arg(path).arg(index);
 }
 
 class ProjectReader {
@@ -30,7 +30,7 @@ class ProjectReader {
 
  private:
   void fail(const QString& path, const QString& what) {
-    if (fault.none()) fault.text = path + ": " + what;
+    if (fault.none()) fault.text = path + QLatin1String(": ") + what;
   }
   QString netName(JsonFields& fields, const char* key, bool mayBeEmpty);
   bool checkNet(const QString& name, const QString& path);
@@ -78,14 +78,14 @@ void ProjectReader::readOptions(const QJsonValue& value, const QString& path, Co
   o.triggerOutMinPulse = f.number("triggerOutMinPulse", 0, std::numeric_limits<int>::max());
   o.triggerOutName = f.text("triggerOutName");
   if (!o.triggerOutName.isEmpty() && istCore::isValidTriggerOutNetName(o.triggerOutName) != 0)
-    f.fail(f.pathOf("triggerOutName"), quoted(o.triggerOutName) + " is not a name for a new net.");
+    f.fail(f.pathOf("triggerOutName"), QStringLiteral("%1 is not a name for a new net.").arg(quoted(o.triggerOutName)));
 
   const auto validNumber = [&](const char* key, const QList<int>& valid) {
     const int number = f.number(key, 0, 1 << 16);
     if (fault.none() && !valid.contains(number)) {
       QStringList texts;
       for (int v : valid) texts << QString::number(v);
-      f.fail(f.pathOf(key), QString("expected %1, found %2.").arg(texts.join(", ")).arg(number));
+      f.fail(f.pathOf(key), QStringLiteral("expected %1, found %2.").arg(texts.join(QStringLiteral(", "))).arg(number));
     }
     return number;
   };
@@ -117,7 +117,7 @@ void ProjectReader::readTrace(const QJsonArray& array, const QString& path, Trac
       f.refuseOthers();
       if (!fault.none()) return;
       added = isBus ? tree.appendBus(bus, name, error) : tree.appendReference(bus, name, error);
-      if (added && isBus) readTrace(memberList, place + ".members", tree, added);
+      if (added && isBus) readTrace(memberList, place + QLatin1String(".members"), tree, added);
     }
     if (!added) fail(place, error);
   }
@@ -138,12 +138,12 @@ void ProjectReader::readUnit(const QJsonValue& value, const QString& path, istDa
   }
   f.refuseOthers();
   if (!fault.none()) return;
-  if (!checkName(unit.name, "The unit name", error))
+  if (!checkName(unit.name, QStringLiteral("The unit name"), error))
     f.fail(f.pathOf("name"), error);
   else if (dataset.findUnit(unit.name))
-    f.fail(f.pathOf("name"), quoted(unit.name) + " is used twice.");
+    f.fail(f.pathOf("name"), QStringLiteral("%1 is used twice.").arg(quoted(unit.name)));
   else if (!operatorFromText(op, unit.op))
-    f.fail(f.pathOf("operator"), quoted(op) + " is not a valid operator.");
+    f.fail(f.pathOf("operator"), QStringLiteral("%1 is not a valid operator.").arg(quoted(op)));
   else if (!checkUnitDigits(unit, error))
     f.fail(f.pathOf("value"), error);
   else
@@ -162,14 +162,14 @@ void ProjectReader::readExpression(const QJsonValue& value, const QString& path,
   f.refuseOthers();
   if (!fault.none()) return;
   int steps = 0, largestCount = 0;
-  if (!checkName(expression.name, "The expression name", error))
+  if (!checkName(expression.name, QStringLiteral("The expression name"), error))
     f.fail(f.pathOf("name"), error);
   else if (dataset.findExpression(expression.name))
-    f.fail(f.pathOf("name"), quoted(expression.name) + " is used twice.");
+    f.fail(f.pathOf("name"), QStringLiteral("%1 is used twice.").arg(quoted(expression.name)));
   else if (!isPowerOfTwo(expression.maxSequenceDepth, kMaxSequenceDepth))
-    f.fail(f.pathOf("maxSequenceDepth"), "expected a power of two.");
+    f.fail(f.pathOf("maxSequenceDepth"), QStringLiteral("expected a power of two."));
   else if (!isPowerOfTwo(expression.maxEventCount, kMaxEventCount))
-    f.fail(f.pathOf("maxEventCount"), "expected a power of two.");
+    f.fail(f.pathOf("maxEventCount"), QStringLiteral("expected a power of two."));
   else if (!setExpressionText(dataset, text, expression, steps, largestCount, error))
     f.fail(f.pathOf("expression"), error);
   else
@@ -180,8 +180,9 @@ void ProjectReader::readCore(const QJsonValue& value, const QString& path, istPr
   JsonFields f(value, path, fault);
   const QString name = f.text("name");
   QString error;
-  if (fault.none() && !checkName(name, "The core name", error)) f.fail(f.pathOf("name"), error);
-  if (fault.none() && project.findCore(name)) f.fail(f.pathOf("name"), quoted(name) + " is used twice.");
+  if (fault.none() && !checkName(name, QStringLiteral("The core name"), error)) f.fail(f.pathOf("name"), error);
+  if (fault.none() && project.findCore(name))
+    f.fail(f.pathOf("name"), QStringLiteral("%1 is used twice.").arg(quoted(name)));
   if (!fault.none()) return;
   project.cores.emplace_back(new Core(name));
   Core& core = *project.cores.back();
@@ -198,13 +199,13 @@ void ProjectReader::readCore(const QJsonValue& value, const QString& path, istPr
 
 std::unique_ptr<istProject> ProjectReader::read(const QJsonObject& root) {
   JsonFields f(root, QString(), fault);
-  if (!f.has("format") || f.text("format") != kProjectFormat) {
-    fault.text = QString("it is not a project file (no \"format\": \"%1\").").arg(kProjectFormat);
+  if (!f.has("format") || f.text("format") != projectFormat()) {
+    fault.text = QStringLiteral("it is not a project file (no \"format\": \"%1\").").arg(projectFormat());
     return nullptr;
   }
   const QJsonValue version = f.value("version");
   if (version.isDouble() && version.toDouble() > kProjectFileVersion) {
-    fault.text = QString("it has version %1, written by a newer release; this one reads up to version %2.")
+    fault.text = QStringLiteral("it has version %1, written by a newer release; this one reads up to version %2.")
                      .arg(version.toDouble(), 0, 'g', 15)
                      .arg(kProjectFileVersion);
     return nullptr;
@@ -212,21 +213,22 @@ std::unique_ptr<istProject> ProjectReader::read(const QJsonObject& root) {
   fault.underscoredKeys = f.number("version", 1, kProjectFileVersion) == 1;
   auto project = std::make_unique<istProject>();
   const QJsonArray cores = f.list("cores");
-  for (int i = 0; i < cores.size() && fault.none(); ++i) readCore(cores[i], element("cores", i), *project);
+  for (int i = 0; i < cores.size() && fault.none(); ++i)
+    readCore(cores[i], element(QStringLiteral("cores"), i), *project);
   const QJsonValue active = f.value("activeCore");
   if (!active.isNull()) {
     project->activeCore = project->findCore(f.text("activeCore"));
-    if (!project->activeCore) f.fail("activeCore", "names no core of the project.");
+    if (!project->activeCore) f.fail(f.pathOf("activeCore"), QStringLiteral("names no core of the project."));
   }
   if (f.has("serdes")) {
-    JsonFields serdes(f.value("serdes"), "serdes", fault);
+    JsonFields serdes(f.value("serdes"), f.pathOf("serdes"), fault);
     project->serdes.reset(new istSerdesCore);
     project->serdes->sampleClock = netName(serdes, "sampleClock", true);
     project->serdes->resetSignal = netName(serdes, "resetSignal", true);
     serdes.refuseOthers();
   }
   if (f.has("wishbone")) {
-    JsonFields wishbone(f.value("wishbone"), "wishbone", fault);
+    JsonFields wishbone(f.value("wishbone"), f.pathOf("wishbone"), fault);
     project->wishbone.reset(new istWishboneMaster{false});
     project->wishboneConnected = wishbone.flag("connected");
     project->wishboneEndian = ENDIAN_MODE(wishbone.word("endian", endianWords()));
@@ -240,17 +242,17 @@ std::unique_ptr<istProject> ProjectReader::read(const QJsonObject& root) {
 
 std::unique_ptr<istProject> projectFromJson(const QByteArray& json, QString& error) {
   if (json.size() > kMaxProjectFileBytes) {
-    error = QString("it is larger than %1 MB.").arg(kMaxProjectFileBytes >> 20);
+    error = QStringLiteral("it is larger than %1 MB.").arg(kMaxProjectFileBytes >> 20);
     return nullptr;
   }
   QJsonValue root;
   JsonTextFault fault;
   if (!parseJson(json, root, fault)) {
-    error = QString("line %1, column %2: %3.").arg(fault.line).arg(fault.column).arg(fault.text);
+    error = QStringLiteral("line %1, column %2: %3.").arg(fault.line).arg(fault.column).arg(fault.text);
     return nullptr;
   }
   if (!root.isObject()) {
-    error = "it is not a project file (it holds no JSON object).";
+    error = QStringLiteral("it is not a project file (it holds no JSON object).");
     return nullptr;
   }
   ProjectReader reader;

@@ -6,24 +6,26 @@
 namespace ost {
 
 inline QStringList polarityWords() {
-  return {"active_high", "active_low"};
+  return {QStringLiteral("active_high"), QStringLiteral("active_low")};
 }
 inline QStringList implementationWords() {
-  return {"EBR", "DRAM"};
+  return {QStringLiteral("EBR"), QStringLiteral("DRAM")};
 }
 inline QStringList captureModeWords() {
-  return {"single", "multiple"};
+  return {QStringLiteral("single"), QStringLiteral("multiple")};
 }
 inline QStringList triggerOutWords() {
-  return {"IO", "NET", "BOTH"};
+  return {QStringLiteral("IO"), QStringLiteral("NET"), QStringLiteral("BOTH")};
 }
 inline QStringList expressionRamWords() {
-  return {"Slice", "EBR"};
+  return {QStringLiteral("Slice"), QStringLiteral("EBR")};
 }
 inline QStringList endianWords() {
-  return {"big", "little"};
+  return {QStringLiteral("big"), QStringLiteral("little")};
 }
 
-constexpr char kProjectFormat[] = "ostrel-project";
+inline QString projectFormat() {
+  return QStringLiteral("ostrel-project");
+}
 
 }  // namespace ost

@@ -20,9 +20,10 @@ QJsonArray traceJson(const QList<TraceNode*>& nodes) {
     if (node->kind == TRACE_NODE_SIGNAL)
       array.append(unicodeFromText(node->displayName()));
     else if (node->kind == TRACE_NODE_REF)
-      array.append(QJsonObject{{"reference", unicodeFromText(node->displayName())}});
+      array.append(QJsonObject{{QStringLiteral("reference"), unicodeFromText(node->displayName())}});
     else if (node->kind == TRACE_NODE_BUS)
-      array.append(QJsonObject{{"bus", unicodeFromText(node->name)}, {"members", traceJson(node->children)}});
+      array.append(QJsonObject{{QStringLiteral("bus"), unicodeFromText(node->name)},
+                               {QStringLiteral("members"), traceJson(node->children)}});
   }
   return array;
 }
@@ -30,30 +31,30 @@ QJsonArray traceJson(const QList<TraceNode*>& nodes) {
 QJsonObject optionsJson(const Core& core) {
   const CoreOptions& o = core.options;
   return QJsonObject{
-      {"bufferDepth", o.bufferDepth},
-      {"captureMode", captureModeWords()[int(o.captureMode)]},
-      {"defaultRadix", radixWords()[int(o.defaultRadix)]},
-      {"distRamDisabled", o.distRamDisabled},
-      {"eventCounter", o.eventCounter},
-      {"eventCounterValue", o.eventCounterValue},
-      {"implementation", implementationWords()[int(o.implementation)]},
-      {"includeTrigger", o.includeTrigger},
-      {"sampleClock", unicodeFromText(o.sampleClock)},
-      {"sampleEnable", o.sampleEnable},
-      {"sampleEnablePolarity", polarityWords()[int(o.sampleEnablePolarity)]},
-      {"sampleEnableSignal", unicodeFromText(o.sampleEnableSignal)},
-      {"samplesPerTrigger", core.samplesPerTrigger},
-      {"timestamp", o.timestamp},
-      {"timestampBits", o.timestampBits},
-      {"triggerCount", o.triggerCount},
-      {"triggerEnable", o.triggerEnable},
-      {"triggerEnablePolarity", polarityWords()[int(o.triggerEnablePolarity)]},
-      {"triggerEnableSignal", unicodeFromText(o.triggerEnableSignal)},
-      {"triggerOut", o.triggerOut},
-      {"triggerOutMinPulse", o.triggerOutMinPulse},
-      {"triggerOutName", unicodeFromText(o.triggerOutName)},
-      {"triggerOutPolarity", polarityWords()[int(o.triggerOutPolarity)]},
-      {"triggerOutType", triggerOutWords()[int(o.triggerOutType)]},
+      {QStringLiteral("bufferDepth"), o.bufferDepth},
+      {QStringLiteral("captureMode"), captureModeWords()[int(o.captureMode)]},
+      {QStringLiteral("defaultRadix"), radixWords()[int(o.defaultRadix)]},
+      {QStringLiteral("distRamDisabled"), o.distRamDisabled},
+      {QStringLiteral("eventCounter"), o.eventCounter},
+      {QStringLiteral("eventCounterValue"), o.eventCounterValue},
+      {QStringLiteral("implementation"), implementationWords()[int(o.implementation)]},
+      {QStringLiteral("includeTrigger"), o.includeTrigger},
+      {QStringLiteral("sampleClock"), unicodeFromText(o.sampleClock)},
+      {QStringLiteral("sampleEnable"), o.sampleEnable},
+      {QStringLiteral("sampleEnablePolarity"), polarityWords()[int(o.sampleEnablePolarity)]},
+      {QStringLiteral("sampleEnableSignal"), unicodeFromText(o.sampleEnableSignal)},
+      {QStringLiteral("samplesPerTrigger"), core.samplesPerTrigger},
+      {QStringLiteral("timestamp"), o.timestamp},
+      {QStringLiteral("timestampBits"), o.timestampBits},
+      {QStringLiteral("triggerCount"), o.triggerCount},
+      {QStringLiteral("triggerEnable"), o.triggerEnable},
+      {QStringLiteral("triggerEnablePolarity"), polarityWords()[int(o.triggerEnablePolarity)]},
+      {QStringLiteral("triggerEnableSignal"), unicodeFromText(o.triggerEnableSignal)},
+      {QStringLiteral("triggerOut"), o.triggerOut},
+      {QStringLiteral("triggerOutMinPulse"), o.triggerOutMinPulse},
+      {QStringLiteral("triggerOutName"), unicodeFromText(o.triggerOutName)},
+      {QStringLiteral("triggerOutPolarity"), polarityWords()[int(o.triggerOutPolarity)]},
+      {QStringLiteral("triggerOutType"), triggerOutWords()[int(o.triggerOutType)]},
   };
 }
 
@@ -63,11 +64,11 @@ QJsonArray unitsJson(const istDataset& dataset) {
     const TriggerUnit& unit = entry->unit;
     QJsonArray signalNames;
     for (const QString& name : unit.signalNames) signalNames.append(unicodeFromText(name));
-    array.append(QJsonObject{{"name", unit.name},
-                             {"operator", operatorText(unit.op)},
-                             {"radix", radixText(unit.radix)},
-                             {"signals", signalNames},
-                             {"value", unit.value}});
+    array.append(QJsonObject{{QStringLiteral("name"), unit.name},
+                             {QStringLiteral("operator"), operatorText(unit.op)},
+                             {QStringLiteral("radix"), radixText(unit.radix)},
+                             {QStringLiteral("signals"), signalNames},
+                             {QStringLiteral("value"), unit.value}});
   }
   return array;
 }
@@ -75,11 +76,11 @@ QJsonArray unitsJson(const istDataset& dataset) {
 QJsonArray expressionsJson(const istDataset& dataset) {
   QJsonArray array;
   for (const auto& expression : dataset.expressions())
-    array.append(QJsonObject{{"expression", expression->text},
-                             {"maxEventCount", expression->maxEventCount},
-                             {"maxSequenceDepth", expression->maxSequenceDepth},
-                             {"name", expression->name},
-                             {"ram", expressionRamWords()[int(expression->ram)]}});
+    array.append(QJsonObject{{QStringLiteral("expression"), expression->text},
+                             {QStringLiteral("maxEventCount"), expression->maxEventCount},
+                             {QStringLiteral("maxSequenceDepth"), expression->maxSequenceDepth},
+                             {QStringLiteral("name"), expression->name},
+                             {QStringLiteral("ram"), expressionRamWords()[int(expression->ram)]}});
   return array;
 }
 
@@ -89,22 +90,24 @@ QByteArray projectToJson(const istProject& project) {
   QJsonArray cores;
   for (const auto& core : project.cores) {
     core->trace->compact();
-    cores.append(QJsonObject{{"expressions", expressionsJson(core->dataset)},
-                             {"name", core->name},
-                             {"options", optionsJson(*core)},
-                             {"trace", traceJson(core->trace->nodes)},
-                             {"units", unitsJson(core->dataset)}});
+    cores.append(QJsonObject{{QStringLiteral("expressions"), expressionsJson(core->dataset)},
+                             {QStringLiteral("name"), core->name},
+                             {QStringLiteral("options"), optionsJson(*core)},
+                             {QStringLiteral("trace"), traceJson(core->trace->nodes)},
+                             {QStringLiteral("units"), unitsJson(core->dataset)}});
   }
-  QJsonObject root{{"activeCore", project.activeCore ? QJsonValue(project.activeCore->name) : QJsonValue()},
-                   {"cores", cores},
-                   {"format", kProjectFormat},
-                   {"version", kProjectFileVersion}};
+  QJsonObject root{
+      {QStringLiteral("activeCore"), project.activeCore ? QJsonValue(project.activeCore->name) : QJsonValue()},
+      {QStringLiteral("cores"), cores},
+      {QStringLiteral("format"), projectFormat()},
+      {QStringLiteral("version"), kProjectFileVersion}};
   if (project.serdes)
-    root["serdes"] = QJsonObject{{"resetSignal", unicodeFromText(project.serdes->resetSignal)},
-                                 {"sampleClock", unicodeFromText(project.serdes->sampleClock)}};
+    root[QStringLiteral("serdes")] =
+        QJsonObject{{QStringLiteral("resetSignal"), unicodeFromText(project.serdes->resetSignal)},
+                    {QStringLiteral("sampleClock"), unicodeFromText(project.serdes->sampleClock)}};
   if (project.wishbone)
-    root["wishbone"] =
-        QJsonObject{{"connected", project.wishboneConnected}, {"endian", endianWords()[project.wishboneEndian]}};
+    root[QStringLiteral("wishbone")] = QJsonObject{{QStringLiteral("connected"), project.wishboneConnected},
+                                                   {QStringLiteral("endian"), endianWords()[project.wishboneEndian]}};
   return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 

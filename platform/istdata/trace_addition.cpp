@@ -34,12 +34,12 @@ bool TraceTree::Addition::stage(const QString& name, const QStringList& bits, bo
   Node* named = tree_.named_.value(name);
   const bool isBus = named && named->kind == TRACE_NODE_BUS;
   if (named && named->mark == mark_ && isBus == isVector) {
-    error = QString("%1 is in the list twice.").arg(quoted(name));
+    error = QStringLiteral("%1 is in the list twice.").arg(quoted(name));
     return false;
   }
   if (!isVector) {
     if (isBus) {
-      error = QString("%1 is the name of a bus in this core; rename the bus first (ost_trace rename_bus).")
+      error = QStringLiteral("%1 is the name of a bus in this core; rename the bus first (ost_trace rename_bus).")
                   .arg(quoted(name));
       return false;
     }
@@ -49,17 +49,18 @@ bool TraceTree::Addition::stage(const QString& name, const QStringList& bits, bo
   }
   for (const QString& bit : bits) {
     if (!tree_.findBus(bit)) continue;
-    error = QString("Bit %1 has the name of a bus in this core; rename the bus first (ost_trace rename_bus).")
+    error = QStringLiteral("Bit %1 has the name of a bus in this core; rename the bus first (ost_trace rename_bus).")
                 .arg(quoted(bit));
     return false;
   }
   tree_.requireRoom(bits.size());
   QString busName = name;
-  for (int n = 2; tree_.isTaken(busName) || bits.contains(busName); ++n) busName = name + '_' + QString::number(n);
+  for (int n = 2; tree_.isTaken(busName) || bits.contains(busName); ++n)
+    busName = name + QLatin1Char('_') + QString::number(n);
   if (isBus) named->mark = mark_;
   if (busName != name)
-    remark +=
-        QString("The name %1 is taken in this core: the new bus is named %2.\n").arg(quoted(name), quoted(busName));
+    remark += QStringLiteral("The name %1 is taken in this core: the new bus is named %2.\n")
+                  .arg(quoted(name), quoted(busName));
   Bus* bus = tree_.newBus(busName);
   bus->mark = mark_;
   staged_.push_back(bus);
@@ -80,7 +81,7 @@ bool TraceTree::Addition::insert(const Place& place, QString& error) {
 
 TraceNode* TraceTree::appendSignal(TraceNode* bus, const QString& name, QString& error) {
   if (isTaken(name)) {
-    error = QString("%1 is in the trace list already.").arg(quoted(name));
+    error = QStringLiteral("%1 is in the trace list already.").arg(quoted(name));
     return nullptr;
   }
   Node* signal = newSignal(name);
@@ -90,7 +91,7 @@ TraceNode* TraceTree::appendSignal(TraceNode* bus, const QString& name, QString&
 
 TraceNode* TraceTree::appendBus(TraceNode* bus, const QString& name, QString& error) {
   if (isTaken(name)) {
-    error = QString("the bus name %1 is taken.").arg(quoted(name));
+    error = QStringLiteral("the bus name %1 is taken.").arg(quoted(name));
     return nullptr;
   }
   if (!checkNesting(asBus(bus), 1, error)) return nullptr;
@@ -112,7 +113,7 @@ bool TraceTree::bindReferences(QString& error) {
   for (Node* reference : unbound_) {
     Node* target = named_.value(reference->name);
     if (!target || target->kind == TRACE_NODE_BUS) {
-      error = QString("the reference to %1 has no signal of that name.").arg(quoted(reference->name));
+      error = QStringLiteral("the reference to %1 has no signal of that name.").arg(quoted(reference->name));
       return false;
     }
     reference->name = QString();

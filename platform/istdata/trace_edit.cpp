@@ -54,11 +54,11 @@ bool TraceTree::findAll(const QStringList& names, const std::function<QString(co
     TraceNode* found = find(name);
     if (!found) found = find(canonical(name));
     if (!found) {
-      error = QString("%1 is not traced in this core%2.").arg(quoted(name), nearestHint(name));
+      error = QStringLiteral("%1 is not traced in this core%2.").arg(quoted(name), nearestHint(name));
       return false;
     }
     if (asNode(found)->mark == mark) {
-      error = QString("%1 is in the list twice.").arg(quoted(name));
+      error = QStringLiteral("%1 is in the list twice.").arg(quoted(name));
       return false;
     }
     asNode(found)->mark = mark;
@@ -77,7 +77,7 @@ bool TraceTree::move(const QVector<TraceNode*>& entries, Place place, QString& e
   }
   for (Bus* outer = place.bus; outer; outer = outer->parent) {
     if (outer->mark != mark) continue;
-    error = QString("Bus %1 cannot be moved into itself.").arg(quoted(outer->name));
+    error = QStringLiteral("Bus %1 cannot be moved into itself.").arg(quoted(outer->name));
     return false;
   }
   if (height > 0 && !checkNesting(place.bus, height, error)) return false;
@@ -158,15 +158,16 @@ void TraceTree::remove(const QVector<TraceNode*>& entries) {
 
 bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString& error) {
   if (entries.isEmpty()) {
-    error = "A bus needs at least one member: name the traced signals to group.";
+    error = QStringLiteral("A bus needs at least one member; name the traced signals to group.");
     return false;
   }
   Bus* parent = asNode(entries.first())->parent;
   int height = 0;
   for (TraceNode* entry : entries) {
     if (asNode(entry)->parent != parent) {
-      error = QString("%1 and %2 are not members of the same bus; move them together first (ost_trace move_sig).")
-                  .arg(quoted(entries.first()->displayName()), quoted(entry->displayName()));
+      error =
+          QStringLiteral("%1 and %2 are not members of the same bus; move them together first (ost_trace move_sig).")
+              .arg(quoted(entries.first()->displayName()), quoted(entry->displayName()));
       return false;
     }
     height = std::max(height, busHeight(entry));
@@ -175,9 +176,9 @@ bool TraceTree::group(QString& name, const QVector<TraceNode*>& entries, QString
   if (name.isEmpty()) {
     name = busNames_.next([this](const QString& candidate) { return isTaken(candidate); });
   } else {
-    if (!checkName(name, "The bus name", error)) return false;
+    if (!checkName(name, QStringLiteral("The bus name"), error)) return false;
     if (isTaken(name)) {
-      error = QString("The name %1 is already used in this core.").arg(quoted(name));
+      error = QStringLiteral("The name %1 is already used in this core.").arg(quoted(name));
       return false;
     }
   }
@@ -212,9 +213,9 @@ void TraceTree::ungroup(TraceNode* node) {
 
 bool TraceTree::renameBus(TraceNode* node, const QString& newName, QString& error) {
   if (newName == node->name) return true;
-  if (!checkName(newName, "The bus name", error)) return false;
+  if (!checkName(newName, QStringLiteral("The bus name"), error)) return false;
   if (isTaken(newName)) {
-    error = QString("The name %1 is already used in this core.").arg(quoted(newName));
+    error = QStringLiteral("The name %1 is already used in this core.").arg(quoted(newName));
     return false;
   }
   Bus* bus = asBus(node);

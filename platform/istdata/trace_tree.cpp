@@ -53,8 +53,8 @@ TraceNode* TraceTree::find(const QString& name) {
 }
 
 TraceTree::Node* TraceTree::numberedMember(const QString& name) {
-  if (!name.endsWith('>')) return nullptr;
-  const int open = name.lastIndexOf('<');
+  if (!name.endsWith(QLatin1Char('>'))) return nullptr;
+  const int open = name.lastIndexOf(QLatin1Char('<'));
   TraceNode* bus = open > 0 ? findBus(name.left(open)) : nullptr;
   if (open < 0 || (open > 0 && !bus)) return nullptr;
   QString error;
@@ -79,9 +79,9 @@ TraceTree::Node* TraceTree::nthMember(Bus* bus, const QString& number, QString& 
     while (list[slot] == hole() || --left > 0) slot += forward ? 1 : -1;
     return asNode(list[slot]);
   }
-  const QString where = bus ? "Bus " + quoted(bus->name) : QString("The top level");
-  error = count == 0 ? QString("%1 has no members; use <.end.> as the position.").arg(where)
-                     : QString("%1 has %2 members; the position %3 must be 1 to %2 or .end.")
+  const QString where = bus ? QLatin1String("Bus ") + quoted(bus->name) : QStringLiteral("The top level");
+  error = count == 0 ? QStringLiteral("%1 has no members; use <.end.> as the position.").arg(where)
+                     : QStringLiteral("%1 has %2 members; the position %3 must be 1 to %2 or .end.")
                            .arg(where, QString::number(count), quoted(number));
   return nullptr;
 }
@@ -91,7 +91,7 @@ bool TraceTree::findPlace(const QString& busName, const QString& position, Place
   if (!busName.isEmpty()) {
     place.bus = asBus(findBus(busName));
     if (!place.bus) {
-      error = QString("There is no bus %1 in this core%2.").arg(quoted(busName), nearestHint(busName));
+      error = QStringLiteral("There is no bus %1 in this core%2.").arg(quoted(busName), nearestHint(busName));
       return false;
     }
   }
@@ -102,16 +102,17 @@ bool TraceTree::findPlace(const QString& busName, const QString& position, Place
     place.before = named;
     return true;
   }
-  const bool allDigits = std::all_of(position.begin(), position.end(), [](QChar c) { return c >= '0' && c <= '9'; });
+  const bool allDigits = std::all_of(position.begin(), position.end(),
+                                     [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); });
   if (allDigits) {
     place.before = nthMember(place.bus, position, error);
     place.numbered = true;
     return place.before != nullptr;
   }
   if (named)
-    error = QString("%1 is not a member of bus %2.").arg(quoted(position), quoted(busName));
+    error = QStringLiteral("%1 is not a member of bus %2.").arg(quoted(position), quoted(busName));
   else
-    error = QString("There is no traced signal or bus %1 to take as the position%2.")
+    error = QStringLiteral("There is no traced signal or bus %1 to take as the position%2.")
                 .arg(quoted(position), nearestHint(position));
   return false;
 }
@@ -120,7 +121,7 @@ bool TraceTree::checkNesting(const Bus* bus, int height, QString& error) const {
   int depth = 0;
   for (const Bus* outer = bus; outer; outer = outer->parent) ++depth;
   if (depth + height <= kMaxBusNesting) return true;
-  error = QString("Buses can be nested %1 deep at most; ungroup one of them first.").arg(kMaxBusNesting);
+  error = QStringLiteral("Buses can be nested %1 deep at most; ungroup one of them first.").arg(kMaxBusNesting);
   return false;
 }
 

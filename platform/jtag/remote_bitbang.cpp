@@ -1,5 +1,5 @@
-// Connecting and exchanging with a remote-bitbang server. All descriptors are non-blocking, so that a server that
-// stands still in either direction is noticed.
+// The connection to a remote-bitbang server. All descriptors are non-blocking, so that a server that stalls in either
+// direction is noticed.
 #include "platform/jtag/remote_bitbang.h"
 
 #include <fcntl.h>
@@ -24,13 +24,13 @@
 namespace ost {
 namespace {
 
-constexpr int kKeepAtMost = 1 << 16;  ///< Bytes kept before they are sent without being asked for.
+constexpr int kKeepAtMost = 1 << 16;  ///< Commands are sent when so many bytes are kept, even if nothing is read.
 
 QString systemError() {
   return systemReason(errno);
 }
 
-/// Waits until one of the entries is ready, or for `seconds`. 0: none is (yet). -1 with errno.
+/// Waits until an entry is ready, or for `seconds`. 0: none is ready yet. -1 with errno.
 int pollFor(double seconds, pollfd* entries, int count) {
   const int ready = ::poll(entries, nfds_t(count), int(qBound(0.0, seconds, 1e6) * 1000) + 1);
   return ready < 0 && errno == EINTR ? 0 : ready;
@@ -47,7 +47,7 @@ bool ignoreBrokenPipes(QString& error) {
     action.sa_handler = SIG_IGN;
     if (sigaction(SIGPIPE, &action, nullptr) == 0) return true;
   }
-  error = QStringLiteral("Cannot ignore broken pipes: %1.").arg(systemError());
+  error = QStringLiteral("Cannot ignore the signal SIGPIPE: %1.").arg(systemError());
   return false;
 }
 
@@ -57,9 +57,9 @@ Descriptor openFifo(const QString& name, int access, int& code, QString& error) 
   code = fifo.isOpen() ? 0 : errno;
   struct stat info;
   if (!fifo.isOpen()) {
-    error = QStringLiteral("Cannot open the FIFO '%1': %2.").arg(name, systemReason(code));
+    error = QStringLiteral("Cannot open the FIFO \"%1\": %2.").arg(name, systemReason(code));
   } else if (fstat(fifo.fd(), &info) != 0 || !S_ISFIFO(info.st_mode)) {
-    error = QStringLiteral("'%1' is not a FIFO; remove it and make one with mkfifo.").arg(name);
+    error = QStringLiteral("The file \"%1\" is not a FIFO; remove it and make one with mkfifo.").arg(name);
     fifo.reset();
   }
   return fifo;
@@ -72,8 +72,8 @@ Descriptor openFifoForWriting(const QString& name, const Deadline& deadline, QSt
     Descriptor fifo = openFifo(name, O_WRONLY, code, error);
     if (fifo.isOpen() || (code != ENXIO && code != ENOENT && code != EINTR)) return fifo;
     if (deadline.isOver()) {
-      error = (code == ENOENT ? QStringLiteral("There is no FIFO '%1'; make it with mkfifo and start the simulation.")
-                              : QStringLiteral("Nobody reads the FIFO '%1'; start the simulation first."))
+      error = (code == ENOENT ? QStringLiteral("There is no FIFO \"%1\"; make it with mkfifo and start the simulation.")
+                              : QStringLiteral("No program reads the FIFO \"%1\"; start the simulation first."))
                   .arg(name);
       return fifo;
     }
@@ -103,7 +103,7 @@ bool connectWithin(const Deadline& deadline, const QString& place, Attempt attem
     if (code == 0) return true;
     const bool mayCome = code == ECONNREFUSED || code == ENOENT || code == EAGAIN;
     if (!mayCome || deadline.isOver()) {
-      error = QStringLiteral("Cannot connect to '%1': %2.").arg(place, systemReason(code));
+      error = QStringLiteral("Cannot connect to \"%1\": %2.").arg(place, systemReason(code));
       return false;
     }
     sleepMilliseconds(50);
@@ -116,7 +116,7 @@ Descriptor connectUnix(const ServerAddress& address, const Deadline& deadline, Q
   name.sun_family = AF_UNIX;
   const QByteArray file = address.place.toLatin1();
   if (file.size() >= static_cast<int>(sizeof name.sun_path)) {
-    error = QStringLiteral("The socket name '%1' is too long.").arg(address.place);
+    error = QStringLiteral("The socket name \"%1\" is too long; use a shorter path.").arg(address.place);
     return connection;
   }
   std::memcpy(name.sun_path, file.constData(), file.size());
@@ -129,7 +129,7 @@ Descriptor connectUnix(const ServerAddress& address, const Deadline& deadline, Q
   return connection;
 }
 
-/// What the name service finds. It cannot be told to hurry, so it is asked by a thread that may be left behind.
+/// A lookup by the name service, which has no time limit: it runs in a thread that may be left behind.
 struct Lookup {
   std::mutex mutex;
   std::condition_variable ended;
@@ -158,9 +158,9 @@ std::shared_ptr<Lookup> lookUp(const ServerAddress& address, const Deadline& dea
   const bool inTime = lookup->ended.wait_for(lock, std::chrono::duration<double>(qMax(0.0, deadline.left())),
                                              [&] { return lookup->isOver; });
   if (inTime && lookup->status == 0) return lookup;
-  error = QStringLiteral("Cannot find the host '%1': %2.")
+  error = QStringLiteral("Cannot find the host \"%1\": %2.")
               .arg(address.place, inTime ? QString::fromLatin1(gai_strerror(lookup->status))
-                                         : QStringLiteral("the name service does not answer"));
+                                         : QStringLiteral("the name service does not respond"));
   return nullptr;
 }
 
@@ -206,7 +206,8 @@ bool parseServerAddress(const QString& text, ServerAddress& address, QString& er
     good = false;
   }
   if (!good)
-    error = QStringLiteral("'%1' is not a server address: must be fifo:DIR, tcp:HOST:PORT or unix:PATH.").arg(text);
+    error =
+        QStringLiteral("\"%1\" is not a server address; it must be fifo:DIR, tcp:HOST:PORT or unix:PATH.").arg(text);
   return good;
 }
 
@@ -225,7 +226,7 @@ std::unique_ptr<RemoteBitbang> RemoteBitbang::connect(const ServerAddress& addre
                                                 : connectTcp(address, deadline, error);
     if (!write.isOpen()) return nullptr;
   }
-  error.clear();  // Of attempts before.
+  error.clear();  // Of earlier attempts.
   return std::unique_ptr<RemoteBitbang>(new RemoteBitbang(std::move(write), std::move(read), address.place));
 }
 
@@ -255,7 +256,7 @@ bool RemoteBitbang::run(const QByteArray& tms, const QByteArray& tdi, QByteArray
     kept_ += static_cast<char>(pins + 4);
   }
   if (tdo) {
-    answersAwaited_ += tms.size();
+    repliesDue_ += tms.size();
     return exchange(tdo, error);
   }
   return kept_.size() < kKeepAtMost || exchange(nullptr, error);
@@ -268,20 +269,20 @@ bool RemoteBitbang::flush(QString& error) {
 bool RemoteBitbang::exchange(QByteArray* tdo, QString& error) {
   if (broken_) return fail(QStringLiteral("the connection is closed"), error);
   int sent = 0;
-  const int answers = answersAwaited_;
+  const int replies = repliesDue_;
   double quiet = 0;
   for (;;) {
     const bool sending = sent < kept_.size();
-    if (!sending && answersAwaited_ == 0) break;
+    if (!sending && repliesDue_ == 0) break;
     const double left = deadline_ ? qMin(patience_, deadline_->left()) : patience_;
     if (left <= 0) {
-      return failStanding(sending ? QStringLiteral("it took %1 of %2 commands").arg(sent).arg(kept_.size())
-                                  : QStringLiteral("%1 of %2 answers came").arg(answers - answersAwaited_).arg(answers),
-                          quiet, error);
+      return failStalled(sending ? QStringLiteral("it accepted %1 of %2 commands").arg(sent).arg(kept_.size())
+                                 : QStringLiteral("%1 of %2 replies came").arg(replies - repliesDue_).arg(replies),
+                         quiet, error);
     }
-    // What is not waited for stays out of it: a hang-up there would end each wait at once.
+    // A descriptor that is not waited for is left out: a hang-up there would end each wait at once.
     pollfd entries[2] = {{write_.fd(), static_cast<short>(sending ? POLLOUT : 0), 0},
-                         {answersAwaited_ == 0 ? -1 : readFd(), POLLIN, 0}};
+                         {repliesDue_ == 0 ? -1 : readFd(), POLLIN, 0}};
     const Deadline::Clock::time_point before = Deadline::Clock::now();
     if (pollFor(left, entries, 2) < 0) return fail(systemError(), error);
     const double waited = std::chrono::duration<double>(Deadline::Clock::now() - before).count();
@@ -296,12 +297,12 @@ bool RemoteBitbang::exchange(QByteArray* tdo, QString& error) {
     if (sending && entries[0].revents) {
       const ssize_t count = ::write(write_.fd(), kept_.constData() + sent, kept_.size() - sent);
       if (count < 0 && errno != EAGAIN && errno != EINTR)
-        return fail(QStringLiteral("it has gone: ") + systemError(), error);
+        return fail(QStringLiteral("it closed the connection: ") + systemError(), error);
       sent += qMax(0, static_cast<int>(count));
       moved += qMax(0, static_cast<int>(count));
     }
     if (moved == 0 && (entries[0].revents & (POLLERR | POLLHUP | POLLNVAL)))
-      return fail(QStringLiteral("it has gone"), error);
+      return fail(QStringLiteral("it closed the connection"), error);
     if (moved > 0) quiet = 0;
     patience_ = qMin(silenceSeconds_, patience_ + double(moved) * silenceSeconds_ / kFewestBytes);
   }
@@ -311,42 +312,43 @@ bool RemoteBitbang::exchange(QByteArray* tdo, QString& error) {
 
 int RemoteBitbang::receive(bool hangUp, QByteArray* tdo, QString& error) {
   char buffer[4096];
-  const ssize_t count = ::read(readFd(), buffer, qMin<int>(sizeof buffer, answersAwaited_));
+  const ssize_t count = ::read(readFd(), buffer, qMin<int>(sizeof buffer, repliesDue_));
   if (count < 0 && (errno == EAGAIN || errno == EINTR)) return 0;
-  // A FIFO that its writer has yet to open reads as ended too, but without a hang-up.
+  // A FIFO that its writer has not opened yet reads as ended, too, but without a hang-up.
   if (count == 0 && !isSocket() && !hangUp) return 0;
   if (count <= 0) {
     const QString reason = count < 0 ? QStringLiteral(": ") + systemError() : QString();
-    fail(QStringLiteral("it closed the connection with %1 answers due%2").arg(QString::number(answersAwaited_), reason),
+    fail(QStringLiteral("it closed the connection with %1 replies outstanding%2")
+             .arg(QString::number(repliesDue_), reason),
          error);
     return -1;
   }
   for (ssize_t i = 0; i < count; ++i) {
     if (buffer[i] != '0' && buffer[i] != '1') {
       const int code = static_cast<unsigned char>(buffer[i]);
-      fail(QStringLiteral("it answered the byte 0x%1 instead of '0' or '1'; is it a remote-bitbang server?")
+      fail(QStringLiteral("it replied with the byte 0x%1 instead of \"0\" or \"1\"; is it a remote-bitbang server?")
                .arg(code, 2, 16, QLatin1Char('0')),
            error);
       return -1;
     }
     if (tdo) *tdo += static_cast<char>(buffer[i] - '0');
   }
-  answersAwaited_ -= static_cast<int>(count);
+  repliesDue_ -= static_cast<int>(count);
   return static_cast<int>(count);
 }
 
-bool RemoteBitbang::failStanding(const QString& progress, double quiet, QString& error) {
+bool RemoteBitbang::failStalled(const QString& progress, double quiet, QString& error) {
   const QString why =
-      patience_ > 0 ? QStringLiteral("it is not done after the %1 s that it had").arg(timeLimit_)
+      patience_ > 0 ? QStringLiteral("it was not done within its %1 s").arg(timeLimit_)
       : quiet >= silenceSeconds_
-          ? QStringLiteral("it has not moved a byte for %1 s").arg(silenceSeconds_)
-          : QStringLiteral("it moves fewer than %1 bytes in %2 s").arg(kFewestBytes).arg(silenceSeconds_);
+          ? QStringLiteral("it has transferred no byte for %1 s").arg(silenceSeconds_)
+          : QStringLiteral("it transfers fewer than %1 bytes in %2 s").arg(kFewestBytes).arg(silenceSeconds_);
   return fail(QStringLiteral("%1 (%2); is the simulation stopped?").arg(why, progress), error);
 }
 
 bool RemoteBitbang::fail(const QString& text, QString& error) {
   broken_ = true;
-  error = QStringLiteral("The JTAG server at '%1' failed: %2").arg(place_, text);
+  error = QStringLiteral("The JTAG server at \"%1\" failed: %2").arg(place_, text);
   if (!error.endsWith(QLatin1Char('?'))) error += QLatin1Char('.');
   return false;
 }

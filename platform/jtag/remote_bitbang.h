@@ -1,4 +1,4 @@
-// The client of a remote-bitbang server: a simulator's test bench over two FIFOs, or an adapter's server on a socket.
+// Client of a remote-bitbang server: a simulator's test bench over two FIFOs, or an adapter's server on a socket.
 #pragma once
 
 #include <chrono>
@@ -20,7 +20,7 @@ struct ServerAddress {
 /// False with a text that names the accepted forms.
 bool parseServerAddress(const QString& text, ServerAddress& address, QString& error);
 
-/// A moment by which something must be over.
+/// A point in time by which something must be finished.
 class Deadline {
  public:
   using Clock = std::chrono::steady_clock;
@@ -35,15 +35,15 @@ class Deadline {
 
 class RemoteBitbang : public JtagPort {
  public:
-  /// Waits up to `connectSeconds` for the server to be there, and for the name service to find it. Null with the reason
-  /// in `error`. Writing to a server that has gone must fail, not kill the process, so SIGPIPE is ignored from here on.
+  /// Waits up to `connectSeconds` for the server to start, and for the name service to find it. Null with the reason in
+  /// `error`. Writing to a server that has ended must fail, not kill the process, so SIGPIPE is ignored from here on.
   static std::unique_ptr<RemoteBitbang> connect(const ServerAddress& address, double connectSeconds, QString& error);
-  /// Says good-bye ("Q") when the server is still there; takes a second at most.
+  /// Sends the end of the connection ("Q") if the server still exists; takes a second at most.
   ~RemoteBitbang() override;
 
-  /// A server that moves no byte for this long, or fewer than kFewestBytes in it for long, is taken as gone.
+  /// A server that transfers no byte for this long, or persistently fewer than kFewestBytes in it, is given up.
   void setSilenceLimit(double seconds) { silenceSeconds_ = patience_ = seconds; }
-  /// From now on an exchange fails when it is still under way in `seconds` from now. None is set at first.
+  /// An exchange that is still under way `seconds` from now fails. At first there is no limit.
   void setTimeLimit(double seconds);
   void liftTimeLimit() { deadline_.reset(); }
 
@@ -56,25 +56,25 @@ class RemoteBitbang : public JtagPort {
   RemoteBitbang(Descriptor write, Descriptor read, const QString& place);
   bool isSocket() const { return !read_.isOpen(); }
   int readFd() const { return isSocket() ? write_.fd() : read_.fd(); }
-  /// Sends everything kept while it collects the answers awaited into `tdo`.
+  /// Sends everything kept while it collects the outstanding replies into `tdo`.
   bool exchange(QByteArray* tdo, QString& error);
-  /// Takes what answers are there, without waiting. -1 when the server is of no more use. `hangUp`: the other end is
-  /// closed, behind what is still there.
+  /// Takes the replies that have arrived, without waiting. -1 when the server is of no more use. `hangUp`: the other
+  /// end is closed; data may still precede that.
   int receive(bool hangUp, QByteArray* tdo, QString& error);
-  /// `progress`: how far the exchange came; `quiet`: seconds since a byte moved.
-  bool failStanding(const QString& progress, double quiet, QString& error);
+  /// `progress`: how far the exchange got; `quiet`: seconds since a byte was transferred.
+  bool failStalled(const QString& progress, double quiet, QString& error);
   bool fail(const QString& text, QString& error);
 
   Descriptor write_;
-  Descriptor read_;  ///< Not open for a socket, which is read where it is written.
+  Descriptor read_;  ///< Not open for a socket, which is read and written through `write_`.
   QString place_;
   double silenceSeconds_ = 30;
-  double patience_ = 30;  ///< Seconds left to the server. Waiting uses them up, bytes bring them back.
+  double patience_ = 30;  ///< Seconds left to the server: waiting uses them up, transferred bytes restore them.
   std::unique_ptr<Deadline> deadline_;
   double timeLimit_ = 0;  ///< What the deadline was set to, for its text.
   bool broken_ = false;
   QByteArray kept_;  ///< Commands not sent yet.
-  int answersAwaited_ = 0;
+  int repliesDue_ = 0;
 };
 
 }  // namespace ost

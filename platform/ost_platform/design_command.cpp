@@ -87,12 +87,14 @@ int runInfo(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
   if (objc != 2) return failUsage(interp, QString::fromLatin1("wrong # args"), "info");
   const std::shared_ptr<const Design> design = DesignSession::instance().design();
   if (!design) return failWithoutDesign(interp);
-  TclList list, files, roles;
+  TclList list, files, roles, boxes, notes;
   const auto add = [&list](const char* name, Tcl_Obj* value) {
     list.add(name);
     list.add(value);
   };
   for (const QString& file : design->dependencies()) files.add(tclFromText(file));
+  for (const QString& module : design->blackBoxes()) boxes.add(tclFromText(module));
+  for (const QString& note : design->notes()) notes.add(tclFromText(note));
   const DesignRoles& found = design->roles();
   const struct {
     bool held;
@@ -109,6 +111,8 @@ int runInfo(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
   add("nets", Tcl_NewWideIntObj(design->netCount()));
   add("bits", Tcl_NewWideIntObj(design->netBitCount()));
   add("roles", roles);
+  add("blackboxes", boxes);
+  add("notes", notes);
   add("yosys", tclFromText(yosysVersion(noYosys)));
   Tcl_SetObjResult(interp, list);
   return TCL_OK;

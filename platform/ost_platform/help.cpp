@@ -1,4 +1,5 @@
 // The help texts of `ost_design`.
+#include "platform/design/read_options.h"
 #include "platform/ost_platform/design_command.h"
 
 namespace ost {
@@ -6,7 +7,7 @@ namespace {
 
 struct HelpEntry {
   const char* subCommand;
-  const char* usage;
+  const char* usage;  ///< Null: made of readOptions().
   const char* text;
 };
 
@@ -14,7 +15,8 @@ const HelpEntry kHelp[] = {
     {"close", "ost_design close", "Forgets the loaded design."},
     {"help", "ost_design help ?SUBCOMMAND?", "Shows this help, or that of one sub-command."},
     {"info", "ost_design info",
-     "Returns what is loaded as names and values: top, files, modules, instances, nets, bits, roles, yosys."},
+     "Returns what is loaded as names and values: top, files, modules, instances, nets, bits, roles,\n"
+     "blackboxes, notes, yosys."},
     {"nets", "ost_design nets ?-glob PATTERN? ?-regexp PATTERN?",
      "Returns a list of {name width}, one for each net of each instance. Names that do not fit the patterns are left\n"
      "out: -glob as in \"string match\", -regexp as in \"regexp\"."},
@@ -22,20 +24,27 @@ const HelpEntry kHelp[] = {
      "Returns 1 when an insertion is followed by a proof that the design still does the same, else 0; with a word, "
      "sets\n"
      "it first. The environment variable OST_PROVE sets it at the start."},
-    {"read",
-     "ost_design read ?-top NAME? ?-incdir DIR? ?-define NAME?=VALUE?? ?-f FILELIST? ?-blackbox MODULE? ?-timeout "
-     "SECONDS? ?-memory MEGABYTES? ?--? FILE ...",
-     "Reads a design and returns the name of its top module. A FILE is Verilog, SystemVerilog (.sv) or one Yosys JSON\n"
-     "netlist (.json). On failure the design before stays.\n"
-     "  -top NAME            the top module; without it Yosys looks for one\n"
-     "  -incdir DIR          a folder of include files (may be repeated)\n"
-     "  -define NAME?=VALUE? a macro (may be repeated)\n"
-     "  -f FILELIST          a list of files, +incdir+DIR, +define+NAME=VALUE and -f LIST (may be repeated)\n"
-     "  -blackbox MODULE     a module that is used but not looked into (may be repeated)\n"
-     "  -timeout SECONDS     how long Yosys may take, 1 to 86400; 600 at first\n"
-     "  -memory MEGABYTES    how much memory Yosys may take, 64 to 1048576; 8192 at first\n"
-     "  --                   what follows are files"},
+    {"read", nullptr,
+     "Reads a design and returns the name of its top module. A FILE is Verilog, SystemVerilog (.sv), VHDL (.vhd,\n"
+     ".vhdl) or one Yosys JSON netlist (.json). On failure the design before stays."},
 };
+
+std::string readUsage() {
+  std::string usage = "ost_design read";
+  for (const ReadOption& option : readOptions()) usage += std::string(" ?") + option.name + ' ' + option.value + '?';
+  return usage + " ?--? FILE ...";
+}
+
+std::string readTable() {
+  std::string table;
+  const auto add = [&table](const std::string& words, const char* help) {
+    constexpr size_t kColumn = 22;
+    table += "\n  " + words + std::string(words.size() < kColumn ? kColumn - words.size() : 1, ' ') + help;
+  };
+  for (const ReadOption& option : readOptions()) add(std::string(option.name) + ' ' + option.value, option.help);
+  add("--", "what follows are files");
+  return table;
+}
 
 }  // namespace
 
@@ -44,7 +53,8 @@ std::string designHelp(const std::string& subCommand) {
   for (const HelpEntry& entry : kHelp) {
     if (!subCommand.empty() && subCommand != entry.subCommand) continue;
     if (!help.empty()) help += "\n\n";
-    help += std::string("usage: ") + entry.usage + '\n' + entry.text;
+    help += "usage: " + (entry.usage ? entry.usage : readUsage()) + '\n' + entry.text;
+    if (!entry.usage) help += readTable();
   }
   return help;
 }

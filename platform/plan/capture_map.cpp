@@ -56,11 +56,16 @@ class MapWriter {
       writer_.Int(bit.bit);
     });
   }
-  void bits(const char* name, const QVector<NetBit>& list) {
+  /// A list of what `write` writes for each entry.
+  template <typename Entry, typename Write>
+  void list(const char* name, const QVector<Entry>& entries, const Write& write) {
     key(name);
     writer_.StartArray();
-    for (const NetBit& entry : list) bit(entry);
+    for (const Entry& entry : entries) write(entry);
     writer_.EndArray();
+  }
+  void bits(const char* name, const QVector<NetBit>& entries) {
+    list(name, entries, [this](const NetBit& entry) { bit(entry); });
   }
   /// Pairs of name and value, most significant bit first; nothing without names.
   void valueNames(const EnumNames& names);
@@ -80,15 +85,12 @@ QByteArray reversed(QByteArray digits) {
 
 void MapWriter::valueNames(const EnumNames& names) {
   if (names.isEmpty()) return;
-  key("names");
-  writer_.StartArray();
-  for (const EnumName& entry : names) {
+  list("names", names, [this](const EnumName& entry) {
     line([&] {
       bytes(entry.name.toLatin1());
       bytes(reversed(entry.bits));
     });
-  }
-  writer_.EndArray();
+  });
 }
 
 bool namesValues(const InsertPlan& plan) {
@@ -137,16 +139,13 @@ void MapWriter::expression(const PlanExpression& expression) {
   number("maxSequenceDepth", expression.maxSequenceDepth);
   number("maxEventCount", expression.maxEventCount);
   numbers("units", expression.units);
-  key("steps");
-  writer_.StartArray();
-  for (const PlanStep& step : expression.steps) {
+  list("steps", expression.steps, [this](const PlanStep& step) {
     writer_.StartObject();
     key("truthTable");
     bytes(step.truthTable);
     number("count", step.count);
     writer_.EndObject();
-  }
-  writer_.EndArray();
+  });
   writer_.EndObject();
 }
 
@@ -180,25 +179,16 @@ void MapWriter::core(const PlanCore& core) {
     writer_.EndObject();
   }
   bits("probeBits", core.probeBits);
-  key("probes");
-  writer_.StartArray();
-  for (const PlanProbe& probe : core.probes) {
+  list("probes", core.probes, [this](const PlanProbe& probe) {
     writer_.StartObject();
     text("name", probe.name);
     numbers("positions", probe.positions);
     valueNames(probe.names);
     writer_.EndObject();
-  }
-  writer_.EndArray();
+  });
   bits("triggerBits", core.triggerBits);
-  key("units");
-  writer_.StartArray();
-  for (const PlanUnit& entry : core.units) unit(entry);
-  writer_.EndArray();
-  key("expressions");
-  writer_.StartArray();
-  for (const PlanExpression& entry : core.expressions) expression(entry);
-  writer_.EndArray();
+  list("units", core.units, [this](const PlanUnit& entry) { unit(entry); });
+  list("expressions", core.expressions, [this](const PlanExpression& entry) { expression(entry); });
   writer_.EndObject();
 }
 
@@ -217,10 +207,7 @@ QByteArray MapWriter::write(const InsertPlan& plan) {
   text("tdi", plan.pins.tdi);
   text("tdo", plan.pins.tdo);
   writer_.EndObject();
-  key("cores");
-  writer_.StartArray();
-  for (const PlanCore& entry : plan.cores) core(entry);
-  writer_.EndArray();
+  list("cores", plan.cores, [this](const PlanCore& entry) { core(entry); });
   writer_.EndObject();
   return QByteArray(buffer_.GetString(), int(buffer_.GetSize())) + '\n';
 }

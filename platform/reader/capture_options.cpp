@@ -7,14 +7,14 @@ namespace ost {
 namespace {
 
 bool wrongValue(const QString& option, const QString& value, const char* must, QString& error) {
-  error = QStringLiteral("Bad value '%1' for '%2': must be %3.").arg(value, option, QLatin1String(must));
+  error = QStringLiteral("Bad value \"%1\" for \"%2\"; it must be %3.").arg(value, option, QLatin1String(must));
   return false;
 }
 
 bool parseCount(const QString& option, const QString& value, int& count, QString& error) {
   bool isNumber = false;
   count = value.toInt(&isNumber);
-  return (isNumber && count >= 1) || wrongValue(option, value, "a number from 1 on", error);
+  return (isNumber && count >= 1) || wrongValue(option, value, "a number of at least 1", error);
 }
 
 bool parseInstruction(const QString& option, const QString& value, UserInstruction& instruction, QString& error) {
@@ -33,7 +33,7 @@ bool parseSeconds(const QString& option, const QString& value, double& seconds, 
   return (isNumber && seconds > 0 && seconds <= 1e6) || wrongValue(option, value, "a number of seconds above 0", error);
 }
 
-/// What an option does with the word behind it, which is empty for a flag. False with `error`.
+/// What an option does with the word after it, which is empty for a flag. False with `error`.
 using Take = bool (*)(CaptureOptions& options, const QString& option, const QString& value, QString& error);
 
 struct Option {
@@ -72,28 +72,32 @@ bool keepTimeout(CaptureOptions& options, const QString& option, const QString& 
 
 /// All options in the order of the help; a row without a name is a heading.
 const Option kOptions[] = {
-    {"-map", "FILE", "capture map that was written with the instrumented design", keepText<&CaptureOptions::mapFile>},
-    {"-connect", "SERVER", "remote-bitbang server: fifo:DIR, tcp:HOST:PORT or unix:PATH", keepServer},
-    {"-core", "NAME", "the core, where the design has several", keepText<&CaptureOptions::core>},
+    {"-map", "FILE", "capture map that was written with the instrumented design; required",
+     keepText<&CaptureOptions::mapFile>},
+    {"-connect", "SERVER", "remote-bitbang server: fifo:DIR, tcp:HOST:PORT or unix:PATH; required", keepServer},
+    {"-core", "NAME", "the core; required when the design has several", keepText<&CaptureOptions::core>},
     {nullptr, nullptr, "Run:", nullptr},
-    {"-position", "N|N%", "samples before the trigger (default: half a window)", keepText<&CaptureOptions::position>},
-    {"-set", "UNIT=VALUE", "another value of a trigger unit, in its radix; repeatable", keepChange},
-    {"-op", "UNIT=OPERATOR", "another operator of a trigger unit; repeatable", keepChange},
-    {"-te", "NAME[,NAME...]", "the trigger expressions that take part (default: all)",
+    {"-position", "N|N%", "samples before the trigger, or their share of the window (default: half a window)",
+     keepText<&CaptureOptions::position>},
+    {"-set", "UNIT=VALUE", "another value of a trigger unit, in the unit's radix; repeatable", keepChange},
+    {"-op", "UNIT=OPERATOR", "another operator that the unit's hardware has; repeatable", keepChange},
+    {"-te", "NAME[,NAME...]", "the trigger expressions to enable (default: all)",
      keepText<&CaptureOptions::expressions>},
-    {"-count", "N", "events to the trigger (default: as built)", keepCount<&CaptureOptions::eventCount>},
+    {"-count", "N", "events up to and including the trigger (default: as built)",
+     keepCount<&CaptureOptions::eventCount>},
     {"-windows", "N", "windows to capture (default: as built)", keepCount<&CaptureOptions::windows>},
-    {"-timeout", "SECONDS", "how long to wait for the trigger (default: 10)", keepTimeout},
+    {"-timeout", "SECONDS", "how long to wait for the trigger after arming (default: 10)", keepTimeout},
     {nullptr, nullptr, "Output:", nullptr},
-    {"-vcd", "FILE", "waves for a viewer", keepText<&CaptureOptions::vcdFile>},
-    {"-csv", "FILE", "a line for each sample", keepText<&CaptureOptions::csvFile>},
+    {"-vcd", "FILE", "value change dump, for a waveform viewer", keepText<&CaptureOptions::vcdFile>},
+    {"-csv", "FILE", "comma-separated values, one line for each sample", keepText<&CaptureOptions::csvFile>},
     {"-wave", nullptr, "a small waveform on the terminal (default without -vcd and -csv)",
      raise<&CaptureOptions::wave>},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
-    {"-status", nullptr, "where each core stands", raise<&CaptureOptions::status>},
-    {"-info", nullptr, "what the hardware says of itself", raise<&CaptureOptions::info>},
-    {nullptr, nullptr, "The way to the hub:", nullptr},
-    {"-ir", "WIDTH:CODE", "instruction that selects the debug hub (default: 4:2)", keepInstruction},
+    {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
+    {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
+    {nullptr, nullptr, "JTAG chain:", nullptr},
+    {"-ir", "WIDTH:CODE", "instruction that selects the debug hub; for a device's own JTAG primitive (default: 4:2)",
+     keepInstruction},
 };
 
 const Option* findOption(const QString& word) {
@@ -110,21 +114,22 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
     if (word == QLatin1String("-help") || word == QLatin1String("--help")) return options.help = true;
     const Option* option = findOption(word);
     if (!option) {
-      error = QStringLiteral("Unknown word '%1'; 'ost_capture -help' lists the options.").arg(word);
+      error = QStringLiteral("There is no option \"%1\"; \"ost_capture -help\" lists the options.").arg(word);
       return false;
     }
     if (option->value && ++i == words.size()) {
-      error = QStringLiteral("Missing value for '%1'; 'ost_capture -help' lists the options.").arg(word);
+      error = QStringLiteral("The value of \"%1\" is missing; \"ost_capture -help\" lists the options.").arg(word);
       return false;
     }
     if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
   }
   if (!options.vcdFile.isEmpty() && options.vcdFile == options.csvFile) {
-    error = QStringLiteral("'-vcd' and '-csv' name the same file, '%1': give each its own.").arg(options.vcdFile);
+    error =
+        QStringLiteral("The options -vcd and -csv name the same file \"%1\"; give each its own.").arg(options.vcdFile);
     return false;
   }
   if (options.mapFile.isEmpty() || !options.hasServer) {
-    error = QStringLiteral("'-map' and '-connect' are needed; 'ost_capture -help' tells what they mean.");
+    error = QStringLiteral("The options -map and -connect are required; \"ost_capture -help\" explains them.");
     return false;
   }
   return true;
@@ -138,8 +143,9 @@ int chooseCore(const InsertPlan& plan, const CaptureOptions& options, QString& e
   }
   if (options.core.isEmpty() && plan.cores.size() == 1) return 0;
   const QString all = names.join(QLatin1String(", "));
-  error = options.core.isEmpty() ? QStringLiteral("Several cores: choose one with '-core'; there are %1.").arg(all)
-                                 : QStringLiteral("There is no core '%1'; there are %2.").arg(options.core, all);
+  error = options.core.isEmpty()
+              ? QStringLiteral("The design has several cores; choose one of %1 with -core NAME.").arg(all)
+              : QStringLiteral("There is no core \"%1\"; choose one of %2.").arg(options.core, all);
   return -1;
 }
 
@@ -152,7 +158,7 @@ bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QStri
   for (const auto& [option, assignment] : options.changes) {
     const int equals = assignment.indexOf(QLatin1Char('='));
     if (equals <= 0) {
-      error = QStringLiteral("Bad value '%1' for '%2': must be UNIT=WORD.").arg(assignment, option);
+      error = QStringLiteral("Bad value \"%1\" for \"%2\"; it must be UNIT=WORD.").arg(assignment, option);
       return false;
     }
     const QString unit = assignment.left(equals);
@@ -183,7 +189,7 @@ QString captureUsage() {
     if (option.value) words += QLatin1Char(' ') + QLatin1String(option.value);
     text += QStringLiteral("  %1 %2\n").arg(words, -20).arg(QLatin1String(option.help));
   }
-  return text + QStringLiteral("Exit status: 0 done, 1 failed, 2 wrong use, 3 no trigger within the time.\n");
+  return text + QStringLiteral("Exit status: 0 done, 1 failed, 2 wrong command line, 3 no trigger in time.\n");
 }
 
 }  // namespace ost

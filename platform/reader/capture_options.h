@@ -12,7 +12,7 @@
 
 namespace ost {
 
-/// What was asked for. Texts and file names are byte text; empty ones were not given.
+/// The command line. Texts and file names are byte text; what was not given is empty.
 struct CaptureOptions {
   bool help = false;
   QString mapFile;
@@ -20,7 +20,7 @@ struct CaptureOptions {
   ServerAddress server;
   QString core;
   QString position;
-  QList<QPair<QString, QString>> changes;  ///< "-set" or "-op" and its assignment, in order.
+  QList<QPair<QString, QString>> changes;  ///< "-set" or "-op" and its assignment, in order of appearance.
   QString expressions;
   int eventCount = 0;  ///< 0: as built.
   int windows = 0;     ///< 0: as built.
@@ -36,10 +36,10 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
 /// `core` of the options, or the only one. -1 with the choices in `error`.
 int chooseCore(const InsertPlan& plan, const CaptureOptions& options, QString& error);
 
-/// The run-time settings that the options ask of a core.
+/// Changes the run-time settings of a core as the options say.
 bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QString& error);
 
-/// How the program is used, with every option.
+/// The help text, with every option.
 QString captureUsage();
 
 }  // namespace ost

@@ -1,4 +1,4 @@
-// The hub's commands in the order that docs/debug-core.md asks for.
+// The hub's commands in the order that docs/debug-core.md requires.
 #include "platform/reader/core_reader.h"
 
 #include <chrono>
@@ -13,8 +13,8 @@ constexpr quint32 kMagic = 0x52545350;
 constexpr int kContractVersion = 1;
 constexpr int kBlocksPerScan = 32;
 constexpr int kTableRowsPerFrame = 1024;
-/// Looks at a status before the sample clock counts as stopped, with the idle cycles between them doubling from 8 to
-/// 1024: about 5000 cycles of TCK in all, so a sample clock up to a thousand times slower than TCK is still seen.
+/// Status reads before the sample clock counts as stopped, with the idle cycles between them doubling from 8 to 1024:
+/// about 5000 cycles of TCK in all, so a sample clock up to a thousand times slower than TCK is still seen.
 constexpr int kLooks = 12;
 
 int idleCycles(int look) {
@@ -26,12 +26,12 @@ bool refuse(QString& error, const QString& text) {
   return false;
 }
 
-/// One row of the table of fields that must agree.
+/// One of the fields that must agree.
 bool agrees(const QString& coreName, const char* what, quint64 hardware, quint64 map, QString& error) {
   if (hardware == map) return true;
   return refuse(error,
-                QStringLiteral("The capture map does not fit the loaded design: %1%2 is %3 in the hardware and %4 "
-                               "in the map. Use the capture map that was written with this design.")
+                QStringLiteral("The capture map does not match the loaded design: %1%2 is %3 in the hardware and %4 "
+                               "in the map; use the capture map that was written with this design.")
                     .arg(QLatin1String(what), coreName.isEmpty() ? QString() : QStringLiteral(" of core ") + coreName,
                          QString::number(hardware), QString::number(map)));
 }
@@ -50,12 +50,12 @@ bool CoreReader::identify(QString& error) {
     if (!hub_.command(command, QByteArray(), kInfoBits, layout.statusBits, reply, error)) {
       return core > 0 || !hub_.isUnusable()
                  ? false
-                 : refuse(error, QStringLiteral("A JTAG TAP answers, but no debug core behind it does. Check that the "
+                 : refuse(error, QStringLiteral("A JTAG TAP responds, but no debug core behind it does; check that the "
                                                 "instrumented design is loaded and the line is undisturbed."));
     }
     if (reply.flags.refused)
       return refuse(error,
-                    QStringLiteral("The loaded design has no core number %1 ('%2'). Use the capture map that was "
+                    QStringLiteral("The loaded design has no core number %1 (\"%2\"); use the capture map that was "
                                    "written with this design.")
                         .arg(core)
                         .arg(planned.name));
@@ -67,7 +67,7 @@ bool CoreReader::identify(QString& error) {
     if (field(64, 127) != hash)
       return refuse(
           error, QStringLiteral("The loaded design was built from another project: its hash is %1, the capture map's "
-                                "%2. Use the capture map that was written with this design.")
+                                "%2; use the capture map that was written with this design.")
                      .arg(field(64, 127), 16, 16, QLatin1Char('0'))
                      .arg(hash, 16, 16, QLatin1Char('0')));
     const struct {
@@ -106,7 +106,7 @@ bool CoreReader::commandStatus(int core, HubReply& reply, QString& error) {
 bool CoreReader::status(int core, CoreStatus& status, QString& error) {
   HubReply reply;
   if (!commandStatus(core, reply, error)) return false;
-  // A request that was under way before may be answered by a look that is older than this call: so ask twice.
+  // A snapshot that was requested before this call may be older than the call, so a second one is requested.
   for (int round = 0; round < 2; ++round) {
     for (int look = 0; look < kLooks && !reply.flags.fresh; ++look) {
       HubCommand command;
@@ -134,9 +134,10 @@ bool CoreReader::stop(int core, QString& error) {
   for (int look = 0; look < kLooks && !reply.flags.ready; ++look)
     if (!hub_.idle(idleCycles(look), error) || !commandStatus(core, reply, error)) return false;
   if (reply.flags.ready) return true;
-  return refuse(error,
-                QStringLiteral("The core '%1' does not stop: its sample clock '%2' stands still. Start the clock.")
-                    .arg(nameOf(core), plan_.cores[core].sampleClock.name));
+  return refuse(
+      error,
+      QStringLiteral("The core \"%1\" does not stop because its sample clock \"%2\" is not running; start the clock.")
+          .arg(nameOf(core), plan_.cores[core].sampleClock.name));
 }
 
 bool CoreReader::loadOne(const HubCommand& command, const QByteArray& payload, int replyBits, QString& error) {
@@ -144,7 +145,10 @@ bool CoreReader::loadOne(const HubCommand& command, const QByteArray& payload, i
   const int statusBits = CoreLayout(plan_.cores[command.core]).statusBits;
   if (!hub_.command(command, payload, replyBits, statusBits, reply, error)) return false;
   if (!reply.flags.refused && reply.flags.configured) return true;
-  return refuse(error, QStringLiteral("The core '%1' refuses its configuration.").arg(nameOf(command.core)));
+  return refuse(
+      error,
+      QStringLiteral("The core \"%1\" refuses its configuration; stop whatever else uses this core and try again.")
+          .arg(nameOf(command.core)));
 }
 
 bool CoreReader::load(int core, const RunSettings& settings, QString& error) {
@@ -174,8 +178,8 @@ bool CoreReader::arm(int core, const RunSettings& settings, QString& error) {
   HubReply reply;
   const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
   if (!stop(core, error)) return false;
-  // A frame that breaks on the line leaves the core unconfigured while its sender may have taken a reply for granted,
-  // so a refused ARM is answered by loading once more.
+  // A frame that is damaged on the line leaves the core unconfigured, even after a good reply to an earlier copy, so
+  // the configuration is loaded again when ARM is refused.
   for (int attempt = 0; attempt < 3; ++attempt) {
     if (!load(core, settings, error) || !commandStatus(core, reply, error)) return false;
     HubCommand command;
@@ -184,11 +188,13 @@ bool CoreReader::arm(int core, const RunSettings& settings, QString& error) {
     command.tag = (parseStatus(plan_.cores[core], reply).tag + 1) & 0xFF;
     if (!hub_.command(command, QByteArray(), statusBits, statusBits, reply, error)) return false;
     if (!reply.flags.refused) return true;
-    // An ARM whose reply was lost was sent again and refused, because the run is on.
+    // An ARM whose reply was lost was sent again and refused because the run has started.
     if (!commandStatus(core, reply, error)) return false;
     if (reply.flags.armed && parseStatus(plan_.cores[core], reply).tag == command.tag) return true;
   }
-  return refuse(error, QStringLiteral("The core '%1' refuses to be armed.").arg(nameOf(core)));
+  return refuse(error,
+                QStringLiteral("The core \"%1\" refuses to be armed; stop whatever else uses this core and try again.")
+                    .arg(nameOf(core)));
 }
 
 WaitResult CoreReader::waitUntilDone(int core, const WaitLimit& limit, QString& error) {
@@ -235,7 +241,7 @@ bool CoreReader::readWords(int core, int tag, int count, BitTable& words, QStrin
     if (good == blocks) continue;
     if (good == 0 && readBlock(bits, 0, layout.statusBits, command, reply) && reply.flags.refused)
       return refuse(
-          error, QStringLiteral("The core '%1' has no capture of this run to read; arm it again.").arg(nameOf(core)));
+          error, QStringLiteral("The core \"%1\" has no capture of this run to read; arm it again.").arg(nameOf(core)));
     failures = good == 0 ? failures + 1 : 0;
     if (failures >= HubLink::kAttempts) return refuse(error, unusableLineText("a block of samples"));
     blocksWanted = qMax(1, good);
@@ -249,7 +255,9 @@ bool CoreReader::readOut(int core, const RunSettings& settings, Capture& capture
   if (!commandStatus(core, reply, error)) return false;
   const CoreStatus status = parseStatus(plan_.cores[core], reply);
   if (!status.flags.done)
-    return refuse(error, QStringLiteral("The core '%1' has not completed its capture.").arg(nameOf(core)));
+    return refuse(
+        error,
+        QStringLiteral("The core \"%1\" has not completed its capture; wait for it before reading.").arg(nameOf(core)));
   const PlanCore& planned = plan_.cores[core];
   const CoreLayout layout(planned);
   const int samples = planned.windowSamples, sampleBits = planned.sampleBits();
@@ -264,7 +272,7 @@ bool CoreReader::readOut(int core, const RunSettings& settings, Capture& capture
     const int base = window * samples;
     int oldest = planned.windows == 1 ? status.oldest : 0;
     if (planned.windows > 1) {
-      // The lap bit changes where the ring's newest sample meets its oldest.
+      // The lap bit changes where the ring's newest sample is followed by its oldest.
       while (oldest < samples && words.at(base + oldest, sampleBits) == words.at(base, sampleBits)) ++oldest;
       oldest %= samples;
     }

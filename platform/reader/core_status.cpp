@@ -7,7 +7,8 @@ namespace ost {
 namespace {
 
 QString clockStoppedText(const PlanCore& core) {
-  return QStringLiteral("The sample clock '%1' stands still (or is far slower than TCK).").arg(core.sampleClock.name);
+  return QStringLiteral("The sample clock \"%1\" is not running (or is far slower than TCK).")
+      .arg(core.sampleClock.name);
 }
 
 /// "TU1, TU2": the units that a step's truth table depends on.
@@ -24,9 +25,9 @@ QString unitsOfStep(const PlanCore& core, const PlanExpression& expression, int 
 
 QString stepText(const PlanCore& core, const PlanExpression& expression, int step) {
   const int count = step < expression.steps.size() ? expression.steps[step].count : 1;
-  return QStringLiteral("Expression '%1' (%2) waits in step %3 of %4%5; it depends on %6.")
+  return QStringLiteral("Expression \"%1\" (%2) waits in step %3 of %4%5; it depends on %6.")
       .arg(expression.name, expression.text, QString::number(step + 1), QString::number(expression.steps.size()),
-           count > 1 ? QStringLiteral(", to be met %1 times").arg(count) : QString(),
+           count > 1 ? QStringLiteral(", which must hold %1 times").arg(count) : QString(),
            unitsOfStep(core, expression, step));
 }
 
@@ -65,21 +66,22 @@ QStringList explainWaiting(const RunSettings& settings, const CoreStatus& status
   if (!status.running) return lines << QStringLiteral("The core has just been armed.");
   if (!status.sampled)
     return lines << (core.hasSampleEnable
-                         ? QStringLiteral("No sample since arming: the sample enable '%1' is inactive (active %2).")
+                         ? QStringLiteral("No sample since arming: the sample enable \"%1\" is inactive (active %2).")
                                .arg(core.sampleEnable.name,
                                     core.sampleEnableActiveLow ? QStringLiteral("low") : QStringLiteral("high"))
                          : QStringLiteral("No sample since arming."));
-  if (status.triggered) return lines << QStringLiteral("The trigger came; the samples after it are being stored.");
+  if (status.triggered)
+    return lines << QStringLiteral("The trigger has occurred; the samples after it are being stored.");
   if (!status.searching)
     return lines << QStringLiteral("The %1 samples before the trigger are not stored yet.").arg(settings.position());
   if (core.hasTriggerEnable && !status.triggerEnabled)
     lines +=
-        QStringLiteral("The trigger enable '%1' is inactive (active %2).")
+        QStringLiteral("The trigger enable \"%1\" is inactive (active %2).")
             .arg(core.triggerEnable.name, core.triggerEnableActiveLow ? QStringLiteral("low") : QStringLiteral("high"));
   for (int i = 0; i < core.expressions.size(); ++i)
     if (settings.isEnabled(i)) lines += stepText(core, core.expressions[i], status.steps[i]);
   if (settings.eventCount() > 1)
-    lines += QStringLiteral("%1 of %2 events are counted.").arg(status.events).arg(settings.eventCount());
+    lines += QStringLiteral("%1 of %2 events have been counted.").arg(status.events).arg(settings.eventCount());
   return lines;
 }
 

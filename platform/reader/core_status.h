@@ -21,10 +21,10 @@ struct CoreStatus {
 
 CoreStatus parseStatus(const PlanCore& core, const HubReply& reply);
 
-/// Why the run goes no further, one line each, with the names of the plan.
+/// Why the run makes no progress, a line for each reason, with the names of the plan.
 QStringList explainWaiting(const RunSettings& settings, const CoreStatus& status);
 
-/// One line about the core's state, for listings.
+/// The core's state in one line, for listings.
 QString statusSummary(const PlanCore& core, const CoreStatus& status);
 
 }  // namespace ost

@@ -34,10 +34,10 @@ struct HubReply {
 
 /// `count` bits of `value`, least significant first.
 QByteArray numberBits(quint64 value, int count);
-/// The number that `count` (at most 64) bits from `first` on spell, least significant first.
+/// The number in `count` (at most 64) bits from `first` on, least significant first.
 quint64 bitsNumber(const QByteArray& bits, int first, int count);
 
-/// The check register over `bits`, started with `seed`.
+/// The CRC register after `bits`, starting from `seed`.
 quint32 frameCrc(const QByteArray& bits, quint32 seed = 0xFFFFFFFFu);
 
 /// The write scan of a command: start bit, command, CRC prefix, payload.

@@ -4,7 +4,7 @@
 namespace ost {
 
 QString unusableLineText(const char* what) {
-  return QStringLiteral("The JTAG line is too disturbed: %1 failed %2 times. Lower the TCK rate or shorten the cable.")
+  return QStringLiteral("The JTAG line is too noisy: %1 failed %2 times; lower the TCK rate or shorten the cable.")
       .arg(QLatin1String(what))
       .arg(HubLink::kAttempts);
 }
@@ -18,7 +18,7 @@ bool HubLink::open(QString& error) {
     ++retries_;
   }
   error = QStringLiteral(
-      "No JTAG TAP answers. Check that the target is powered, that TCK, TMS, TDI and TDO are connected and that the "
+      "No JTAG TAP responds; check that the target is powered, that TCK, TMS, TDI and TDO are connected and that the "
       "instrumented design is loaded.");
   return false;
 }
@@ -45,7 +45,7 @@ bool HubLink::command(const HubCommand& command, const QByteArray& payload, int 
     QByteArray bits;
     if (!send(command, payload, error) || !scanReply(kBlockOverhead + qMax(payloadBits, refusalBits), bits, error))
       return false;
-    // The payload is as long as what was asked for or, of a refusal only, as that one's.
+    // The payload has the length of the reply or, only when the command was refused, that of a refusal.
     if (readBlock(bits, 0, payloadBits, command, reply) && (!reply.flags.refused || payloadBits == refusalBits))
       return true;
     if (readBlock(bits, 0, refusalBits, command, reply) && reply.flags.refused) return true;

@@ -1,4 +1,4 @@
-// Commands and replies of the debug hub over a TAP, repeated until the reply is right.
+// Commands and replies of the debug hub over a TAP, repeated until the reply is correct.
 #pragma once
 
 #include "platform/reader/hub_frame.h"
@@ -16,16 +16,16 @@ class HubLink {
  public:
   explicit HubLink(JtagPort& port, UserInstruction instruction = {}) : tap_(port), instruction_(instruction) {}
 
-  /// Resets the TAP and selects the hub. False when no TAP answers.
+  /// Resets the TAP and selects the hub. False when no TAP responds.
   bool open(QString& error);
 
-  /// Sends a command and reads its reply, as often as needed but kAttempts times at most. A refusal is a reply like any
-  /// other, but its payload may be shorter or longer: `refusalBits`.
+  /// Sends a command and reads its reply, repeating both on errors, kAttempts times at most. A refusal is a reply like
+  /// any other, but its payload has `refusalBits` bits.
   bool command(const HubCommand& command, const QByteArray& payload, int payloadBits, int refusalBits, HubReply& reply,
                QString& error);
-  /// Reads the reply of `last` again, which was answered before; sends the command again only when that fails.
+  /// Reads the reply to `last` once more; sends the command again only when that fails.
   bool look(const HubCommand& last, int payloadBits, HubReply& reply, QString& error);
-  /// Sends `command` once and does not ask for the reply. For commands that must not be repeated blindly.
+  /// Sends `command` once without reading the reply. For commands that must not be repeated blindly.
   bool send(const HubCommand& command, const QByteArray& payload, QString& error);
   /// Reads `bits` bits of the reply's blocks in one scan.
   bool scanReply(int bits, QByteArray& reply, QString& error);
@@ -35,11 +35,11 @@ class HubLink {
 
   int retries() const { return retries_; }
   void countRetry() { ++retries_; }
-  /// Whether a command was given up because no attempt had a right reply, while the port itself works.
+  /// Whether a command was given up because no attempt got a correct reply, while the port itself works.
   bool isUnusable() const { return unusable_; }
   qint64 cycles() const { return tap_.cycles(); }
 
-  static constexpr int kAttempts = 24;  ///< Of one command before the line is taken as unusable.
+  static constexpr int kAttempts = 24;  ///< Of one command before the line counts as unusable.
 
  private:
   TapDriver tap_;

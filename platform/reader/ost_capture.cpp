@@ -22,7 +22,7 @@ namespace {
 
 enum ExitStatus { kDone = 0, kFailed = 1, kWrongUse = 2, kNoTrigger = 3 };
 
-/// What a wait may take beyond its time, for the exchange under way, the reasons and the stop: as long again, or this.
+/// How long finding the reasons and stopping the core may take after the wait: as long as the wait, or this if longer.
 constexpr double kLeastGraceSeconds = 2;
 
 int fail(const QString& text, ExitStatus status = kFailed) {
@@ -30,15 +30,15 @@ int fail(const QString& text, ExitStatus status = kFailed) {
   return status;
 }
 
-/// Prints what was asked for; the exit status.
+/// Prints to standard output; the exit status.
 int print(const QString& text) {
   const QByteArray bytes = text.toLatin1();
   if (writeAll(STDOUT_FILENO, bytes.constData(), bytes.size())) return kDone;
   return fail(QStringLiteral("Cannot write to the standard output: %1.").arg(systemReason(errno)));
 }
 
-/// Standard descriptors that the caller has closed are taken by what cannot be written, so that no file or connection
-/// gets their numbers, and what is meant for a reader. A write that fails is told, and kills nobody.
+/// Opens /dev/null read-only for standard descriptors that the caller has closed, so that no file or connection gets
+/// their numbers and the text meant for them. A write beyond the file size limit is an error, not a signal.
 bool prepareDescriptors() {
   for (int fd = 0; fd <= STDERR_FILENO; ++fd)
     if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDONLY) != fd) return false;
@@ -49,20 +49,19 @@ bool loadMap(const QString& name, InsertPlan& plan, QString& error) {
   QByteArray json;
   QString reason;
   if (!readFile(fileFromText(name), kMaxCaptureMapBytes, json, reason)) {
-    error = QStringLiteral("Cannot read the capture map '%1': %2.").arg(name, reason);
+    error = QStringLiteral("Cannot read the capture map \"%1\": %2.").arg(name, reason);
     return false;
   }
   if (readCaptureMap(json, plan, reason)) return true;
-  error = QStringLiteral("The capture map '%1' is damaged: %2").arg(name, reason);
+  error = QStringLiteral("The capture map \"%1\" is damaged: %2").arg(name, reason);
   return false;
 }
 
-/// An output file. Whether it can be written is known before the core is armed: a capture that has no place to go must
-/// not be taken.
+/// An output file. It is checked before the core is armed, so that no capture is taken that cannot be stored.
 struct Output {
-  QString name;  ///< Empty: not asked for.
+  QString name;  ///< Empty: none.
 
-  QString problem(const QString& reason) const { return QStringLiteral("Cannot write '%1': %2.").arg(name, reason); }
+  QString problem(const QString& reason) const { return QStringLiteral("Cannot write \"%1\": %2.").arg(name, reason); }
   Replacement place() const { return {fileFromText(name), QString(), true}; }
   bool check(QString& error) const {
     QString reason;
@@ -78,7 +77,7 @@ int store(const QVector<QPair<Output, QByteArray>>& files) {
   for (const auto& [output, text] : files) {
     QString reason;
     if (replaceFile(output.place(), text, reason))
-      written += QStringLiteral(" '%1' was written.").arg(output.name);
+      written += QStringLiteral(" The file \"%1\" was written.").arg(output.name);
     else
       problems += QStringLiteral(" ") + output.problem(reason);
   }
@@ -114,15 +113,15 @@ int showStatus(CoreReader& reader, const InsertPlan& plan, const QString& only, 
   return print(text);
 }
 
-/// `error`: with WaitResult::Failed why the server cannot be asked any more.
+/// `error`: with WaitResult::Failed why the server is of no more use.
 int reportNoTrigger(CoreReader& reader, int core, const RunSettings& settings, double seconds, WaitResult result,
                     QString error) {
   CoreStatus status;
   const bool known = result == WaitResult::NotYet && reader.status(core, status, error);
   const QStringList reasons = known ? explainWaiting(settings, status) : QStringList(error);
-  fail(QStringLiteral("core '%1' has not completed its capture within %2 s:\n  %3")
+  fail(QStringLiteral("The core \"%1\" has not completed its capture within %2 s:\n  %3")
            .arg(settings.core().name, QString::number(seconds), reasons.join(QLatin1String("\n  "))));
-  // The message above is what counts; a core that cannot even be stopped has been explained by it.
+  // The message above matters more than a core that cannot be stopped, whose reason it has given.
   if (known) reader.stop(core, error);
   return known ? kNoTrigger : kFailed;
 }
@@ -134,7 +133,8 @@ int run(const CaptureOptions& options) {
   const bool capturing = !options.status && !options.info;
   const bool needsCore = capturing || !options.core.isEmpty();
   const int core = needsCore ? chooseCore(plan, options, error) : 0;
-  if (core < 0 || plan.cores.isEmpty()) return fail(error.isEmpty() ? QStringLiteral("The map has no core.") : error);
+  if (core < 0 || plan.cores.isEmpty())
+    return fail(error.isEmpty() ? QStringLiteral("The capture map has no core; insert the cores again.") : error);
   RunSettings settings(plan.cores[core]);
   const Output vcd = {options.vcdFile}, csv = {options.csvFile};
   if (!applyRunOptions(options, settings, error) || !vcd.check(error) || !csv.check(error)) return fail(error);

@@ -78,7 +78,8 @@ bool RunSettings::setPosition(const QString& text, QString& error) {
   const int number = text.left(text.size() - percent).toInt(&isNumber);
   const int position = percent ? static_cast<int>(qint64(core_.windowSamples) * number / 100) : number;
   if (!isNumber || number < 0 || (percent ? number > 100 : number >= core_.windowSamples)) {
-    error = QStringLiteral("The position '%1' is not valid: must be 0 to %2 samples before the trigger, or 0% to 100%.")
+    error = QStringLiteral(
+                "The position \"%1\" is not valid; it must be 0 to %2 samples before the trigger, or 0% to 100%.")
                 .arg(text, QString::number(core_.windowSamples - 1));
     return false;
   }
@@ -90,8 +91,8 @@ bool RunSettings::setUnit(const QString& name, const QString& operatorWord, cons
   const auto found =
       std::find_if(core_.units.begin(), core_.units.end(), [&](const PlanUnit& one) { return one.name == name; });
   if (found == core_.units.end()) {
-    error =
-        QStringLiteral("The core '%1' has no trigger unit '%2'; its units: %3.").arg(core_.name, name, namesOf(core_));
+    error = QStringLiteral("The core \"%1\" has no trigger unit \"%2\"; its units are: %3.")
+                .arg(core_.name, name, namesOf(core_));
     return false;
   }
   PlanUnit& unit = *found;
@@ -100,7 +101,9 @@ bool RunSettings::setUnit(const QString& name, const QString& operatorWord, cons
     QStringList choices;
     for (int i = 0; i <= static_cast<int>(Operator::SerialCompare); ++i)
       if (classHas(unit.unitClass, static_cast<Operator>(i))) choices += operatorText(static_cast<Operator>(i));
-    error = QStringLiteral("The hardware of unit '%1' cannot do '%2'; it can do %3. Others need a new insertion.")
+    error = QStringLiteral(
+                "The hardware of the unit \"%1\" does not have the operator \"%2\"; choose one of %3, or insert the "
+                "core again.")
                 .arg(unit.name, operatorWord, choices.join(QLatin1Char(' ')));
     return false;
   }
@@ -110,7 +113,7 @@ bool RunSettings::setUnit(const QString& name, const QString& operatorWord, cons
   QString reason;
   bool good = parseUnitValue(op, unit.radix, valueText, serial ? 1 : unit.width, value, mask, reason, unit.names);
   if (good && value.size() > unit.width) {
-    reason = QStringLiteral("the pattern built in has %1 samples").arg(unit.width);
+    reason = QStringLiteral("the pattern in hardware has %1 samples").arg(unit.width);
     good = false;
   }
   if (good && unit.unitClass == UnitClass::Order && mask.contains('0')) {
@@ -118,7 +121,7 @@ bool RunSettings::setUnit(const QString& name, const QString& operatorWord, cons
     good = false;
   }
   if (!good) {
-    error = QStringLiteral("The value '%1' does not fit unit '%2' with %3 (%4): %5")
+    error = QStringLiteral("The value \"%1\" is not valid for the unit \"%2\" with %3 (%4): %5")
                 .arg(valueText, unit.name, operatorText(op), radixText(unit.radix), reason);
     if (!error.endsWith(QLatin1Char('.'))) error += QLatin1Char('.');
     return false;
@@ -143,7 +146,7 @@ bool RunSettings::chooseExpressions(const QString& names, QString& error) {
       found = true;
     }
     if (!found) {
-      error = QStringLiteral("The core '%1' has no trigger expression '%2'; its expressions: %3.")
+      error = QStringLiteral("The core \"%1\" has no trigger expression \"%2\"; its expressions are: %3.")
                   .arg(core_.name, name, known.join(QLatin1String(", ")));
       return false;
     }
@@ -155,7 +158,7 @@ bool RunSettings::chooseExpressions(const QString& names, QString& error) {
 bool RunSettings::setEventCount(int count, QString& error) {
   const int most = core_.eventCounter ? core_.eventCount : 1;
   if (count < 1 || count > most) {
-    error = QStringLiteral("The core '%1' can count 1 to %2 events%3.")
+    error = QStringLiteral("The core \"%1\" can count 1 to %2 events%3.")
                 .arg(core_.name, QString::number(most),
                      core_.eventCounter ? QString() : QStringLiteral(" (it has no event counter)"));
     return false;
@@ -167,7 +170,7 @@ bool RunSettings::setEventCount(int count, QString& error) {
 bool RunSettings::setWindows(int count, QString& error) {
   if (count < 1 || count > core_.windows) {
     error =
-        QStringLiteral("The core '%1' can capture 1 to %2 windows.").arg(core_.name, QString::number(core_.windows));
+        QStringLiteral("The core \"%1\" can capture 1 to %2 windows.").arg(core_.name, QString::number(core_.windows));
     return false;
   }
   windows_ = count;

@@ -1,4 +1,4 @@
-// What can be set at run time, within what the inserted hardware has room for.
+// What can be set at run time, within the limits of the inserted hardware.
 #pragma once
 
 #include <QByteArray>
@@ -9,7 +9,7 @@
 
 namespace ost {
 
-/// One run of a core. Starts as the project had it; the setters change it or refuse with a text in `error`.
+/// The settings of one run of a core, at first those of the project; the setters change them or refuse with `error`.
 class RunSettings {
  public:
   /// All expressions enabled, the trigger in the middle of the window.
@@ -20,7 +20,7 @@ class RunSettings {
   /// Another operator, within the class of the unit's hardware, and another value, in the unit's radix; a null text
   /// keeps what was set.
   bool setUnit(const QString& unit, const QString& operatorWord, const QString& value, QString& error);
-  /// Names of the expressions that take part, separated by commas.
+  /// Names of the expressions to enable, separated by commas.
   bool chooseExpressions(const QString& names, QString& error);
   /// Events to the trigger: 1 to the value built in.
   bool setEventCount(int count, QString& error);

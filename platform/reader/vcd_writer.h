@@ -7,8 +7,8 @@
 
 namespace ost {
 
-/// Time is the index of the sample, or with timestamps their (unwrapped) value; the samples of two windows are kept
-/// apart by a time unit at which everything is x. Next to the probes, in the scopes of their instances, a scope
+/// Time is the index of the sample, or with timestamps their (unwrapped) value; the samples of two windows are
+/// separated by a time unit at which everything is x. Next to the probes, in the scopes of their instances, a scope
 /// `ostrel` holds: `trigger`, high at the sample of each trigger; `window`, the number of the window from 0 (with
 /// several windows); and the unit states as `unit_<name>` (with IncludeTrigger). A net of an enumerated type
 /// has a text beside it, `<net>_name`, of the kind `string` that viewers take beyond the standard. Names that a viewer

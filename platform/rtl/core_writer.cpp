@@ -112,7 +112,7 @@ void declareWires(QByteArray& out, const PlanCore& core, const CoreLayout& layou
   out += "\n";
   for (const char* name : {"clear", "sample", "sampled", "restart", "evaluate", "table_load"})
     out += "  wire " + c + name + ";\n";
-  // Vectors of one bit are declared as such, so that every bit can be picked by its index.
+  // Vectors of one bit are declared as such, so that every bit can be selected by its index.
   const auto vector = [&](int width, const char* name) {
     out += "  wire [" + number(atLeastOne(width) - 1) + ":0] " + c + name + ";\n";
   };
@@ -234,7 +234,7 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
   declareWires(out, core, layout, c);
   writeKnownLevels(out, core, c, atLeastOne(core.units.size()));
   const QByteArray tableLast = writeTriggers(out, core, layout, c);
-  // What this core happens not to use.
+  // Not every core uses all of these.
   out += "  wire " + c + "unused = &{1'b0, " + c + "clear, " + c + "sample, " + c + "sampled, " + c + "restart, " + c +
          "evaluate, " + c + "table_load, " + c + "cur, " + c + "config, " + c + "table_row, " + c + "trig_out};\n";
 

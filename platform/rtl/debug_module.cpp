@@ -77,7 +77,7 @@ QList<DebugPort> debugModulePorts(const InsertPlan& plan) {
 
 QByteArray debugModuleVerilog(const InsertPlan& plan) {
   QByteArray out =
-      "// Generated: the debug hub and cores of one project. The capture map beside this file belongs to it.\n"
+      "// Generated: the debug hub and cores of one project; used with the capture map beside this file.\n"
       "`default_nettype none\n\n"
       "module ostrel_debug (\n";
   const QList<DebugPort> ports = debugModulePorts(plan);

@@ -28,7 +28,7 @@ QList<DebugPort> debugModulePorts(const InsertPlan& plan);
 /// The module's text.
 QByteArray debugModuleVerilog(const InsertPlan& plan);
 
-/// The parametrised core's Verilog: file name and contents, in reading order. Built into the library.
+/// The parametrised Verilog of the core: file name and contents, in reading order. Built into the library.
 QList<QPair<QString, QByteArray>> coreVerilogFiles();
 
 /// Resources that a core takes, as `synth_xilinx -flatten` of Yosys counts them.

@@ -79,7 +79,7 @@ ResourceEstimate estimateCore(const PlanCore& core) {
                   2 * layout.eventBits + 2 * layout.positionBits;
   flipFlops += layout.windowBits > 0 ? 2 * layout.windowBits + 1 : layout.positionBits;
   if (core.includeTrigger) flipFlops += core.units.size();
-  // A bit that is traced and looked at shares its input register.
+  // A bit that is both traced and compared shares its input register.
   QSet<QString> traced;
   for (const NetBit& bit : core.probeBits) traced.insert(bit.name);
   for (const NetBit& bit : core.triggerBits) flipFlops += !traced.contains(bit.name);

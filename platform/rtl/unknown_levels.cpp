@@ -30,7 +30,7 @@ QVector<WatchedNet> watchedNets(const PlanCore& core) {
       nets.append({bit.name, {}, {}});
     }
     WatchedNet& watched = nets[places.value(net)];
-    // Several bits go by the vector's name.
+    // Several bits are shown by the vector's name.
     if (!isNew && watched.name.endsWith(QLatin1Char(']')))
       watched.name.truncate(watched.name.lastIndexOf(QLatin1Char('[')));
     (watched.*list).append(index);

@@ -1,5 +1,5 @@
 // The design rules as data: number, severity, what is wrong in general and the way out. The checks only add what they
-// found to these rows; docs/design-rules.md shows the same table.
+// found to these rows; the build writes them into docs/design-rules.md.
 #pragma once
 
 #include <vector>

@@ -27,7 +27,7 @@ class Descriptor {
     if (fd_ >= 0) ::close(fd_);
     fd_ = fd;
   }
-  /// False, with errno, when the system says that what was written is lost. The descriptor is gone either way.
+  /// False, with errno, when the system reports that written data is lost. The descriptor is closed either way.
   bool close() { return fd_ < 0 || ::close(release()) == 0; }
 
  private:

@@ -43,16 +43,16 @@ const char* kindOf(const struct stat& info) {
 }
 
 QString tooLarge(qint64 mostBytes) {
-  return mostBytes < 1 << 20 ? QString::fromLatin1("it is larger than %1 bytes").arg(mostBytes)
-                             : QString::fromLatin1("it is larger than %1 MB").arg(mostBytes >> 20);
+  return mostBytes < 1 << 20 ? QStringLiteral("it is larger than %1 bytes").arg(mostBytes)
+                             : QStringLiteral("it is larger than %1 MB").arg(mostBytes >> 20);
 }
 
 /// A regular file, or nothing with the reason.
 Descriptor openToRead(const QString& file, struct stat& info, QString& reason) {
-  // Without waiting: a FIFO that nobody writes must not hold up the program.
+  // Non-blocking: a FIFO without a writer must not block the program.
   Descriptor source(open(QFile::encodeName(file).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!source.isOpen() || fstat(source.fd(), &info) != 0) {
-    refuse(reason, errno == ENXIO ? QString::fromLatin1("it is not a regular file") : systemReason(errno));  // a socket
+    refuse(reason, errno == ENXIO ? QStringLiteral("it is not a regular file") : systemReason(errno));  // a socket
     source.reset();
   } else if (!S_ISREG(info.st_mode)) {
     refuse(reason, kindOf(info));
@@ -67,11 +67,11 @@ class TemporaryFile {
   ~TemporaryFile() {
     if (!name_.isEmpty()) unlink(name_.constData());
   }
-  /// Makes the file, in place of what is left under that name.
+  /// Creates the file, in place of a leftover of that name.
   bool make(const QByteArray& name, mode_t mode) {
     return (unlink(name.constData()) == 0 || errno == ENOENT) && create(name, mode);
   }
-  /// Makes it under a name that is free.
+  /// Creates it under a free name.
   bool makeBeside(const QByteArray& place, mode_t mode) {
     for (int i = 0; i < kNamesTried; ++i) {
       if (create(place + ".new-" + QByteArray::number(getpid()) + '-' + QByteArray::number(i), mode)) return true;
@@ -83,7 +83,8 @@ class TemporaryFile {
   bool keepAs(const QByteArray& place) {
     if (!storeAndClose(file_) || rename(name_.constData(), place.constData()) != 0) return false;
     name_.clear();
-    // The file is in place for all to see; that the disk stores its name, too, is best effort: nothing could go back.
+    // The file is visible in its place already. Storing the name on the disk, too, is best effort: nothing can be
+    // undone.
     const Descriptor folder(
         open(place.left(place.lastIndexOf('/') + 1).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     fsync(folder.fd());
@@ -110,7 +111,7 @@ bool keepProtection(int fresh, const QByteArray& old, const struct stat& info, Q
   char list[4096];
   const ssize_t size = getxattr(old.constData(), kAccessList, list, sizeof list);
   if (size < 0 && errno != ENODATA && errno != ENOTSUP) return refuseBySystem(reason);
-  // The folder may have given the new file an access list that the old one has not.
+  // The folder may have given the new file an access list that the old one does not have.
   if (size <= 0 && fremovexattr(fresh, kAccessList) != 0 && errno != ENODATA && errno != ENOTSUP)
     return refuseBySystem(reason);
   if (fchmod(fresh, info.st_mode & 07777) != 0) return refuseBySystem(reason);
@@ -145,7 +146,7 @@ bool findPlace(const Replacement& request, Place& place, QString& reason) {
     place.isSpecial = request.mayBeSpecial && !S_ISDIR(place.info.st_mode);
     return place.isSpecial || refuse(reason, kindOf(place.info));
   }
-  // Root may write anything, but whoever took away every right to write meant it.
+  // Root may write anything, but a file without any write permission is meant to be protected.
   const bool mayWrite = !place.exists || faccessat(AT_FDCWD, place.name.constData(), W_OK, AT_EACCESS) == 0;
   if (!mayWrite && errno != EACCES) return refuseBySystem(reason);
   if (place.exists && (!mayWrite || !(place.info.st_mode & 0222)))
@@ -154,7 +155,7 @@ bool findPlace(const Replacement& request, Place& place, QString& reason) {
 }
 
 bool makeFresh(const Replacement& request, const Place& place, TemporaryFile& fresh, QString& reason) {
-  // Nobody else may read it before it has the old file's mode.
+  // It must not be readable by others before it has the old file's mode.
   const mode_t mode = place.exists ? 0600 : 0666;
   const bool made = request.temporary.isEmpty() ? fresh.makeBeside(place.name, mode)
                                                 : fresh.make(QFile::encodeName(request.temporary), mode);

@@ -1,4 +1,4 @@
-// Reading and replacing files as a whole, with every answer of the system checked. File names are Unicode, as QFile
+// Reading and replacing files as a whole, with every result of the system checked. File names are Unicode, as QFile
 // takes them. A `reason` is byte text that says why, without the file's name: the caller's sentence names it.
 #pragma once
 
@@ -28,7 +28,7 @@ bool storeAndClose(Descriptor& file);
 class FileWriter final : public QIODevice {
  public:
   explicit FileWriter(Descriptor file);
-  /// Hands all to the disk and closes the file. False with errno, the one of the first call that failed.
+  /// Flushes everything to the disk and closes the file. False with the errno of the first call that failed.
   bool finish();
 
  protected:
@@ -57,9 +57,9 @@ bool readFile(const QString& file, qint64 mostBytes, QByteArray& bytes, QString&
 bool readOpenFile(int fd, qint64 mostBytes, QByteArray& bytes, QString& reason);
 
 struct Replacement {
-  QString file;       ///< The place; a link leads on to what it names.
-  QString temporary;  ///< Written first, in the same folder; what is left under that name goes. Empty: a free name.
-  bool mayBeSpecial = false;  ///< A device or FIFO in the place is written into, instead of refused.
+  QString file;       ///< The file to replace; a link is followed.
+  QString temporary;  ///< Written first, in the same folder; a leftover of that name is removed. Empty: a free name.
+  bool mayBeSpecial = false;  ///< A device or FIFO in the place is written to instead of refused.
 };
 
 /// Puts `bytes` into the file's place in one step, when they are stored: on failure the old file stays and nothing is

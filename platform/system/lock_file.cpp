@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kAttempts = 100;
 constexpr qint64 kMostBytes = 4096;
-const char kFreshName[] = ".ost-lock-";  // Short: where it is too long, a project's own name is, too.
+const char kFreshName[] = ".ost-lock-";  // Short: where even this is too long, so is a project's own name.
 
 QByteArray folderOf(const QByteArray& path) {
   return path.left(path.lastIndexOf('/') + 1);
@@ -43,7 +43,7 @@ bool putInPlace(const QByteArray& fresh, const QByteArray& place, const QByteArr
   bool done = false;
   if (errno == EINVAL || errno == ENOSYS) {
     done = link(fresh.constData(), place.constData()) == 0;
-    // The few file systems that can neither: in two steps after all.
+    // Few file systems can do neither; there it takes two steps.
     if (!done && (errno == EPERM || errno == ENOTSUP || errno == ENOSYS || errno == EINVAL))
       done = writeNew(place, text);
   }
@@ -87,7 +87,7 @@ bool LockFile::make() {
   static std::atomic<int> serial{0};
   const QByteArray place = QFile::encodeName(path_), fresh = folderOf(place) + kFreshName + ownTag() + '-';
   for (;;) {
-    // The number tells this lock from another one of the process, after somebody removed the file.
+    // The number distinguishes this lock from another one of this process, in case the file was removed meanwhile.
     const QByteArray number = QByteArray::number(++serial), text = ProcessMark::own().text() + number + '\n';
     if (!writeNew(fresh + number, text)) {
       if (errno == EEXIST) continue;
@@ -113,18 +113,18 @@ LockFile::Answer LockFile::take() {
     if (judge(answer)) return answer;
   }
   if (answer.outcome == Held) return answer;
-  return failed(Failed, QString::fromLatin1("other processes take it at the same time"));
+  return failed(Failed, QStringLiteral("other processes take it at the same time"));
 }
 
-/// False when the place is free by now, or may be soon: the lock's process is gone.
+/// False when the lock's process has ended, so that the place is free or will be soon.
 bool LockFile::judge(Answer& answer) const {
   const QByteArray place = QFile::encodeName(path_);
   const int how = O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC;
-  Descriptor lock(open(place.constData(), O_RDWR | how));  // some file systems demand writing for flock()
+  Descriptor lock(open(place.constData(), O_RDWR | how));  // some file systems require write access for flock()
   if (!lock.isOpen() && errno != ENOENT && errno != ELOOP) lock.reset(open(place.constData(), O_RDONLY | how));
   if (!lock.isOpen()) {
     if (errno == ENOENT) return false;
-    answer = failed(Unclear, errno == ELOOP ? QString::fromLatin1("it is a link") : systemReason(errno));
+    answer = failed(Unclear, errno == ELOOP ? QStringLiteral("it is a link") : systemReason(errno));
     return true;
   }
   struct stat info, now;
@@ -135,7 +135,7 @@ bool LockFile::judge(Answer& answer) const {
     return true;
   }
   if (!ProcessMark::read(text, answer.holder)) {
-    answer = failed(Unclear, QString::fromLatin1("it does not tell who made it"));
+    answer = failed(Unclear, QStringLiteral("it does not say who made it"));
     return true;
   }
   answer.since = QDateTime::fromSecsSinceEpoch(info.st_mtime);
@@ -144,7 +144,7 @@ bool LockFile::judge(Answer& answer) const {
     answer.outcome = Held;
     return state != ProcessMark::Ending;
   }
-  // Whoever removes a lock that was left has it locked and sees it in its place: no one removes what has come after it.
+  // A stale lock is removed only while it is flocked and still in its place, so that a newer one is never removed.
   if (flock(lock.fd(), LOCK_EX | LOCK_NB) != 0) {
     if (errno == EWOULDBLOCK) return false;
     answer = failed(Unclear, systemReason(errno));

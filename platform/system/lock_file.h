@@ -14,8 +14,8 @@ class LockFile {
   enum Outcome {
     Taken,
     Held,     ///< By `holder`, since `since`: alive, or Elsewhere.
-    Unclear,  ///< The lock file does not tell who holds it; `reason` says why.
-    NoPlace,  ///< The folder takes no files, so it takes no other file either.
+    Unclear,  ///< The lock file does not say who holds it; `reason` says why.
+    NoPlace,  ///< No file can be created in the folder, so nothing else can be saved there either.
     Failed    ///< With the system's `reason`.
   };
   struct Answer {
@@ -29,11 +29,11 @@ class LockFile {
   explicit LockFile(const QString& path) : path_(path) {}
   LockFile(const LockFile&) = delete;
   LockFile& operator=(const LockFile&) = delete;
-  /// Gives the lock up, unless this is a child of the process that took it.
+  /// Releases the lock, unless this is a child of the process that took it.
   ~LockFile();
 
   Answer take();
-  /// Whether the file is still there with what take() wrote.
+  /// Whether the file still exists with the contents that take() wrote.
   bool isHeld() const;
   const QString& path() const { return path_; }
 

@@ -7,7 +7,7 @@
 namespace ost {
 
 bool hasMemory(std::size_t bytes) {
-  void* volatile trial = std::malloc(bytes);  // volatile: what is only freed again may be left out
+  void* volatile trial = std::malloc(bytes);  // volatile: the compiler may omit what is only freed again
   const bool held = trial != nullptr;
   std::free(trial);
   return held;

@@ -26,7 +26,7 @@ QByteArray target(const QByteArray& link) {
 /// The file name of a process' program; empty when that may not be seen.
 QByteArray programOf(const QByteArray& process) {
   QByteArray path = target("/proc/" + process + "/exe");
-  if (path.endsWith(" (deleted)")) path.chop(10);  // replaced while it runs
+  if (path.endsWith(" (deleted)")) path.chop(10);  // the program file was replaced while it runs
   return path.mid(path.lastIndexOf('/') + 1);
 }
 
@@ -41,10 +41,10 @@ bool readStatus(const QByteArray& process, ProcessStatus& status) {
   QByteArray text;
   QString reason;
   if (!readFile(QLatin1String("/proc/" + process + "/stat"), 4096, text, reason)) return false;
-  // The program's name, in parentheses, may hold anything.
+  // The program's name, in parentheses, may contain anything.
   const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
   if (fields.size() < 29) return false;
-  // One that nobody has waited for yet has ended all the same, unless only its first thread has.
+  // A zombie has ended, too, unless only its first thread has.
   status.ended = (fields[0] == "Z" || fields[0] == "X") && fields[17].toInt() <= 1;
   status.ending = (fields[6].toLongLong() & kExiting) || (fields[28].toLongLong() & kKillPending);
   status.start = fields[19].toLongLong();
@@ -68,7 +68,7 @@ QByteArray placeTag(const ProcessMark& mark) {
 
 bool isTagOfGone(const QByteArray& tag, const QByteArray& place) {
   const QList<QByteArray> parts = tag.split('-');
-  // Earlier versions had the number alone.
+  // Earlier versions wrote the number alone.
   if (parts.size() > 1 && (parts.size() < 3 || parts[2] != place)) return false;
   bool isPid = false, isStart = parts.size() == 1;
   const qint64 pid = parts[0].toInt(&isPid), start = isStart ? 0 : parts[1].toLongLong(&isStart);
@@ -118,7 +118,7 @@ ProcessMark::State ProcessMark::state() const {
   if (!boot.isEmpty() && boot != here.boot) return sameHost && !machine.isEmpty() ? Gone : Elsewhere;
   if (boot.isEmpty() ? host != here.host : !pidSpace.isEmpty() && pidSpace != here.pidSpace) return Elsewhere;
   const State state = stateOf(pid, start);
-  // Without the moment of its start, its program shows whether it is still the same.
+  // Without the start time, the program shows whether the process is still the same.
   const QByteArray runs = start ? program : programOf(QByteArray::number(pid));
   return runs.isEmpty() || runs == program ? state : Gone;
 }
@@ -130,7 +130,7 @@ QByteArray ownTag() {
 
 bool listFolder(int folder, QList<QByteArray>& names) {
   names.clear();
-  // Opened anew, so that every listing begins at the beginning.
+  // Opened anew, so that every listing starts at the first entry.
   Descriptor again(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   DIR* entries = again.isOpen() ? fdopendir(again.fd()) : nullptr;
   if (!entries) return false;

@@ -12,20 +12,20 @@ namespace ost {
 struct ProcessMark {
   enum State {
     Lives,
-    Ending,  ///< Killed, and gone in a moment.
+    Ending,  ///< Killed, about to end.
     Gone,
     Elsewhere
   };
 
   qint64 pid = 0;
   QByteArray program, host, machine, boot;
-  qint64 start = 0;     ///< In ticks since the boot; 0 when it is not known, as in locks of earlier versions.
-  QByteArray pidSpace;  ///< Which processes `pid` counts; empty when it is not known.
+  qint64 start = 0;     ///< In ticks since the boot; 0 when unknown, as in locks of earlier versions.
+  QByteArray pidSpace;  ///< The pid namespace; empty when unknown.
 
   static ProcessMark own();
-  /// One line for each member. Whatever they hold, none has a line feed.
+  /// A line for each member; a line feed within a member becomes "?".
   QByteArray text() const;
-  /// False when the text is no mark. The last members may be missing, as in locks of earlier versions.
+  /// False when the text is not a mark. The last members may be missing, as in locks of earlier versions.
   static bool read(const QByteArray& text, ProcessMark& mark);
 
   State state() const;

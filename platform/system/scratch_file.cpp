@@ -17,7 +17,7 @@ namespace {
 
 bool refuse(QString& reason, const char* what) {
   const int code = errno;
-  reason = QString::fromLatin1("Cannot %1 a temporary file in \"%2\": %3")
+  reason = QStringLiteral("Cannot %1 a temporary file in \"%2\": %3")
                .arg(QString::fromLatin1(what), textFromFile(QDir::tempPath()), systemReason(code));
   return false;
 }
@@ -28,7 +28,7 @@ bool ScratchFile::open(QString& reason) {
   const QByteArray folder = QFile::encodeName(QDir::tempPath());
   file_.reset(::open(folder.constData(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
   if (file_.isOpen()) return true;
-  // Not every file system can do that.
+  // Not supported by every file system.
   QByteArray path = folder + "/ost-XXXXXX";
   file_.reset(mkostemp(path.data(), O_CLOEXEC));
   return file_.isOpen() && unlink(path.constData()) == 0 ? true : refuse(reason, "make");

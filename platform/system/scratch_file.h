@@ -13,9 +13,9 @@ namespace ost {
 class ScratchFile {
  public:
   bool open(QString& reason);
-  /// Fills the file, which is new, and goes back to its beginning.
+  /// Writes the contents of the new file and rewinds it.
   bool write(const QByteArray& bytes, QString& reason);
-  /// False when what another program wrote may be cut short.
+  /// False when the output of another program may have been cut short.
   bool hasRoom(QString& reason) const;
   int fd() const { return file_.fd(); }
 

@@ -1,4 +1,4 @@
-// The supervisor and its program, between fork and exec. Only what a signal handler may call is called here.
+// The supervisor and its program, between fork and exec. Only async-signal-safe functions are called here.
 #include "platform/system/supervisor.h"
 
 #include <errno.h>
@@ -22,7 +22,7 @@
 namespace ost {
 namespace {
 
-constexpr int kKillRounds = 200;  // Of 10 ms, while there is a child that cannot be found or killed.
+constexpr int kKillRounds = 200;  // Of 10 ms each, while a child cannot be found or killed.
 
 void closeRange(unsigned first, unsigned last) {
   if (first > last) return;
@@ -33,7 +33,7 @@ void closeRange(unsigned first, unsigned last) {
   for (unsigned fd = first; fd <= last && long(fd) < limit; ++fd) close(int(fd));
 }
 
-/// `kept` rises; what occurs in it twice, or is -1, does no harm.
+/// `kept` is in ascending order; duplicates and -1 do no harm.
 void closeAllBut(const int* kept, int count) {
   unsigned next = 0;
   for (int i = 0; i < count; ++i) {
@@ -46,7 +46,7 @@ void closeAllBut(const int* kept, int count) {
 
 [[noreturn]] void giveUp(int report, Report::Kind kind, int code) {
   const Report record = {kind, code};
-  if (write(report, &record, sizeof record) < 0) _exit(126);  // No record is a failure, too.
+  if (write(report, &record, sizeof record) < 0) _exit(126);  // A missing record counts as a failure, too.
   _exit(127);
 }
 
@@ -68,16 +68,16 @@ bool limitTo(int resource, rlim_t value) {
 /// A copy of the descriptor at `lowest` or above, closed by exec. -1 with errno.
 int moveAbove(int lowest, int fd) {
   const int copy = fcntl(fd, F_DUPFD_CLOEXEC, lowest);
-  if (copy < 0 && errno == EINVAL) errno = EMFILE;  // The limit lies below.
+  if (copy < 0 && errno == EINVAL) errno = EMFILE;  // The limit is below `lowest`.
   return copy;
 }
 
-/// Puts the descriptors in their places, 0 to 2 and the files from 3 on, and closes all others but `report`, which lies
+/// Puts the descriptors in their places, 0 to 2 and the files from 3 on, and closes all others but `report`, which is
 /// above. False with errno.
 bool placeDescriptors(const Launch& launch, int report) {
   const int places = 3 + launch.fileCount;
   int moved[3 + kMostChildFiles];
-  // First they move out of the way, so that none is overwritten before it is placed.
+  // First they are moved out of the way, so that none is overwritten before it is placed.
   const int input = launch.input >= 0 ? launch.input : open("/dev/null", O_RDONLY | O_CLOEXEC);
   for (int i = 0; i < places; ++i) {
     const int fd = i == 0 ? input : i == 1 ? launch.output : i == 2 ? launch.error : launch.files[i - 3];
@@ -121,13 +121,14 @@ pid_t parentOf(int proc, const char* pid) {
   if (file >= 0) close(file);
   if (size <= 0) return -1;
   text[size] = '\0';
-  const char* end = strrchr(text, ')');  // Of the program's name, which may hold anything. Behind it: " S 123 ...".
+  const char* end =
+      strrchr(text, ')');  // Of the program's name, which may contain anything. It is followed by " S 123 ...".
   return end && strlen(end) > 4 ? pid_t(atoi(end + 4)) : -1;
 }
 
 /// Kills the children of this process; how many it could.
 int killChildren() {
-  struct Entry {  // As the kernel writes it; the name ends with a zero.
+  struct Entry {  // As the kernel writes it; the name is null-terminated.
     unsigned long long inode, offset;
     unsigned short length;
     unsigned char type;
@@ -171,7 +172,7 @@ pid_t plainFork(int endSignal) {
 }
 
 void supervise(const Launch& launch) {
-  closeAllBut(launch.kept, launch.keptCount);  // Before all else: locks of a parent that dies now must not live on.
+  closeAllBut(launch.kept, launch.keptCount);  // First of all: locks of a parent that dies now must not be kept alive.
   restoreSignals();
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != launch.parent) _exit(127);
@@ -191,11 +192,12 @@ void supervise(const Launch& launch) {
   std::sort(mine, mine + 3);
   closeAllBut(mine, 3);
 
-  int status = SIGKILL;  // As wait() tells it, when it does not end by itself.
+  int status = SIGKILL;  // As wait() reports it, if it does not end by itself.
   for (bool running = true; running;) {
     pollfd events[] = {{launch.control, POLLIN, 0}, {signals, POLLIN, 0}};
     if (poll(events, 2, -1) < 0 && errno != EINTR) break;
-    if (events[0].revents) break;  // Nothing is ever written there: its end is the caller's word or death.
+    if (events[0].revents)
+      break;  // Nothing is ever written there: its end means that the caller has closed it or died.
     signalfd_siginfo info;
     while (read(signals, &info, sizeof info) == ssize_t(sizeof info)) running &= info.ssi_signo != SIGTERM;
     int end;

@@ -1,5 +1,5 @@
 // Text inside the embedded service is "byte text": a QString whose every character is one byte (1 to 255) of the UTF-8
-// text that Tcl hands over. It is turned into Unicode or into a file name only at the edge, by these functions.
+// text that Tcl hands over. It is converted to Unicode or to a file name only at the boundary, by these functions.
 #pragma once
 
 #include <QByteArray>
@@ -11,7 +11,7 @@ namespace ost {
 inline QString unicodeFromText(const QString& text) {
   return QString::fromUtf8(text.toLatin1());
 }
-/// Keeps null characters, which Tcl cannot have written, so that the checks of names find them.
+/// Keeps null characters, which Tcl cannot produce, so that the checks of names find them.
 inline QString textFromUnicode(const QString& unicode) {
   const QByteArray utf8 = unicode.toUtf8();
   return QString::fromLatin1(utf8.constData(), utf8.size());
@@ -19,7 +19,7 @@ inline QString textFromUnicode(const QString& unicode) {
 inline QString textFromBytes(const QByteArray& bytes) {
   return QString::fromLatin1(bytes);
 }
-/// The file that a name typed in Tcl means, and the way back.
+/// The file that a name typed in Tcl means, and the reverse.
 inline QString fileFromText(const QString& text) {
   return QFile::decodeName(text.toLatin1());
 }

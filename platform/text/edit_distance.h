@@ -7,7 +7,7 @@
 
 namespace ost {
 
-constexpr std::size_t kMaxComparedBytes = 64;  ///< Of a name, counted from its start; the rest is not looked at.
+constexpr std::size_t kMaxComparedBytes = 64;  ///< From a name's start; the rest is not compared.
 
 /// A byte as names are compared: letters without regard to case, and the two separators of hierarchy paths as one.
 inline unsigned char foldedByte(char c) {

@@ -33,11 +33,11 @@ class JsonFields {
 
   QString pathOf(const char* key) const;
   void fail(const QString& path, const QString& what);
-  /// Call last: reports a key that nothing has read.
+  /// Call last: reports a key that has not been read.
   void refuseOthers();
 
  private:
-  /// The key as the document writes it.
+  /// The key as it is written in the document.
   QString spelled(const char* key) const;
 
   QJsonObject object_;

@@ -27,7 +27,7 @@ class Builder {
   bool Int64(int64_t value) { return add(double(value)); }
   bool Uint64(uint64_t value) { return add(double(value)); }
   bool Double(double value) { return add(value); }
-  bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }  // is not asked for
+  bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }  // never called: not enabled
   bool String(const char* text, rapidjson::SizeType length, bool) { return add(QString::fromUtf8(text, int(length))); }
   bool StartObject() { return open(); }
   bool StartArray() { return open(); }

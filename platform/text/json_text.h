@@ -8,7 +8,7 @@
 
 namespace ost {
 
-constexpr int kMaxJsonNesting = 1024;  ///< Lists and objects inside one another.
+constexpr int kMaxJsonNesting = 1024;  ///< Nesting depth of lists and objects.
 
 /// What is wrong with a text, and where: line and column count from 1, the column in bytes.
 struct JsonTextFault {

@@ -49,7 +49,7 @@ QString quoted(const QString& text) {
   QString shown = text.size() > 120 ? text.left(117) + QLatin1String("...") : text;
   for (QChar& c : shown)
     if (c < ' ' || c == QChar(0x7f)) c = '?';
-  return "'" + shown + "'";
+  return '"' + shown + '"';
 }
 
 bool checkName(const QString& name, const QString& what, QString& error) {

@@ -7,7 +7,7 @@
 
 namespace ost {
 
-constexpr int kMaxNameLength = 255;      ///< Characters of a name that the user gives.
+constexpr int kMaxNameLength = 255;      ///< Characters of a name given by the user.
 constexpr int kMaxNetNameLength = 4096;  ///< Characters of a hierarchical net name.
 
 /// Letters, digits and underscore, not beginning with a digit. Any length; the empty text is none.

@@ -13,13 +13,16 @@ namespace {
 constexpr int kWords = (1 << kMaxExpressionUnits) / 64;
 using Column = std::array<quint64, kWords>;
 
-bool isUnitStart(QChar c) {
+bool isUnitStart(QChar character) {
+  const ushort c = character.unicode();
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }
-bool isDigit(QChar c) {
+bool isDigit(QChar character) {
+  const ushort c = character.unicode();
   return c >= '0' && c <= '9';
 }
-bool isBlank(QChar c) {
+bool isBlank(QChar character) {
+  const ushort c = character.unicode();
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
@@ -52,8 +55,8 @@ class Scanner {
     } else {
       token.kind = Token::Symbol;
       const QChar second = at_ < text_.size() ? text_[at_] : QChar();
-      const bool doubled = (first == '&' || first == '|') && second == first;
-      if (doubled || (first == '-' && second == '>')) ++at_;
+      const bool doubled = (first == QLatin1Char('&') || first == QLatin1Char('|')) && second == first;
+      if (doubled || (first == QLatin1Char('-') && second == QLatin1Char('>'))) ++at_;
       if (doubled) {
         token.text = first;
         return token;
@@ -76,11 +79,12 @@ class Parser {
   explicit Parser(const QString& text) : text_(text), scanner_(text) {}
 
   bool parse(ParsedExpression& expression, QString& error) {
-    const bool ok = text_.size() > kMaxExpressionLength
-                        ? fail(0, QString("the expression is longer than %1 characters").arg(kMaxExpressionLength))
-                        : parseSteps();
+    const bool ok =
+        text_.size() > kMaxExpressionLength
+            ? fail(0, QStringLiteral("the expression is longer than %1 characters").arg(kMaxExpressionLength))
+            : parseSteps();
     if (!ok) {
-      error = QString("column %1: %2").arg(errorAt_ + 1).arg(error_);
+      error = QStringLiteral("column %1: %2").arg(errorAt_ + 1).arg(error_);
       return false;
     }
     expression.units = units_;
@@ -103,9 +107,11 @@ class Parser {
   bool failHere(const QString& what) { return fail(token_.at, what); }
 
   QString found() const {
-    if (token_.kind == Token::End) return "the expression ends here";
+    if (token_.kind == Token::End) return QStringLiteral("the expression ends here");
     const QChar c = text_[token_.at];
-    return c < ' ' || c > '~' ? QString("found a character that is not printable ASCII") : QString("found '%1'").arg(c);
+    return c < QLatin1Char(' ') || c > QLatin1Char('~')
+               ? QStringLiteral("found a character that is not printable ASCII")
+               : QStringLiteral("found \"%1\"").arg(c);
   }
 
   void advance() { token_ = scanner_.next(); }
@@ -119,12 +125,12 @@ class Parser {
     advance();
     do {
       if (steps_.size() == size_t(kMaxSequenceDepth))
-        return failHere(QString("more than %1 steps").arg(kMaxSequenceDepth));
+        return failHere(QStringLiteral("more than %1 steps").arg(kMaxSequenceDepth));
       steps_.emplace_back();
       if (!parseOr(0)) return false;
       if (take("*") && !parseCount()) return false;
       if (token_.kind == Token::End) return true;
-      if (!take("->")) return failHere("expected an operator, '*', '->' or the end, " + found());
+      if (!take("->")) return failHere(QStringLiteral("expected an operator, \"*\", \"->\" or the end, ") + found());
     } while (true);
   }
 
@@ -133,8 +139,9 @@ class Parser {
     bool ok = false;
     const int count = isNumber ? token_.text.toInt(&ok) : 0;
     if (!ok || count < 1 || count > kMaxEventCount)
-      return failHere(
-          QString("expected a count from 1 to %1%2").arg(kMaxEventCount).arg(isNumber ? "" : ", " + found()));
+      return failHere(QStringLiteral("expected a count from 1 to %1%2")
+                          .arg(kMaxEventCount)
+                          .arg(isNumber ? QString() : QLatin1String(", ") + found()));
     steps_.back().count = count;
     advance();
     return true;
@@ -155,7 +162,7 @@ class Parser {
 
   bool parseUnary(int depth) {
     if (depth > kMaxExpressionNesting)
-      return failHere(QString("parentheses and '!' are nested more than %1 deep").arg(kMaxExpressionNesting));
+      return failHere(QStringLiteral("parentheses and \"!\" are nested more than %1 deep").arg(kMaxExpressionNesting));
     if (take("!")) {
       if (!parseUnary(depth + 1)) return false;
       steps_.back().program.push_back(OpNot);
@@ -165,13 +172,14 @@ class Parser {
     if (take("(")) {
       if (!parseOr(depth + 1)) return false;
       if (take(")")) return true;
-      return failHere(QString("expected ')' for the '(' at column %1, ").arg(start + 1) + found());
+      return failHere(QStringLiteral("expected \")\" for the \"(\" at column %1, ").arg(start + 1) + found());
     }
-    if (token_.kind != Token::Unit) return failHere("expected a trigger unit, '!' or '(', " + found());
+    if (token_.kind != Token::Unit)
+      return failHere(QStringLiteral("expected a trigger unit, \"!\" or \"(\", ") + found());
     auto known = unitIndex_.find(token_.text);
     if (known == unitIndex_.end()) {
       if (units_.size() == kMaxExpressionUnits)
-        return failHere(QString("more than %1 different trigger units").arg(kMaxExpressionUnits));
+        return failHere(QStringLiteral("more than %1 different trigger units").arg(kMaxExpressionUnits));
       known = unitIndex_.insert(token_.text, units_.size());
       units_ << token_.text;
     }

@@ -32,7 +32,8 @@ QString operatorText(Operator op) {
 }
 
 const QStringList& radixWords() {
-  static const QStringList words{"Bin", "Oct", "Dec", "Hex"};
+  static const QStringList words{QStringLiteral("Bin"), QStringLiteral("Oct"), QStringLiteral("Dec"),
+                                 QStringLiteral("Hex")};
   return words;
 }
 

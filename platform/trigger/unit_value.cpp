@@ -59,8 +59,9 @@ bool digitBits(int bitsPerDigit, const QString& digits, bool allowDontCare, QByt
 
 QString digitRule(Radix radix, bool allowDontCare) {
   static const char* const rules[] = {"0 and 1", "0 to 7", "0 to 9", "0 to 9 and A to F"};
-  return QString("%1 digits are %2%3.")
-      .arg(radixText(radix), rules[int(radix)], allowDontCare ? ", and x for don't-care" : "");
+  return QStringLiteral("%1 digits are %2%3.")
+      .arg(radixText(radix), QLatin1String(rules[int(radix)]),
+           QLatin1String(allowDontCare ? ", and x for don't-care" : ""));
 }
 
 /// parseUnitValue() without names.
@@ -72,42 +73,43 @@ bool parseDigits(Operator op, Radix radix, const QString& digits, int width, QBy
   value.clear();
   mask.clear();
   if (digits.isEmpty()) {
-    error = "The value is empty: " + digitRule(radix, allowDontCare);
+    error = QLatin1String("The value is empty: ") + digitRule(radix, allowDontCare);
   } else if (width < 1 || width > kMaxUnitWidth) {
-    error = QString("A unit compares 1 to %1 bits, not %2.").arg(kMaxUnitWidth).arg(width);
+    error = QStringLiteral("A unit compares 1 to %1 bits, not %2.").arg(kMaxUnitWidth).arg(width);
   } else if (serial && width != 1) {
-    error = QString("%1 watches one signal, not %2 bits.").arg(operatorText(op)).arg(width);
+    error = QStringLiteral("%1 watches one signal, not %2 bits.").arg(operatorText(op)).arg(width);
   } else if (serial && decimal) {
-    error = QString("%1 takes a bit pattern: give it in radix bin, oct or hex.").arg(operatorText(op));
+    error = QStringLiteral("%1 takes a bit pattern: give it in radix bin, oct or hex.").arg(operatorText(op));
   } else if (serial && digits.size() > kMaxSerialPattern / bitsPerDigit) {
-    error = QString("A %1 pattern has at most %2 samples.").arg(operatorText(op)).arg(kMaxSerialPattern);
+    error = QStringLiteral("A %1 pattern has at most %2 samples.").arg(operatorText(op)).arg(kMaxSerialPattern);
   } else if (digits.size() > kMaxUnitWidth + bitsPerDigit) {
-    error = QString("The value has too many digits for %1 bits.").arg(width);
+    error = QStringLiteral("The value has too many digits for %1 bits.").arg(width);
   } else if (decimal) {
     for (QChar c : digits)
-      if (c < '0' || c > '9')
-        error = QString("%1 is not a decimal number. ").arg(quoted(digits)) + digitRule(radix, false);
+      if (c < QLatin1Char('0') || c > QLatin1Char('9'))
+        error = QStringLiteral("%1 is not a decimal number. ").arg(quoted(digits)) + digitRule(radix, false);
     if (error.isEmpty()) value = decimalBits(digits);
     mask = QByteArray(qMax(width, value.size()), '1');
   } else if (!digitBits(bitsPerDigit, digits, allowDontCare, value, mask)) {
-    error = QString("%1 does not fit here: ").arg(quoted(digits)) + digitRule(radix, allowDontCare);
+    error = QStringLiteral("%1 does not fit here: ").arg(quoted(digits)) + digitRule(radix, allowDontCare);
   }
   if (!error.isEmpty()) return false;
   if (serial) return true;
 
   for (int bit = width; bit < value.size(); ++bit) {
     if (value[bit] == '0') continue;
-    error = QString("The value %1 needs more than the %2 bits that are compared.").arg(quoted(digits)).arg(width);
+    error = QStringLiteral("The value %1 needs more than the %2 bits that are compared.")
+                .arg(quoted(digits), QString::number(width));
     return false;
   }
-  const bool extendsDontCare = digits[0] == 'x' || digits[0] == 'X';
+  const bool extendsDontCare = digits.startsWith(QLatin1Char('x'), Qt::CaseInsensitive);
   while (value.size() < width) value.append('0');
   while (mask.size() < width) mask.append(extendsDontCare ? '0' : '1');
   value.truncate(width);
   mask.truncate(width);
   if (!isEdge(op)) return true;
   if (!value.contains('1')) {
-    error = QString("With %1 the value is a mask of the bits to watch; it must have a 1.").arg(operatorText(op));
+    error = QStringLiteral("With %1 the value is a mask of the bits to watch; it must have a 1.").arg(operatorText(op));
     return false;
   }
   mask = value;
@@ -126,15 +128,18 @@ bool parseUnitValue(Operator op, Radix radix, const QString& digits, int width, 
     constexpr int kShownNames = 8;
     QStringList known;
     for (const EnumName& entry : names.mid(0, kShownNames)) known << entry.name;
-    error += QString(" The type of the signal names %1%2.")
-                 .arg(known.join(", "), names.size() > kShownNames ? QString(", ...") : QString());
+    error +=
+        QStringLiteral(" The type of the signal names %1%2.")
+            .arg(known.join(QStringLiteral(", ")), names.size() > kShownNames ? QStringLiteral(", ...") : QString());
     return false;
   }
   if (isNumber && (value != named->bits || mask.contains('0'))) {
-    error = QString(
-                "%1 is a number in radix %2 and the name of another value; write the number as %3, or use another "
-                "radix.")
-                .arg(quoted(digits), radixText(radix), quoted((digits.startsWith('x', Qt::CaseInsensitive) ? 'x' : '0') + digits));
+    error =
+        QStringLiteral(
+            "%1 is a number in radix %2 and the name of another value; write the number as %3, or use another "
+            "radix.")
+            .arg(quoted(digits), radixText(radix),
+                 quoted(QLatin1Char(digits.startsWith(QLatin1Char('x'), Qt::CaseInsensitive) ? 'x' : '0') + digits));
     return false;
   }
   value = named->bits;
@@ -144,7 +149,7 @@ bool parseUnitValue(Operator op, Radix radix, const QString& digits, int width, 
 }
 
 bool mayNameValue(Operator op, const QString& text) {
-  return comparesNumbers(op) && isVerilogIdentifier(QString(text).replace("::", "_"));
+  return comparesNumbers(op) && isVerilogIdentifier(QString(text).replace(QLatin1String("::"), QLatin1String("_")));
 }
 
 bool formatUnitValue(Radix radix, const QByteArray& value, const QByteArray& mask, QString& digits) {
@@ -170,7 +175,7 @@ bool formatUnitValue(Radix radix, const QByteArray& value, const QByteArray& mas
     if (care.contains('0') && care.contains('1')) return false;
     int digit = 0;
     for (int bit = 0; bit < bits.size(); ++bit) digit |= (bits[bit] - '0') << bit;
-    digits.prepend(care.contains('0') ? QString("x") : QString::number(digit, 16).toUpper());
+    digits.prepend(care.contains('0') ? QStringLiteral("x") : QString::number(digit, 16).toUpper());
   }
   return true;
 }

@@ -51,10 +51,20 @@ bool refused(const QString& error) {
   return false;
 }
 
-/// What was taken, written, read and written again.
-bool expectSame(const QByteArray& once, const QByteArray& twice, const QString& error) {
-  expect(once == twice, "does not come back as it was written: " + error.toStdString());
+/// `through` reads a text and writes it again, as nothing when it is refused; what was taken then stays as it is.
+template <class Through>
+bool staysTheSame(const Through& through, const std::string& text) {
+  QString error;
+  const QByteArray once = through(QByteArray::fromStdString(text), error);
+  if (once.isEmpty()) return refused(error);
+  expect(through(once, error) == once, "does not come back as it was written: " + error.toStdString());
   return true;
+}
+
+/// Writes a file; `file` must be there as long as it is used.
+void fill(QFile& file, const std::string& text) {
+  const bool open = file.isOpen() || file.open(QIODevice::WriteOnly);
+  expect(open && file.write(text.data(), qint64(text.size())) >= 0 && file.flush(), "cannot write a file");
 }
 
 /// Mutates a valid sample.
@@ -86,12 +96,11 @@ class Projects final : public SampleDriver {
 
  private:
   bool check(const std::string& text, Random&) override {
-    QString error;
-    const auto project = projectFromJson(QByteArray::fromStdString(text), error);
-    if (!project) return refused(error);
-    const QByteArray json = projectToJson(*project);
-    const auto again = projectFromJson(json, error);
-    return expectSame(json, again ? projectToJson(*again) : QByteArray(), error);
+    const auto through = [](const QByteArray& json, QString& error) {
+      const auto project = projectFromJson(json, error);
+      return project ? projectToJson(*project) : QByteArray();
+    };
+    return staysTheSame(through, text);
   }
 };
 
@@ -102,7 +111,7 @@ class Netlists final : public SampleDriver {
     QTemporaryDir folder;
     QString error;
     QFile source(folder.filePath("top.v"));
-    expect(source.open(QIODevice::WriteOnly) && source.write(kDesign) > 0 && source.flush(), "cannot write the design");
+    fill(source, kDesign);
     DesignSource words;
     words.files << source.fileName();
     const auto design = Design::read(words, error);
@@ -125,7 +134,8 @@ class Netlists final : public SampleDriver {
  private:
   bool check(const std::string& text, Random& random) override {
     QTemporaryFile file;
-    expect(file.open() && file.write(text.data(), qint64(text.size())) >= 0 && file.flush(), "cannot write a netlist");
+    expect(file.open(), "cannot make a file");
+    fill(file, text);
     NameIndex index;
     QString error;
     if (!readNameIndex(file.handle(), "fuzz.json", index, error) || !index.complete(QByteArray(), error))
@@ -163,8 +173,7 @@ class Netlists final : public SampleDriver {
   static void throughYosys(const std::string& text) {
     QTemporaryDir folder;
     QFile file(folder.filePath("n.json"));
-    expect(file.open(QIODevice::WriteOnly) && file.write(text.data(), qint64(text.size())) >= 0 && file.flush(),
-           "cannot write a netlist");
+    fill(file, text);
     DesignSource words;
     words.files << file.fileName();
     QString error;
@@ -182,11 +191,11 @@ class CaptureMaps final : public SampleDriver {
 
  private:
   bool check(const std::string& text, Random&) override {
-    InsertPlan plan, again;
-    QString error;
-    if (!readCaptureMap(QByteArray::fromStdString(text), plan, error)) return refused(error);
-    const QByteArray json = captureMapJson(plan);
-    return expectSame(json, readCaptureMap(json, again, error) ? captureMapJson(again) : QByteArray(), error);
+    const auto through = [](const QByteArray& json, QString& error) {
+      InsertPlan plan;
+      return readCaptureMap(json, plan, error) ? captureMapJson(plan) : QByteArray();
+    };
+    return staysTheSame(through, text);
   }
 };
 
@@ -199,8 +208,7 @@ class FileLists : public Driver {
     for (const char* name : {"one.f", "two.f"}) {
       const std::string text = mutated(sample, random);
       QFile file(folder_.filePath(name));
-      expect(file.open(QIODevice::WriteOnly) && file.write(text.data(), qint64(text.size())) >= 0,
-             "cannot write a list");
+      fill(file, text);
       bytes += text.size();
     }
     FileListContent content;

@@ -1,10 +1,6 @@
 # What the test files of the command groups share: a small design, a project to begin with, and sessions, which say
 # what an engineer types and sees. Run by refusing_tclsh.
-package require tcltest 2.3
-namespace import ::tcltest::*
-package require ost_tclwrapper
-package require ost_platform
-source [file join [file dirname [info script]] files.tcl]
+source [file join [file dirname [info script]] packages.tcl]
 
 if {[info commands silent] eq ""} {error "run this file by <build>/bin/refusing_tclsh in the place of tclsh"}
 set dir [makeDirectory work]
@@ -73,7 +69,7 @@ set catalogue {}
 foreach {- code text} $messages {
     set text [string map {\\\" \"} [regsub -all {^"|"$|"\s+"} $text {}]]
     set text [regsub -all {%[12]} [regsub -all {[][(){}.*+?^$|\\]} $text {\\&}] (.*)]
-    lappend catalogue $code [string map {%r {(?:: (.*))?} %q {(?: '(.*)')?}} $text]
+    lappend catalogue $code [string map {%r {(?:: (.*)|\.)} %q {(?: "(.*)")?}} $text]
 }
 
 # "#0104(x.ost)" for the catalogue's message of that code about x.ost, any other line as it is.

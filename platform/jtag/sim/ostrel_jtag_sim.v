@@ -1,15 +1,15 @@
-// JTAG pins of an instrumented design, driven from outside the simulator: the server of a remote-bitbang connection
-// over two FIFOs. A test bench instantiates it beside the design; `ost_capture -connect fifo:DIR` is the other end.
+// Drives the JTAG pins of an instrumented design from outside the simulator: the server of a remote-bitbang connection
+// over two FIFOs. A test bench instantiates it beside the design; `ost_capture -connect fifo:DIR` is the client.
 //
 // The folder DIR is given with +ostrel_fifo=DIR (or the parameter FIFO_DIR) and holds the FIFOs `to_sim` and `from_sim`
 // (mkfifo). Commands, one character each:
 //   0..7  set TCK, TMS, TDI to the bits 2, 1, 0 of the digit, then let HALF_PERIOD pass
-//   R     answer with the level of TDO: 0 or 1
+//   R     reply with the level of TDO: 0 or 1
 //   r s t u   no reset (u, t: as the digits, bit 1 is TRST, bit 0 is SRST): sets `trst` and `srst`
-//   B b   adapter's lamp: nothing
+//   B b   adapter's LED: ignored
 //   Q     end of the connection: $finish
-// Other characters (line feeds) are skipped. Reading blocks, so that simulated time passes with commanded TCK levels
-// only and a run is the same however fast or slow the host is. The end of the commands' file ends the simulation too.
+// Other characters (line feeds) are skipped. Reading blocks, so that simulated time advances only with commanded
+// TCK levels and a run is the same at any speed of the host. The end of the command file ends the simulation, too.
 
 `timescale 1ns / 1ps
 
@@ -26,7 +26,7 @@ module ostrel_jtag_sim #(
 );
   reg [8*1024:1] dir;
   integer commands;
-  integer answers;
+  integer replies;
   integer command;
   real half_period;
   reg running;
@@ -48,8 +48,8 @@ module ostrel_jtag_sim #(
       running = 1'b0;
     end
     else begin
-      answers = $fopen({dir, "/from_sim"}, "w");
-      if (answers == 0) begin
+      replies = $fopen({dir, "/from_sim"}, "w");
+      if (replies == 0) begin
         $display("ostrel_jtag_sim: cannot open '%0s/from_sim'; make the FIFO with mkfifo first.", dir);
         running = 1'b0;
       end
@@ -62,8 +62,8 @@ module ostrel_jtag_sim #(
           #(half_period);
         end
         "R": begin
-          $fwrite(answers, "%0d", tdo === 1'b1);
-          $fflush(answers);
+          $fwrite(replies, "%0d", tdo === 1'b1);
+          $fflush(replies);
         end
         "r": {trst, srst} = 2'b00;
         "s": {trst, srst} = 2'b01;

@@ -197,7 +197,7 @@ void compareReasons(const Core& core, const Run& run, const QString& where, cons
   for (int i = 0; i < core.expressions.size(); ++i) {
     if (!run.choice.enabled[i]) continue;
     bool fits = false;
-    const QString name = QString("Expression '%1'").arg(core.expressions[i].name);
+    const QString name = QString("Expression \"%1\"").arg(core.expressions[i].name);
     for (const QString& line : run.reasons)
       fits = fits ||
              (line.startsWith(name) && std::any_of(moments.begin(), moments.end(), [&](const Progress& p) {

@@ -131,8 +131,8 @@ class Scenes {
     live.open();
     for (int core = 0; core < 3; ++core) runs += capture(live, project_, plan_, core, choice(core > 0), 2000);
     const char* const texts[] = {"waits in step 2 of 2; it depends on NEVER",
-                                 "the sample enable 'rst' is inactive (active high)",
-                                 "The trigger enable 'rst' is inactive (active high)"};
+                                 "the sample enable \"rst\" is inactive (active high)",
+                                 "The trigger enable \"rst\" is inactive (active high)"};
     for (int core = 0; core < 3; ++core)
       mustHold(runs[core].reasons.join(' ').contains(texts[core]), runs[core].reasons.join(' '));
     finish(live, runs);
@@ -155,9 +155,9 @@ class Scenes {
     mustHold(live.reader.readOut(0, settings, run.capture, error), "read-out with the clock stopped: ", error);
     ost::CoreStatus status;
     mustHold(live.reader.status(2, status, error), error);
-    mustHold(ost::explainWaiting(other, status).join(' ').contains("'clk_b' stands still"),
+    mustHold(ost::explainWaiting(other, status).join(' ').contains("\"clk_b\" is not running"),
              "the stopped clock is not named: " + ost::explainWaiting(other, status).join(' '));
-    mustHold(!live.reader.stop(2, error) && error.contains("'clk_b' stands still"), "stops without a clock");
+    mustHold(!live.reader.stop(2, error) && error.contains("\"clk_b\" is not running"), "stops without a clock");
     mustHold(!live.reader.arm(2, other, error), "armed without a clock");
     need(live.hub.cycles() < kTo && live.hub.idle(int(kTo + 10 - live.hub.cycles()), error),
          "the clock was back too early");
@@ -186,7 +186,7 @@ class Scenes {
   /// The hub behind a device's own JTAG primitive, by a file that a user puts in the place of the inserted one.
   void devicePrimitive() {
     Settings replaced = settings_;
-    replaced.core = settings_.sources + "/tests/sim/designs/primitive";
+    replaced.core = settings_.sources + "/examples/device_jtag";
     compileBench(project_, plan_, replaced, files_);
     Live live(files_, plan_, 0, 0, {}, {6, 0x22});
     QString error;

@@ -1,7 +1,4 @@
 // Yosys JSON netlists from strangers: nothing in them is trusted, and what is wrong is said.
-#include <sys/resource.h>
-
-#include "platform/design/design_session.h"
 #include "tests/unit/read_design.h"
 
 namespace ost {
@@ -94,27 +91,6 @@ TEST(NetlistFile, whose_instances_explode_is_counted_without_being_expanded) {
   // A name that could be split in very many ways ends all the same.
   EXPECT_FALSE(design->exists(QString("a/").repeated(150) + "missing"));
 }
-
-#ifndef __SANITIZE_ADDRESS__  // whose own address space is beyond any limit
-TEST(NetlistFile, that_does_not_fit_into_memory_leaves_the_design_before) {
-  Scratch scratch;
-  DesignSession& session = DesignSession::instance();
-  QString error;
-  ASSERT_TRUE(session.read(sourceOf({scratch.write("small.json", "{\"modules\":{\"m\":{}}}")}), error)) << plain(error);
-  const QString file = scratch.write("string.json", "{\"creator\":\"" + QByteArray(100 << 20, 'x') + "\"}");
-  rlimit before;
-  getrlimit(RLIMIT_AS, &before);
-  QFile pages("/proc/self/statm");
-  ASSERT_TRUE(pages.open(QIODevice::ReadOnly));
-  const rlim_t inUse = pages.readAll().split(' ').first().toULongLong() * rlim_t(sysconf(_SC_PAGESIZE));
-  const rlimit low{inUse + (48 << 20), before.rlim_max};
-  setrlimit(RLIMIT_AS, &low);
-  EXPECT_THROW(session.read(sourceOf({file}), error), std::bad_alloc);
-  setrlimit(RLIMIT_AS, &before);
-  EXPECT_TRUE(!session.isReading() && session.design() && session.design()->topModule() == "m");
-  session.close();
-}
-#endif
 
 TEST(NetlistFile, top_is_the_option_then_the_attribute) {
   Scratch scratch;

@@ -158,7 +158,8 @@ TEST(FileList, holds_files_folders_macros_and_other_lists_or_names_the_bad_line)
   scratch.write("sub/in.f", "deep.v // nested\n");
   const QString list = scratch.write("all.f",
                                      "# comment\r\n// another\n  a.v \"b c.v\" /abs/d.v//e.v\n\n+incdir+inc+\"in c\"\n"
-                                     "+define+A=1+B -f sub/in.f\nlast.v#1");
+                                     "+define+A=1+B -f sub/in.f\nlast.v#1\n"
+                                     "-top t -param \"N=a b\" -y lib +libext+.v+.vh -work l=x.vhd,/y.vhd");
   FileListContent content;
   QString error;
   ASSERT_TRUE(readFileList(list, content, error)) << plain(error);
@@ -166,10 +167,15 @@ TEST(FileList, holds_files_folders_macros_and_other_lists_or_names_the_bad_line)
                                         scratch.path("sub/deep.v"), scratch.path("last.v#1")}));
   EXPECT_EQ(content.includeDirs, QStringList({scratch.path("inc"), scratch.path("in c")}));
   EXPECT_EQ(content.defines, QStringList({"A=1", "B"}));
+  EXPECT_EQ(content.top + content.parameters.join("") + content.librarySuffixes.join(""), "tN=a b.v.vh");
+  EXPECT_EQ(content.libraryDirs + content.vhdlLibraries,
+            QStringList({scratch.path("lib"), "l=" + scratch.path("x.vhd") + ",/y.vhd"}));
 
   const struct {
     const char *text, *error;
-  } bad[] = {{"a.v\n-y lib\n", ":2: \"-y\" is not known"},
+  } bad[] = {{"a.v\n-z lib\n", ":2: \"-z\" is not known"},
+             {"-timeout 5\n", "\"-timeout\" is not known"},
+             {"-sv none\n", "it must be slang, builtin or auto"},
              {"\"a.v\n", ":1: a quote is left open"},
              {"-f\n", ":1: -f wants"},
              {"-f l13.f\n", "nested deeper than 16"},

@@ -7,7 +7,7 @@
 #include <QRegularExpression>
 
 #include "bench/core_plans/plan_text.h"
-#include "platform/insert/proof.h"
+#include "platform/proof/proof.h"
 #include "platform/plan/capture_map.h"
 #include "tests/unit/read_design.h"
 
@@ -147,13 +147,13 @@ TEST(Proof, HoldsForTheWrittenDesignAndFailsForTamperedOnes) {
     const char* complaint;
   } tampers[] = {
       {"(module leaf__ostrel.*?= value) \\+ ", "\\1 - ", "module leaf__ostrel"},
-      {"(module leaf\\(.*?)value\\[1\\];", "\\1value[2];", "module leaf could"},  // one that nobody probes
-      {"(module divider.*?)posedge", "\\1negedge", "the other edge"},
+      {"(module leaf\\(.*?)value\\[1\\];", "\\1value[2];", "module leaf: the next value"},  // one that nobody probes
+      {"(module divider.*?)posedge", "\\1negedge", "the clock of the register"},
       {"slow_count = 2'h2", "slow_count = 2'h1", "initial value"},
-      {"posedge slow\\)", "posedge clk)", "module tricky could"},
-      {"posedge rst", "negedge rst", "module tricky could"},
-      {"~ slow;", "slow;", "module divider could"},
-      {"words\\[3\\] = 16'h3", "words[3] = 16'h2", "\"mem|"},
+      {"posedge slow\\)", "posedge clk)", "the clock of"},
+      {"posedge rst", "negedge rst", "module tricky: the next value"},
+      {"~ slow;", "slow;", "module divider: the next value"},
+      {"words\\[3\\] = 16'h3", "words[3] = 16'h2", "other contents"},
       {"(module pair.*?)endmodule", "\\1assign left = step[0] ? 4'h0 : 4'hz;\nendmodule", "module pair"},
       {"(module bare_pad.*?)endmodule", "\\1assign io = seen ? 1'b0 : 1'bz;\nendmodule", "module bare_pad"},
       {"(module store.*?)reg \\[15:0\\] words \\[.*?(assign ostrel_probe[^;]*;).*?endmodule",

@@ -29,7 +29,7 @@ TEST(OutputFolder, ReplacesItsOwnAndRefusesForeignOnes) {
   scratch.write("file", "mine");
   const struct {
     const char *target, *text;
-  } table[] = {{"out", ".notes"}, {"file", "in the way"}, {"none/out", "none/out"}};
+  } table[] = {{"out", ".notes"}, {"file", "There is a file or link in the place"}, {"none/out", "none/out"}};
   for (const auto& row : table) {
     EXPECT_FALSE(replace(scratch.path(row.target), "three", error)) << row.target;
     EXPECT_TRUE(has(error, row.text));
@@ -125,7 +125,7 @@ TEST(OutputFolder, LosesNothingThatSomebodyPutsIntoIt) {
     const QString staged = scratch.path(scratch.entries().filter("moved.new-").value(0).toLatin1());
     ASSERT_TRUE(QDir().rename(staged, scratch.path("elsewhere")) && QDir().mkdir(staged));
     EXPECT_FALSE(output.commit(error));
-    EXPECT_TRUE(has(error, "Somebody has moved the folder") && QDir().rmdir(staged));
+    EXPECT_TRUE(has(error, "has been moved away") && QDir().rmdir(staged));
     QDir(scratch.path("elsewhere")).removeRecursively();
   }
   EXPECT_EQ(scratch.read("out/a.v") + scratch.read("out/notes"), "onemine");

@@ -143,7 +143,7 @@ TEST(RemoteBitbang, AnEndIsNoticedAtOnceBehindWhicheverByte) {
       QByteArray read;
       QString error;
       EXPECT_EQ(client->run(QByteArray(kBits, 0), QByteArray(kBits, 0), &read, error), answers == kBits);
-      const QString due = QString("it closed the connection with %1 answers due").arg(kBits - answers);
+      const QString due = QString("it closed the connection with %1 replies outstanding").arg(kBits - answers);
       EXPECT_TRUE(answers == kBits || has(error, qPrintable(due)));
       EXPECT_LT(watch.seconds(), 5);
     }
@@ -162,11 +162,11 @@ TEST(RemoteBitbang, EachFailureIsOneClearErrorAndStays) {
     const char* text;
   } table[] = {
       {[](int in, int& out) { answer(out, "hello"), swallow(in); }, 50, 0.2, 0, "0x68"},
-      {[](int in, int&) { swallow(in); }, 50, 0.2, 0, "not moved a byte for 0.2 s (0 of 50 answers came)"},
+      {[](int in, int&) { swallow(in); }, 50, 0.2, 0, "transferred no byte for 0.2 s (0 of 50 replies came)"},
       {[](int in, int& out) { answer(out, "0101"), swallow(in); }, 50, 0.2, 0,
-       "a byte for 0.2 s (4 of 50 answers came)"},
+       "no byte for 0.2 s (4 of 50 replies came)"},
       {dribble, 50, 0.2, 0, "fewer than 150 bytes in 0.2 s ("},
-      {dribble, 50, 30, 0.2, "not done after the 0.2 s that it had ("},
+      {dribble, 50, 30, 0.2, "not done within its 0.2 s ("},
       // It reads nothing, and what it would write to is closed already.
       {[](int in, int& out) {
          if (in != out) close(std::exchange(out, -1));
@@ -213,11 +213,11 @@ TEST(RemoteBitbang, PlacesThatAreNoServer) {
     ServerAddress address;
     const char* text;
   } table[] = {{{ServerAddress::Fifo, empty.path(""), 0}, "mkfifo"},
-               {{ServerAddress::Fifo, unread.path(""), 0}, "Nobody reads"},
+               {{ServerAddress::Fifo, unread.path(""), 0}, "No program reads"},
                {{ServerAddress::Fifo, plainFile.path(""), 0}, "is not a FIFO"},
                {{ServerAddress::Unix, empty.path("none"), 0}, "Cannot connect"},
-               {{ServerAddress::Tcp, "127.0.0.1", 1}, "'127.0.0.1:1': Connection refused"},
-               {{ServerAddress::Tcp, "no.such.host.invalid", 1}, "Cannot find the host 'no.such.host.invalid'"}};
+               {{ServerAddress::Tcp, "127.0.0.1", 1}, "\"127.0.0.1:1\": Connection refused"},
+               {{ServerAddress::Tcp, "no.such.host.invalid", 1}, "Cannot find the host \"no.such.host.invalid\""}};
   for (const auto& row : table) {
     const Watch watch;
     EXPECT_FALSE(RemoteBitbang::connect(row.address, 0.05, error)) << row.text;

@@ -46,13 +46,13 @@ TEST(CaptureOptions, ThatDoNotFitAreNamedAndChangeNothing) {
     bool complete;  // all words are given, "-map m -connect fifo:d" not
   } table[] = {
       {"-map m", "-connect", true},          {"-connect fifo:d", "-map", true},
-      {"-cor c", "'-cor'", false},           {"-csv", "Missing value for '-csv'", false},
-      {"-count 0", "'-count'", false},       {"-timeout x", "'-timeout'", false},
+      {"-cor c", "\"-cor\"", false},         {"-csv", "The value of \"-csv\" is missing", false},
+      {"-count 0", "\"-count\"", false},     {"-timeout x", "\"-timeout\"", false},
       {"-ir 4:16", "WIDTH:CODE", false},     {"-op TU1=<", ".RE.", false},
-      {"-op TU2=.RE.", ">=", false},         {"-op TU1=.RE.", "'1x0'", false},
-      {"-set TU1=12", "'TU1'", false},       {"-set TU2=16", "'TU2'", false},
+      {"-op TU2=.RE.", ">=", false},         {"-op TU1=.RE.", "\"1x0\"", false},
+      {"-set TU1=12", "\"TU1\"", false},     {"-set TU2=16", "\"TU2\"", false},
       {"-set TU3=1010", "3 samples", false}, {"-set X=1", "TU1, TU2, TU3", false},
-      {"-set TU1", "UNIT=", false},          {"-set TU1=", "'TU1'", false},
+      {"-set TU1", "UNIT=", false},          {"-set TU1=", "\"TU1\"", false},
       {"-position 16", "0 to 15", false},    {"-position 101%", "0 to 15", false},
       {"-position -1", "0 to 15", false},    {"-te TE1,TE9", "TE1, TE2", false},
       {"-count 6", "1 to 5 events", false},  {"-windows 2", "1 to 1 windows", false},

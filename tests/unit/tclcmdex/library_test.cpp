@@ -1,7 +1,12 @@
-// What the commands of the package do not ask of the library: absent words and defaults, registering once more, and a
-// sink in the place of the console. tests/tcl has the rest.
+// What the commands of the package do not ask of the two libraries: absent words and defaults, registering once more, a
+// sink in the place of the console, and names of pages that must never reach the file system. tests/tcl has the rest.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "framework/hlp_help.h"
 #include "platform/tclcmdex/host.h"
 
 using namespace tcl_cmdex;
@@ -51,6 +56,36 @@ TEST(Console, GoesToTheHostsSink) {
   TclMsgOutput(nullptr, nullptr, 0);
   setConsoleSink(nullptr, nullptr);
   EXPECT_EQ(seen, "!");
+}
+
+namespace fs = std::filesystem;
+
+TEST(HelpPage, IsFoundByNameAndNeverOutsideTheHelpFolders) {
+  const fs::path root = fs::path(::testing::TempDir()) / "hlp_help_test";
+  fs::create_directories(root / "pages" / "folder.txt");
+  std::ofstream(root / "pages" / "ost_core.txt") << "core page\n";
+  std::ofstream(root / "pages" / "ost_core.add.txt") << "add page\n";
+  std::ofstream(root / "secret.txt") << "secret\n";
+  setenv("OST_HELP_PATH", ("/nowhere:" + (root / "pages").string()).c_str(), 1);
+
+  std::string error = "old", text = "old", extra = "old";
+  const auto page = [&](std::string name) { return hlp_help(name.data(), error, text, extra) ? text : "no page"; };
+  EXPECT_EQ(page("ost_core"), "core page\n");
+  EXPECT_EQ(error + extra, "");
+  EXPECT_EQ(page("ost_core add"), "add page\n");
+  for (const std::string name : {"ost_tu", "folder", "", "../secret", "ost_core.add", "ost_core  add", " ost_core",
+                                 "ost_core ", "pages/ost_core", "ost_core\n", "\xff"}) {
+    EXPECT_EQ(page(name), "no page") << name;
+    EXPECT_EQ(text, "");
+    EXPECT_NE(error.find('"' + name + '"'), std::string::npos) << error;
+  }
+  EXPECT_EQ(page(std::string(5000, 'a')), "no page");
+  EXPECT_FALSE(hlp_help(nullptr, error, text, extra));
+
+  unsetenv("OST_HELP_PATH");  // Now beside the library.
+  EXPECT_EQ(page("no_such_page"), "no page");
+  EXPECT_NE(error.find("/lib/help"), std::string::npos) << error;
+  fs::remove_all(root);
 }
 
 }  // namespace

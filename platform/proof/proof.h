@@ -17,16 +17,22 @@ struct ProofFiles {
   QString debugModule;   ///< The generated ostrel_debug.v.
 };
 
+struct ProofHooks {
+  std::function<bool()> idle;  ///< Called while the proof works; false cancels.
+};
+
 struct ProofReport {
   QStringList lines;  ///< What was proved, for the console.
   int modulesProved = 0;
   int probesChecked = 0;
+  QStringList undecided;  ///< Modules, with the reason in brackets.
 };
 
-/// Compares the design's sources with the written files: the modules that the insertion changed are equivalent in their
-/// user's ports and registers, the others too, and each input of the debug module is the very net of the plan. Takes
-/// nothing from the insertion but the plan and the netlist of the original. False with what differs in `error`.
+/// Compares the design's netlist with the written files: every module does the same at its ports and instances and in
+/// its registers and memories, and each input of the debug module is the very net of the plan. Takes nothing from the
+/// insertion but the plan and the netlist of the original. False with what differs in `error`; undecided modules are
+/// no failure.
 bool proveUnchanged(const InsertPlan& plan, const Design& design, std::shared_ptr<const Netlist> netlist,
-                    const ProofFiles& files, const std::function<bool()>& idle, ProofReport& report, QString& error);
+                    const ProofFiles& files, const ProofHooks& hooks, ProofReport& report, QString& error);
 
 }  // namespace ost

@@ -1,0 +1,361 @@
+// Reads a module's cells and nets into a compact form, and evaluates bits from their drivers on.
+#include "platform/proof/module_logic.h"
+
+#include <algorithm>
+
+#include "platform/text/byte_text.h"
+
+namespace ost {
+namespace {
+
+constexpr Edge kInProgress = kNoEdge - 1;
+
+bool begins(const QByteArray& type, std::initializer_list<const char*> prefixes) {
+  return std::any_of(prefixes.begin(), prefixes.end(), [&type](const char* prefix) { return type.startsWith(prefix); });
+}
+
+bool isState(const QByteArray& type) {
+  return begins(type, {"$dff", "$adff", "$sdff", "$aldff", "$dlatch", "$adlatch", "$_DFF", "$_SDFF", "$_DLATCH"}) ||
+         type == "$sr";
+}
+
+bool isMemoryRead(const QByteArray& type) {
+  return type == "$memrd" || type == "$memrd_v2";
+}
+
+}  // namespace
+
+int LeafTable::number(const QByteArray& name) {
+  const auto known = numbers.constFind(name);
+  if (known != numbers.constEnd()) return *known;
+  names.append(name);
+  return *numbers.insert(name, names.size() - 1);
+}
+
+QByteArray bitName(const QByteArray& net, int position, int width) {
+  return width == 1 ? net : net + '[' + QByteArray::number(position) + ']';
+}
+
+ModuleLogic::ModuleLogic(LogicGraph& graph, WordLogic& words, LeafTable& leaves, const NetlistBits& netlist, int module)
+    : graph_(graph), words_(words), leaves_(leaves), netlist_(netlist), module_(netlist.text.module(module)) {
+  instances_.resize(module_.instances.size());
+  readMemories();
+  if (module_.cells) readCells();
+  if (module_.netNames) readNets();
+  for (const NetlistPort& port : module_.portList)
+    for (int i = 0; i < port.bits.size(); ++i) {
+      highestBit_ = std::max(highestBit_, port.bits[i]);
+      if (port.direction != NetlistPort::Output)
+        driveByLeaf(port.bits[i], "port " + bitName(port.name, i, port.bits.size()));
+    }
+}
+
+int ModuleLogic::intern(const QByteArray& text) {
+  const auto known = textNumbers_.constFind(text);
+  if (known != textNumbers_.constEnd()) return *known;
+  texts_.append(text);
+  return *textNumbers_.insert(text, texts_.size() - 1);
+}
+
+void ModuleLogic::readCells() {
+  JsonCursor cursor(netlist_.text.text(), module_.cells);
+  std::string_view key;
+  for (cursor.enterObject(); cursor.nextMember(key); cursor.skipValue()) {
+    CellConnections read = readCell(netlist_.text, cursor.valueStart());
+    for (const QVector<int>& bits : read.ports)
+      for (const int bit : bits) highestBit_ = std::max(highestBit_, bit);
+    const QByteArray name = unescapeJson(key);
+    const int index = int(cells_.size());
+    const auto instance = module_.instanceByName.constFind(name);
+    if (instance != module_.instanceByName.constEnd()) {
+      const int definition = module_.instances[size_t(*instance)].module;
+      QHash<QByteArray, NetlistPort::Direction> directions;
+      if (definition >= 0)
+        for (const NetlistPort& port : netlist_.text.module(definition).portList)
+          directions.insert(port.name, port.direction);
+      // Of an undeclared module any pin may be an output.
+      for (auto port = read.ports.begin(); port != read.ports.end(); ++port)
+        if (directions.value(port.key(), NetlistPort::InOut) != NetlistPort::Input)
+          for (int i = 0; i < port->size(); ++i)
+            driveByLeaf(port->at(i), "pin " + name + '.' + bitName(port.key(), i, port->size()));
+      instances_[size_t(*instance)] = std::move(read);
+      continue;
+    }
+    const std::string_view text = netlist_.text.text();
+    const QByteArray type =
+        unescapeJson(text.substr(read.typeSpan.begin + 1, read.typeSpan.end - read.typeSpan.begin - 2));
+    Cell cell{intern(type), int(ports_.size()), read.ports.size(), int(parameters_.size()), read.parameters.size()};
+    for (auto port = read.ports.begin(); port != read.ports.end(); ++port) {
+      ports_.push_back({intern(port.key()), int(pool_.size()), port->size()});
+      pool_.insert(pool_.end(), port->begin(), port->end());
+    }
+    for (auto entry = read.parameters.begin(); entry != read.parameters.end(); ++entry)
+      parameters_.push_back({intern(entry.key()), intern(entry.value())});
+    cells_.push_back(cell);
+    const QByteArray memory = plainMemory(parameter(cell, "MEMID"));
+    if (isState(type)) {
+      addState(index, bits(cell, "Q"));
+    } else if (isMemoryRead(type)) {
+      if (parameter(cell, "CLK_ENABLE").contains('1'))
+        addState(index, bits(cell, "DATA"));
+      else
+        noteOutputs(index, bits(cell, "DATA"));
+    } else if (type == "$memwr" || type == "$memwr_v2") {
+      memories_[memory].writes.push_back(index);
+    } else if (type == "$meminit" || type == "$meminit_v2") {
+      memories_[memory].initials.push_back(index);
+    } else if (WordLogic::isKnown(type)) {
+      noteOutputs(index, bits(cell, "Y"));
+    } else {
+      refuse(
+          QStringLiteral("it has a cell of the type \"%1\", which the proof does not know").arg(textFromBytes(type)));
+    }
+  }
+  for (auto& [name, memory] : memories_) fillMemory(memory);
+}
+
+void ModuleLogic::readNets() {
+  JsonCursor cursor(netlist_.text.text(), module_.netNames);
+  std::string_view key, field, attribute;
+  cursor.enterObject();
+  while (cursor.nextMember(key)) {
+    ModuleNet net;
+    QByteArray initial;
+    qint64 hidden = 0;
+    cursor.enterObject();
+    while (cursor.nextMember(field)) {
+      if (field == "bits") {
+        readBits(cursor, net.bits);
+      } else if (field == "hide_name") {
+        cursor.readInteger(hidden);
+      } else if (field == "attributes") {
+        QByteArray value;
+        cursor.enterObject();
+        while (cursor.nextMember(attribute)) {
+          if (cursor.peek() != '"') {
+            cursor.skipValue();
+            continue;
+          }
+          cursor.readString(attribute == "init" ? initial : value);
+          if (attribute == "keep") net.kept = value.contains('1');
+        }
+      } else {
+        cursor.skipValue();
+      }
+    }
+    for (int i = 0; i < net.bits.size(); ++i) {
+      highestBit_ = std::max(highestBit_, net.bits[i]);
+      const char digit = initial.size() > i ? initial[initial.size() - 1 - i] : 'x';
+      if (digit == '0' || digit == '1') initial_.insert(net.bits[i], digit);
+    }
+    net.name = unescapeJson(key);
+    if (!hidden) nets_.push_back(std::move(net));
+  }
+  std::sort(nets_.begin(), nets_.end(), [](const ModuleNet& a, const ModuleNet& b) { return a.name < b.name; });
+  for (StateBit& state : states_) state.initial = initial_.value(state.bit, 'x');
+}
+
+const ModuleNet* ModuleLogic::net(const QByteArray& name) const {
+  const auto found = std::lower_bound(nets_.begin(), nets_.end(), name,
+                                      [](const ModuleNet& net, const QByteArray& key) { return net.name < key; });
+  return found != nets_.end() && found->name == name ? &*found : nullptr;
+}
+
+QVector<int> ModuleLogic::bits(const Cell& cell, const char* port) const {
+  for (int i = cell.firstPort; i < cell.firstPort + cell.ports; ++i)
+    if (texts_[ports_[size_t(i)].name] == port) {
+      const Port& found = ports_[size_t(i)];
+      return QVector<int>(pool_.begin() + found.first, pool_.begin() + found.first + found.count);
+    }
+  return {};
+}
+
+QByteArray ModuleLogic::parameter(const Cell& cell, const char* name) const {
+  for (int i = cell.firstParameter; i < cell.firstParameter + cell.parameters; ++i)
+    if (texts_[parameters_[size_t(i)].first] == name) return texts_[parameters_[size_t(i)].second];
+  return {};
+}
+
+int ModuleLogic::number(const Cell& cell, const char* name) const {
+  return int(parameter(cell, name).right(32).toUInt(nullptr, 2));
+}
+
+void ModuleLogic::noteOutputs(int cell, const QVector<int>& bits) {
+  for (int i = 0; i < bits.size(); ++i) drive(bits[i], {Driver::CellOutput, cell, i});
+}
+
+void ModuleLogic::driveByLeaf(int bit, const QByteArray& name) {
+  drive(bit, {Driver::Leaf, -1, int(graph_.leaf(leaves_.number(name)))});
+}
+
+/// The bits of states become leaves when their partners on the other side are known; see connect().
+void ModuleLogic::addState(int cell, const QVector<int>& bits) {
+  for (int i = 0; i < bits.size(); ++i) {
+    const int index = int(states_.size());
+    states_.push_back({cell, i, bits[i]});
+    stateAt_.emplace(bits[i], index);
+    drive(bits[i], {Driver::State, index, 0});
+  }
+}
+
+/// What drives one bit together with others gets a bit of its own.
+void ModuleLogic::drive(int bit, const Driver& driver) {
+  if (isConstantBit(bit)) return;
+  if (size_t(bit) >= driver_.size()) driver_.resize(std::max(size_t(bit) + 1, driver_.size() * 2));
+  Driver& known = driver_[size_t(bit)];
+  if (known.kind == Driver::None) {
+    known = driver;
+    return;
+  }
+  if (known.kind != Driver::Several) {
+    several_.push_back({known});
+    known = {Driver::Several, int(several_.size()) - 1, 0};
+  }
+  several_[size_t(known.cell)].push_back(driver);
+}
+
+int ModuleLogic::stateAt(int bit) const {
+  const auto found = stateAt_.find(bit);
+  return found == stateAt_.end() ? -1 : found->second;
+}
+
+void ModuleLogic::connect() {
+  value_.assign(size_t(highestBit_) + 1, kNoEdge);
+  driver_.resize(value_.size());
+}
+
+void ModuleLogic::cutBit(int bit, const QByteArray& net, int position) {
+  if (isConstantBit(bit) || stateAt_.count(bit)) return;
+  StateBit state{-1, bit, bit};
+  state.leaf = graph_.leaf(leaves_.number("net " + net + '[' + QByteArray::number(position) + ']'));
+  stateAt_.emplace(bit, int(states_.size()));
+  states_.push_back(state);
+  value_[size_t(bit)] = state.leaf;
+}
+
+void ModuleLogic::cut(const QByteArray& name, int position) {
+  const ModuleNet* found = net(name);
+  if (found && position < found->bits.size()) cutBit(found->bits[position], name, position);
+}
+
+/// Cuts a net that is named on both sides out of the loop that ends with `bit`.
+bool ModuleLogic::openLoop(const std::vector<int>& path, int bit) {
+  const auto start = std::find(path.begin(), path.end(), bit);
+  if (nameAt_.empty())
+    for (const ModuleNet& net : nets_)
+      for (int i = 0; i < net.bits.size(); ++i)
+        if (!nameAt_.contains(net.bits[i]) && (!mayCut || mayCut(net.name, i))) nameAt_.insert(net.bits[i], {&net, i});
+  for (auto at = start; at != path.end(); ++at) {
+    if (value_[size_t(*at)] != kInProgress || !nameAt_.contains(*at)) continue;
+    const auto [net, position] = nameAt_.value(*at);
+    newCuts_.append({net->name, position});
+    cutBit(*at, net->name, position);
+    return true;
+  }
+  refuse(QStringLiteral("it has a loop of logic in which no net has a name of the source's"));
+  return false;
+}
+
+void ModuleLogic::inputsOf(const Driver& driver, QVector<int>& inputs) const {
+  if (driver.kind == Driver::Several)
+    for (const Driver& one : several_[size_t(driver.cell)]) inputsOf(one, inputs);
+  if (driver.kind != Driver::CellOutput) return;
+  const Cell& cell = cells_[size_t(driver.cell)];
+  for (int i = cell.firstPort; i < cell.firstPort + cell.ports; ++i) {
+    const Port& port = ports_[size_t(i)];
+    const QByteArray& name = texts_[port.name];
+    if (name == "Y" || name == "DATA") continue;
+    for (int k = port.first; k < port.first + port.count; ++k) inputs.append(pool_[size_t(k)]);
+  }
+}
+
+Edge ModuleLogic::value(int bit) {
+  if (bit == kBitX) return kUnknown;
+  if (bit == kBitZ) return kFloating;
+  if (isConstantBit(bit)) return Edge(bit);
+  if (value_[size_t(bit)] == kNoEdge) compute(bit);
+  return value_[size_t(bit)];
+}
+
+Edges ModuleLogic::values(const QVector<int>& bits) {
+  Edges result;
+  for (const int bit : bits) result.push_back(value(bit));
+  return result;
+}
+
+/// Depth first without recursion: a chain of logic may be as long as the module.
+void ModuleLogic::compute(int bit) {
+  std::vector<int> waiting{bit}, path;
+  QVector<int> inputs;
+  while (!waiting.empty()) {
+    const int current = waiting.back();
+    const Edge known = value_[size_t(current)];
+    const bool onPath = !path.empty() && path.back() == current;
+    if (onPath ? known != kInProgress : known != kNoEdge) {
+      waiting.pop_back();
+      if (onPath) path.pop_back();
+      continue;
+    }
+    if (!onPath) {
+      value_[size_t(current)] = kInProgress;
+      path.push_back(current);
+    }
+    const Driver& driver = driver_[size_t(current)];
+    inputs.clear();
+    inputsOf(driver, inputs);
+    bool ready = true;
+    for (const int input : inputs) {
+      if (isConstantBit(input)) continue;
+      if (value_[size_t(input)] == kInProgress && !openLoop(path, input)) value_[size_t(input)] = kUnknown;
+      if (value_[size_t(input)] != kNoEdge) continue;
+      waiting.push_back(input);
+      ready = false;
+    }
+    // A net that was cut just now has its value, and what it is driven by is asked for later.
+    if (!ready || value_[size_t(current)] != kInProgress) continue;
+    if (driver.kind == Driver::CellOutput) {
+      const Edges results = evaluateCell(driver.cell);
+      const QVector<int> outputs = outputsOf(cells_[size_t(driver.cell)]);
+      for (int i = 0; i < outputs.size(); ++i) {
+        if (isConstantBit(outputs[i])) continue;
+        const Driver& other = driver_[size_t(outputs[i])];
+        Edge& value = value_[size_t(outputs[i])];
+        const bool mine = other.kind == Driver::CellOutput && other.cell == driver.cell && other.position == i;
+        if (mine && (value == kNoEdge || outputs[i] == current))
+          value = size_t(i) < results.size() ? results[size_t(i)] : kUnknown;
+      }
+    }
+    if (value_[size_t(current)] == kInProgress) value_[size_t(current)] = computed(driver);
+  }
+}
+
+/// Of a driver whose inputs have their values.
+Edge ModuleLogic::computed(const Driver& driver) {
+  if (driver.kind == Driver::None) return kFloating;
+  if (driver.kind == Driver::Leaf) return Edge(driver.position);
+  if (driver.kind == Driver::State) return states_[size_t(driver.cell)].leaf;
+  if (driver.kind == Driver::CellOutput) {
+    const Edges results = evaluateCell(driver.cell);
+    return size_t(driver.position) < results.size() ? results[size_t(driver.position)] : kUnknown;
+  }
+  Edges all;
+  for (const Driver& one : several_[size_t(driver.cell)]) all.push_back(computed(one));
+  return graph_.resolve(all);
+}
+
+QVector<int> ModuleLogic::outputsOf(const Cell& cell) const {
+  return bits(cell, isMemoryRead(typeOf(cell)) ? "DATA" : "Y");
+}
+
+Edges ModuleLogic::evaluateCell(int index) {
+  const Cell& cell = cells_[size_t(index)];
+  if (isMemoryRead(typeOf(cell))) return readMemory(cell);
+  WordCell word;
+  word.type = typeOf(cell);
+  word.port = [this, &cell](const char* port) { return values(bits(cell, port)); };
+  word.number = [this, &cell](const char* name) { return number(cell, name); };
+  word.bits = [this, &cell](const char* name) { return parameter(cell, name); };
+  return words_.evaluate(word);
+}
+
+}  // namespace ost

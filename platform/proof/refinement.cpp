@@ -1,0 +1,284 @@
+// Every function is split into "can be 1", "can be 0" and "can float", which never are unknown themselves; a difference
+// is a value that only the written side can take.
+#include "platform/proof/refinement.h"
+
+#include <algorithm>
+#include <random>
+
+namespace ost {
+namespace {
+
+constexpr int kRounds = 256;          ///< Of 64 random assignments each.
+constexpr int kMostTriedInputs = 16;  ///< Up to so many all values are tried.
+
+uint64_t mix(uint64_t hash, uint64_t value) {
+  hash = (hash ^ value) * 0x9e3779b97f4a7c15;
+  return hash ^ (hash >> 31);
+}
+
+}  // namespace
+
+bool Refinement::isVariable(uint32_t node) const {
+  const LogicGraph::Kind kind = graph_.node(node * 2).kind;
+  return kind == LogicGraph::Leaf || kind == LogicGraph::Function;
+}
+
+std::vector<uint32_t> Refinement::cone(const Edges& roots) const {
+  std::vector<uint32_t> waiting, nodes;
+  std::unordered_map<uint32_t, bool> seen;
+  for (const Edge root : roots) waiting.push_back(root >> 1);
+  while (!waiting.empty()) {
+    const uint32_t node = waiting.back();
+    waiting.pop_back();
+    if (!seen.emplace(node, true).second) continue;
+    nodes.push_back(node);
+    const LogicGraph::Node& data = graph_.node(node * 2);
+    for (uint32_t i = 0; i < data.count; ++i) waiting.push_back(graph_.inputs(data)[i] >> 1);
+  }
+  std::sort(nodes.begin(), nodes.end());  // inputs are older than what is made of them
+  return nodes;
+}
+
+Refinement::Rails Refinement::rails(Edge edge) {
+  if (!graph_.mayBeUnknown(edge)) return {edge, graph_.invert(edge), kFalse};
+  const auto known = rails_.find(edge >> 1);
+  Rails result;
+  if (known != rails_.end()) {
+    result = known->second;
+  } else {
+    for (const uint32_t node : cone({edge}))
+      if (graph_.mayBeUnknown(node * 2) && graph_.node(node * 2).kind != LogicGraph::List && !rails_.count(node))
+        rails_[node] = railsOfNode(node);
+    result = rails_[edge >> 1];
+  }
+  if (edge & 1) std::swap(result.one, result.zero);
+  return result;
+}
+
+/// Of a node whose inputs are known.
+Refinement::Rails Refinement::railsOfNode(uint32_t index) {
+  const LogicGraph::Node node = graph_.node(index * 2);
+  std::vector<Rails> in;
+  if (node.kind != LogicGraph::Function)
+    for (uint32_t i = 0; i < node.count; ++i) in.push_back(rails(graph_.inputs(node)[i]));
+  const auto all = [&](Edge Rails::*rail) {
+    Edges edges;
+    for (const Rails& input : in) edges.push_back(input.*rail);
+    return edges;
+  };
+  const auto either = [this](Edge a, Edge b) { return graph_.orOf({a, b}); };
+  const auto both = [this](Edge a, Edge b) { return graph_.andOf({a, b}); };
+  switch (node.kind) {
+    case LogicGraph::Constant:
+      return index == kFloating >> 1 ? Rails{kFalse, kFalse, kTrue} : Rails{kTrue, kTrue, kFalse};
+    case LogicGraph::And:
+      return {graph_.andOf(all(&Rails::one)), graph_.orOf(all(&Rails::zero)), kFalse};
+    case LogicGraph::Xor: {
+      Rails sum = in[0];
+      for (size_t i = 1; i < in.size(); ++i)
+        sum = {either(both(sum.one, in[i].zero), both(sum.zero, in[i].one)),
+               either(both(sum.one, in[i].one), both(sum.zero, in[i].zero)), kFalse};
+      return sum;
+    }
+    case LogicGraph::Mux: {
+      const auto choose = [&](Edge Rails::*rail) {
+        if (!graph_.mayBeUnknown(graph_.inputs(graph_.node(index * 2))[0]))
+          return graph_.mux(in[0].one, in[1].*rail, in[2].*rail);
+        return either(both(in[0].one, in[1].*rail), both(in[0].zero, in[2].*rail));
+      };
+      return {choose(&Rails::one), choose(&Rails::zero), choose(&Rails::floating)};
+    }
+    case LogicGraph::Majority:
+      return {graph_.majority(in[0].one, in[1].one, in[2].one), graph_.majority(in[0].zero, in[1].zero, in[2].zero),
+              kFalse};
+    case LogicGraph::Resolve:
+      return {graph_.orOf(all(&Rails::one)), graph_.orOf(all(&Rails::zero)), graph_.andOf(all(&Rails::floating))};
+    case LogicGraph::Digital:
+      return {either(in[0].one, in[0].floating), either(in[0].zero, in[0].floating), kFalse};
+    default: {
+      const Edge value = graph_.leaf(nextLeaf_++), unknown = graph_.leaf(nextLeaf_++);
+      invented_[value >> 1] = invented_[unknown >> 1] = true;
+      return {either(value, unknown), either(graph_.invert(value), unknown), kFalse};
+    }
+  }
+}
+
+Edge Refinement::difference(const ComparePoint& point) {
+  const Rails original = rails(point.original), written = rails(point.written), care = rails(point.care);
+  const auto only = [&](Edge Rails::*rail) { return graph_.andOf({written.*rail, graph_.invert(original.*rail)}); };
+  return graph_.andOf({care.one, graph_.orOf({only(&Rails::one), only(&Rails::zero), only(&Rails::floating)})});
+}
+
+/// A function gives what a number made of its arguments is, so that equal arguments give equal results.
+uint64_t Refinement::functionValue(const LogicGraph::Node& node,
+                                   const std::unordered_map<uint32_t, uint64_t>& values) const {
+  const LogicGraph::Node& list = graph_.node(graph_.inputs(node)[0]);
+  uint64_t result = 0;
+  for (int lane = 0; lane < 64; ++lane) {
+    uint64_t hash = mix(0x5ca1ab1e, node.data), word = 0;
+    for (uint32_t i = 0; i < list.count; ++i) {
+      const Edge argument = graph_.inputs(list)[i];
+      const auto found = values.find(argument >> 1);
+      const uint64_t bits = (found == values.end() ? 0 : found->second) ^ (argument & 1 ? ~uint64_t(0) : 0);
+      word = word << 1 | (bits >> lane & 1);
+      if (i % 64 == 63) hash = mix(hash, word);
+    }
+    hash = mix(mix(hash, word), list.count);
+    result |= (hash >> 17 & 1) << lane;
+  }
+  return result;
+}
+
+void Refinement::simulate(const std::vector<uint32_t>& nodes, const std::function<uint64_t(uint32_t)>& source,
+                          std::unordered_map<uint32_t, uint64_t>& values) const {
+  for (const uint32_t index : nodes) {
+    const LogicGraph::Node& node = graph_.node(index * 2);
+    const Edge* inputs = graph_.inputs(node);
+    const auto in = [&](uint32_t i) { return values[inputs[i] >> 1] ^ (inputs[i] & 1 ? ~uint64_t(0) : 0); };
+    uint64_t value = 0;
+    switch (node.kind) {
+      case LogicGraph::Leaf:
+        value = source(index);
+        break;
+      case LogicGraph::Function:
+        value = functionValue(node, values);
+        break;
+      case LogicGraph::And:
+        value = ~uint64_t(0);
+        for (uint32_t i = 0; i < node.count; ++i) value &= in(i);
+        break;
+      case LogicGraph::Xor:
+        for (uint32_t i = 0; i < node.count; ++i) value ^= in(i);
+        break;
+      case LogicGraph::Mux:
+        value = (in(0) & in(1)) | (~in(0) & in(2));
+        break;
+      case LogicGraph::Majority:
+        value = (in(0) & in(1)) | (in(2) & (in(0) | in(1)));
+        break;
+      default:
+        break;
+    }
+    values[index] = value;
+  }
+}
+
+/// Fills in the example when the assignment makes a difference in one of its 64 lanes.
+bool Refinement::explain(const ComparePoint& point, Edge different, const std::function<uint64_t(uint32_t)>& source,
+                         Counterexample& example, bool& sure) {
+  const Rails sides[] = {rails(point.original), rails(point.written)};
+  Edges roots{different};
+  for (const Rails& side : sides) roots.insert(roots.end(), {side.one, side.zero, side.floating});
+  const std::vector<uint32_t> nodes = cone(roots);
+  std::unordered_map<uint32_t, uint64_t> values;
+  simulate(nodes, source, values);
+  const auto at = [&values](Edge edge) { return values[edge >> 1] ^ (edge & 1 ? ~uint64_t(0) : 0); };
+  const uint64_t found = at(different);
+  if (!found) return false;
+  int lane = 0;
+  while (!(found >> lane & 1)) ++lane;
+  char* const results[] = {&example.original, &example.written};
+  for (int i = 0; i < 2; ++i) {
+    const bool one = at(sides[i].one) >> lane & 1, zero = at(sides[i].zero) >> lane & 1;
+    *results[i] = one && zero ? 'x' : one ? '1' : zero ? '0' : 'z';
+  }
+  example.leaves.clear();
+  sure = true;
+  for (const uint32_t index : nodes) {
+    const LogicGraph::Node& node = graph_.node(index * 2);
+    if (invented_.count(index) || (node.kind == LogicGraph::Function && isFree_(int(node.data >> 32)))) sure = false;
+    if (node.kind == LogicGraph::Leaf && !invented_.count(index))
+      example.leaves.append({int(node.data), bool(values[index] >> lane & 1)});
+  }
+  return true;
+}
+
+bool Refinement::simulateForDifference(const ComparePoint& point, Edge different, Counterexample& example, bool& sure) {
+  std::mt19937_64 random(1);
+  const std::vector<uint32_t> nodes = cone({different});
+  const int rounds = nodes.size() > 20000 ? 16 : kRounds;
+  for (int round = 0; round < rounds; ++round) {
+    std::unordered_map<uint32_t, uint64_t> chosen;
+    for (const uint32_t node : nodes) {
+      if (graph_.node(node * 2).kind != LogicGraph::Leaf) continue;
+      uint64_t word = random();
+      if (round % 4 == 1) word &= random() & random();
+      if (round % 4 == 2) word |= random() | random();
+      chosen[node] = word;
+    }
+    const auto source = [&chosen](uint32_t node) { return chosen[node]; };
+    std::unordered_map<uint32_t, uint64_t> values;
+    simulate(nodes, source, values);
+    if ((values[different >> 1] ^ (different & 1 ? ~uint64_t(0) : 0)) == 0) continue;
+    return explain(point, different, source, example, sure);
+  }
+  return false;
+}
+
+/// Tries all values of few inputs; what a function gives counts as one.
+bool Refinement::holdsForAll(Edge different) {
+  std::vector<uint32_t> nodes, waiting{different >> 1};
+  std::unordered_map<uint32_t, int> variable;
+  std::unordered_map<uint32_t, bool> seen;
+  while (!waiting.empty()) {
+    const uint32_t node = waiting.back();
+    waiting.pop_back();
+    if (!seen.emplace(node, true).second) continue;
+    nodes.push_back(node);
+    const LogicGraph::Node& data = graph_.node(node * 2);
+    if (isVariable(node)) {
+      variable.emplace(node, int(variable.size()));
+      if (variable.size() > size_t(kMostTriedInputs)) return false;
+      continue;
+    }
+    for (uint32_t i = 0; i < data.count; ++i) waiting.push_back(graph_.inputs(data)[i] >> 1);
+  }
+  std::sort(nodes.begin(), nodes.end());
+  static const uint64_t kPatterns[] = {0xaaaaaaaaaaaaaaaa, 0xcccccccccccccccc, 0xf0f0f0f0f0f0f0f0,
+                                       0xff00ff00ff00ff00, 0xffff0000ffff0000, 0xffffffff00000000};
+  const int blocks = variable.size() > 6 ? 1 << (variable.size() - 6) : 1;
+  for (int block = 0; block < blocks; ++block) {
+    std::unordered_map<uint32_t, uint64_t> values;
+    std::vector<uint32_t> inner;
+    for (const uint32_t node : nodes) {
+      const auto found = variable.find(node);
+      if (found == variable.end())
+        inner.push_back(node);
+      else
+        values[node] = found->second < 6                  ? kPatterns[found->second]
+                       : block >> (found->second - 6) & 1 ? ~uint64_t(0)
+                                                          : 0;
+    }
+    simulate(inner, {}, values);
+    if (values[different >> 1] ^ (different & 1 ? ~uint64_t(0) : 0)) return false;
+  }
+  return true;
+}
+
+ProofOutcome Refinement::check(const std::vector<ComparePoint>& points, const SolverLimits& limits, int& point,
+                               Counterexample& example, QString& reason) {
+  std::vector<std::pair<int, Edge>> left;
+  bool doubtful = false;
+  for (size_t i = 0; i < points.size(); ++i) {
+    if (limits.idle && !limits.idle()) {
+      reason = QStringLiteral("cancelled");
+      return ProofOutcome::Undecided;
+    }
+    const Edge different = difference(points[i]);
+    if (different == kFalse || holdsForAll(different)) continue;
+    bool sure = false;
+    if (!simulateForDifference(points[i], different, example, sure)) {
+      left.push_back({int(i), different});
+      continue;
+    }
+    point = int(i);
+    if (sure) return ProofOutcome::Different;
+    doubtful = true;
+    reason = QStringLiteral("it depends on arithmetic that the proof does not look into");
+  }
+  if (doubtful) return ProofOutcome::Undecided;
+  if (left.empty()) return ProofOutcome::Proved;
+  return solve(points, left, limits, point, example, reason);
+}
+
+}  // namespace ost

@@ -1,0 +1,291 @@
+# An instrumented design beside its source: lint, a test bench with random stimuli, records of both in simulation
+# (Icarus Verilog), and their comparison bit by bit. What inserts the design is not in here.
+package require Tcl 8.6
+
+namespace eval beside {
+  variable patience 900 ;# Of each program, in seconds of the wall clock.
+  variable place ""     ;# Where programs run: files that a design reads by name are there. Empty: the folder of the results.
+}
+
+# A JSON text as nested dicts and lists; numbers, true, false and null as their words.
+proc beside::json {text} {
+  set tokens [regexp -all -inline {"(?:[^"\\]|\\.)*"|[][{}:,]|[^][{}:,\s"]+} $text]
+  set at 0
+  return [JsonValue $tokens at]
+}
+proc beside::JsonValue {tokens atName} {
+  upvar 1 $atName at
+  set token [lindex $tokens $at]
+  incr at
+  if {$token ni {\{ \[}} {
+    if {[string index $token 0] ne "\""} { return $token }
+    return [subst -nocommands -novariables [string range $token 1 end-1]]
+  }
+  set value {}
+  while {$at < [llength $tokens] && [lindex $tokens $at] ni {\} \]}} {
+    if {[lindex $tokens $at] eq ","} { incr at }
+    lappend value [JsonValue $tokens at]
+    if {[lindex $tokens $at] eq ":"} {
+      incr at
+      lappend value [JsonValue $tokens at]
+    }
+  }
+  incr at
+  return $value
+}
+
+proc beside::readFile {name} {
+  set channel [open $name]
+  try { return [read $channel] } finally { close $channel }
+}
+proc beside::writeFile {name text} {
+  set channel [open $name w]
+  try { puts -nonewline $channel $text } finally { close $channel }
+}
+
+# Runs a program; its output goes into the file `log`. An error that names the log when it fails.
+proc beside::runTool {log args} {
+  variable patience
+  variable place
+  set here [pwd]
+  cd [expr {$place eq "" ? [file dirname $log] : $place}]
+  try {
+    exec -ignorestderr timeout $patience {*}$args </dev/null >$log 2>@1
+  } trap CHILDSTATUS {} {
+    set lines [regexp -all -inline -line {^.*(?:error|Error|ERROR|sorry).*$} [readFile $log]]
+    error "\"[lindex $args 0]\" failed; see \"$log\":\n[join [lrange $lines 0 5] \n]"
+  } finally { cd $here }
+}
+
+# What an insertion's output folder tells: a dict of `map` (the capture map), `files` (in reading order), `verilog` (the
+# instrumented design), `debug` (the debug module's instance) and `ports`, the top's own, each {direction name range width}.
+proc beside::output {folder} {
+  set map [json [readFile [file join $folder capture_map.json]]]
+  set files [lmap name [split [string trim [readFile [file join $folder files.f]]] \n] { file join $folder $name }]
+  set verilog [lindex $files end]
+  set added [dict values [dict get $map jtag]]
+  foreach core [dict get $map cores] {
+    set trigger [dict get $core triggerOut]
+    if {$trigger ne "null"} { lappend added [dict get $trigger name] }
+  }
+  set top [dict get $map top]
+  set inTop 0
+  set ports {}
+  set debug ""
+  foreach line [split [readFile $verilog] \n] {
+    if {[regexp {^module (\S+?) ?\(} $line -> module]} { set inTop [expr {[string trimleft $module \\] eq $top}] }
+    if {!$inTop} continue
+    if {[regexp {^  (input|output|inout) (?:\[(-?\d+):(-?\d+)\] )?(\S+) ?;} $line -> direction left right name]} {
+      if {$name in $added} continue
+      if {[string index $name 0] eq "\\"} { append name " " }
+      if {$left eq ""} { lappend ports [list $direction $name "" 1]; continue }
+      lappend ports [list $direction $name "\[$left:$right\] " [expr {abs($left - $right) + 1}]]
+    }
+    regexp {^  ostrel_debug (ostrel_debug_i\w*) \($} $line -> debug
+  }
+  return [dict create map $map files $files verilog $verilog debug $debug ports $ports]
+}
+
+# The hierarchical name of a bit of the map below `dut`. In what Yosys writes (`flat`) generate scopes are part of the
+# names of nets and instances; in a source they are scopes.
+proc beside::path {dut bit flat} {
+  lassign $bit name instance net
+  set path $dut
+  foreach part [concat [split $instance /] [list $net]] {
+    set plain [expr {$flat ? {^[A-Za-z_][\w$]*$} : {^[A-Za-z_][\w$]*(\[-?\d+\])?(\.[A-Za-z_][\w$]*(\[-?\d+\])?)*$}}]
+    append path . [expr {[regexp $plain $part] ? $part : "\\$part "}]
+  }
+  if {[string range $name end-[expr {[string length $net] - 1}] end] ne $net} {
+    regexp {\[-?\d+\]$} $name index
+    append path [expr {[info exists index] ? $index : ""}]
+  }
+  return $path
+}
+
+# The bits to be compared, as Verilog below `dut`: {names of the columns, in the source, in a netlist of Yosys, in the
+# instrumented design}. First the top's outputs and inouts, then each probe as the debug module sees it.
+proc beside::columns {output dut} {
+  set names {}
+  foreach port [dict get $output ports] {
+    lassign $port direction name range width
+    if {$direction eq "input"} continue
+    for {set i [expr {$width - 1}]} {$i >= 0} {incr i -1} { lappend names "$name#$i" }
+    lappend source $dut.$name
+  }
+  set netlist [set instrumented [expr {[info exists source] ? $source : [set source {}]}]]
+  set number 0
+  foreach core [dict get $output map cores] {
+    set position 0
+    foreach bit [dict get $core probeBits] {
+      lappend names [lindex $bit 0]
+      lappend source [path $dut $bit 0]
+      lappend netlist [path $dut $bit 1]
+      lappend instrumented "$dut.[dict get $output debug].c${number}_probe\[$position\]"
+      incr position
+    }
+    incr number
+  }
+  return [list $names $source $netlist $instrumented]
+}
+
+# A module that writes the values of `paths`, `width` bits in all, as they were 1 ps before each of the events, into `file`; a line an event. It ends
+# the simulation after `rows` lines.
+proc beside::watch {width paths events rows file} {
+  return "`timescale 1ps / 1ps
+module ostrel_beside;
+  wire \[[expr {$width - 1}]:0\] now = {[join $paths ,\n    ]};
+  wire \[[expr {$width - 1}]:0\] before;
+  assign #1 before = now;
+  integer record, rows = 0;
+  time last = 0;
+  initial record = \$fopen(\"$file\");
+  always @([join $events { or }]) if (\$time != last) begin
+    last = \$time;
+    \$fwrite(record, \"%b\\n\", before);
+    rows = rows + 1;
+    if (rows == $rows) \$finish;
+  end
+endmodule
+"
+}
+
+# A test bench `field_tb` with the instance `dut` of the top. Clocks run with different periods and never change at one
+# time; every other input has a time of its own in each 10 ns at which it may change. `resets` is a list of names and active levels.
+proc beside::bench {top ports clocks resets seed} {
+  set text "`timescale 1ps / 1ps\nmodule field_tb;\n  integer seed = $seed, ticks = 0;\n"
+  set drive ""
+  set connections {}
+  set number 0
+  foreach port $ports {
+    lassign $port direction name range width
+    incr number
+    lappend connections ".${name}(p$number)"
+    set random "{[string trimright [string repeat {$random(seed), } [expr {($width + 31) / 32}]] {, }]}"
+    set at [expr {500 + 20 * $number}]
+    set clock [lsearch -exact $clocks $name]
+    if {$direction eq "output"} {
+      append text "  wire ${range}p$number;\n"
+    } elseif {$clock >= 0} {
+      append text "  reg p$number = 0;\n  initial #[expr {10 * $clock + 10}] forever #[expr {5000 + 2000 * $clock}] p$number = ~p$number;\n"
+    } elseif {[dict exists $resets $name]} {
+      set level [dict get $resets $name]
+      append text "  reg p$number = [expr {!$level}];\n  initial #15 p$number = $level;\n"
+      append drive "    p$number <= #$at (ticks < 20 || (\$random(seed) & 255) == 0) ? 1'b$level : 1'b[expr {!$level}];\n"
+    } elseif {$direction eq "input"} {
+      append text "  reg ${range}p$number = 0;\n"
+      append drive "    if (\$random(seed) & 16) p$number <= #$at $random;\n"
+    } else {
+      append text "  wire ${range}p$number;\n  reg ${range}v$number = 0;\n  reg e$number = 0;\n"
+      append text "  assign p$number = e$number ? v$number : {$width{1'bz}};\n"
+      append drive "    e$number <= #$at \$random(seed) >> 8;\n    v$number <= #$at $random;\n"
+    }
+  }
+  append text "  always #10000 begin\n    ticks = ticks + 1;\n$drive  end\n"
+  return "$text  $top dut ([join $connections {, }]);\nendmodule\n"
+}
+
+# Compiles `words` (options and files of Icarus) with the bench and a watch into NAME.vvp, its record being NAME.rec.
+proc beside::build {folder name words bench width paths events rows} {
+  set base [file join $folder $name]
+  writeFile $base.tb.v $bench[watch $width $paths $events $rows $base.rec]
+  runTool $base.build iverilog -o $base.vvp {*}$words $base.tb.v
+}
+proc beside::simulate {folder name args} {
+  build $folder $name {*}$args
+  runTool [file join $folder $name.run] vvp -n [file join $folder $name.vvp]
+}
+
+# Simulates the source and the instrumented design and compares what they did, as `compare` does. Where they differ, the
+# source once through Yosys, without an insertion, is simulated too: what it does alike is not the insertion's doing.
+# `bench` holds the top as `dut`; `events` are the moments of the record, in names below `dut`.
+proc beside::judge {folder output words bench dut events rows} {
+  lassign [columns $output $dut] names source netlist instrumented
+  set common [list $events $rows]
+  set width [llength $names]
+  simulate $folder source $words $bench $width $source {*}$common
+  set standard [lsearch -inline $words -g20*]
+  simulate $folder debug [concat $standard [dict get $output files]] $bench $width $instrumented {*}$common
+  set records [list [file join $folder source.rec] [file join $folder debug.rec]]
+  set result [compare $names {*}$records]
+  dict set result byYosys 0
+  if {[dict get $result differences] eq {}} { return $result }
+  if {[catch {
+    roundTrip $folder $words [dict get $output map top]
+    simulate $folder trip [list $standard [file join $folder trip.v]] $bench $width $netlist {*}$common
+    set result [compare $names {*}$records [file join $folder trip.rec]]
+    dict set result byYosys 0
+  }]} {
+    # Yosys writes some x and z so that nobody reads it.
+    dict set result byYosys 1
+  }
+  return $result
+}
+
+# Compares two records row by row. A bit that is x in the first may be anything in the second. With a third record, a bit
+# that differs from the first but equals the third is excused. A dict: rows, bits, unknown (bits), moved (columns that changed),
+# excused, differences (at most ten of {row column first second}).
+proc beside::compare {names first second {third ""}} {
+  set result [dict create rows 0 bits 0 unknown 0 moved 0 excused 0 differences {}]
+  set others [expr {$third eq "" ? {} : [split [readFile $third] \n]}]
+  set moved [dict create]
+  set before ""
+  set row -1
+  foreach a [split [string trimright [readFile $first] \n] \n] b [split [string trimright [readFile $second] \n] \n] {
+    incr row
+    if {$a eq "" || $b eq ""} break
+    dict incr result rows
+    dict incr result bits [string length $a]
+    dict incr result unknown [regexp -all {x} $a]
+    if {$a ne $before} {
+      if {$before ne "" && [dict size $moved] < [llength $names]} {
+        for {set i 0} {$i < [string length $a]} {incr i} {
+          set pair [string index $before $i][string index $a $i]
+          if {$pair in {01 10}} { dict set moved $i 1 }
+        }
+      }
+      set before $a
+    }
+    if {$a eq $b} continue
+    set c [lindex $others $row]
+    for {set i 0} {$i < [string length $a]} {incr i} {
+      set x [string index $a $i]
+      set y [string index $b $i]
+      if {$x eq $y || $x eq "x"} continue
+      if {$c ne "" && ([string index $c $i] eq $y || [string index $c $i] eq "x")} { dict incr result excused; continue }
+      if {[llength [dict get $result differences]] < 10} {
+        dict lappend result differences [list $row [lindex $names $i] $x $y]
+      }
+    }
+  }
+  dict set result moved [dict size $moved]
+  dict set result columns [llength $names]
+  return $result
+}
+
+# The source once through Yosys, without an insertion, as trip.v.
+proc beside::roundTrip {folder words top} {
+  set base [file join $folder trip]
+  set sources [lsearch -all -inline -not $words -g20*]
+  set read "read_verilog[expr {"-g2012" in $words ? " -sv" : ""}]"
+  writeFile $base.ys "$read $sources\nhierarchy -check -top $top\nproc\nwrite_verilog -noattr $base.v\n"
+  set yosys [expr {[info exists ::env(OST_YOSYS)] ? $::env(OST_YOSYS) : "yosys"}]
+  runTool $base.log $yosys -q -s $base.ys
+}
+
+# The kinds of messages that Verilator has on the files, each once; an error is the kind ERROR.
+proc beside::verilatorKinds {log words top} {
+  set words [lsearch -all -inline -not $words -g20*]
+  catch {runTool $log verilator --lint-only -Wno-fatal --top-module $top {*}$words}
+  set kinds {}
+  foreach {all kind name} [regexp -all -inline -line {^%(Error|Warning)(?:-(\w+))?:} [readFile $log]] {
+    lappend kinds [expr {$kind eq "Error" ? "ERROR$name" : $name}]
+  }
+  return [lsort -unique $kinds]
+}
+# Those that only the instrumented design has.
+proc beside::newKinds {folder output words} {
+  set top [dict get $output map top]
+  set before [verilatorKinds [file join $folder source.lint] $words $top]
+  set after [verilatorKinds [file join $folder debug.lint] [dict get $output files] $top]
+  return [lmap kind $after { if {$kind in $before} continue; set kind }]
+}
