@@ -111,7 +111,7 @@ bool RunSettings::setUnit(const QString& name, const QString& operatorWord, cons
   QByteArray value, mask;
   const bool serial = unit.unitClass == UnitClass::Serial;
   QString reason;
-  bool good = parseUnitValue(op, unit.radix, valueText, serial ? 1 : unit.width, value, mask, reason);
+  bool good = parseUnitValue(op, unit.radix, valueText, serial ? 1 : unit.width, value, mask, reason, unit.names);
   if (good && value.size() > unit.width) {
     reason = QStringLiteral("the pattern in hardware has %1 samples").arg(unit.width);
     good = false;
