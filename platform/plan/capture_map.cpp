@@ -67,9 +67,12 @@ class MapWriter {
   void bits(const char* name, const QVector<NetBit>& entries) {
     list(name, entries, [this](const NetBit& entry) { bit(entry); });
   }
+  /// Pairs of name and value, most significant bit first; nothing without names.
+  void valueNames(const EnumNames& names);
   void enable(const char* name, bool used, const NetBit& net, bool activeLow);
   void unit(const PlanUnit& unit);
   void expression(const PlanExpression& expression);
+  void triggerOut(const PlanCore& core);
   void core(const PlanCore& core);
 
   rapidjson::StringBuffer buffer_;
@@ -79,6 +82,24 @@ class MapWriter {
 QByteArray reversed(QByteArray digits) {
   std::reverse(digits.begin(), digits.end());
   return digits;
+}
+
+void MapWriter::valueNames(const EnumNames& names) {
+  if (names.isEmpty()) return;
+  list("names", names, [this](const EnumName& entry) {
+    line([&] {
+      bytes(entry.name.toLatin1());
+      bytes(reversed(entry.bits));
+    });
+  });
+}
+
+bool namesValues(const InsertPlan& plan) {
+  const auto any = [](const auto& list) {
+    return std::any_of(list.begin(), list.end(), [](const auto& entry) { return !entry.names.isEmpty(); });
+  };
+  return std::any_of(plan.cores.begin(), plan.cores.end(),
+                     [&](const PlanCore& core) { return any(core.probes) || any(core.units); });
 }
 
 void MapWriter::enable(const char* name, bool used, const NetBit& net, bool activeLow) {
@@ -107,6 +128,7 @@ void MapWriter::unit(const PlanUnit& unit) {
   bytes(reversed(unit.value));
   key("mask");
   bytes(reversed(unit.mask));
+  valueNames(unit.names);
   writer_.EndObject();
 }
 
@@ -128,6 +150,21 @@ void MapWriter::expression(const PlanExpression& expression) {
   writer_.EndObject();
 }
 
+void MapWriter::triggerOut(const PlanCore& core) {
+  key("triggerOut");
+  if (!core.triggerOutIo && !core.triggerOutNet) {
+    writer_.Null();
+    return;
+  }
+  writer_.StartObject();
+  text("name", core.triggerOutName);
+  flag("port", core.triggerOutIo);
+  flag("net", core.triggerOutNet);
+  flag("activeLow", core.triggerOutActiveLow);
+  number("minPulse", core.triggerOutMinPulse);
+  writer_.EndObject();
+}
+
 void MapWriter::core(const PlanCore& core) {
   writer_.StartObject();
   text("name", core.name);
@@ -145,23 +182,13 @@ void MapWriter::core(const PlanCore& core) {
   number("windowSamples", core.windowSamples);
   flag("eventCounter", core.eventCounter);
   number("eventCount", core.eventCount);
-  key("triggerOut");
-  if (!core.triggerOutIo && !core.triggerOutNet) {
-    writer_.Null();
-  } else {
-    writer_.StartObject();
-    text("name", core.triggerOutName);
-    flag("port", core.triggerOutIo);
-    flag("net", core.triggerOutNet);
-    flag("activeLow", core.triggerOutActiveLow);
-    number("minPulse", core.triggerOutMinPulse);
-    writer_.EndObject();
-  }
+  triggerOut(core);
   bits("probeBits", core.probeBits);
   list("probes", core.probes, [this](const PlanProbe& probe) {
     writer_.StartObject();
     text("name", probe.name);
     numbers("positions", probe.positions);
+    valueNames(probe.names);
     writer_.EndObject();
   });
   bits("triggerBits", core.triggerBits);
@@ -173,7 +200,7 @@ void MapWriter::core(const PlanCore& core) {
 QByteArray MapWriter::write(const InsertPlan& plan) {
   writer_.StartObject();
   text("format", captureMapFormat());
-  number("version", kCaptureMapVersion);
+  number("version", namesValues(plan) ? kCaptureMapVersion : kCaptureMapVersion - 1);
   text("project", plan.projectName);
   text("top", plan.topModule);
   key("hash");

@@ -53,7 +53,7 @@ QByteArray unitChain(const PlanUnit& unit) {
   const Operator op = unit.op;
   switch (unit.unitClass) {
     case UnitClass::Match: {
-      // The watched bits stand in the mask for rising edges, in the value for falling ones.
+      // The watched bits are in the mask for rising edges and in the value for falling ones.
       const QByteArray none(unit.width, '\0'), mask = bitsOf(unit.mask);
       if (op == Operator::RisingEdge) return flag(false) + flag(true) + none + mask;
       if (op == Operator::FallingEdge) return flag(false) + flag(true) + mask + none;
@@ -119,7 +119,7 @@ bool RunSettings::setUnit(const QString& name, const QString& operatorWord, cons
   QByteArray value, mask;
   const bool serial = unit.unitClass == UnitClass::Serial;
   QString reason;
-  bool good = parseUnitValue(op, unit.radix, valueText, serial ? 1 : unit.width, value, mask, reason);
+  bool good = parseUnitValue(op, unit.radix, valueText, serial ? 1 : unit.width, value, mask, reason, unit.names);
   if (good && value.size() > unit.width) {
     reason = QStringLiteral("the pattern in hardware has %1 samples").arg(unit.width);
     good = false;

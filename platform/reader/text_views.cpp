@@ -29,6 +29,7 @@ View layOut(const Capture& capture, const CaptureWindow& window, int width) {
     view.nameColumns = qMax(view.nameColumns, qMin(probe.name.size(), kMostNameColumns));
     if (probe.positions.size() > 1)
       digits = qMax(digits, digitsOf(QByteArray(probe.positions.size(), '1'), capture.core.displayRadix).size());
+    for (const EnumName& value : probe.names) digits = qMax(digits, value.name.size());
   }
   if (capture.core.includeTrigger)
     for (const PlanUnit& unit : capture.core.units)
@@ -66,7 +67,7 @@ QByteArray vectorLine(const Capture& capture, const CaptureWindow& window, const
     int same = 1;
     while (i + same < view.samples && capture.probeBits(row + same, probe) == bits) ++same;
     const int room = same * view.columns - 1;
-    QByteArray digits = digitsOf(bits, capture.core.displayRadix);
+    QByteArray digits = valueText(probe, bits, capture.core.displayRadix);
     if (digits.size() > room) digits = room >= 3 ? digits.left(room - 2) + ".." : QByteArray(room, '.');
     line += '|' + digits.leftJustified(room, ' ');
     i += same;
@@ -82,8 +83,7 @@ QByteArray bitLine(const CaptureWindow& window, const View& view, Level level) {
   return line;
 }
 
-QByteArray quoted(const QString& text) {
-  QByteArray bytes = text.toLatin1();
+QByteArray quoted(QByteArray bytes) {
   if (!bytes.contains(',') && !bytes.contains('"') && !bytes.contains('\n')) return bytes;
   return '"' + bytes.replace("\"", "\"\"") + '"';
 }
@@ -105,7 +105,7 @@ QByteArray captureToWave(const Capture& capture, int columns) {
     for (const PlanProbe& probe : capture.core.probes) {
       if (probe.positions.isEmpty()) continue;
       const int bit = probe.positions[0];
-      addLine(probe.name, probe.positions.size() > 1
+      addLine(probe.name, probe.positions.size() > 1 || !probe.names.isEmpty()
                               ? vectorLine(capture, window, view, probe)
                               : bitLine(window, view, [&](int row) { return capture.probeBit(row, bit); }));
     }
@@ -119,8 +119,9 @@ QByteArray captureToCsv(const Capture& capture) {
   const PlanCore& core = capture.core;
   QByteArray text = "window,sample";
   if (core.timestampBits) text += ",timestamp";
-  for (const PlanProbe& probe : core.probes) text += ',' + quoted(probe.name);
-  for (int i = 0; core.includeTrigger && i < core.units.size(); ++i) text += ',' + quoted(core.units[i].name);
+  for (const PlanProbe& probe : core.probes) text += ',' + quoted(probe.name.toLatin1());
+  for (int i = 0; core.includeTrigger && i < core.units.size(); ++i)
+    text += ',' + quoted(core.units[i].name.toLatin1());
   text += '\n';
   for (int number = 0; number < capture.windows.size(); ++number) {
     const CaptureWindow& window = capture.windows[number];
@@ -129,7 +130,7 @@ QByteArray captureToCsv(const Capture& capture) {
       text += QByteArray::number(number) + ',' + QByteArray::number(i - window.trigger);
       if (core.timestampBits) text += ',' + QByteArray::number(capture.timestamp(row));
       for (const PlanProbe& probe : core.probes)
-        text += ',' + digitsOf(capture.probeBits(row, probe), capture.core.displayRadix);
+        text += ',' + quoted(valueText(probe, capture.probeBits(row, probe), core.displayRadix));
       for (int u = 0; core.includeTrigger && u < core.units.size(); ++u)
         text += capture.unitState(row, u) ? ",1" : ",0";
       text += '\n';

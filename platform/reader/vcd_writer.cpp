@@ -13,6 +13,7 @@ struct Variable {
   QByteArray name;
   QByteArray range;  ///< " [7:0]" or empty.
   int width = 1;
+  bool isText = false;
   QByteArray code;
   QByteArray last;
   std::function<QByteArray(int row, int window)> value;  ///< Leftmost bit first.
@@ -106,6 +107,14 @@ void addProbes(const Capture& capture, Scope& top) {
     variable.name = uniqueName(legalName(name), variable.range, scope.names);
     variable.value = [&capture, &probe](int row, int) { return capture.probeBits(row, probe); };
     scope.variables += variable;
+    if (probe.names.isEmpty()) continue;
+    Variable text;
+    text.isText = true;
+    text.name = uniqueName(variable.name + "_name", "", scope.names);
+    text.value = [&capture, &probe](int row, int) {
+      return valueText(probe, capture.probeBits(row, probe), capture.core.displayRadix);
+    };
+    scope.variables += text;
   }
 }
 
@@ -137,8 +146,8 @@ void declare(const QByteArray& name, Scope& scope, QVector<Variable*>& all, QByt
   text += "$scope module " + name + " $end\n";
   for (Variable& variable : scope.variables) {
     variable.code = codeOf(all.size());
-    text += "$var wire " + QByteArray::number(variable.width) + ' ' + variable.code + ' ' + variable.name +
-            variable.range + " $end\n";
+    text += (variable.isText ? "$var string " : "$var wire ") + QByteArray::number(variable.width) + ' ' +
+            variable.code + ' ' + variable.name + variable.range + " $end\n";
     all += &variable;
   }
   for (auto child = scope.children.begin(); child != scope.children.end(); ++child)
@@ -149,7 +158,10 @@ void declare(const QByteArray& name, Scope& scope, QVector<Variable*>& all, QByt
 void change(Variable& variable, const QByteArray& value, QByteArray& text) {
   if (value == variable.last) return;
   variable.last = value;
-  text += variable.width == 1 ? value + variable.code + '\n' : 'b' + value + ' ' + variable.code + '\n';
+  if (variable.isText)
+    text += 's' + value + ' ' + variable.code + '\n';
+  else
+    text += variable.width == 1 ? value + variable.code + '\n' : 'b' + value + ' ' + variable.code + '\n';
 }
 
 /// Gives all variables that belong to no capture yet to this one.

@@ -71,6 +71,8 @@ class CoreCheck {
   void checkTracedSignals() const;
   void checkEnable(bool on, const ResolvedName& signal, const char* title, const char* option) const;
   void checkCaptureSettings() const;
+  /// `asked`: the text of what the buffer asks for.
+  void checkBlockRam(int samples, int width, const QString& asked) const;
   void checkUnit(const ResolvedUnit& resolved) const;
   void checkExpression(const ResolvedExpression& resolved) const;
 
@@ -82,7 +84,8 @@ class CoreCheck {
   void report(DesignRule rule, const QString& part, const QString& text, const FindingList::Fills& fills = {}) const;
   /// Reports that `name` is not in the design, with its nearest names.
   void reportVanished(DesignRule rule, const QString& part, const QString& title, const QString& name,
-                      const FindingList::Fills& fills = {}) const;
+                      const FindingList::Fills& fills = {}, const char* verb = "is") const;
+  size_t reportVanishedVector(size_t first) const;
 
   const ResolvedCore& resolved_;
   const Core& core_;

@@ -50,8 +50,9 @@ enum class DesignRule {
   NetConstant = 61,
   ClockCrossing = 62,
   ForeignSampleClock = 63,
-  SampleClockStands = 64,
+  SampleClockNotRunning = 64,
   SampleClockTraced = 65,
+  NetPartlyUndriven = 66,
 };
 
 struct RuleRow {

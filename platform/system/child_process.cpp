@@ -168,7 +168,7 @@ bool ChildRun::readPipes() {
   const bool over = !child_.report.isOpen();
   pollfd watched[] = {{child_.report.fd(), POLLIN, 0}, {child_.output.fd(), POLLIN, 0}, {child_.error.fd(), POLLIN, 0}};
   const int ready = poll(watched, 3, over ? 0 : kPollMilliseconds);
-  // Whoever still holds the pipes then is not a descendant: only what is already there counts.
+  // A process that still holds the pipes then is not a descendant: only what is already there counts.
   if (ready <= 0) return !over;
   const auto output = [this](const char* data, int count) { takeOutput(data, count); };
   const auto error = [this](const char* data, int count) { takeError(data, count); };

@@ -34,7 +34,7 @@ struct ChildEnd {
     OutOfTime,
     TooMuchOutput,
     Cancelled,
-    Lost,  ///< How it ended is not known, as somebody killed the process that watches it.
+    Lost,  ///< How it ended is unknown, as the process that watches it was killed.
   };
   How how = NotPrepared;
   int code = 0;

@@ -12,6 +12,9 @@ typedef void (*ConsoleSink)(void* user, Tcl_Interp* interp, const char* text, in
 /// Replaces the sink; null restores the default.
 TCLCMDEX_API void setConsoleSink(ConsoleSink sink, void* user);
 
+/// True while console texts go to the default sink.
+TCLCMDEX_API bool sinkIsStdout();
+
 /// Runs `body(data)` as the command `name` and returns its Tcl status; every command of ours runs so, and any other
 /// that works on the project or the design should. Refused, with an error in the interpreter, on a second thread: there
 /// is one project and one design, and the first thread that called a command keeps both until it ends. Refused, too,
@@ -32,6 +35,10 @@ TCLCMDEX_API int dispatchDepth();
 
 /// The interpreter whose command is being dispatched, innermost; null outside.
 TCLCMDEX_API Tcl_Interp* currentInterpreter();
+
+/// True when the name fits the pattern as in "string match": with regard to case; "*" and "?" stand for "/", too. Only
+/// within runGuarded().
+TCLCMDEX_API bool fitsPattern(const char* name, const char* pattern);
 
 /// Serves the events that are pending now, without waiting. False when the interpreter that runs the innermost
 /// command has been deleted meanwhile.

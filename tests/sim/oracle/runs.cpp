@@ -236,16 +236,13 @@ void compareTriggerOut(const Core& core, const QVector<qint64>& triggers, const 
     if (active) seenRises += level.time;
     if (!active && !seenRises.isEmpty()) seenFalls += level.time;
   }
-  mustHold(
-      seenRises == rises && seenFalls == falls,
-      where + QString(": the trigger output has %1 pulses at other times than the %2 expected (first at %3 to %4 ps, "
-                      "expected at %5 to %6 ps)")
-                  .arg(seenRises.size())
-                  .arg(rises.size())
-                  .arg(seenRises.value(0))
-                  .arg(seenFalls.value(0))
-                  .arg(rises.value(0))
-                  .arg(falls.value(0)));
+  if (seenRises != rises || seenFalls != falls)
+    throw Difference{where +
+                     QString(": the trigger output has %1 pulses, the first at %2 ps, instead of %3, from %4 ps on")
+                         .arg(seenRises.size())
+                         .arg(seenRises.value(0))
+                         .arg(rises.size())
+                         .arg(rises.value(0))};
   totals.pulses += rises.size();
 }
 

@@ -1,0 +1,98 @@
+// Reads the parameters out of the netlist and writes them into the top.
+#include "platform/insert/top_parameters.h"
+
+#include <errno.h>
+#include <fcntl.h>
+
+#include <QFile>
+#include <algorithm>
+
+#include "platform/design/parameter.h"
+#include "platform/system/files.h"
+#include "platform/text/byte_text.h"
+
+namespace ost {
+namespace {
+
+/// A parameter's value as Verilog: a string, a plain number where one of 32 bits does, or its bits.
+QByteArray literal(const ParameterValue& value) {
+  if (value.isText) {
+    QByteArray text = value.text;
+    text.replace('\\', "\\\\").replace('"', "\\\"").replace('\n', "\\n").replace('\t', "\\t");
+    return '"' + text + '"';
+  }
+  bool fits = false;
+  const quint32 number = value.text.toUInt(&fits, 2);
+  if (fits && value.text.size() == 32) return QByteArray::number(qint32(number));
+  return QByteArray::number(value.text.size()) + "'b" + value.text;
+}
+
+/// The lines to be added; empty without parameters.
+QByteArray declarations(const NetlistBits& netlist) {
+  JsonCursor cursor(netlist.text.text(), netlist.text.module(netlist.text.top()).body);
+  std::string_view section, key;
+  QList<QByteArray> lines, checks;
+  cursor.enterObject();
+  while (cursor.nextMember(section)) {
+    if (section != "parameter_default_values") {
+      cursor.skipValue();
+      continue;
+    }
+    cursor.enterObject();
+    while (cursor.nextMember(key)) {
+      QByteArray written;
+      if (cursor.peek() != '"' || !cursor.readString(written)) {
+        cursor.skipValue();
+        continue;
+      }
+      const QByteArray name = '\\' + unescapeJson(key) + ' ', value = literal(netlistParameter(written));
+      // Yosys writes the last one first.
+      lines.prepend("  parameter " + name + "= " + value + ";\n");
+      checks.prepend("    if (" + name + "!== " + value + ") begin\n      $display(\"%m: the parameter " +
+                     name.mid(1).trimmed().replace('"', "\\\"") +
+                     " is fixed in the instrumented design; insert again with the value that is wanted.\");\n"
+                     "      $finish;\n    end\n");
+    }
+  }
+  if (lines.isEmpty()) return QByteArray();
+  return lines.join() + "  // synthesis translate_off\n  initial begin\n" + checks.join() +
+         "  end\n  // synthesis translate_on\n";
+}
+
+/// Behind the header of the module in a Verilog text of Yosys; -1 when it is not there.
+int headerEnd(const QByteArray& text, const QByteArray& name) {
+  for (const QByteArray& start : {"module " + name + "(", "module \\" + name + " ("}) {
+    const int at = text.startsWith(start) ? 0 : text.indexOf('\n' + start);
+    const int end = at < 0 ? -1 : text.indexOf(");\n", at);
+    if (end >= 0) return end + 3;
+  }
+  return -1;
+}
+
+}  // namespace
+
+bool declareTopParameters(const NetlistBits& netlist, const QByteArray& topName, const QString& verilog,
+                          QString& error) {
+  const QByteArray lines = declarations(netlist);
+  if (lines.isEmpty()) return true;
+  QByteArray text;
+  QString reason;
+  const auto fail = [&] {
+    error = QStringLiteral("The parameters of the top cannot be written into \"%1\": %2.")
+                .arg(textFromUnicode(verilog), reason);
+    return false;
+  };
+  if (!readFile(verilog, qint64(1) << 30, text, reason)) return fail();
+  const int at = headerEnd(text, topName);
+  if (at < 0) {
+    reason = QStringLiteral("its module \"%1\" is not found").arg(textFromBytes(topName));
+    return fail();
+  }
+  text.insert(at, lines);
+  Descriptor file(open(QFile::encodeName(verilog).constData(), O_WRONLY | O_TRUNC | O_CLOEXEC));
+  if (file.isOpen() && writeAll(file.fd(), text.constData(), text.size()) && file.close()) return true;
+  reason = systemReason(errno);
+  return fail();
+}
+
+}  // namespace ost
