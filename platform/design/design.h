@@ -42,10 +42,15 @@ struct NetSelection {
   QVector<int> bits;      ///< Positions in the netlist's bit list (0 = least significant), leftmost named bit first.
   QStringList bitNames;   ///< The full name of each bit in the same order: "u_sys/u_rx/state[3]", or the bare name.
   int netWidth = 0;       ///< Bits of the whole net.
-  EnumNames enumNames;    ///< Of the values of the whole net, when its type is an enumeration.
+  EnumNames enumNames;    ///< Of the values of the whole net, when its type is an enumeration; see valueNames().
   bool isVector = false;  ///< True when the name stands for a bus (several bits, or a whole vector net).
   QString canonicalName;  ///< The name in the one form that the service stores and shows.
 };
+
+/// The names of the values that the selected bits have together: those of the net's type when it is the whole net.
+inline EnumNames valueNames(const NetSelection& selection) {
+  return selection.bits.size() == selection.netWidth ? selection.enumNames : EnumNames();
+}
 
 /// The cells on an instance path, top down, as the keys of a Yosys JSON netlist. A component of the path that begins
 /// with a backslash is an escaped identifier and ends with a blank; only names that would be misread are written so.

@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "platform/insert/ascending_nets.h"
+#include "platform/insert/inout_registers.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -58,13 +59,14 @@ QVector<int> NetlistEditor::newBits(Additions& additions, int count) const {
 }
 
 /// Makes the bits `to` follow the bits `from` by a cell that Yosys turns into an assignment.
-void NetlistEditor::follow(const QVector<int>& from, const QVector<int>& to, Additions& additions) const {
+void NetlistEditor::follow(const QVector<int>& from, const QVector<int>& to, Additions& additions, bool keep) const {
   if (from.isEmpty()) return;
   const QByteArray width = binary32(from.size());
   additions.cells += ",\n        \"$ostrel$" + QByteArray::number(additions.nextCell++) +
                      "\": { \"hide_name\": 1, \"type\": \"$pos\", \"parameters\": { \"A_SIGNED\": \"" + binary32(0) +
-                     "\", \"A_WIDTH\": \"" + width + "\", \"Y_WIDTH\": \"" + width +
-                     "\" }, \"attributes\": { }, \"port_directions\": { \"A\": \"input\", \"Y\": \"output\" }, "
+                     "\", \"A_WIDTH\": \"" + width + "\", \"Y_WIDTH\": \"" + width + "\" }, \"attributes\": { " +
+                     (keep ? "\"keep\": \"" + binary32(1) + "\" " : QByteArray()) +
+                     "}, \"port_directions\": { \"A\": \"input\", \"Y\": \"output\" }, "
                      "\"connections\": { \"A\": " +
                      bitListText(from) + ", \"Y\": " + bitListText(to) + " } }";
 }
@@ -106,6 +108,21 @@ void NetlistEditor::separateOutputs(int index, TextEdits& edits, Additions& addi
   }
 }
 
+/// A register on an inout gets bits of its own, too, which the inout follows.
+void NetlistEditor::separateRegisters(int index, TextEdits& edits, Additions& additions) const {
+  for (const InOutRegister& found : registersOnInOuts(netlist_, index)) {
+    if (additions.nextBit == 0) additions.nextBit = netlist_.index(index).highestBit() + 1;
+    const QVector<int> bits = newBits(additions, found.bits.size());
+    edits.replace(found.bitsSpan, bitListText(bits));
+    follow(bits, found.bits, additions, true);
+    QByteArray initial = found.initial;
+    std::reverse(initial.begin(), initial.end());
+    additions.nets += ",\n        \"$ostrel$" + QByteArray::number(additions.nextCell++) +
+                      "\": { \"hide_name\": 1, \"bits\": " + bitListText(bits) + ", \"attributes\": { \"init\": \"" +
+                      initial + "\" } }";
+  }
+}
+
 /// Connects the children's probe ports to new bits and gives the children their new modules.
 void NetlistEditor::tap(const std::vector<ChildUse>& children, const NetlistModule& module, TextEdits& edits,
                         Additions& additions, std::vector<QVector<int>>& childBits) const {
@@ -134,6 +151,7 @@ void NetlistEditor::editVariant(const ModuleVariant& variant) {
   additions.nextBit = netlist_.index(variant.module).highestBit() + 1;
   separateOutputs(variant.module, edits, additions);
   declareDescending(netlist_.text, netlist_.text.module(variant.module), edits);
+  separateRegisters(variant.module, edits, additions);
   std::vector<QVector<int>> childBits;
   tap(variant.children, module, edits, additions, childBits);
   QVector<int> sources = variant.tapped;
@@ -236,6 +254,7 @@ bool NetlistEditor::editTop(QString& error) {
   additions.nextBit = netlist_.index(topIndex).highestBit() + 1;
   separateOutputs(topIndex, edits_, additions);
   declareDescending(netlist_.text, netlist_.text.module(topIndex), edits_);
+  separateRegisters(topIndex, edits_, additions);
   std::vector<QVector<int>> childBits;
   tap(routing_.topChildren(), top, edits_, additions, childBits);
   addDebugInstance(childBits, additions);
@@ -263,6 +282,7 @@ bool NetlistEditor::prepare(const QSet<QByteArray>& reservedModules, QString& er
     Additions additions;
     separateOutputs(module, edits_, additions);
     declareDescending(netlist_.text, netlist_.text.module(module), edits_);
+    separateRegisters(module, edits_, additions);
     finish(netlist_.text.module(module), additions, edits_);
   }
   return true;

@@ -45,6 +45,7 @@ class NetlistEditor {
     QByteArray cells, ports, nets;  ///< Members, each with a comma before it.
   };
   void separateOutputs(int module, TextEdits& edits, Additions& additions) const;
+  void separateRegisters(int module, TextEdits& edits, Additions& additions) const;
   void tap(const std::vector<ChildUse>& children, const NetlistModule& module, TextEdits& edits, Additions& additions,
            std::vector<QVector<int>>& childBits) const;
   void editVariant(const ModuleVariant& variant);
@@ -55,7 +56,7 @@ class NetlistEditor {
   QVector<int> addTriggerOut(const DebugPort& port, Additions& additions) const;
   void finish(const NetlistModule& module, const Additions& additions, TextEdits& edits) const;
   QVector<int> newBits(Additions& additions, int count) const;
-  void follow(const QVector<int>& from, const QVector<int>& to, Additions& additions) const;
+  void follow(const QVector<int>& from, const QVector<int>& to, Additions& additions, bool keep = false) const;
   void appendMembers(size_t object, const QByteArray& members, TextEdits& edits) const;
 
   const NetlistBits& netlist_;

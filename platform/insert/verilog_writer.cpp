@@ -6,7 +6,6 @@
 
 #include <QFile>
 #include <QRegularExpression>
-#include <limits>
 
 #include "platform/design/yosys.h"
 #include "platform/system/descriptor.h"
@@ -26,29 +25,6 @@ bool endsWithModule(QFile& file) {
   const qint64 tail = 64;
   if (!file.seek(std::max<qint64>(0, file.size() - tail))) return false;
   return file.readAll().trimmed().endsWith("endmodule");
-}
-
-/// False with `error` when a port is declared both as inout and as a register, which no tool accepts: that is how Yosys
-/// writes an inout that a register drives without a tri-state buffer.
-bool inoutsAreNets(QFile& file, QString& error) {
-  const uchar* data = file.size() <= std::numeric_limits<int>::max() ? file.map(0, file.size()) : nullptr;
-  if (!data) return true;
-  const QByteArray text = QByteArray::fromRawData(reinterpret_cast<const char*>(data), int(file.size()));
-  const QByteArray start = "\n  inout ";
-  for (int at = text.indexOf(start); at >= 0; at = text.indexOf(start, at + 1)) {
-    const int name = at + start.size(), end = text.indexOf(';', name);
-    const QByteArray declared = text.mid(name, end - name);
-    if (text.mid(end + 2, declared.size() + 6) != "  reg " + declared) continue;
-    const QByteArray port = declared.startsWith('[') ? declared.mid(declared.indexOf(' ') + 1) : declared;
-    const int module = text.lastIndexOf("\nmodule ", at) + 8;
-    error = QStringLiteral(
-                "The inout port \"%1\" of the module \"%2\" is driven by a register without a tri-state "
-                "buffer, which cannot be written as Verilog; declare it as an output.")
-                .arg(textFromBytes(port.trimmed()),
-                     textFromBytes(text.mid(module, text.indexOf('(', module) - module).trimmed()));
-    return false;
-  }
-  return true;
 }
 
 }  // namespace
@@ -74,7 +50,7 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n"
-      "setattr -unset keep @instances\n"
+      "setattr -unset keep @instances\nsetattr -unset keep t:$pos\n"
       // Yosys writes their bits under wrong names when the net does not begin at bit 0, and single ones rightly.
       "simplemap t:$dffsr t:$dffsre t:$dlatchsr t:$sr");
   // Yosys' own bookkeeping attributes are removed; those of the user's source stay.
@@ -99,7 +75,7 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
     error = QStringLiteral("The instrumented design could not be written in full; is the disk full?");
     return false;
   }
-  return inoutsAreNets(result, error) && (files[2].close() || cutShort());
+  return files[2].close() || cutShort();
 }
 
 QSet<QByteArray> definedModules(const QByteArray& verilog) {

@@ -1,5 +1,6 @@
 // The service's instance, and the lookups that its operations share.
 #include "framework/ist_com_data.h"
+#include "platform/istcomdata/name_patterns.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/design_flags.h"
 #include "platform/istdata/project_checks.h"
@@ -12,8 +13,12 @@ bool resolveNet(const QString& name, NetSelection& selection, QString& error) {
     error = noDesignText();
     return false;
   }
-  return checkNetName(name, error) && design->resolve(name, selection, error) &&
-         (selection.canonicalName == name || checkNetName(selection.canonicalName, error));
+  if (!checkNetName(name, error)) return false;
+  if (design->resolve(name, selection, error))
+    return selection.canonicalName == name || checkNetName(selection.canonicalName, error);
+  if (isPattern(name))
+    error += QLatin1String("; one name is needed here, ost_design nets -glob lists those that fit a pattern");
+  return false;
 }
 
 }  // namespace ost

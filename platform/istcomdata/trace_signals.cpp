@@ -1,5 +1,6 @@
 // Trace signals of a core: names are resolved against the design here, the tree does the rest.
 #include "framework/ist_com_data.h"
+#include "platform/istcomdata/name_patterns.h"
 #include "platform/istcomdata/service_private.h"
 
 namespace mero {
@@ -26,8 +27,13 @@ QString emptyList() {
   return QStringLiteral("The signal list is empty; name at least one signal.");
 }
 
+/// The entries that a list names, by patterns, too.
+bool findAll(ost::TraceTree& tree, QStringList names, QVector<TraceNode*>& entries, QString& error) {
+  return ost::expandTracedPatterns(tree, names, error) && tree.findAll(names, canonicalName, entries, error);
+}
+
 bool findEntries(ost::TraceTree& tree, const QStringList& names, QVector<TraceNode*>& entries, QString& error) {
-  if (!names.isEmpty()) return tree.findAll(names, canonicalName, entries, error);
+  if (!names.isEmpty()) return findAll(tree, names, entries, error);
   error = emptyList();
   return false;
 }
@@ -41,7 +47,8 @@ bool IstComData::addTraceSignals(istTraceData* trace, QStringList signalNames, Q
   ost::TraceTree::Place place;
   QString error, remark;
   if (signalNames.isEmpty()) return d->fail(ToldBy::Command, emptyList(), message);
-  if (!tree.findPlace(bus, position, place, error)) return d->fail(ToldBy::Command, error, message);
+  if (!tree.findPlace(bus, position, place, error) || !ost::expandNetPatterns(signalNames, error))
+    return d->fail(ToldBy::Command, error, message);
   ost::TraceTree::Addition addition(tree, signalNames.size());
   for (const QString& name : signalNames) {
     ost::NetSelection selection;
@@ -84,7 +91,7 @@ bool IstComData::groupTraceSignals(istTraceData* trace, QString& bus, QStringLis
   ost::TraceTree& tree = *ost::asTree(trace);
   QVector<TraceNode*> entries;
   QString error;
-  if (!tree.findAll(signalNames, canonicalName, entries, error) || !tree.group(bus, entries, error))
+  if (!findAll(tree, signalNames, entries, error) || !tree.group(bus, entries, error))
     return d->fail(ToldBy::Command, error, message);
   d->markChanged();
   return true;

@@ -1,5 +1,6 @@
 // Trigger units: every edit is made on a copy, checked as a whole, and put in place only then.
 #include "framework/ist_com_data.h"
+#include "platform/istcomdata/name_patterns.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_checks.h"
 #include "platform/text/near_names.h"
@@ -24,7 +25,8 @@ bool setRadix(const QString& word, ost::TriggerUnit& unit, QString& error) {
   return false;
 }
 
-bool addSignalNames(const QStringList& names, ost::TriggerUnit& unit, QString& error) {
+bool addSignalNames(QStringList names, ost::TriggerUnit& unit, QString& error) {
+  if (!ost::expandNetPatterns(names, error)) return false;
   for (const QString& name : names) {
     ost::NetSelection selection;
     if (!ost::resolveNet(name, selection, error)) return false;
@@ -40,7 +42,9 @@ bool addSignalNames(const QStringList& names, ost::TriggerUnit& unit, QString& e
   return true;
 }
 
-bool removeSignalNames(const QStringList& names, ost::TriggerUnit& unit, QString& error) {
+bool removeSignalNames(QStringList names, ost::TriggerUnit& unit, QString& error) {
+  if (!ost::expandPatterns(unit.signalNames, QStringLiteral("unit ") + ost::quoted(unit.name), names, error))
+    return false;
   for (const QString& name : names) {
     ost::NetSelection selection;
     QString ignored;
@@ -55,21 +59,25 @@ bool removeSignalNames(const QStringList& names, ost::TriggerUnit& unit, QString
   return true;
 }
 
-/// Bits that the unit compares; 0 when one of its signals is not in the design, or none is loaded.
-int widthOf(const ost::TriggerUnit& unit) {
+/// Bits that the unit compares; 0 when one of its signals is not in the design, or none is loaded. `names` are those
+/// of their values.
+int widthOf(const ost::TriggerUnit& unit, ost::EnumNames& names) {
   int width = 0;
+  names.clear();
   for (const QString& name : unit.signalNames) {
     ost::NetSelection selection;
     QString ignored;
     if (!ost::resolveNet(name, selection, ignored)) return 0;
     width += selection.bits.size();
+    if (unit.signalNames.size() == 1) names = valueNames(selection);
   }
   return width;
 }
 
 /// A unit may still lack signals or a value (the design rules report that); what it has must fit together.
 bool checkUnit(const ost::TriggerUnit& unit, QString& error) {
-  const int width = widthOf(unit);
+  ost::EnumNames names;
+  const int width = widthOf(unit, names);
   if (width > ost::kMaxUnitWidth) {
     error =
         QStringLiteral("A unit compares at most %1 bits; these signals have %2.").arg(ost::kMaxUnitWidth).arg(width);
@@ -81,13 +89,16 @@ bool checkUnit(const ost::TriggerUnit& unit, QString& error) {
     return false;
   }
   if (width == 0 || unit.value.isEmpty()) return ost::checkUnitDigits(unit, error);
-  return ost::parseUnitValue(unit.op, unit.radix, unit.value, width, value, mask, error);
+  return ost::parseUnitValue(unit.op, unit.radix, unit.value, width, value, mask, error, names);
 }
 
 /// The digits of `before` written in the new radix, so that changing only the radix keeps what is compared.
 bool convertValue(const ost::TriggerUnit& before, ost::TriggerUnit& unit, QString& error) {
   if (before.value.isEmpty() || before.radix == unit.radix) return true;
-  const int width = before.op == ost::Operator::SerialCompare ? 1 : widthOf(before);
+  ost::EnumNames names;
+  int width = widthOf(before, names);
+  if (findEnumName(names, before.value)) return true;
+  if (before.op == ost::Operator::SerialCompare) width = 1;
   QByteArray value, mask;
   QString ignored;
   if (width > 0 && ost::parseUnitValue(before.op, before.radix, before.value, width, value, mask, ignored)) {

@@ -30,7 +30,8 @@ bool checkUnitDigits(const TriggerUnit& unit, QString& error) {
   if (unit.value.isEmpty()) return true;
   QByteArray value, mask;
   const int width = unit.op == Operator::SerialCompare ? 1 : kMaxUnitWidth;
-  return parseUnitValue(unit.op, unit.radix, unit.value, width, value, mask, error);
+  return mayNameValue(unit.op, unit.value) ||
+         parseUnitValue(unit.op, unit.radix, unit.value, width, value, mask, error);
 }
 
 bool setExpressionText(const mero::ostrel::istDataset& dataset, const QString& text, TriggerExpression& expression,

@@ -8,7 +8,8 @@ namespace ost {
 /// A net name as text: not empty, at most kMaxNetNameLength, valid UTF-8 without control characters.
 ISTDATA_API bool checkNetName(const QString& name, QString& error);
 
-/// The digits of a unit without regard to the width of its signals; empty digits are allowed (not given yet).
+/// The digits of a unit without regard to the width and type of its signals; empty digits are allowed (not given yet),
+/// and so is what may be the name of a value.
 ISTDATA_API bool checkUnitDigits(const TriggerUnit& unit, QString& error);
 
 /// Parses `text` into the expression's text and units; every unit must be in the dataset. Empty text is allowed.

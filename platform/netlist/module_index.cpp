@@ -288,6 +288,12 @@ std::vector<int> ModuleIndex::inOutCells(int bit) const {
   return cells;
 }
 
+std::vector<int> ModuleIndex::inOutBits() const {
+  std::vector<int> bits;
+  for (const auto& entry : inOutCells_) bits.push_back(entry.first);
+  return bits;
+}
+
 bool ModuleIndex::nameTaken(const QByteArray& name) const {
   const std::string_view wanted(name.constData(), size_t(name.size()));
   return findNet(name) || std::binary_search(cellNames_.begin(), cellNames_.end(), wanted);

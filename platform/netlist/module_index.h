@@ -71,6 +71,8 @@ class ModuleIndex {
   LocalDriver driver(int bit) const;
   /// Other instances that a bit meets at an inout port; they count as drivers when there is no other.
   std::vector<int> inOutCells(int bit) const;
+  /// The bits that meet an inout port of another instance, in no order.
+  std::vector<int> inOutBits() const;
   /// Inputs and inouts of the module by their bits; ports as in NetlistModule::portList.
   const PortBits& inputs() const { return inputs_; }
   const std::vector<IndexedCell>& cells() const { return cells_; }

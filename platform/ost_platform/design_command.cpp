@@ -155,7 +155,7 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   design->forEachNet([&](const NetName& net) {
     Tcl_Obj* name = tclFromText(net.name);
     Tcl_IncrRefCount(name);
-    bool fits = !glob || Tcl_StringMatch(Tcl_GetString(name), glob);
+    bool fits = !glob || tcl_cmdex::fitsPattern(Tcl_GetString(name), glob);
     if (fits && expression) {
       // Looked up each time, from the cache in the value: an expression must not outlive a change of that value.
       Tcl_RegExp compiled = Tcl_GetRegExpFromObj(interp, expression, TCL_REG_ADVANCED);

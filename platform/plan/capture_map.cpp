@@ -67,6 +67,8 @@ class MapWriter {
   void bits(const char* name, const QVector<NetBit>& entries) {
     list(name, entries, [this](const NetBit& entry) { bit(entry); });
   }
+  /// Pairs of name and value, most significant bit first; nothing without names.
+  void valueNames(const EnumNames& names);
   void enable(const char* name, bool used, const NetBit& net, bool activeLow);
   void unit(const PlanUnit& unit);
   void expression(const PlanExpression& expression);
@@ -80,6 +82,24 @@ class MapWriter {
 QByteArray reversed(QByteArray digits) {
   std::reverse(digits.begin(), digits.end());
   return digits;
+}
+
+void MapWriter::valueNames(const EnumNames& names) {
+  if (names.isEmpty()) return;
+  list("names", names, [this](const EnumName& entry) {
+    line([&] {
+      bytes(entry.name.toLatin1());
+      bytes(reversed(entry.bits));
+    });
+  });
+}
+
+bool namesValues(const InsertPlan& plan) {
+  const auto any = [](const auto& list) {
+    return std::any_of(list.begin(), list.end(), [](const auto& entry) { return !entry.names.isEmpty(); });
+  };
+  return std::any_of(plan.cores.begin(), plan.cores.end(),
+                     [&](const PlanCore& core) { return any(core.probes) || any(core.units); });
 }
 
 void MapWriter::enable(const char* name, bool used, const NetBit& net, bool activeLow) {
@@ -108,6 +128,7 @@ void MapWriter::unit(const PlanUnit& unit) {
   bytes(reversed(unit.value));
   key("mask");
   bytes(reversed(unit.mask));
+  valueNames(unit.names);
   writer_.EndObject();
 }
 
@@ -167,6 +188,7 @@ void MapWriter::core(const PlanCore& core) {
     writer_.StartObject();
     text("name", probe.name);
     numbers("positions", probe.positions);
+    valueNames(probe.names);
     writer_.EndObject();
   });
   bits("triggerBits", core.triggerBits);
@@ -178,7 +200,7 @@ void MapWriter::core(const PlanCore& core) {
 QByteArray MapWriter::write(const InsertPlan& plan) {
   writer_.StartObject();
   text("format", captureMapFormat());
-  number("version", kCaptureMapVersion);
+  number("version", namesValues(plan) ? kCaptureMapVersion : kCaptureMapVersion - 1);
   text("project", plan.projectName);
   text("top", plan.topModule);
   key("hash");

@@ -37,6 +37,7 @@ class MapReader {
   NetBit bit(const QJsonValue& value, const QString& path);
   QVector<NetBit> bits(JsonFields& fields, const char* key);
   QByteArray digits(JsonFields& fields, const char* key, int count);
+  EnumNames valueNames(JsonFields& fields, int width);
   bool enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow);
   PlanUnit unit(const QJsonValue& value, const QString& path, int inputs);
   PlanExpression expression(const QJsonValue& value, const QString& path, int units);
@@ -50,6 +51,7 @@ class MapReader {
   }
 
   JsonFault fault_;
+  int version_ = kCaptureMapVersion;
   int bits_ = 0, indexes_ = 0;  ///< So far.
 };
 
@@ -106,6 +108,21 @@ QByteArray MapReader::digits(JsonFields& fields, const char* key, int count) {
   return text;
 }
 
+EnumNames MapReader::valueNames(JsonFields& fields, int width) {
+  EnumNames names;
+  if (version_ < 2 || !fields.has("names")) return names;
+  list(fields, "names", kMaxPlanIndexes, [&](const QJsonValue& value, const QString& path) {
+    count(indexes_, kMaxPlanIndexes, path);
+    const QJsonArray pair = value.toArray();
+    QByteArray bits = pair.size() == 2 ? pair[1].toString().toLatin1() : QByteArray();
+    if (bits.size() != width || !isBinary(bits) || pair[0].toString().isEmpty())
+      fail(path, QStringLiteral("expected [name, %1 binary digits].").arg(width));
+    std::reverse(bits.begin(), bits.end());
+    names.append({textFromUnicode(pair[0].toString()), bits});
+  });
+  return names;
+}
+
 bool MapReader::enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow) {
   const QJsonValue value = fields.value(key);
   if (value.isNull()) return false;
@@ -133,6 +150,7 @@ PlanUnit MapReader::unit(const QJsonValue& value, const QString& path, int input
     fail(fields.pathOf("inputs"), QStringLiteral("does not fit the width."));
   unit.value = digits(fields, "value", unit.width);
   unit.mask = digits(fields, "mask", unit.width);
+  unit.names = valueNames(fields, unit.width);
   fields.refuseOthers();
   return unit;
 }
@@ -209,6 +227,7 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
     PlanProbe probe;
     probe.name = inner.text("name");
     probe.positions = numbers(inner, "positions", core.probeBits.size());
+    probe.names = valueNames(inner, probe.positions.size());
     inner.refuseOthers();
     core.probes.append(probe);
   });
@@ -228,7 +247,7 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
 bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
   JsonFields fields(root, QString(), fault_);
   fields.word("format", {captureMapFormat()});
-  fields.number("version", kCaptureMapVersion, kCaptureMapVersion);
+  version_ = fields.number("version", 1, kCaptureMapVersion);
   InsertPlan result;
   result.projectName = fields.text("project");
   result.topModule = fields.text("top");

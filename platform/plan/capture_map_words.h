@@ -5,7 +5,9 @@
 
 namespace ost {
 
-constexpr int kCaptureMapVersion = 1;
+/// Version 2 names values of enumerated types; a map without such is written as version 1, so that readers of that one
+/// take it, and its hash is theirs.
+constexpr int kCaptureMapVersion = 2;
 QString captureMapFormat();
 QStringList unitClassWords();  ///< By UnitClass.
 

@@ -9,6 +9,7 @@
 #include <QVector>
 
 #include "platform/netlist/net_bit.h"
+#include "platform/text/enum_names.h"
 #include "platform/trigger/trigger_words.h"
 
 namespace ost {
@@ -26,6 +27,7 @@ constexpr qint64 kMaxPlanSampleBits = 1 << 28;
 struct PlanProbe {
   QString name;
   QVector<int> positions;  ///< Index of each bit in PlanCore::probeBits.
+  EnumNames names{};       ///< Of its values, when it is a net of an enumerated type.
 };
 
 /// Hardware class of a unit. Operators change at run time within a class; another class needs a new insertion.
@@ -45,6 +47,7 @@ struct PlanUnit {
   QVector<int> inputs;  ///< Index into PlanCore::triggerBits, least significant first; one entry for Serial.
   QByteArray value;     ///< `width` characters '0'/'1', least significant first ('0' where don't-care).
   QByteArray mask;      ///< '1' = compared (or watched for edges), least significant first.
+  EnumNames names{};    ///< Of the values of its signal, when that is a net of an enumerated type.
 };
 
 /// One step of a sequence: a truth table over the expression's units, to be met `count` times.

@@ -64,6 +64,7 @@ class CorePlanner {
   bool planNets();
   bool planTrace();
   bool addLeaves(const TraceNode* node, PlanProbe& probe);
+  void nameValues(PlanProbe& probe) const;
   bool planUnits();
   bool planUnit(const ResolvedUnit& source, BitList& inputs);
   bool planExpressions();
@@ -73,8 +74,9 @@ class CorePlanner {
   const Core& core_;
   PlanCore& plan_;
   QString& fault_;
-  QHash<const TraceNode*, const NetBit*> traced_;
-  QHash<const TraceNode*, int> captured_;  ///< Signal nodes and their position in probeBits.
+  QHash<const TraceNode*, const ResolvedSignal*> traced_;
+  QHash<const TraceNode*, int> captured_;   ///< Signal nodes and their position in probeBits.
+  QVector<const ResolvedSignal*> sources_;  ///< Of probeBits.
   QHash<QString, int> unitByName_;
 };
 
@@ -126,23 +128,38 @@ bool CorePlanner::addLeaves(const TraceNode* node, PlanProbe& probe) {
   if (!signal || signal->kind != mero::ostrel::TRACE_NODE_SIGNAL) return true;
   auto known = captured_.constFind(signal);
   if (known == captured_.constEnd()) {
-    const NetBit* bit = traced_.value(signal);
-    if (!bit) return fail(QStringLiteral("the signal \"%1\"").arg(signal->displayName()));
+    const ResolvedSignal* found = traced_.value(signal);
+    if (!found) return fail(QStringLiteral("the signal \"%1\"").arg(signal->displayName()));
     known = captured_.insert(signal, plan_.probeBits.size());
-    plan_.probeBits.append(*bit);
+    plan_.probeBits.append(found->bit);
+    sources_.append(found);
   }
   probe.positions.append(*known);
   return true;
 }
 
+/// A probe that is a whole net, its bits in their order, has the names of the net's values.
+void CorePlanner::nameValues(PlanProbe& probe) const {
+  const ResolvedSignal* first = sources_[probe.positions.first()];
+  if (first->netNames.isEmpty() || first->netWidth != probe.positions.size()) return;
+  for (int i = 0; i < probe.positions.size(); ++i) {
+    const NetBit& bit = plan_.probeBits[probe.positions[i]];
+    if (bit.net != first->bit.net || bit.instancePath != first->bit.instancePath || bit.bit != first->netWidth - 1 - i)
+      return;
+  }
+  probe.names = first->netNames;
+}
+
 bool CorePlanner::planTrace() {
   for (const ResolvedSignal& signal : resolved_.traced)
-    if (signal.width == 1) traced_.insert(signal.node, &signal.bit);
+    if (signal.width == 1) traced_.insert(signal.node, &signal);
   for (const TraceNode* node : core_.trace->nodes) {
     PlanProbe probe;
     probe.name = node->displayName();
     if (!addLeaves(node, probe)) return false;
-    if (!probe.positions.isEmpty()) plan_.probes.append(probe);
+    if (probe.positions.isEmpty()) continue;
+    nameValues(probe);
+    plan_.probes.append(probe);
   }
   return !plan_.probeBits.isEmpty() || fail(QStringLiteral("its empty trace"));
 }
@@ -173,6 +190,7 @@ bool CorePlanner::planUnit(const ResolvedUnit& source, BitList& inputs) {
   for (int i = source.bits.size() - 1; i >= 0; --i) unit.inputs.append(inputs.add(source.bits[i]));
   unit.value = source.value;
   unit.mask = source.mask;
+  unit.names = source.names;
   unit.width = unit.value.size();
   unitByName_.insert(unit.name, plan_.units.size());
   plan_.units.append(unit);

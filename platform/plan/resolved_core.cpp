@@ -19,7 +19,7 @@ class CoreResolver {
   bool goesOn() { return goesOn_ = goesOn_ && (!beat_ || beat_()); }
   /// The bits that the name stands for, which share the words that `neighbour` has, too; empty when the design has no
   /// such net. Which names are near is left to who shows the fault.
-  QVector<NetBit> bitsOf(const QString& name, const NetBit* neighbour = nullptr) const;
+  QVector<NetBit> bitsOf(const QString& name, NetSelection& found, const NetBit* neighbour = nullptr) const;
   ResolvedName resolve(const QString& name) const;
   void resolveTraced(const QList<TraceNode*>& nodes, std::vector<ResolvedSignal>& traced);
   ResolvedUnit resolve(const TriggerUnit& unit);
@@ -29,8 +29,7 @@ class CoreResolver {
   bool goesOn_ = true;
 };
 
-QVector<NetBit> CoreResolver::bitsOf(const QString& name, const NetBit* neighbour) const {
-  NetSelection found;
+QVector<NetBit> CoreResolver::bitsOf(const QString& name, NetSelection& found, const NetBit* neighbour) const {
   QString ignored;
   QVector<NetBit> bits;
   if (!design_.exists(name) || !design_.resolve(name, found, ignored)) return bits;
@@ -42,7 +41,8 @@ QVector<NetBit> CoreResolver::bitsOf(const QString& name, const NetBit* neighbou
 }
 
 ResolvedName CoreResolver::resolve(const QString& name) const {
-  return {name, name.isEmpty() ? QVector<NetBit>() : bitsOf(name)};
+  NetSelection found;
+  return {name, name.isEmpty() ? QVector<NetBit>() : bitsOf(name, found)};
 }
 
 /// References stand for bits that are captured already.
@@ -51,8 +51,9 @@ void CoreResolver::resolveTraced(const QList<TraceNode*>& nodes, std::vector<Res
     if (!goesOn()) return;
     if (node->kind == mero::ostrel::TRACE_NODE_BUS) resolveTraced(node->children, traced);
     if (node->kind != mero::ostrel::TRACE_NODE_SIGNAL) continue;
-    const QVector<NetBit> bits = bitsOf(node->displayName(), traced.empty() ? nullptr : &traced.back().bit);
-    traced.push_back({node, bits.size(), bits.size() == 1 ? bits.first() : NetBit()});
+    NetSelection found;
+    const QVector<NetBit> bits = bitsOf(node->displayName(), found, traced.empty() ? nullptr : &traced.back().bit);
+    traced.push_back({node, bits.size(), bits.size() == 1 ? bits.first() : NetBit(), found.netWidth, found.enumNames});
   }
 }
 
@@ -61,12 +62,15 @@ ResolvedUnit CoreResolver::resolve(const TriggerUnit& unit) {
   resolved.unit = &unit;
   for (const QString& name : unit.signalNames) {
     if (!goesOn()) return resolved;
-    const QVector<NetBit> bits = bitsOf(name, resolved.bits.isEmpty() ? nullptr : &resolved.bits.last());
+    NetSelection found;
+    const QVector<NetBit> bits = bitsOf(name, found, resolved.bits.isEmpty() ? nullptr : &resolved.bits.last());
+    if (unit.signalNames.size() == 1) resolved.names = valueNames(found);
     if (bits.isEmpty()) resolved.vanished.append(name);
     resolved.bits += bits;
   }
   if (resolved.bits.isEmpty() || !resolved.vanished.isEmpty() || unit.value.isEmpty()) return resolved;
-  parseUnitValue(unit.op, unit.radix, unit.value, resolved.bits.size(), resolved.value, resolved.mask, resolved.fault);
+  parseUnitValue(unit.op, unit.radix, unit.value, resolved.bits.size(), resolved.value, resolved.mask, resolved.fault,
+                 resolved.names);
   return resolved;
 }
 

@@ -21,14 +21,17 @@ struct ResolvedName {
 /// A signal of the trace tree.
 struct ResolvedSignal {
   const TraceNode* node = nullptr;
-  int width = 0;  ///< Bits that its name stands for: 1, or 0 when the design has no such net, or more when it grew.
-  NetBit bit;     ///< With a width of 1.
+  int width = 0;     ///< Bits that its name stands for: 1, or 0 when the design has no such net, or more when it grew.
+  NetBit bit;        ///< With a width of 1.
+  int netWidth = 0;  ///< Of the net that the bit belongs to.
+  EnumNames netNames;  ///< Of the values of that net.
 };
 
 struct ResolvedUnit {
   const TriggerUnit* unit = nullptr;
   QVector<NetBit> bits;    ///< All that its names stand for, leftmost of the first name first.
   QStringList vanished;    ///< Names that the design has no net for.
+  EnumNames names;         ///< Of the values that the bits have together.
   QByteArray value, mask;  ///< As parseUnitValue() gives them; empty with a fault, or while the unit lacks something.
   QString fault;           ///< Why the value does not fit the bits.
 };

@@ -20,7 +20,7 @@ class Comparison {
  public:
   Comparison(const NetlistBits& original, int originalModule, const NetlistBits& written, int writtenModule,
              const ExpectedChanges& changes, const SolverLimits& limits, const QList<QPair<QByteArray, int>>& cuts)
-      : words_(graph_),
+      : words_(graph_, rails_),
         original_(graph_, words_, leaves_, original, originalModule),
         written_(graph_, words_, leaves_, written, writtenModule),
         originals_(original),
@@ -59,6 +59,7 @@ class Comparison {
   QString shown(const Counterexample& example) const;
 
   LogicGraph graph_;
+  RailSplitter rails_{graph_};
   WordLogic words_;
   LeafTable leaves_;
   ModuleLogic original_, written_;
@@ -370,7 +371,7 @@ QString Comparison::shown(const Counterexample& example) const {
 }
 
 bool Comparison::decide() {
-  Refinement refinement(graph_, [this](int symbol) { return !words_.nameOf(symbol).startsWith("memory "); });
+  Refinement refinement(graph_, rails_, [this](int symbol) { return !words_.nameOf(symbol).startsWith("memory "); });
   int point = 0;
   Counterexample example;
   QString reason;

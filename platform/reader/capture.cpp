@@ -1,6 +1,8 @@
 // Packed sample bits and their digits.
 #include "platform/reader/capture.h"
 
+#include <algorithm>
+
 namespace ost {
 
 void BitTable::append(const char* bits) {
@@ -59,6 +61,13 @@ QByteArray decimalDigits(const QByteArray& bits) {
 }
 
 }  // namespace
+
+QByteArray valueText(const PlanProbe& probe, const QByteArray& bits, Radix radix) {
+  QByteArray lowFirst = bits;
+  std::reverse(lowFirst.begin(), lowFirst.end());
+  const EnumName* named = findEnumValue(probe.names, lowFirst);
+  return named ? named->name.toLatin1() : digitsOf(bits, radix);
+}
 
 QByteArray digitsOf(const QByteArray& bits, Radix radix) {
   switch (radix) {

@@ -51,6 +51,9 @@ struct Capture {
   QByteArray probeBits(int row, const PlanProbe& probe) const;
 };
 
+/// What views show of a probe's `bits`: the name of the value where its type has one, else digits.
+QByteArray valueText(const PlanProbe& probe, const QByteArray& bits, Radix radix);
+
 /// Digits of `bits` ('0', '1' or 'x', leftmost first) in `radix`, without a prefix. Decimal is unsigned.
 QByteArray digitsOf(const QByteArray& bits, Radix radix);
 

@@ -4,7 +4,6 @@
 namespace ost {
 namespace {
 
-constexpr int kColumns = 100;
 constexpr int kMostNameColumns = 34;
 constexpr int kMostSampleColumns = 9;
 
@@ -17,37 +16,40 @@ QByteArray shortened(const QString& name, int columns) {
 struct View {
   int first = 0;  ///< Sample of the window.
   int samples = 0;
+  int width = 100;  ///< Columns of the whole.
   int columns = 1;  ///< Of a sample.
   int nameColumns = 0;
 };
 
-View viewOf(const Capture& capture, const CaptureWindow& window) {
+View layOut(const Capture& capture, const CaptureWindow& window, int width) {
   View view;
+  view.width = width;
   int digits = 0;
   for (const PlanProbe& probe : capture.core.probes) {
     view.nameColumns = qMax(view.nameColumns, qMin(probe.name.size(), kMostNameColumns));
     if (probe.positions.size() > 1)
       digits = qMax(digits, digitsOf(QByteArray(probe.positions.size(), '1'), capture.core.displayRadix).size());
+    for (const EnumName& value : probe.names) digits = qMax(digits, value.name.size());
   }
   if (capture.core.includeTrigger)
     for (const PlanUnit& unit : capture.core.units)
       view.nameColumns = qMax(view.nameColumns, qMin(unit.name.size(), kMostNameColumns));
   view.columns = qMin(digits + 1, kMostSampleColumns);
-  view.samples = qMin((kColumns - view.nameColumns - 1) / view.columns, window.samples);
+  view.samples = qMin((width - view.nameColumns - 1) / view.columns, window.samples);
   view.first = qBound(0, window.trigger - view.samples / 3, window.samples - view.samples);
   return view;
 }
 
 /// Sample numbers counted from the trigger, and below them a mark at every labelled sample and at the trigger.
 QByteArray scaleLines(const CaptureWindow& window, const View& view) {
-  QByteArray labels(kColumns, ' '), marks(kColumns, ' ');
+  QByteArray labels(view.width, ' '), marks(view.width, ' ');
   const int step = qMax(1, 8 / view.columns);
   for (int i = 0; i < view.samples; ++i) {
     const int number = view.first + i - window.trigger;
     const int column = view.nameColumns + 1 + i * view.columns;
     if (number % step == 0) {
       const QByteArray label = QByteArray::number(number);
-      if (column + label.size() <= kColumns) labels.replace(column, label.size(), label);
+      if (column + label.size() <= view.width) labels.replace(column, label.size(), label);
       marks[column] = '|';
     }
     if (number == 0) marks[column] = 'T';
@@ -65,7 +67,7 @@ QByteArray vectorLine(const Capture& capture, const CaptureWindow& window, const
     int same = 1;
     while (i + same < view.samples && capture.probeBits(row + same, probe) == bits) ++same;
     const int room = same * view.columns - 1;
-    QByteArray digits = digitsOf(bits, capture.core.displayRadix);
+    QByteArray digits = valueText(probe, bits, capture.core.displayRadix);
     if (digits.size() > room) digits = room >= 3 ? digits.left(room - 2) + ".." : QByteArray(room, '.');
     line += '|' + digits.leftJustified(room, ' ');
     i += same;
@@ -81,19 +83,18 @@ QByteArray bitLine(const CaptureWindow& window, const View& view, Level level) {
   return line;
 }
 
-QByteArray quoted(const QString& text) {
-  QByteArray bytes = text.toLatin1();
+QByteArray quoted(QByteArray bytes) {
   if (!bytes.contains(',') && !bytes.contains('"') && !bytes.contains('\n')) return bytes;
   return '"' + bytes.replace("\"", "\"\"") + '"';
 }
 
 }  // namespace
 
-QByteArray captureToWave(const Capture& capture) {
+QByteArray captureToWave(const Capture& capture, int columns) {
   QByteArray text;
   for (int number = 0; number < capture.windows.size(); ++number) {
     const CaptureWindow& window = capture.windows[number];
-    const View view = viewOf(capture, window);
+    const View view = layOut(capture, window, columns);
     if (capture.windows.size() > 1)
       text += (number ? "\nwindow " : "window ") + QByteArray::number(number + 1) + " of " +
               QByteArray::number(capture.windows.size()) + '\n';
@@ -104,7 +105,7 @@ QByteArray captureToWave(const Capture& capture) {
     for (const PlanProbe& probe : capture.core.probes) {
       if (probe.positions.isEmpty()) continue;
       const int bit = probe.positions[0];
-      addLine(probe.name, probe.positions.size() > 1
+      addLine(probe.name, probe.positions.size() > 1 || !probe.names.isEmpty()
                               ? vectorLine(capture, window, view, probe)
                               : bitLine(window, view, [&](int row) { return capture.probeBit(row, bit); }));
     }
@@ -118,8 +119,9 @@ QByteArray captureToCsv(const Capture& capture) {
   const PlanCore& core = capture.core;
   QByteArray text = "window,sample";
   if (core.timestampBits) text += ",timestamp";
-  for (const PlanProbe& probe : core.probes) text += ',' + quoted(probe.name);
-  for (int i = 0; core.includeTrigger && i < core.units.size(); ++i) text += ',' + quoted(core.units[i].name);
+  for (const PlanProbe& probe : core.probes) text += ',' + quoted(probe.name.toLatin1());
+  for (int i = 0; core.includeTrigger && i < core.units.size(); ++i)
+    text += ',' + quoted(core.units[i].name.toLatin1());
   text += '\n';
   for (int number = 0; number < capture.windows.size(); ++number) {
     const CaptureWindow& window = capture.windows[number];
@@ -128,7 +130,7 @@ QByteArray captureToCsv(const Capture& capture) {
       text += QByteArray::number(number) + ',' + QByteArray::number(i - window.trigger);
       if (core.timestampBits) text += ',' + QByteArray::number(capture.timestamp(row));
       for (const PlanProbe& probe : core.probes)
-        text += ',' + digitsOf(capture.probeBits(row, probe), capture.core.displayRadix);
+        text += ',' + quoted(valueText(probe, capture.probeBits(row, probe), core.displayRadix));
       for (int u = 0; core.includeTrigger && u < core.units.size(); ++u)
         text += capture.unitState(row, u) ? ",1" : ",0";
       text += '\n';

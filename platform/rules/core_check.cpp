@@ -47,8 +47,8 @@ void CoreCheck::report(DesignRule rule, const QString& part, const QString& text
 }
 
 void CoreCheck::reportVanished(DesignRule rule, const QString& part, const QString& title, const QString& name,
-                               const FindingList::Fills& fills) const {
-  QString text = title + QLatin1String(" \"") + name + QLatin1String("\" is not in the design");
+                               const FindingList::Fills& fills, const char* verb) const {
+  QString text = QStringLiteral("%1 \"%2\" %3 not in the design").arg(title, name, QLatin1String(verb));
   if (findings_.isShown(rule)) text += nearHint(design_.nearest(name));
   report(rule, part, text, fills);
 }
@@ -93,17 +93,44 @@ void CoreCheck::checkTracedSignals() const {
     return report(DesignRule::TooManySignals, QString(),
                   QStringLiteral("%1 bits are traced, at most %2 can be read").arg(count).arg(kMaxPlanBits));
   if (resolved_.traced.empty()) report(DesignRule::NothingTraced, QString(), QStringLiteral("nothing is traced"));
-  for (const ResolvedSignal& signal : resolved_.traced) {
+  for (size_t i = 0; i < resolved_.traced.size(); ++i) {
+    const ResolvedSignal& signal = resolved_.traced[i];
     if (signal.width == 1) continue;
     if (!pulse_.beat()) return;
     const QString name = signal.node->displayName();
     const FindingList::Fills fills = {{QStringLiteral("<signal>"), name}};
     if (signal.width == 0)
-      reportVanished(DesignRule::TracedSignalVanished, QString(), QStringLiteral("traced signal"), name, fills);
+      i = reportVanishedVector(i);
     else
       report(DesignRule::TracedSignalVanished, QString(),
              QStringLiteral("traced signal \"%1\" has become %2 wide").arg(name, counted(signal.width, "bit")), fills);
   }
+}
+
+/// One finding for the bits of a net that stand side by side from `first` on; returns the last of them.
+size_t CoreCheck::reportVanishedVector(size_t first) const {
+  const auto netOf = [](const QString& bit) {
+    const int bracket = bit.endsWith(QLatin1Char(']')) ? bit.lastIndexOf(QLatin1Char('[')) : -1;
+    return bit.left(bracket);
+  };
+  QStringList bits{resolved_.traced[first].node->displayName()};
+  const QString net = netOf(bits.first());
+  size_t next = first + 1;
+  for (; next < resolved_.traced.size() && resolved_.traced[next].width == 0; ++next) {
+    const QString bit = resolved_.traced[next].node->displayName();
+    if (bit == net || netOf(bit) != net) break;
+    bits.append(bit);
+  }
+  constexpr int kNamedBits = 8;
+  QStringList named = bits.mid(0, kNamedBits);
+  if (bits.size() > kNamedBits) named.append(QStringLiteral("..."));
+  const FindingList::Fills fills = {{QStringLiteral("<signal>"), named.join(QLatin1Char(' '))}};
+  const bool one = bits.size() == 1;
+  reportVanished(
+      DesignRule::TracedSignalVanished, QString(),
+      one ? QStringLiteral("traced signal") : counted(bits.size(), "bit") + QLatin1String(" of traced signal"),
+      one ? bits.first() : net, fills, one ? "is" : "are");
+  return next - 1;
 }
 
 void CoreCheck::checkCaptureSettings() const {

@@ -84,7 +84,8 @@ class CoreCheck {
   void report(DesignRule rule, const QString& part, const QString& text, const FindingList::Fills& fills = {}) const;
   /// Reports that `name` is not in the design, with its nearest names.
   void reportVanished(DesignRule rule, const QString& part, const QString& title, const QString& name,
-                      const FindingList::Fills& fills = {}) const;
+                      const FindingList::Fills& fills = {}, const char* verb = "is") const;
+  size_t reportVanishedVector(size_t first) const;
 
   const ResolvedCore& resolved_;
   const Core& core_;

@@ -74,8 +74,8 @@ void checkPlan(const InsertPlan& plan, FindingList& findings) {
   qint64 bits = 0, places = 0;
   for (const PlanCore& core : plan.cores) {
     bits += core.probeBits.size() + core.triggerBits.size();
-    for (const PlanProbe& probe : core.probes) places += probe.positions.size();
-    for (const PlanUnit& unit : core.units) places += unit.inputs.size();
+    for (const PlanProbe& probe : core.probes) places += probe.positions.size() + probe.names.size();
+    for (const PlanUnit& unit : core.units) places += unit.inputs.size() + unit.names.size();
     for (const PlanExpression& expression : core.expressions) places += expression.units.size();
     if (core.readSampleBits() > kMaxPlanSampleBits)
       findings.add(DesignRule::TooManySamples, QLatin1String("core ") + core.name,
@@ -91,7 +91,7 @@ void checkPlan(const InsertPlan& plan, FindingList& findings) {
           QStringLiteral("%1 %2, at most %3 can be read").arg(QString::number(count), QLatin1String(what)).arg(most));
   };
   limit(bits, "bits are traced or compared", kMaxPlanBits);
-  limit(places, "places of probes, units and expressions are taken", kMaxPlanIndexes);
+  limit(places, "places and values of probes, units and expressions are taken", kMaxPlanIndexes);
 }
 
 DesignCheck checkDesignRules(const mero::ostrel::istProject& project, const Design& design, const Netlist* netlist,

@@ -23,6 +23,13 @@ QString netName(const NetBit& bit) {
 /// Collects faults bit by bit and joins those of one net.
 class NetFaults {
  public:
+  /// A bit that is driven: what its net lacks are single bits.
+  void addDriven(const QString& object, const NetBit& bit) {
+    if (object == lastObject_ && netName(bit) == lastDriven_) return;  // bits of a net stand side by side
+    lastObject_ = object;
+    lastDriven_ = netName(bit);
+    driven_.insert(object + QLatin1Char('\n') + lastDriven_);
+  }
   void add(DesignRule rule, const QString& object, const NetBit& bit, const QString& detail = QString()) {
     const QString key = QString::number(int(rule)) + QLatin1Char('\n') + object + QLatin1Char('\n') + netName(bit) +
                         QLatin1Char('\n') + detail;
@@ -33,9 +40,17 @@ class NetFaults {
     }
     faults_[*found].bits.append(bit.name);
   }
-  const QList<NetFault>& faults() const { return faults_; }
+  QList<NetFault> faults() const {
+    QList<NetFault> all = faults_;
+    for (NetFault& fault : all)
+      if (fault.rule == DesignRule::NetUndriven && driven_.contains(fault.object + QLatin1Char('\n') + fault.net))
+        fault.rule = DesignRule::NetPartlyUndriven;
+    return all;
+  }
 
  private:
+  QString lastObject_, lastDriven_;
+  QSet<QString> driven_;
   QList<NetFault> faults_;
   QHash<QString, int> index_;
 };
@@ -53,6 +68,7 @@ QString faultText(const NetFault& fault) {
   const bool one = fault.bits.size() == 1;
   switch (fault.rule) {
     case DesignRule::NetUndriven:
+    case DesignRule::NetPartlyUndriven:
       return text + QLatin1String(one ? " has no driver" : " have no driver");
     case DesignRule::NetConstant:
       return text + QLatin1String(one ? " is constant" : " are constant");
@@ -80,7 +96,7 @@ class DomainCheck {
     for (const NetBit& bit : bits) look(object, bit);
   }
 
-  const QList<NetFault>& faults() const { return faults_.faults(); }
+  QList<NetFault> faults() const { return faults_.faults(); }
   int tracedRegisters() const { return tracedRegisters_; }
   bool clockIsForeign() const { return tracedRegisters_ > 0 && registersOfClock_ == 0; }
   const QSet<QString>& otherClocks() const { return otherClocks_; }
@@ -91,7 +107,10 @@ class DomainCheck {
   Domain look(const QString& object, const NetBit& bit) {
     BitDriver driver;
     if (!pulse_.beat() || !netlist_.driver(bit, driver)) return Domain::None;
-    if (driver.kind == BitDriver::Undriven) faults_.add(DesignRule::NetUndriven, object, bit);
+    if (driver.kind == BitDriver::Undriven)
+      faults_.add(DesignRule::NetUndriven, object, bit);
+    else
+      faults_.addDriven(object, bit);
     if (driver.kind == BitDriver::Constant) faults_.add(DesignRule::NetConstant, object, bit);
     if (!clock_) return Domain::None;
     if (netlist_.canonical(bit) == *clock_) faults_.add(DesignRule::SampleClockTraced, object, bit);

@@ -91,6 +91,8 @@ const std::vector<RuleRow>& ruleTable() {
        "ost_trace trc_option -core <core> SampleClk=<net>"},
       {R::SampleClockTraced, W, "The core observes its own sample clock, which always reads the same",
        "remove the net from the core"},
+      {R::NetPartlyUndriven, W, "Some bits of a net that the core observes have no driver",
+       "drive them in the design, or remove them from the core"},
   };
   return table;
 }

@@ -52,6 +52,7 @@ enum class DesignRule {
   ForeignSampleClock = 63,
   SampleClockNotRunning = 64,
   SampleClockTraced = 65,
+  NetPartlyUndriven = 66,
 };
 
 struct RuleRow {

@@ -179,6 +179,7 @@ bool ChildRun::readPipes() {
 }
 
 void ChildRun::takeOutput(const char* data, int count) {
+  if (job_.takeText) return job_.takeText(data, count);
   const int room = qMin(count, qMax(0, job_.outputLimitBytes - end_.output.size()));
   end_.output.append(data, room);
   if (room < count) stop(ChildEnd::TooMuchOutput);
@@ -186,6 +187,7 @@ void ChildRun::takeOutput(const char* data, int count) {
 
 /// Keeps the head and the tail of the error output.
 void ChildRun::takeError(const char* data, int count) {
+  if (job_.takeText) return job_.takeText(data, count);
   const int room = qMin(count, kErrorHead - end_.firstError.size());
   end_.firstError.append(data, room);
   end_.lastError.append(data + room, count - room);

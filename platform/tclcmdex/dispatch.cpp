@@ -72,6 +72,10 @@ int TclCmdExInvoker(ClientData tableData, Tcl_Interp* interp, int argc, const ch
                     [&] { return dispatch(interp, *static_cast<const TclCmdMap*>(tableData), argc, argv); });
 }
 
+bool fitsPattern(const char* name, const char* pattern) {
+  return Tcl_StringMatch(name, pattern) != 0;
+}
+
 bool servePendingEvents() {
   Tcl_Interp* interp = currentInterpreter();
   if (!tclIsReady(interp)) return true;

@@ -36,6 +36,10 @@ TCLCMDEX_API int dispatchDepth();
 /// The interpreter whose command is being dispatched, innermost; null outside.
 TCLCMDEX_API Tcl_Interp* currentInterpreter();
 
+/// True when the name fits the pattern as in "string match": with regard to case; "*" and "?" stand for "/", too. Only
+/// within runGuarded().
+TCLCMDEX_API bool fitsPattern(const char* name, const char* pattern);
+
 /// Serves the events that are pending now, without waiting. False when the interpreter that runs the innermost
 /// command has been deleted meanwhile.
 TCLCMDEX_API bool servePendingEvents();

@@ -13,6 +13,10 @@ bool isEdge(Operator op) {
   return op == Operator::RisingEdge || op == Operator::FallingEdge;
 }
 
+bool comparesNumbers(Operator op) {
+  return !isEdge(op) && op != Operator::SerialCompare;
+}
+
 /// Decimal digits to bits, least significant first and without leading zeros.
 QByteArray decimalBits(const QString& digits) {
   const quint64 kBase = 1000000000;  // nine digits at a time
@@ -60,10 +64,9 @@ QString digitRule(Radix radix, bool allowDontCare) {
            QLatin1String(allowDontCare ? ", and x for don't-care" : ""));
 }
 
-}  // namespace
-
-bool parseUnitValue(Operator op, Radix radix, const QString& digits, int width, QByteArray& value, QByteArray& mask,
-                    QString& error) {
+/// parseUnitValue() without names.
+bool parseDigits(Operator op, Radix radix, const QString& digits, int width, QByteArray& value, QByteArray& mask,
+                 QString& error) {
   const bool serial = op == Operator::SerialCompare, decimal = radix == Radix::Dec;
   const bool allowDontCare = (op == Operator::Equal || op == Operator::NotEqual) && !decimal;
   const int bitsPerDigit = radix == Radix::Bin ? 1 : radix == Radix::Oct ? 3 : 4;
@@ -111,6 +114,42 @@ bool parseUnitValue(Operator op, Radix radix, const QString& digits, int width, 
   }
   mask = value;
   return true;
+}
+
+}  // namespace
+
+bool parseUnitValue(Operator op, Radix radix, const QString& digits, int width, QByteArray& value, QByteArray& mask,
+                    QString& error, const EnumNames& names) {
+  const bool isNumber = parseDigits(op, radix, digits, width, value, mask, error);
+  if (names.isEmpty() || !comparesNumbers(op)) return isNumber;
+  const EnumName* named = findEnumName(names, digits);
+  if (!named) {
+    if (isNumber || !mayNameValue(op, digits)) return isNumber;
+    constexpr int kShownNames = 8;
+    QStringList known;
+    for (const EnumName& entry : names.mid(0, kShownNames)) known << entry.name;
+    error +=
+        QStringLiteral(" The type of the signal names %1%2.")
+            .arg(known.join(QStringLiteral(", ")), names.size() > kShownNames ? QStringLiteral(", ...") : QString());
+    return false;
+  }
+  if (isNumber && (value != named->bits || mask.contains('0'))) {
+    error =
+        QStringLiteral(
+            "%1 is a number in radix %2 and the name of another value; write the number as %3, or use another "
+            "radix.")
+            .arg(quoted(digits), radixText(radix),
+                 quoted(QLatin1Char(digits.startsWith(QLatin1Char('x'), Qt::CaseInsensitive) ? 'x' : '0') + digits));
+    return false;
+  }
+  value = named->bits;
+  mask = QByteArray(width, '1');
+  error.clear();
+  return true;
+}
+
+bool mayNameValue(Operator op, const QString& text) {
+  return comparesNumbers(op) && isVerilogIdentifier(QString(text).replace(QLatin1String("::"), QLatin1String("_")));
 }
 
 bool formatUnitValue(Radix radix, const QByteArray& value, const QByteArray& mask, QString& digits) {

@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include "platform/text/enum_names.h"
 #include "platform/trigger/trigger_words.h"
 
 namespace ost {
@@ -17,8 +18,13 @@ constexpr int kMaxUnitWidth = 4096;     ///< Bits that one unit compares.
 /// first. False with the reason in `error`.
 /// Missing leading digits are zero, or don't-care where the leftmost digit is one; surplus ones must be zero or
 /// don't-care.
+/// One of `names` stands for its value, with the operators that compare numbers; one that is digits of the radix, too,
+/// and of another value, is refused. Without names, digits only.
 bool parseUnitValue(Operator op, Radix radix, const QString& digits, int width, QByteArray& value, QByteArray& mask,
-                    QString& error);
+                    QString& error, const EnumNames& names = {});
+
+/// True when the text may turn out to be the name of a value once the type of the signals is known.
+bool mayNameValue(Operator op, const QString& text);
 
 /// The digits of a radix for bits and mask as parseUnitValue() gives them. False when a don't-care covers only a part
 /// of a digit, or the radix has none.

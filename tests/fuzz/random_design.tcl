@@ -54,10 +54,10 @@ proc random_design::expression {{depth 2}} {
     1 { return "({$a, $b})" }
     2 { return "({[expr {1 + [below 3]}]{$a}})" }
     3 { return "([pick {~ ! & | ^ ~& -}] $a)" }
-    4 { return "(\$signed($a) [pick {+ - < >= >>> == *}] \$signed($b))" }
+    4 { return "(\$signed($a) [pick {+ - < >= >>> == + - *}] \$signed($b))" }
     5 { if {$functions ne {}} { return "([pick $functions]($a, $b))" } }
     6 { return "($a [pick {<< >> >>>}] [operand])" }
-    7 { return "($a [pick {* % / ===}] [operand])" }
+    7 { return "($a [pick {* % / === == + ^ - !=}] [operand])" }
   }
   return "($a [pick {+ - ^ ~^ + - ^ & | < <= == != && ||}] $b)"
 }

@@ -30,11 +30,11 @@ QStringList vvp(const BenchFiles& files, const QStringList& arguments) {
   return QStringList{"vvp", "-n", "capture.vvp", "+ostrel_fifo=."} + arguments;
 }
 
-std::unique_ptr<ost::RemoteBitbang> connected(const BenchFiles& files) {
+std::unique_ptr<ost::Connection> connected(const BenchFiles& files) {
   QString error;
-  auto port = ost::RemoteBitbang::connect({ost::ServerAddress::Fifo, files.folder, 0}, 20, error);
-  need(port != nullptr, error);
-  return port;
+  auto connection = ost::Connection::open({ost::ServerAddress::Fifo, files.folder}, 20, error);
+  need(connection != nullptr, error);
+  return connection;
 }
 
 }  // namespace
@@ -56,11 +56,13 @@ QByteArray FaultyLine::disturbed(QByteArray levels, double rate) {
 }
 
 Live::Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise, quint32 seed,
-           const QStringList& arguments, ost::UserInstruction instruction)
+           const QStringList& arguments, ost::TapInstruction instruction)
     : simulation_(vvp(files, arguments), files.folder, "capture_run.log"),
-      port_(connected(files)),
+      connection_(connected(files)),
+      port_(std::make_unique<ost::RemoteBitbang>(*connection_)),
       line(*port_, seed, noise),
-      hub(line, instruction),
+      tap(line),
+      hub(tap, instruction),
       reader(hub, plan) {}
 
 void Live::open() {
@@ -70,6 +72,7 @@ void Live::open() {
 
 void Live::end() {
   port_.reset();
+  connection_.reset();
   simulation_.waitForEnd();
 }
 

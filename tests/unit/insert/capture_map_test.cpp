@@ -14,8 +14,12 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   core.sampleClock = core.sampleEnable = core.probeBits[0];
   core.probes = {{"BUS1", {0, 1, 2}}};
   core.units[0].value = "001";
+  const QByteArray before = captureMapJson(plan);
+  core.units[0].names = {{"RUN", "011"}, {"IDLE", "000"}};
+  core.probes.append({"on", {3}, {{"YES", "1"}}});
   plan.projectHash = planHash(plan);
   const QByteArray json = captureMapJson(plan);
+  EXPECT_TRUE(before.contains("\"version\": 1") && json.contains("\"version\": 2"));  // one that needs it
   InsertPlan back;
   QString error;
   ASSERT_TRUE(readCaptureMap(json, back, error)) << plain(error);
@@ -26,7 +30,9 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   const struct {
     const char *from, *to, *complaint;
   } table[] = {
-      {"\"version\": 1", "\"version\": 2", "version"},
+      {"\"version\": 2", "\"version\": 3", "version"},
+      {"\"version\": 2", "\"version\": 1", "unknown key 'names'"},
+      {"[\"RUN\", \"110\"]", "[\"RUN\", \"11\"]", "names[0]: expected [name, 3 binary digits]"},
       {"\"depth\": 512", "\"depth\": 511", "cores[0].depth"},
       {"\"depth\": 512", "\"deepness\": 512", "cores[0].depth"},
       {"\"windows\": 4", "\"windows\": 5", "cores[0].windowSamples"},

@@ -76,6 +76,13 @@ TEST(UnitValueTest, DigitsBecomeBitsLeastSignificantFirstOrAreRefused) {
       {">=", "Dec", "4294967296", 33, "000000000000000000000000000000001", "111111111111111111111111111111111"},
       {".RE.", "Bin", "10", 2, "01", "01"},
       {".SC.", "Hex", "C", 1, "0011", "1111"},
+      {">=", "Hex", "IDLE", 4, "0010", "1111"},
+      {"==", "Hex", "BEE", 4, "0011", "1111"},  // as a number it does not fit
+      {"!=", "Hex", "A", 4, "0101", "1111"},    // name and number are the same
+      {"==", "Hex", "B", 4, nullptr, nullptr},  // they differ
+      {"==", "Hex", "0B", 4, "1101", "1111"},
+      {"==", "Hex", "IDEL", 4, nullptr, nullptr},
+      {".RE.", "Hex", "IDLE", 4, nullptr, nullptr},
       {"==", "Bin", "10000", 4, nullptr, nullptr},
       {"==", "Dec", "16", 4, nullptr, nullptr},
       {"<", "Bin", "x", 4, nullptr, nullptr},
@@ -90,6 +97,7 @@ TEST(UnitValueTest, DigitsBecomeBitsLeastSignificantFirstOrAreRefused) {
       {"==", "Oct", "8", 4, nullptr, nullptr},
       {"==", "Dec", QString(200000, '9'), 4096, nullptr, nullptr},
   };
+  const EnumNames names = {{"IDLE", "0010"}, {"A", "0101"}, {"B", "0000"}, {"BEE", "0011"}};
   for (const auto& row : table) {
     SCOPED_TRACE(text(QString("%1 %2 %3").arg(row.op, row.radix, row.digits.left(50))));
     Operator op;
@@ -97,7 +105,8 @@ TEST(UnitValueTest, DigitsBecomeBitsLeastSignificantFirstOrAreRefused) {
     QByteArray value, mask;
     QString error;
     ASSERT_TRUE(operatorFromText(row.op, op) && radixFromText(row.radix, radix));
-    const bool taken = parseUnitValue(op, radix, row.digits, row.width, value, mask, error);
+    const bool taken =
+        parseUnitValue(op, radix, row.digits, row.width, value, mask, error, row.width == 4 ? names : EnumNames());
     EXPECT_EQ(taken, row.value != nullptr) << text(error);
     EXPECT_EQ(taken, error.isEmpty());
     EXPECT_TRUE(!taken || (value == row.value && mask == row.mask)) << value.data() << ' ' << mask.data();

@@ -79,7 +79,7 @@ TEST(ProjectFileTest, FaultsAreRefusedWithTheirPlace) {
       {"\"u/state[1]\"", "\"u/state[0]\"", "cores[0].trace[0].members[1]: \"u/state[0]\" is in the trace list already"},
       {"\"reference\": \"u/state[0]\"", "\"reference\": \"q\"", "cores[0].trace: the reference to \"q\""},
       {"\"name\": \"TU1\"", "\"name\": \"1\"", "cores[0].units[0].name: The unit name \"1\""},
-      {"\"value\": \"x\"", "\"value\": \"g\"", "cores[0].units[0].value: \"g\""},
+      {"\"value\": \"x\"", "\"value\": \"1g\"", "cores[0].units[0].value: \"1g\""},
       {"\"operator\": \"==\"", "\"operator\": \"=\"", "cores[0].units[0].operator: \"=\""},
       {"!TU1*3", "!TU2*3", "cores[0].expressions[0].expression: There is no trigger unit \"TU2\""},
       {"\"maxEventCount\": 4", "\"maxEventCount\": 3", "cores[0].expressions[0].maxEventCount: expected a power"},

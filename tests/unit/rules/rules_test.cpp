@@ -153,7 +153,7 @@ const struct {
     {"clock=din[0]", {62, 62, 63}},  // one bit of a vector as clock
     {"no_trace", {13}},
     {"no_trace; bus=", {13}},
-    {"trace=u_deep/gone din; bus=count[9]", {14, 14, 14}},  // din has become a vector
+    {"trace=u_deep/gone din; bus=count[9] count[8]", {14, 14, 14}},  // din has become a vector
     {"enable; look", {15, 15}},
     {"enable_signal=nowhere", {}},
     {"enable; enable_signal=nowhere; look; look_signal=din[2:1]", {16, 17}},
@@ -181,7 +181,7 @@ const struct {
     {"depth=65536; stamp=63; dram; core=c2; depth=65536; stamp=63", {52, 53}},
     {"dram; no_dram", {54}},
     {"trace=half[3] half[2] half[1] fixed[0]; signals=floating din[2:0]; enable; enable_signal=fixed[1]",
-     {60, 60, 61, 61}},
+     {60, 61, 61, 66}},
     {"trace=u_slow/u_reg/q mixed", {62}},
     {"trace=u_pad/through[1]", {62}},
     {"clock=u_deep/u_reg/clk; trace=u_deep/q", {}},  // the same clock under another name
