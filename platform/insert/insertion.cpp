@@ -5,6 +5,7 @@
 
 #include "platform/insert/netlist_editor.h"
 #include "platform/insert/output_folder.h"
+#include "platform/insert/top_parameters.h"
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
 #include "platform/proof/proof.h"
@@ -135,8 +136,8 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   say(QStringLiteral("Writing the instrumented design as Verilog."));
   if (!folder_.write(verilog_, QByteArray(), error_)) return false;
   if (!writeInstrumentedVerilog(design_, folder_.stagedFile(json_),
-                                folder_.stagedFile(QStringLiteral("ostrel_debug.v")), folder_.stagedFile(verilog_),
-                                hooks_.idle, error_) ||
+                                folder_.stagedFile(QStringLiteral("ostrel_debug.v")), topParametersVerilog(data.text),
+                                folder_.stagedFile(verilog_), hooks_.idle, error_) ||
       !folder_.store(verilog_, error_))
     return false;
   if (request_.proveEquivalence && !prove(netlist)) return false;

@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 
 #include "platform/design/yosys.h"
+#include "platform/insert/top_parameters.h"
 #include "platform/system/descriptor.h"
 #include "platform/system/files.h"
 #include "platform/text/byte_text.h"
@@ -27,10 +28,37 @@ bool endsWithModule(QFile& file) {
   return file.readAll().trimmed().endsWith("endmodule");
 }
 
+/// What Yosys writes is right and not what a linter likes; a user's warnings are about the user's sources.
+const char kLintHead[] =
+    "/* verilator lint_save */\n"
+    "/* verilator lint_off WIDTH */\n/* verilator lint_off CASEOVERLAP */\n/* verilator lint_off CASEINCOMPLETE */\n"
+    "/* verilator lint_off PINMISSING */\n/* verilator lint_off UNOPTFLAT */\n/* verilator lint_off LITENDIAN */\n"
+    "/* verilator lint_off COMBDLY */\n/* verilator lint_off UNSIGNED */\n/* verilator lint_off CMPCONST */\n"
+    "/* verilator lint_off MULTIDRIVEN */\n";
+const char kLintTail[] = "\n/* verilator lint_restore */\n";
+
+/// Adds to the text that Yosys wrote: `body` at the beginning of the top, and words to linters around it all.
+bool complete(QFile& file, const QByteArray& top, const QByteArray& body, QString& error) {
+  if (!file.seek(0)) return false;
+  QByteArray text = file.readAll();
+  if (!body.isEmpty()) {
+    const int module = text.indexOf("\nmodule " + verilogName(top) + '(');
+    const int end = text.indexOf(");\n", module);
+    if (module < 0 || end < 0) {
+      error = QStringLiteral("Internal error: the top module is not in what Yosys wrote.");
+      return false;
+    }
+    text.insert(end + 3, body);
+  }
+  text = kLintHead + text + kLintTail;
+  return file.seek(0) && file.write(text) == text.size() && file.flush();
+}
+
 }  // namespace
 
 bool writeInstrumentedVerilog(const Design& design, const QString& netlist, const QString& debugModule,
-                              const QString& verilog, const std::function<bool()>& idle, QString& error) {
+                              const QByteArray& topBody, const QString& verilog, const std::function<bool()>& idle,
+                              QString& error) {
   Descriptor files[3];
   YosysJob job;
   for (const QString* name : {&netlist, &debugModule, &verilog}) {
@@ -68,11 +96,14 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   };
   if (!hasRoom(files[2].fd())) return cutShort();
   QFile result;
-  if (!result.open(files[2].fd(), QIODevice::ReadOnly)) return cutShort();
+  if (!result.open(files[2].fd(), QIODevice::ReadWrite)) return cutShort();
   if (!endsWithModule(result)) {
     error = QStringLiteral("The instrumented design could not be written in full; is the disk full?");
     return false;
   }
+  const QString key = design.topKey();
+  const QByteArray top = (key.startsWith(QLatin1Char('\\')) ? key.mid(1) : key).toLatin1();
+  if (!complete(result, top, topBody, error)) return error.isEmpty() ? cutShort() : false;
   return files[2].close() || cutShort();
 }
 
