@@ -4,7 +4,7 @@ JOBS ?= $(shell nproc)
 SECONDS ?= 60
 SEEDS ?= 200
 
-.PHONY: help build release test oracle mutants demo bench asan fuzz clean
+.PHONY: help build release test oracle mutants demo bench asan fuzz field clean
 
 help:
 	@echo "make build   build the package into build/dev (usable as TCLLIBPATH=build/dev/lib)"
@@ -14,7 +14,8 @@ help:
 	@echo "make demo    build, insert a debug core into examples/, simulate it and show its capture"
 	@echo "make bench   measure speed and the core's cost against their aims; BENCH_FULL=1 for the largest designs"
 	@echo "make asan    run the tests on a build with address and undefined-behaviour checks"
-	@echo "make fuzz    feed generated words and damaged files to the same build; SECONDS=n (60), SEED=n (the day's)"
+	@echo "make fuzz    feed generated words, damaged files and random designs to the same build; SECONDS=n (60), SEED=n (the day's)"
+	@echo "make field   insert into the designs below DESIGNS=folder, prove, simulate and capture; FIELD='-rows n -timeout s'"
 	@echo "make release build for installing: cmake --install build/release --prefix FOLDER"
 	@echo "make clean   remove build/"
 
@@ -48,8 +49,11 @@ fuzz:
 	@tools/bootstrap
 	@mkdir -p build
 	@cmake --preset asan >build/fuzz.log 2>&1 || { cat build/fuzz.log; exit 1; }
-	@cmake --build --preset asan --target fuzz_commands fuzz_files -j $(JOBS) >build/fuzz.log || { cat build/fuzz.log; exit 1; }
+	@cmake --build --preset asan --target fuzz_commands fuzz_files product -j $(JOBS) >build/fuzz.log || { cat build/fuzz.log; exit 1; }
 	@tests/fuzz/run build/asan $(SECONDS) $(SEED)
+
+field: build/dev.product
+	@tools/field/run build/dev $(or $(DESIGNS),$(error make field needs DESIGNS=folder; see docs/field.md)) $(FIELD)
 
 demo: build/dev.product
 	@examples/demo/run build/dev

@@ -1,5 +1,5 @@
 # Growth: the time of one item must hardly depend on how many there are. Each operation is timed at 1,000, 10,000 and
-# 100,000 items. Nobody traces more than 10,000: beyond, plain containers whose memory the processor must wait for do.
+# 100,000 items. Nobody traces more than 10,000; beyond that, plain containers are sufficient, although they wait for memory.
 source [file join [file dirname [info script]] lib.tcl]
 source [file join [file dirname [info script]] designs.tcl]
 package require ost_platform

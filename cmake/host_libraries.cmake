@@ -1,5 +1,5 @@
 # The command package alone, for a host that brings the four libraries which it calls. Where they are not at hand, empty
-# libraries of their names stand in for the link: what the module calls is then checked when the host loads it.
+# libraries of their names replace them for the link: what the module calls is then checked when the host loads it.
 set(OST_HOST_LIBRARIES "" CACHE PATH "Folder of the host's libtclcmdex, libhlp_help, libistdata and libistcomdata")
 
 if(NOT OST_HOST_LIBRARIES)

@@ -1,5 +1,5 @@
 # <build>/lib is the package, its libraries find each other by $ORIGIN; installing copies it. With it come the contract
-# of the host's libraries, for who builds a service of their own, and, with the embedded libraries, the reader, the JTAG
+# of the host's libraries, for writing another data service, and, with the embedded libraries, the reader, the JTAG
 # model for a user's own test bench and what the build wrote about commands and options.
 set(package_folder lib/ost_tclwrapper${PROJECT_VERSION})
 install(DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/ DESTINATION ${package_folder}

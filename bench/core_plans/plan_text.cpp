@@ -60,55 +60,64 @@ void addExpression(PlanCore& core, QList<QByteArray> words) {
   core.expressions.append(expression);
 }
 
-void setNumber(PlanCore& core, const QByteArray& key, const QByteArray& value, const QByteArray& word) {
-  bool ok = false;
-  const int n = value.toInt(&ok);
-  if (!ok) throw std::runtime_error("bad word: " + word.toStdString());
-  if (key == "probes") {
-    for (int i = 0; i < n; ++i) core.probeBits.append(inputBit(i));
-  } else if (key == "depth") {
-    core.depth = n;
-  } else if (key == "windows") {
-    core.windows = n;
-  } else if (key == "ws") {
-    core.windowSamples = n;
-  } else if (key == "ts") {
-    core.timestampBits = n;
-  } else if (key == "event") {
-    core.eventCounter = true;
-    core.eventCount = n;
-  } else if (key == "out") {
-    core.triggerOutIo = true;
-    core.triggerOutMinPulse = n;
-  } else {
-    throw std::runtime_error("bad word: " + word.toStdString());
-  }
-}
+/// A word of the line: a key alone, or a key with a value behind "=".
+struct Word {
+  const char* key;
+  void (*apply)(PlanCore& core, const QByteArray& value);
+  bool isNumber;
+};
 
-void applyWord(PlanCore& core, const QByteArray& word) {
-  const int equals = word.indexOf('=');
-  const QByteArray key = word.left(equals), value = equals < 0 ? QByteArray() : word.mid(equals + 1);
-  if (word == "incl") {
-    core.includeTrigger = true;
-  } else if (word == "dram") {
-    core.distributedRam = true;
-  } else if (word == "nodram") {
-    core.distRamDisabled = true;
-  } else if (word == "outlow") {
-    core.triggerOutActiveLow = true;
-  } else if (key == "se") {
-    core.hasSampleEnable = true;
-    core.sampleEnableActiveLow = value == "low";
-  } else if (key == "te") {
-    core.hasTriggerEnable = true;
-    core.triggerEnableActiveLow = value == "low";
-  } else if (key == "unit") {
-    addUnit(core, value.split(':'));
-  } else if (key == "expr") {
-    addExpression(core, value.split(':'));
-  } else {
-    setNumber(core, key, value, word);
-  }
+const Word kWords[] = {
+    {"incl", [](PlanCore& core, const QByteArray&) { core.includeTrigger = true; }, false},
+    {"dram", [](PlanCore& core, const QByteArray&) { core.distributedRam = true; }, false},
+    {"nodram", [](PlanCore& core, const QByteArray&) { core.distRamDisabled = true; }, false},
+    {"outlow", [](PlanCore& core, const QByteArray&) { core.triggerOutActiveLow = true; }, false},
+    {"se",
+     [](PlanCore& core, const QByteArray& value) {
+       core.hasSampleEnable = true;
+       core.sampleEnableActiveLow = value == "low";
+     },
+     false},
+    {"te",
+     [](PlanCore& core, const QByteArray& value) {
+       core.hasTriggerEnable = true;
+       core.triggerEnableActiveLow = value == "low";
+     },
+     false},
+    {"unit", [](PlanCore& core, const QByteArray& value) { addUnit(core, value.split(':')); }, false},
+    {"expr", [](PlanCore& core, const QByteArray& value) { addExpression(core, value.split(':')); }, false},
+    {"probes",
+     [](PlanCore& core, const QByteArray& value) {
+       for (int i = 0; i < value.toInt(); ++i) core.probeBits.append(inputBit(i));
+     },
+     true},
+    {"depth", [](PlanCore& core, const QByteArray& value) { core.depth = value.toInt(); }, true},
+    {"windows", [](PlanCore& core, const QByteArray& value) { core.windows = value.toInt(); }, true},
+    {"ws", [](PlanCore& core, const QByteArray& value) { core.windowSamples = value.toInt(); }, true},
+    {"ts", [](PlanCore& core, const QByteArray& value) { core.timestampBits = value.toInt(); }, true},
+    {"event",
+     [](PlanCore& core, const QByteArray& value) {
+       core.eventCounter = true;
+       core.eventCount = value.toInt();
+     },
+     true},
+    {"out",
+     [](PlanCore& core, const QByteArray& value) {
+       core.triggerOutIo = true;
+       core.triggerOutMinPulse = value.toInt();
+     },
+     true},
+};
+
+void applyWord(PlanCore& core, const QByteArray& text) {
+  const int equals = text.indexOf('=');
+  const QByteArray key = equals < 0 ? text : text.left(equals);
+  const QByteArray value = equals < 0 ? QByteArray() : text.mid(equals + 1);
+  bool ok = false;
+  value.toInt(&ok);
+  for (const Word& word : kWords)
+    if (key == word.key && (ok || !word.isNumber)) return word.apply(core, value);
+  throw std::runtime_error("bad word: " + text.toStdString());
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ foreach line [lrange $captureLines 1 end] {
 if {$trigger < 0} { fail "the capture has no trigger sample" }
 if {[llength $window] != 512} { fail "the capture has [llength $window] samples, not 512" }
 
-# The window must stand in the record at exactly one place: start where its trigger sample stands.
+# The window must occur in the record at exactly one place: begin where its trigger sample is.
 set places {}
 foreach at [lsearch -all -exact $recordLines [lindex $window $trigger]] {
   set first [expr {$at - $trigger}]

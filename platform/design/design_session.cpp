@@ -11,7 +11,7 @@ struct DesignSession::Private {
   std::shared_ptr<const Design> design;
   std::function<bool()> idleHook;
   bool reading = false;
-  bool prove = false;
+  ProofMode proof = ProofMode::Off;
 
   bool read(const DesignSource& source, const std::function<bool()>& idle, const QString& workingDirectory,
             QString& error) {
@@ -50,9 +50,19 @@ QString noDesignText() {
   return QString::fromLatin1("No design is loaded; read it first with ost_design read.");
 }
 
+bool proofModeFromWord(const QByteArray& word, ProofMode& mode) {
+  static const QHash<QByteArray, ProofMode> modes{
+      {"on", ProofMode::On},     {"yes", ProofMode::On},  {"true", ProofMode::On},
+      {"1", ProofMode::On},      {"off", ProofMode::Off}, {"no", ProofMode::Off},
+      {"false", ProofMode::Off}, {"0", ProofMode::Off},   {"strict", ProofMode::Strict}};
+  const auto found = modes.constFind(word.toLower());
+  if (found == modes.constEnd()) return false;
+  mode = *found;
+  return true;
+}
+
 DesignSession::DesignSession() : d(new Private) {
-  const QByteArray prove = qgetenv("OST_PROVE").toLower();
-  d->prove = prove == "1" || prove == "on" || prove == "yes" || prove == "true";
+  proofModeFromWord(qgetenv("OST_PROVE"), d->proof);
 }
 
 DesignSession::~DesignSession() = default;
@@ -110,11 +120,11 @@ void DesignSession::close() {
   d->design.reset();
 }
 
-bool DesignSession::proveInsertions() const {
-  return d->prove;
+ProofMode DesignSession::proofMode() const {
+  return d->proof;
 }
-void DesignSession::setProveInsertions(bool on) {
-  d->prove = on;
+void DesignSession::setProofMode(ProofMode mode) {
+  d->proof = mode;
 }
 void DesignSession::setIdleHook(std::function<bool()> hook) {
   d->idleHook = std::move(hook);

@@ -13,6 +13,15 @@ namespace ost {
 /// What is said wherever a design is needed and none is loaded: one sentence.
 ISTCOMDATA_API QString noDesignText();
 
+/// Whether an insertion is followed by a proof.
+enum class ProofMode {
+  Off,
+  On,      ///< Modules for which the proof comes to no end are named.
+  Strict,  ///< They fail the insertion.
+};
+/// From "on", "off", "strict" or a word that means on or off, in any case. False for another one.
+ISTCOMDATA_API bool proofModeFromWord(const QByteArray& word, ProofMode& mode);
+
 class ISTCOMDATA_API DesignSession {
  public:
   static DesignSession& instance();
@@ -30,8 +39,8 @@ class ISTCOMDATA_API DesignSession {
   bool refresh(QString& error);
   void close();
 
-  bool proveInsertions() const;  ///< `ost_design prove on`, or $OST_PROVE.
-  void setProveInsertions(bool on);
+  ProofMode proofMode() const;  ///< As `ost_design prove` says, or $OST_PROVE.
+  void setProofMode(ProofMode mode);
 
   /// Called while Yosys runs; set by the service. Returning false cancels the read.
   void setIdleHook(std::function<bool()> hook);

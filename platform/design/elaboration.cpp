@@ -7,7 +7,6 @@
 
 #include "platform/system/scratch_file.h"
 #include "platform/text/byte_text.h"
-#include "platform/text/names.h"
 
 namespace ost {
 namespace {
@@ -78,8 +77,8 @@ ToolLimits Elaboration::limits() const {
 QString Elaboration::said(const YosysResult& result) const {
   const QString error = textFromBytes(plan_.inUsersWords(result.error.toLatin1()));
   static const QRegularExpression foreign(QStringLiteral("\\A(?:(.+):\\d+: )?Found DPI function \\\\(.+)\\.\\z")),
-      include(QStringLiteral("\\A(.+:\\d+): Can't open include file `(.+)'!")),
-      parameter(QStringLiteral("Can't find object for defparam `\\\\?(.+)'!"));
+      include(QStringLiteral("\\A(.+:\\d+: )?Can't open include file `(.+)'!")),
+      parameter(QStringLiteral("Can't find object for defparam `\\\\?(.+)[`']!"));
   const QRegularExpressionMatch imported = foreign.match(error), missing = include.match(error),
                                 unknown = parameter.match(error);
   if (imported.hasMatch())
@@ -88,8 +87,9 @@ QString Elaboration::said(const YosysResult& result) const {
                "instance by `ifndef SYNTHESIS")
         .arg(imported.captured(1), imported.captured(2));
   if (missing.hasMatch())
-    return QStringLiteral("%1: The include file \"%2\" was not found; name its folder with -incdir DIRECTORY.")
-        .arg(missing.captured(1), missing.captured(2));
+    return QStringLiteral("%1The include file \"%2\" was not found; name its folder with -incdir DIRECTORY.")
+        .arg(missing.captured(1).isEmpty() ? plan_.includer(missing.captured(2)) : missing.captured(1),
+             missing.captured(2));
   if (unknown.hasMatch() && !plan_.parameters().isEmpty())
     return QStringLiteral("The top module \"%1\" has no parameter \"%2\"; correct -param.")
         .arg(textFromBytes(plan_.top()), unknown.captured(1));
@@ -192,15 +192,22 @@ bool Elaboration::chooseReaders(QString& error) {
 
 /// Modules and entities that no other uses, as far as the texts tell.
 QList<QByteArray> Elaboration::roots() const {
-  QSet<QByteArray> used = plan_.vhdl().scan.words;
-  for (const ScannedModule& module : plan_.modules())
-    for (const QByteArray& word : module.words)
-      if (word != module.name) used << word << word.toLower();
+  const QSet<QByteArray>& usedByVhdl = plan_.vhdl().scan.words;
+  QSet<QByteArray> used, usedInAnyCase = usedByVhdl;
+  for (const ScannedModule& module : plan_.modules()) {
+    for (const QByteArray& word : module.words) {
+      if (word == module.name) continue;
+      used.insert(word);
+      usedInAnyCase.insert(word.toLower());
+    }
+  }
   QList<QByteArray> roots;
-  for (const ScannedModule& module : plan_.modules())
-    if (!used.contains(module.name) && !module.bodyless && !roots.contains(module.name)) roots.append(module.name);
+  for (const ScannedModule& module : plan_.modules()) {
+    const bool isUsed = used.contains(module.name) || usedByVhdl.contains(module.name.toLower());
+    if (!isUsed && !module.bodyless && !roots.contains(module.name)) roots.append(module.name);
+  }
   for (const VhdlEntity& entity : plan_.vhdl().scan.entities)
-    if (!used.contains(entity.name.toLower())) roots.append(entity.name);
+    if (!usedInAnyCase.contains(entity.name.toLower())) roots.append(entity.name);
   return roots;
 }
 
@@ -218,7 +225,8 @@ bool Elaboration::findTop(QString& error) {
     return true;
   }
   QStringList names;
-  for (const QByteArray& root : candidates.mid(0, 5)) names.append(quoted(textFromBytes(root)));
+  for (const QByteArray& root : candidates.mid(0, 5))
+    names.append(QLatin1Char('"') + textFromBytes(root) + QLatin1Char('"'));
   error = candidates.isEmpty()
               ? QStringLiteral("No module or entity of the sources could be the top; name one with -top.")
               : QStringLiteral("The design has %1 modules that could be the top (%2); name one with -top")
@@ -274,7 +282,7 @@ bool Elaboration::surveyOnce(NameIndex& index, QString& error) {
   read.script = plan_.hierarchyScript(false);
   read.script.line(kNamesOnly).openFile(0);
   // Checked last, so that of all unknown modules the netlist tells first.
-  read.script.line("hierarchy -check");
+  if (plan_.isChecked()) read.script.line("hierarchy -check");
   read.files << netlist.fd() << dependencies.fd() << log.fd();
   read.dependencyFile = 1;
   read.logFile = 2;
@@ -283,6 +291,7 @@ bool Elaboration::surveyOnce(NameIndex& index, QString& error) {
     error = said(result);
     return false;
   }
+  unknownModule_ = result.error;
   if (!readNameIndex(netlist.fd(), QStringLiteral("the netlist made by Yosys"), index, error)) {
     // Yosys tells of no write that fails.
     if (!netlist.hasRoom(error)) return false;
@@ -348,6 +357,7 @@ bool Elaboration::resolve(const QVector<QByteArray>& types, QString& error) {
     const QByteArray declaration =
         components_.contains(type) ? components_.value(type) : boxDeclaration(type, uses, notes_);
     if (declaration.isEmpty()) plan_.leaveUnknown(type);
+    if (declaration.contains("\\$")) plan_.leaveUnchecked();
     declarations += declaration;
   }
   if (!declarations.isEmpty() && !plan_.addBoxes(declarations, false, error)) return false;
@@ -361,11 +371,17 @@ bool Elaboration::resolve(const QVector<QByteArray>& types, QString& error) {
   }
   if (!entities.isEmpty() && !plan_.addVhdl(verilog, entities.first(), bindings, error)) return false;
   if (missing.isEmpty() || found || !boxes.isEmpty() || !entities.isEmpty()) return true;
+  // Yosys tells where it met the first of them.
+  static const QRegularExpression met(
+      QStringLiteral("Module `\\\\?(.+)' referenced in module `\\\\?(.+)' in cell `\\\\?(.+)' is not part"));
+  const QRegularExpressionMatch place = met.match(unknownModule_);
+  const QString where = QStringLiteral(" (instance \"%1\" of module \"%2\")")
+                            .arg(place.captured(3), textFromBytes(sourceName(place.captured(2).toLatin1())));
   error = missing.size() == 1
               ? QStringLiteral(
-                    "The module \"%1\" is not defined: add the file that declares it, or take it as a black "
+                    "The module \"%1\"%2 is not defined: add the file that declares it, or take it as a black "
                     "box with -blackbox %1")
-                    .arg(missing.first())
+                    .arg(missing.first(), place.captured(1) == missing.first() ? where : QString())
               : QStringLiteral(
                     "The modules \"%1\" are not defined; add the files that declare them, or take them as "
                     "black boxes with -blackbox %2.")

@@ -51,6 +51,7 @@ class Elaboration {
   const QString workingDirectory_;
   const std::function<bool()>& idle_;
   QStringList readFiles_, notes_;
+  QString unknownModule_;                     ///< What Yosys said of the first one.
   QSet<QByteArray> names_;                    ///< Of modules, taken.
   QHash<QByteArray, QByteArray> components_;  ///< Declarations in VHDL of modules that VHDL does not have.
 };

@@ -15,22 +15,18 @@
 namespace ost {
 namespace {
 
-/// The first line with a place in a file and no warning, else the first line that names the program, else the last.
-QString firstError(const ChildEnd& end) {
+/// The first line with a place in a file and no warning, else the first that the program says of itself, else none.
+QString firstError(const QString& program, const ChildEnd& end) {
   static const QRegularExpression place(QStringLiteral("\\A.+:\\d+(:\\d+)?: (?!warning|note)"),
                                         QRegularExpression::CaseInsensitiveOption);
-  static const QRegularExpression plain(QStringLiteral("\\A\\S+: ?(?!warning|note)(.+)"));
-  QString general, last;
+  const QRegularExpression own(QStringLiteral("\\A\\S*%1[^:/ ]*: ?(?!warning|note)(.+)").arg(program));
+  QString general;
   for (const QByteArray& bytes : (end.firstError + end.lastError).split('\n')) {
     const QString line = textFromBytes(bytes.trimmed().left(2000));
     if (place.match(line).hasMatch()) return line;
-    const QRegularExpressionMatch match = plain.match(line);
-    if (general.isEmpty() && match.hasMatch() && !line.contains(QLatin1String(":warning:")) &&
-        !line.contains(QLatin1String(":note:")))
-      general = match.captured(1);
-    if (!line.isEmpty()) last = line;
+    if (general.isEmpty()) general = own.match(line).captured(1);
   }
-  return general.isEmpty() ? last : general;
+  return general;
 }
 
 QString endText(const QString& name, const char* wayOut, const ChildEnd& end, const ToolLimits& limits) {
@@ -62,7 +58,7 @@ QString endText(const QString& name, const char* wayOut, const ChildEnd& end, co
     case ChildEnd::Exited:
       break;
   }
-  const QString reason = firstError(end);
+  const QString reason = firstError(name, end);
   return reason.isEmpty() ? QStringLiteral("The program \"%1\" failed with exit status %2.").arg(name).arg(end.code)
                           : reason;
 }

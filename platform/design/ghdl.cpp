@@ -39,6 +39,87 @@ QList<VhdlModule> splitModules(const QByteArray& verilog) {
   return modules;
 }
 
+/// What GHDL 2.0 writes of signed operators is unsigned, or VHDL, and only its comments tell what was meant: an
+/// arithmetic shift to the right, division, remainder, modulo (with the sign of the divisor) and absolute value.
+void restoreSignedOperators(VhdlModule& module) {
+  static const struct {
+    QRegularExpression written;
+    QString meant;
+  } table[] = {
+      {pattern("(= \\$signed\\(\\w+\\)) >> "), QStringLiteral("\\1 >>> ")},
+      {pattern("= ([\\w']+) ([/%]) ([\\w']+); // (?:sdiv|srem)$"), QStringLiteral("= $signed(\\1) \\2 $signed(\\3);")},
+      {pattern("= ([\\w']+) % ([\\w']+); // smod$"),
+       QStringLiteral("= ($signed(\\1) % $signed(\\2)) != 0 && ($signed(\\1) < 0) != ($signed(\\2) < 0) ? "
+                      "($signed(\\1) % $signed(\\2)) + $signed(\\2) : $signed(\\1) % $signed(\\2);")},
+      {pattern("^  (\\w+) <= std_logic_vector\\(abs \\$signed\\((\\w+)\\)\\);"),
+       QStringLiteral("  assign \\1 = $signed(\\2) < 0 ? -\\2 : \\2;")},
+  };
+  QString text = textFromBytes(module.text);
+  for (const auto& row : table) text.replace(row.written, row.meant);
+  module.text = text.toLatin1();
+}
+
+/// A value in GHDL's VHDL as Verilog: a name, bits in quotes or one character; empty for anything else.
+QByteArray verilogValue(const QString& vhdl) {
+  static const QRegularExpression name(QStringLiteral("\\A(?:wrap_)?(\\w+)\\z")),
+      bits(QStringLiteral("\\A\"([01XZxz]+)\"\\z")), digits(QStringLiteral("\\AX\"([0-9a-fA-F]+)\"\\z")),
+      bit(QStringLiteral("\\A'([01XZxz])'\\z"));
+  for (const QRegularExpression* form : {&bits, &digits, &bit, &name}) {
+    const QRegularExpressionMatch match = form->match(vhdl.trimmed());
+    if (!match.hasMatch()) continue;
+    const QByteArray text = match.captured(1).toLatin1();
+    if (form == &name) return text;
+    const int width = form == &digits ? text.size() * 4 : text.size();
+    return QByteArray::number(width) + (form == &digits ? "'h" : "'b") + text.toLower();
+  }
+  return QByteArray();
+}
+
+/// GHDL 2.0 writes the branches of a selection as a "case" and leaves out the one for all other values, so that it
+/// would be a latch. Its VHDL of the same entity, in which the nets have the same names, holds that branch.
+class LostBranches {
+ public:
+  explicit LostBranches(const QByteArray& vhdl) {
+    static const QRegularExpression unit(QStringLiteral("^architecture \\S+ of (\\S+) is"),
+                                         QRegularExpression::MultilineOption),
+        selection(QStringLiteral("with [^;]*? select\\s+(\\w+) <=[^;]*?\\s([^,;]+?) when others;"));
+    const QString text = textFromBytes(vhdl);
+    for (auto match = unit.globalMatch(text); match.hasNext();) {
+      const QRegularExpressionMatch found = match.next();
+      const int begin = found.capturedEnd(), end = text.indexOf(QLatin1String("\nend "), begin);
+      const QByteArray module = found.captured(1).toLatin1().toLower();
+      for (auto one = selection.globalMatch(text.mid(begin, end - begin)); one.hasNext();) {
+        const QRegularExpressionMatch branch = one.next();
+        values_.insert(module + ' ' + branch.captured(1).toLatin1(), branch.captured(2));
+      }
+    }
+  }
+
+  /// False with the net whose branch is not known.
+  bool restore(VhdlModule& module, QByteArray& net) const {
+    for (int at = nextLost(module.text, 0, net); at >= 0; at = nextLost(module.text, at, net)) {
+      const QByteArray value = verilogValue(values_.value(module.name.toLower() + ' ' + net));
+      if (value.isEmpty()) return false;
+      module.text.insert(at, "      default: " + net + " <= " + value + ";\n");
+    }
+    return true;
+  }
+  /// Where the next "endcase" without a default before it stands, and the net that the "case" drives; -1 at the end.
+  static int nextLost(const QByteArray& text, int from, QByteArray& net) {
+    for (int at = text.indexOf("    endcase", from); at >= 0; at = text.indexOf("    endcase", at + 1)) {
+      const QByteArray branches = text.mid(text.lastIndexOf("    case (", at), at - text.lastIndexOf("    case (", at));
+      if (branches.contains("\n      default:")) continue;
+      static const QRegularExpression target(QStringLiteral(": (\\w+) <?="));
+      net = target.match(textFromBytes(branches)).captured(1).toLatin1();
+      return at;
+    }
+    return -1;
+  }
+
+ private:
+  QHash<QByteArray, QString> values_;
+};
+
 }  // namespace
 
 const VhdlEntity* VhdlSources::find(const QByteArray& name) const {
@@ -58,16 +139,31 @@ bool synthesiseVhdl(const VhdlSources& sources, const VhdlEntity& entity, const 
     library = file.library;
     words << QFile::encodeName(file.file);
   }
-  if (library != "work") words << "--work=work";
+  if (library != entity.library) words << "--work=" + entity.library;
   words << "-e" << entity.name;
-  QByteArray verilog;
-  if (!runFrontEnd("ghdl", "VHDL sources need it: install the Debian package \"ghdl\"", words, limits, verilog, error))
-    return false;
+  const char wayOut[] = "VHDL sources need it: install the Debian package \"ghdl\"";
+  QByteArray verilog, vhdl, net;
+  if (!runFrontEnd("ghdl", wayOut, words, limits, verilog, error)) return false;
   modules = splitModules(verilog);
-  if (!modules.isEmpty() && modules.last().name.toLower() == entity.name.toLower()) return true;
-  error = QStringLiteral("GHDL wrote no Verilog for the entity \"%1\"; \"ghdl --synth\" on it tells more.")
-              .arg(textFromBytes(entity.name));
-  return false;
+  if (modules.isEmpty() || modules.last().name.toLower() != entity.name.toLower()) {
+    error = QStringLiteral("GHDL wrote no Verilog for the entity \"%1\"; \"ghdl --synth\" on it tells more.")
+                .arg(textFromBytes(entity.name));
+    return false;
+  }
+  for (VhdlModule& module : modules) restoreSignedOperators(module);
+  if (LostBranches::nextLost(verilog, 0, net) < 0) return true;
+  words[1] = "--out=vhdl";
+  if (!runFrontEnd("ghdl", wayOut, words, limits, vhdl, error)) return false;
+  const LostBranches lost(vhdl);
+  for (VhdlModule& module : modules) {
+    if (lost.restore(module, net)) continue;
+    error = QStringLiteral(
+                "GHDL leaves out a branch of a \"case\" in the Verilog of \"%1\" (net \"%2\"), and it could not be "
+                "restored; use a GHDL newer than 2.0, or take the entity as a black box.")
+                .arg(textFromBytes(module.name), textFromBytes(net));
+    return false;
+  }
+  return true;
 }
 
 void renameModule(VhdlModule& module, const QByteArray& name) {

@@ -121,11 +121,12 @@ ParameterValue netlistParameter(const QByteArray& written) {
 }
 
 bool genericText(const ParameterValue& value, const QByteArray& type, QByteArray& text) {
-  const QByteArray mark = type.left(type.indexOf('(')).trimmed();
+  const QByteArray mark = type.split('(').first().trimmed();
   if (mark.isEmpty() || mark == "real" || mark == "time") return false;
   if (value.isText) {
     text = value.text;
-    return true;
+    const bool isNumber = mark == "integer" || mark == "natural" || mark == "positive";
+    return !isNumber && (mark != "boolean" || text.toLower() == "true" || text.toLower() == "false");
   }
   if (mark == "string") {
     text = characters(value.text);

@@ -148,7 +148,9 @@ bool SourcePlan::takeFile(const QString& typed, const QByteArray& library, QStri
   netlist_ |= absolute.endsWith(QLatin1String(".json"), Qt::CaseInsensitive);
   File entry;
   QByteArray replaced;
+  const int entities = vhdl_.scan.entities.size();
   if (!netlist_ && !lookInto(absolute, typed, entry, replaced, error)) return false;
+  for (int i = entities; i < vhdl_.scan.entities.size(); ++i) vhdl_.scan.entities[i].library = library;
   typedNames_.insert(absolute, typed);
   files_.append(absolute);
   if (library != "work" || isVhdl(absolute)) {
@@ -201,6 +203,23 @@ QString SourcePlan::libraryFile(const QByteArray& module) const {
 
 bool SourcePlan::addLibraryFile(const QString& file, QString& error) {
   return takeFile(textFromFile(file), "work", error);
+}
+
+QString SourcePlan::includer(const QString& include) const {
+  const QByteArray name = '"' + include.toLatin1() + '"';
+  for (const QString& file : files_) {
+    QByteArray text;
+    QString reason;
+    if (!readFile(file, kMaxScannedBytes, text, reason)) continue;
+    int number = 0;
+    for (const QByteArray& line : text.split('\n')) {
+      ++number;
+      const QByteArray word = line.trimmed();
+      if (word.startsWith("`include") && word.mid(8).trimmed().startsWith(name))
+        return QStringLiteral("%1:%2: ").arg(typedNames_.value(file)).arg(number);
+    }
+  }
+  return QString();
 }
 
 QStringList SourcePlan::systemVerilogFiles() const {

@@ -57,6 +57,8 @@ class SourcePlan {
 
   /// The absolute file in a library folder that is named after the module, or empty.
   QString libraryFile(const QByteArray& module) const;
+  /// "FILE:LINE: " of the first line in the files that includes this, or empty.
+  QString includer(const QString& include) const;
   bool addLibraryFile(const QString& file, QString& error);
   /// SystemVerilog files as typed and absolute, and what to read in their place.
   QStringList systemVerilogFiles() const;
@@ -66,7 +68,13 @@ class SourcePlan {
   /// Declarations of black boxes, Verilog or SystemVerilog.
   bool addBoxes(const QByteArray& verilog, bool systemVerilog, QString& error);
   /// A black box whose ports nothing tells stays undefined.
-  void leaveUnknown(const QByteArray& type) { leftUnknown_.insert(type); }
+  void leaveUnknown(const QByteArray& type) {
+    leftUnknown_.insert(type);
+    checked_ = false;
+  }
+  /// The instances of some black box cannot be compared with its declaration, which has made-up names.
+  void leaveUnchecked() { checked_ = false; }
+  bool isChecked() const { return checked_; }
   bool isLeftUnknown(const QByteArray& type) const { return leftUnknown_.contains(type); }
   /// Verilog of GHDL. Bindings are made before the next texts are read, in the hierarchy as it is then.
   bool addVhdl(const QByteArray& verilog, const QByteArray& entity, const QList<VhdlBinding>& bindings, QString& error);
@@ -109,7 +117,7 @@ class SourcePlan {
   void addMacros(YosysScript& script) const;
   void addTop(YosysScript& script) const;
 
-  bool netlist_ = false, slang_ = false;
+  bool netlist_ = false, slang_ = false, checked_ = true;
   QString workingDirectory_;
   DesignSource source_;
   QByteArray top_, derivedTop_;

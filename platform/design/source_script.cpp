@@ -107,7 +107,7 @@ YosysScript SourcePlan::hierarchyScript(bool check) const {
   }
   // Black boxes that nothing uses are no part of the design.
   script.line("hierarchy -purge_lib");
-  if (check && !netlist_ && leftUnknown_.isEmpty()) script.words(" -check");
+  if (check && !netlist_ && checked_) script.words(" -check");
   if (top_.isEmpty())
     script.words(" -auto-top");
   else

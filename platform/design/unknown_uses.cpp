@@ -176,8 +176,7 @@ QByteArray boxDeclaration(const QByteArray& type, const QList<UnknownUse>& uses,
                                   "doubt; declare the module with its ports where that is wrong.")
                        .arg(textFromBytes(p.key()), textFromBytes(type), QString::fromLatin1(direction)));
   }
-  for (const QByteArray& name : parameters)
-    if (!name.startsWith('$')) body += "  parameter " + identifier(name) + " = 0;\n";
+  for (const QByteArray& name : parameters) body += "  parameter " + identifier(name) + " = 0;\n";
   return "(* blackbox *) module " + identifier(type) + "(" + list + ");\n" + body + "endmodule\n";
 }
 

@@ -13,7 +13,8 @@ struct VhdlGeneric {
 };
 
 struct VhdlEntity {
-  QByteArray name;  ///< As spelt.
+  QByteArray name;              ///< As spelt.
+  QByteArray library = "work";  ///< Set by who knows it.
   QList<VhdlGeneric> generics;
   QList<QByteArray> ports;  ///< As spelt.
 };

@@ -32,6 +32,7 @@ class Insertion {
  private:
   void say(const QString& line) const {
     if (hooks_.progress) hooks_.progress(line);
+    if (hooks_.stage) hooks_.stage(line.chopped(line.endsWith(QLatin1Char('.'))));
   }
   bool serve() {
     if (!hooks_.idle || hooks_.idle()) return true;
@@ -53,6 +54,7 @@ class Insertion {
   QElapsedTimer clock_;
   QList<QPair<QString, QByteArray>> generated_;  ///< The core's files and the debug module, in reading order.
   QString verilog_, json_;
+  QString proved_;  ///< What the last line says of the proof.
 };
 
 /// A file name made from the top's name; it differs from those of the core.
@@ -105,9 +107,18 @@ bool Insertion::prove(std::shared_ptr<const Netlist> netlist) {
   ProofFiles files;
   files.instrumented = folder_.stagedFile(verilog_);
   files.debugModule = folder_.stagedFile(QStringLiteral("ostrel_debug.v"));
-  if (!proveUnchanged(plan_, design_, netlist, files, ProofHooks{hooks_.idle}, report, error_)) return false;
+  say(QStringLiteral("Proving that the design is unchanged."));
+  if (!proveUnchanged(plan_, design_, netlist, files, {hooks_.stage, hooks_.idle}, report, error_)) return false;
   for (const QString& line : report.lines) say(line);
-  return true;
+  proved_ =
+      QStringLiteral("; modules proved: %1, undecided: %2").arg(report.modulesProved).arg(report.undecided.size());
+  if (request_.proof != ProofMode::Strict || report.undecided.isEmpty()) return true;
+  error_ = QStringLiteral(
+               "The proof is strict and undecided for %1 of %2 modules, as said above; allow these with "
+               "ost_design prove on, or give the proof more time with -timeout.")
+               .arg(report.undecided.size())
+               .arg(report.undecided.size() + report.modulesProved);
+  return false;
 }
 
 bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
@@ -136,11 +147,12 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   say(QStringLiteral("Writing the instrumented design as Verilog."));
   if (!folder_.write(verilog_, QByteArray(), error_)) return false;
   if (!writeInstrumentedVerilog(design_, folder_.stagedFile(json_),
-                                folder_.stagedFile(QStringLiteral("ostrel_debug.v")), topParametersVerilog(data.text),
-                                folder_.stagedFile(verilog_), hooks_.idle, error_) ||
+                                folder_.stagedFile(QStringLiteral("ostrel_debug.v")), folder_.stagedFile(verilog_),
+                                hooks_.idle, error_) ||
+      !declareTopParameters(data, design_.topKey().toLatin1(), folder_.stagedFile(verilog_), error_) ||
       !folder_.store(verilog_, error_))
     return false;
-  if (request_.proveEquivalence && !prove(netlist)) return false;
+  if (request_.proof != ProofMode::Off && !prove(netlist)) return false;
   const QByteArray map = captureMapJson(plan_);
   if (map.size() > kMaxCaptureMapBytes) {
     error_ = QStringLiteral("The capture map would have %1 MB, but at most %2 MB can be read; trace fewer bits.")
@@ -152,9 +164,10 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (!folder_.write(QStringLiteral("files.f"), fileList(), error_)) return false;
   if (!serve() || !folder_.commit(error_)) return false;
   sayBlackBoxes(data);
-  say(QStringLiteral("Wrote \"%1\" in %2 s.")
+  say(QStringLiteral("Wrote \"%1\" in %2 s%3.")
           .arg(textFromUnicode(request_.outputDirectory))
-          .arg(double(clock_.elapsed()) / 1000, 0, 'f', 1));
+          .arg(double(clock_.elapsed()) / 1000, 0, 'f', 1)
+          .arg(proved_));
   return true;
 }
 

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "platform/design/design.h"
+#include "platform/design/design_session.h"
 #include "platform/netlist/netlist.h"
 #include "platform/plan/insert_plan.h"
 
@@ -11,12 +11,13 @@ namespace ost {
 
 struct InsertionHooks {
   std::function<void(const QString& line)> progress;  ///< A line for each stage, without a line feed.
-  std::function<bool()> idle;                         ///< Called while Yosys runs; false cancels.
+  std::function<void(const QString& stage)> stage;    ///< What is under way from now on, for a display of progress.
+  std::function<bool()> idle;                         ///< Called while the work goes on; false cancels.
 };
 
 struct InsertionRequest {
   QString outputDirectory;  ///< File name (Unicode), replaced as a whole after success.
-  bool proveEquivalence = false;
+  ProofMode proof = ProofMode::Off;
   QString project;  ///< File name of the project without its folder, see OutputFolder; empty when there is none.
 };
 

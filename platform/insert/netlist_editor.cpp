@@ -5,6 +5,7 @@
 #include <iterator>
 #include <numeric>
 
+#include "platform/insert/ascending_nets.h"
 #include "platform/insert/inout_registers.h"
 #include "platform/text/byte_text.h"
 
@@ -149,6 +150,7 @@ void NetlistEditor::editVariant(const ModuleVariant& variant) {
   Additions additions;
   additions.nextBit = netlist_.index(variant.module).highestBit() + 1;
   separateOutputs(variant.module, edits, additions);
+  declareDescending(netlist_.text, netlist_.text.module(variant.module), edits);
   separateRegisters(variant.module, edits, additions);
   std::vector<QVector<int>> childBits;
   tap(variant.children, module, edits, additions, childBits);
@@ -251,6 +253,7 @@ bool NetlistEditor::editTop(QString& error) {
   Additions additions;
   additions.nextBit = netlist_.index(topIndex).highestBit() + 1;
   separateOutputs(topIndex, edits_, additions);
+  declareDescending(netlist_.text, netlist_.text.module(topIndex), edits_);
   separateRegisters(topIndex, edits_, additions);
   std::vector<QVector<int>> childBits;
   tap(routing_.topChildren(), top, edits_, additions, childBits);
@@ -278,6 +281,7 @@ bool NetlistEditor::prepare(const QSet<QByteArray>& reservedModules, QString& er
     if (inPlace.contains(module) || netlist_.text.module(module).blackBox) continue;
     Additions additions;
     separateOutputs(module, edits_, additions);
+    declareDescending(netlist_.text, netlist_.text.module(module), edits_);
     separateRegisters(module, edits_, additions);
     finish(netlist_.text.module(module), additions, edits_);
   }

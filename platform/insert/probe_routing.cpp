@@ -174,7 +174,7 @@ bool ProbeRouting::build(const NetlistBits& netlist, const InsertPlan& plan, QSt
   countInstances(netlist);
   makeVariants(netlist);
 
-  // From each node to the top: the child of the top that it lies in, and where its port begins in that child's port.
+  // From each node to the top: the child of the top that contains it, and where its port begins in that child's port.
   std::vector<std::pair<int, int>> atTop(nodes_.size(), {-1, 0});
   int child = 0;
   for (const auto& [instance, below] : nodes_[0].children) atTop[size_t(below)] = {child++, 0};

@@ -1,89 +1,102 @@
-// Writes the top's parameters.
+// Reads the parameters out of the netlist and writes them into the top.
 #include "platform/insert/top_parameters.h"
 
+#include <errno.h>
+#include <fcntl.h>
+
+#include <QFile>
+#include <algorithm>
+
+#include "platform/design/parameter.h"
+#include "platform/system/files.h"
 #include "platform/text/byte_text.h"
-#include "platform/text/names.h"
 
 namespace ost {
-
 namespace {
 
-/// Yosys writes bits as their digits, and every other text as a string; a string of digits gets a blank at its end.
-bool isBits(const QByteArray& value) {
-  for (const char c : value)
-    if (c != '0' && c != '1' && c != 'x' && c != 'z') return false;
-  return !value.isEmpty();
-}
-
-QByteArray stringText(QByteArray value) {
-  if (value.endsWith(' ') && isBits(value.trimmed())) value.chop(1);
-  QByteArray text = "\"";
-  for (const char c : value) {
-    const auto code = static_cast<unsigned char>(c);
-    if (c == '"' || c == '\\')
-      text += QByteArray("\\") + c;
-    else if (code < ' ' || code > '~')
-      text += '\\' + QByteArray::number(code, 8).rightJustified(3, '0');
-    else
-      text += c;
+/// A parameter's value as Verilog: a string, a plain number where one of 32 bits does, or its bits.
+QByteArray literal(const ParameterValue& value) {
+  if (value.isText) {
+    QByteArray text = value.text;
+    text.replace('\\', "\\\\").replace('"', "\\\"").replace('\n', "\\n").replace('\t', "\\t");
+    return '"' + text + '"';
   }
-  return text + '"';
+  bool fits = false;
+  const quint32 number = value.text.toUInt(&fits, 2);
+  if (fits && value.text.size() == 32) return QByteArray::number(qint32(number));
+  return QByteArray::number(value.text.size()) + "'b" + value.text;
 }
 
-/// Names of this form are Yosys' own in what it writes.
-bool isTakenByYosys(const QByteArray& name) {
-  bool isNumber = false;
-  name.mid(1, name.size() - 2).toInt(&isNumber);
-  return isNumber && name.startsWith('_') && name.endsWith('_');
-}
-
-void addParameter(const QByteArray& name, const QByteArray& value, QByteArray& declarations, QByteArray& checks) {
-  const QByteArray id = verilogName(name);
-  const bool bits = isBits(value);
-  const QByteArray width = QByteArray::number(value.size());
-  bool isNumber = false;
-  const uint number = value.toUInt(&isNumber, 2);  // up to 32 bits, all known
-  const QByteArray digits = isNumber ? "'d" + QByteArray::number(number) : "'b" + value;
-  const QByteArray text = bits ? width + digits : stringText(value);
-  declarations += "  parameter " + (bits ? '[' + QByteArray::number(value.size() - 1) + ":0] " : QByteArray()) + id +
-                  " = " + text + ";\n";
-  checks += "    if (" + id + " !== " + text +
-            ") begin\n      $display(\"%m: the debug cores were inserted with another " +
-            "value of the parameter %0s; set it before the insertion.\", " + stringText(name) +
-            ");\n      $finish;\n    end\n";
-}
-
-}  // namespace
-
-QByteArray verilogName(const QByteArray& name) {
-  const QString text = textFromBytes(name);
-  return isVerilogIdentifier(text) && !isVerilogKeyword(text) ? name : '\\' + name + ' ';
-}
-
-QByteArray topParametersVerilog(const NetlistText& netlist) {
-  QByteArray declarations, checks;
-  JsonCursor cursor(netlist.text(), netlist.module(netlist.top()).body);
-  std::string_view field, key;
+/// The lines to be added; empty without parameters.
+QByteArray declarations(const NetlistBits& netlist) {
+  JsonCursor cursor(netlist.text.text(), netlist.text.module(netlist.text.top()).body);
+  std::string_view section, key;
+  QList<QByteArray> lines, checks;
   cursor.enterObject();
-  while (cursor.nextMember(field)) {
-    if (field != "parameter_default_values") {
+  while (cursor.nextMember(section)) {
+    if (section != "parameter_default_values") {
       cursor.skipValue();
       continue;
     }
     cursor.enterObject();
     while (cursor.nextMember(key)) {
-      QByteArray name = unescapeJson(key), value;
-      if (cursor.peek() != '"' || !cursor.readString(value)) {
+      QByteArray written;
+      if (cursor.peek() != '"' || !cursor.readString(written)) {
         cursor.skipValue();
         continue;
       }
-      if (name.startsWith('\\')) name.remove(0, 1);
-      if (!isTakenByYosys(name)) addParameter(name, value, declarations, checks);
+      const ParameterValue parameter = netlistParameter(written);
+      const QByteArray name = '\\' + unescapeJson(key) + ' ', value = literal(parameter);
+      // With a range a value that sets it is cut to the same bits: -3 set to a parameter of 8 bits has 32.
+      const QByteArray range =
+          parameter.isText ? QByteArray() : '[' + QByteArray::number(parameter.text.size() - 1) + ":0] ";
+      // Yosys writes the last one first.
+      lines.prepend("  parameter " + range + name + "= " + value + ";\n");
+      checks.prepend("    if (" + name + "!== " + value + ") begin\n      $display(\"%m: the parameter " +
+                     name.mid(1).trimmed().replace('"', "\\\"") +
+                     " is fixed in the instrumented design; insert again with the value that is wanted.\");\n"
+                     "      $finish;\n    end\n");
     }
   }
-  if (declarations.isEmpty()) return QByteArray();
-  return declarations + "`ifndef SYNTHESIS\n  // synthesis translate_off\n  initial begin\n" + checks +
-         "  end\n  // synthesis translate_on\n`endif\n";
+  if (lines.isEmpty()) return QByteArray();
+  return lines.join() + "  // synthesis translate_off\n  initial begin\n" + checks.join() +
+         "  end\n  // synthesis translate_on\n";
+}
+
+/// Behind the header of the module in a Verilog text of Yosys; -1 when it is not there.
+int headerEnd(const QByteArray& text, const QByteArray& name) {
+  for (const QByteArray& start : {"module " + name + "(", "module \\" + name + " ("}) {
+    const int at = text.startsWith(start) ? 0 : text.indexOf('\n' + start);
+    const int end = at < 0 ? -1 : text.indexOf(");\n", at);
+    if (end >= 0) return end + 3;
+  }
+  return -1;
+}
+
+}  // namespace
+
+bool declareTopParameters(const NetlistBits& netlist, const QByteArray& topName, const QString& verilog,
+                          QString& error) {
+  const QByteArray lines = declarations(netlist);
+  if (lines.isEmpty()) return true;
+  QByteArray text;
+  QString reason;
+  const auto fail = [&] {
+    error = QStringLiteral("The parameters of the top cannot be written into \"%1\": %2.")
+                .arg(textFromUnicode(verilog), reason);
+    return false;
+  };
+  if (!readFile(verilog, qint64(1) << 30, text, reason)) return fail();
+  const int at = headerEnd(text, topName);
+  if (at < 0) {
+    reason = QStringLiteral("its module \"%1\" is not found").arg(textFromBytes(topName));
+    return fail();
+  }
+  text.insert(at, lines);
+  Descriptor file(open(QFile::encodeName(verilog).constData(), O_WRONLY | O_TRUNC | O_CLOEXEC));
+  if (file.isOpen() && writeAll(file.fd(), text.constData(), text.size()) && file.close()) return true;
+  reason = systemReason(errno);
+  return fail();
 }
 
 }  // namespace ost

@@ -1,16 +1,16 @@
-// The parameters of the top module in the written Verilog. The netlist has their values built in; declared again, they
-// let a test bench that sets them compile, and tell of one that sets another value.
+// The parameters of the source's top, declared in the written one with the values that it was elaborated with: a test
+// bench that sets them still compiles, and the simulation of another value stops.
 #pragma once
 
-#include "platform/netlist/netlist_text.h"
+#include <QString>
+
+#include "platform/netlist/netlist_bits.h"
 
 namespace ost {
 
-/// Declarations and a check for the body of the top; empty for a top without parameters. Names and values are written
-/// as Verilog, whatever they hold. Real ones are not in a netlist of Yosys, nor is the order of the declarations.
-QByteArray topParametersVerilog(const NetlistText& netlist);
-
-/// The name as Verilog spells it, escaped where it must be.
-QByteArray verilogName(const QByteArray& name);
+/// Adds them to the written Verilog, a file (Unicode name), behind the header of the top, which has the name `topName`
+/// there. A top without parameters is left as it is. False with a text.
+bool declareTopParameters(const NetlistBits& netlist, const QByteArray& topName, const QString& verilog,
+                          QString& error);
 
 }  // namespace ost

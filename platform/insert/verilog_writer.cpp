@@ -8,7 +8,6 @@
 #include <QRegularExpression>
 
 #include "platform/design/yosys.h"
-#include "platform/insert/top_parameters.h"
 #include "platform/system/descriptor.h"
 #include "platform/system/files.h"
 #include "platform/text/byte_text.h"
@@ -37,28 +36,17 @@ const char kLintHead[] =
     "/* verilator lint_off MULTIDRIVEN */\n";
 const char kLintTail[] = "\n/* verilator lint_restore */\n";
 
-/// Adds to the text that Yosys wrote: `body` at the beginning of the top, and words to linters around it all.
-bool complete(QFile& file, const QByteArray& top, const QByteArray& body, QString& error) {
+/// Puts words to linters around the text that Yosys wrote.
+bool hushLinters(QFile& file) {
   if (!file.seek(0)) return false;
-  QByteArray text = file.readAll();
-  if (!body.isEmpty()) {
-    const int module = text.indexOf("\nmodule " + verilogName(top) + '(');
-    const int end = text.indexOf(");\n", module);
-    if (module < 0 || end < 0) {
-      error = QStringLiteral("Internal error: the top module is not in what Yosys wrote.");
-      return false;
-    }
-    text.insert(end + 3, body);
-  }
-  text = kLintHead + text + kLintTail;
+  const QByteArray text = kLintHead + file.readAll() + kLintTail;
   return file.seek(0) && file.write(text) == text.size() && file.flush();
 }
 
 }  // namespace
 
 bool writeInstrumentedVerilog(const Design& design, const QString& netlist, const QString& debugModule,
-                              const QByteArray& topBody, const QString& verilog, const std::function<bool()>& idle,
-                              QString& error) {
+                              const QString& verilog, const std::function<bool()>& idle, QString& error) {
   Descriptor files[3];
   YosysJob job;
   for (const QString* name : {&netlist, &debugModule, &verilog}) {
@@ -78,7 +66,9 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n"
-      "setattr -unset keep @instances\nsetattr -unset keep t:$pos");
+      "setattr -unset keep @instances\nsetattr -unset keep t:$pos\n"
+      // Yosys writes their bits under wrong names when the net does not begin at bit 0, and single ones rightly.
+      "simplemap t:$dffsr t:$dffsre t:$dlatchsr t:$sr");
   // Yosys' own bookkeeping attributes are removed; those of the user's source stay.
   job.script.line("setattr").words(kBookkeeping).line("setattr -mod").words(kBookkeeping);
   job.script.line("write_verilog").openFile(2);
@@ -101,9 +91,7 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
     error = QStringLiteral("The instrumented design could not be written in full; is the disk full?");
     return false;
   }
-  const QString key = design.topKey();
-  const QByteArray top = (key.startsWith(QLatin1Char('\\')) ? key.mid(1) : key).toLatin1();
-  if (!complete(result, top, topBody, error)) return error.isEmpty() ? cutShort() : false;
+  if (!hushLinters(result)) return cutShort();
   return files[2].close() || cutShort();
 }
 

@@ -10,10 +10,9 @@
 namespace ost {
 
 /// Reads `netlist` (Yosys JSON) with the debug module's ports from `debugModule` (Verilog), and writes `verilog`, an
-/// existing file. `topBody` is Verilog that the top module gets in front of its own. File names are Unicode.
+/// existing file. File names are Unicode.
 bool writeInstrumentedVerilog(const Design& design, const QString& netlist, const QString& debugModule,
-                              const QByteArray& topBody, const QString& verilog, const std::function<bool()>& idle,
-                              QString& error);
+                              const QString& verilog, const std::function<bool()>& idle, QString& error);
 
 /// Names of the modules that a Verilog text defines.
 QSet<QByteArray> definedModules(const QByteArray& verilog);

@@ -155,7 +155,7 @@ bool ProjectStorage::isUntouched(const QByteArray& bytes, QString& error) const 
   }
   if (digestOf(onDisk) == digest_ || onDisk == bytes) return true;
   error = QStringLiteral(
-              "%1 has been changed on disk by somebody else since it was opened. Save under another name "
+              "%1 has been changed on disk by another program since it was opened. Save under another name "
               "(ost_project save <file>), or replace it by naming it: ost_project save %2.")
               .arg(shown(file_), textFromFile(file_));
   return false;

@@ -27,7 +27,7 @@ class ProjectStorage {
   /// names (hard links) each keeps what was saved under it.
   bool claim(const QString& file, Claim& claim, QString& error) const;
 
-  /// Takes the open project's lock again where it was not to be had, or where somebody has removed it.
+  /// Takes the lock of the open project again where it was refused before or has been removed.
   bool claimAgain(QString& error);
 
   bool read(const QString& file, QByteArray& bytes, QString& error) const;

@@ -9,6 +9,7 @@
 #include "platform/istdata/project_file.h"
 #include "platform/rtl/debug_module.h"
 #include "platform/rules/design_rules.h"
+#include "platform/tclcmdex/progress_line.h"
 #include "platform/text/byte_text.h"
 
 namespace mero {
@@ -48,7 +49,8 @@ bool IstComData::Private::bringDesignUpToDate(QString& error) {
 
 bool IstComData::Private::loadNetlist(const ost::Design& design, QString& error) {
   if (netlist && netlistDigest == design.digest()) return true;
-  netlist = ost::Netlist::load(design, error, [] { return tcl_cmdex::servePendingEvents(); });
+  tcl_cmdex::ProgressLine progress("Elaborating the full netlist");
+  netlist = ost::Netlist::load(design, error, [&progress] { return progress.tick(); });
   netlistDigest = netlist ? design.digest() : QByteArray();
   if (!netlist && error.isEmpty()) error = QStringLiteral("The design's netlist could not be made.");
   return netlist != nullptr;
@@ -103,10 +105,13 @@ bool IstComData::Private::insert(QString& directory, QString& error) {
   sayEstimate(*passed.plan);
   // Two projects can mean one folder, an untitled one and "untitled.ost" for example.
   const QString file = QFileInfo(ost::fileFromText(project->fileName)).fileName();
-  const ost::InsertionRequest request{directory, ost::DesignSession::instance().proveInsertions(),
+  const ost::InsertionRequest request{directory, ost::DesignSession::instance().proofMode(),
                                       file.isEmpty() ? QStringLiteral("(untitled)") : file};
-  const ost::InsertionHooks hooks{[](const QString& line) { ost::say(line); },
-                                  [] { return tcl_cmdex::servePendingEvents(); }};
+  tcl_cmdex::ProgressLine progress("Inserting");
+  const ost::InsertionHooks hooks{
+      [&progress](const QString& line) { progress.say(line.toLatin1().toStdString()); },
+      [&progress](const QString& stage) { progress.setStage(stage.toLatin1().toStdString()); },
+      [&progress] { return progress.tick(); }};
   return ost::runInsertion(*passed.plan, *design, netlist, request, hooks, error);
 }
 

@@ -36,6 +36,8 @@ class ProjectReader {
   bool checkNet(const QString& name, const QString& path);
   void readCore(const QJsonValue& value, const QString& path, istProject& project);
   void readOptions(const QJsonValue& value, const QString& path, Core& core);
+  void readCapture(JsonFields& f, Core& core);
+  void readOptionalCores(JsonFields& f, istProject& project);
   void readTrace(const QJsonArray& array, const QString& path, TraceTree& tree, TraceNode* bus);
   void readUnit(const QJsonValue& value, const QString& path, istDataset& dataset);
   void readExpression(const QJsonValue& value, const QString& path, istDataset& dataset);
@@ -80,6 +82,13 @@ void ProjectReader::readOptions(const QJsonValue& value, const QString& path, Co
   if (!o.triggerOutName.isEmpty() && istCore::isValidTriggerOutNetName(o.triggerOutName) != 0)
     f.fail(f.pathOf("triggerOutName"), QStringLiteral("%1 is not a name for a new net.").arg(quoted(o.triggerOutName)));
 
+  readCapture(f, core);
+  f.refuseOthers();
+}
+
+/// The numbers that depend on the buffer depth.
+void ProjectReader::readCapture(JsonFields& f, Core& core) {
+  CoreOptions& o = core.options;
   const auto validNumber = [&](const char* key, const QList<int>& valid) {
     const int number = f.number(key, 0, 1 << 16);
     if (fault.none() && !valid.contains(number)) {
@@ -96,7 +105,6 @@ void ProjectReader::readOptions(const QJsonValue& value, const QString& path, Co
       validNumber("samplesPerTrigger", istCore::getValidMinSamplePerTrigsValuesByDepth(o.bufferDepth));
   o.triggerCount =
       validNumber("triggerCount", istCore::getValidNumberOfTrigsValuesByDepth(o.bufferDepth, core.samplesPerTrigger));
-  f.refuseOthers();
 }
 
 void ProjectReader::readTrace(const QJsonArray& array, const QString& path, TraceTree& tree, TraceNode* bus) {
@@ -197,6 +205,23 @@ void ProjectReader::readCore(const QJsonValue& value, const QString& path, istPr
   f.refuseOthers();
 }
 
+void ProjectReader::readOptionalCores(JsonFields& f, istProject& project) {
+  if (f.has("serdes")) {
+    JsonFields serdes(f.value("serdes"), f.pathOf("serdes"), fault);
+    project.serdes.reset(new istSerdesCore);
+    project.serdes->sampleClock = netName(serdes, "sampleClock", true);
+    project.serdes->resetSignal = netName(serdes, "resetSignal", true);
+    serdes.refuseOthers();
+  }
+  if (f.has("wishbone")) {
+    JsonFields wishbone(f.value("wishbone"), f.pathOf("wishbone"), fault);
+    project.wishbone.reset(new istWishboneMaster{false});
+    project.wishboneConnected = wishbone.flag("connected");
+    project.wishboneEndian = ENDIAN_MODE(wishbone.word("endian", endianWords()));
+    wishbone.refuseOthers();
+  }
+}
+
 std::unique_ptr<istProject> ProjectReader::read(const QJsonObject& root) {
   JsonFields f(root, QString(), fault);
   if (!f.has("format") || f.text("format") != projectFormat()) {
@@ -220,20 +245,7 @@ std::unique_ptr<istProject> ProjectReader::read(const QJsonObject& root) {
     project->activeCore = project->findCore(f.text("activeCore"));
     if (!project->activeCore) f.fail(f.pathOf("activeCore"), QStringLiteral("names no core of the project."));
   }
-  if (f.has("serdes")) {
-    JsonFields serdes(f.value("serdes"), f.pathOf("serdes"), fault);
-    project->serdes.reset(new istSerdesCore);
-    project->serdes->sampleClock = netName(serdes, "sampleClock", true);
-    project->serdes->resetSignal = netName(serdes, "resetSignal", true);
-    serdes.refuseOthers();
-  }
-  if (f.has("wishbone")) {
-    JsonFields wishbone(f.value("wishbone"), f.pathOf("wishbone"), fault);
-    project->wishbone.reset(new istWishboneMaster{false});
-    project->wishboneConnected = wishbone.flag("connected");
-    project->wishboneEndian = ENDIAN_MODE(wishbone.word("endian", endianWords()));
-    wishbone.refuseOthers();
-  }
+  readOptionalCores(f, *project);
   f.refuseOthers();
   return fault.none() ? std::move(project) : nullptr;
 }

@@ -1,4 +1,4 @@
-// The pins of a JTAG adapter as the reader sees them: cycles of TCK with TMS and TDI, and the levels of TDO.
+// The pins of a JTAG adapter: cycles of TCK with TMS and TDI, and the levels of TDO.
 #pragma once
 
 #include <QByteArray>

@@ -17,26 +17,28 @@ bool TapDriver::shift(const QByteArray& in, QByteArray* out, QString& error) {
   return port_.run(tms, in, out, error);
 }
 
-bool TapDriver::reset(QString& error) {
-  return move("1111110", error);
-}
-
 bool TapDriver::idle(int cycles, QString& error) {
   cycles_ += cycles;
   return port_.run(QByteArray(cycles, 0), QByteArray(cycles, 0), nullptr, error);
 }
 
-bool TapDriver::scanInstruction(quint32 value, int width, quint32* captured, QString& error) {
-  QByteArray in(width, 0), out;
-  for (int i = 0; i < width; ++i) in[i] = static_cast<char>(value >> i & 1);
-  if (!move("1100", error) || !shift(in, captured ? &out : nullptr, error) || !move("10", error)) return false;
-  if (captured) *captured = 0;
-  for (int i = 0; i < out.size(); ++i) *captured |= static_cast<quint32>(out[i]) << i;
+bool TapDriver::select(const TapInstruction& instruction, bool& answers, QString& error) {
+  QByteArray in, captured;
+  for (int i = 0; i < instruction.width; ++i) in += static_cast<char>(instruction.code >> i & 1);
+  // From any state five cycles lead to Test-Logic-Reset; one more costs nothing on a disturbed line.
+  if (!move("1111110", error) || !move("1100", error) || !shift(in, &captured, error) || !move("10", error))
+    return false;
+  answers = captured.at(0) == 1 && captured.at(1) == 0;  // IEEE 1149.1: the two lowest bits captured are 01.
   return true;
 }
 
 bool TapDriver::scanData(const QByteArray& in, QByteArray* out, QString& error) {
-  return move("100", error) && shift(in, out, error) && move("1000", error);
+  // What is shifted stands still in the bypass bits for a cycle each.
+  const QByteArray whole = QByteArray(place_.behind, 0) + in + QByteArray(place_.ahead, 0);
+  QByteArray read;
+  if (!move("100", error) || !shift(whole, out ? &read : nullptr, error) || !move("1000", error)) return false;
+  if (out) *out += read.mid(place_.behind, in.size());
+  return true;
 }
 
 }  // namespace ost

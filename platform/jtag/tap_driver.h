@@ -1,33 +1,33 @@
-// Scans of a JTAG TAP (IEEE 1149.1) as pin cycles. Between two calls the TAP stays in Run-Test/Idle.
+// Scans of a TAP as pin cycles.
 #pragma once
 
 #include "platform/jtag/jtag_port.h"
+#include "platform/jtag/tap.h"
 
 namespace ost {
 
-class TapDriver {
+/// Where the TAP stands in its chain: devices in BYPASS between TDI and it, and between it and TDO.
+struct ChainPlace {
+  int ahead = 0, behind = 0;
+};
+
+class TapDriver : public Tap {
  public:
-  explicit TapDriver(JtagPort& port) : port_(port) {}
+  /// `port` must outlive it. With other devices in the chain the instructions are those of all of them.
+  explicit TapDriver(JtagPort& port, ChainPlace place = {}) : port_(port), place_(place) {}
 
-  /// From any state through Test-Logic-Reset to Run-Test/Idle.
-  bool reset(QString& error);
-  /// Cycles spent in Run-Test/Idle. They are kept until something is read.
-  bool idle(int cycles, QString& error);
-  /// Shifts `width` bits of `value`, lowest first, through the instruction register. With `captured` reads what the
-  /// register held.
-  bool scanInstruction(quint32 value, int width, quint32* captured, QString& error);
-  /// Shifts `in` (a byte of 0 or 1 for each bit, first shifted first) through the data register; with `out`, appends
-  /// as many bits that came out. Two cycles in Run-Test/Idle follow, for registers that take their update late.
-  bool scanData(const QByteArray& in, QByteArray* out, QString& error);
-  bool flush(QString& error) { return port_.flush(error); }
-
-  qint64 cycles() const { return cycles_; }  ///< TCK cycles so far.
+  bool select(const TapInstruction& instruction, bool& answers, QString& error) override;
+  bool idle(int cycles, QString& error) override;
+  bool scanData(const QByteArray& in, QByteArray* out, QString& error) override;
+  bool flush(QString& error) override { return port_.flush(error); }
+  qint64 cycles() const override { return cycles_; }
 
  private:
   bool move(const char* tms, QString& error);
   bool shift(const QByteArray& in, QByteArray* out, QString& error);
 
   JtagPort& port_;
+  ChainPlace place_;
   qint64 cycles_ = 0;
 };
 

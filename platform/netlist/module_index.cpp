@@ -105,52 +105,58 @@ void ModuleIndex::noteDriver(int bit, int code, bool weak) {
 
 void ModuleIndex::readCells(const NetlistModule& module) {
   JsonCursor cursor(netlist_.text(), module.cells);
-  std::string_view key, field, port, word;
-  QHash<QByteArray, NetlistPort::Direction> directions;
-  QVector<int> bits;
+  std::string_view key;
   cursor.enterObject();
   while (cursor.nextMember(key)) {
     const std::string_view name = keep(key);
     if (!name.empty() && name[0] != '$') cellNames_.push_back(name);
     IndexedCell cell{cursor.valueStart(), -1, CellKind::Logic};
-    const int code = kFirstCell + int(cells_.size());
     const auto instance = module.instanceByName.constFind(QByteArray::fromRawData(name.data(), int(name.size())));
     if (instance != module.instanceByName.constEnd()) cell.instance = *instance;
-    const NetlistModule* definition = nullptr;
-    if (cell.instance >= 0) {
-      const int index = module.instances[size_t(cell.instance)].module;
-      if (index >= 0) definition = &netlist_.module(index);
-    }
-    directions.clear();
-    cursor.enterObject();
-    while (cursor.nextMember(field)) {
-      if (field == "type") {
-        cursor.readRawString(word);
-        cell.kind = kindOf(word, cell.instance >= 0);
-      } else if (field == "port_directions" && !definition) {
-        cursor.enterObject();
-        while (cursor.nextMember(port)) {
-          cursor.readRawString(word);
-          directions.insert(unescapeJson(port), portDirection(word));
-        }
-      } else if (field == "connections") {
-        if (definition)
-          for (const NetlistPort& known : definition->portList) directions.insert(known.name, known.direction);
-        cursor.enterObject();
-        while (cursor.nextMember(port)) {
-          readBits(cursor, bits);
-          const NetlistPort::Direction direction = directions.value(unescapeJson(port), NetlistPort::Input);
-          for (const int bit : bits) {
-            highestBit_ = std::max(highestBit_, bit);
-            if (direction == NetlistPort::Output) noteDriver(bit, code, false);
-            if (direction == NetlistPort::InOut && !isConstantBit(bit)) inOutCells_.emplace(bit, int(cells_.size()));
-          }
-        }
-      } else {
-        cursor.skipValue();
-      }
-    }
+    const int defined = cell.instance < 0 ? -1 : module.instances[size_t(cell.instance)].module;
+    readOneCell(cursor, defined < 0 ? nullptr : &netlist_.module(defined), cell);
     cells_.push_back(cell);
+  }
+}
+
+/// Directions are those of `definition` where the netlist has it, else the cell's own, which stand before its
+/// connections.
+void ModuleIndex::readOneCell(JsonCursor& cursor, const NetlistModule* definition, IndexedCell& cell) {
+  std::string_view field, port, word;
+  QHash<QByteArray, NetlistPort::Direction> directions;
+  if (definition)
+    for (const NetlistPort& known : definition->portList) directions.insert(known.name, known.direction);
+  QVector<int> bits;
+  cursor.enterObject();
+  while (cursor.nextMember(field)) {
+    if (field == "type") {
+      cursor.readRawString(word);
+      cell.kind = kindOf(word, cell.instance >= 0);
+    } else if (field == "port_directions" && !definition) {
+      cursor.enterObject();
+      while (cursor.nextMember(port)) {
+        cursor.readRawString(word);
+        directions.insert(unescapeJson(port), portDirection(word));
+      }
+    } else if (field == "connections") {
+      cursor.enterObject();
+      while (cursor.nextMember(port)) {
+        readBits(cursor, bits);
+        noteConnection(directions.value(unescapeJson(port), NetlistPort::Input), bits);
+      }
+    } else {
+      cursor.skipValue();
+    }
+  }
+}
+
+/// Of the cell that comes next into the list.
+void ModuleIndex::noteConnection(NetlistPort::Direction direction, const QVector<int>& bits) {
+  const int cell = int(cells_.size());
+  for (const int bit : bits) {
+    highestBit_ = std::max(highestBit_, bit);
+    if (direction == NetlistPort::Output) noteDriver(bit, kFirstCell + cell, false);
+    if (direction == NetlistPort::InOut && !isConstantBit(bit)) inOutCells_.emplace(bit, cell);
   }
 }
 

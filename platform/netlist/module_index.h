@@ -94,6 +94,8 @@ class ModuleIndex {
   std::string_view keep(std::string_view rawKey);
   void readNets(size_t offset);
   void readCells(const NetlistModule& module);
+  void readOneCell(JsonCursor& cursor, const NetlistModule* definition, IndexedCell& cell);
+  void noteConnection(NetlistPort::Direction direction, const QVector<int>& bits);
   void noteDriver(int bit, int code, bool weak);
   const Net* findNet(const QByteArray& name) const;
   NetObject readObject(const Net& net) const;

@@ -219,6 +219,35 @@ NetBit NetlistBits::named(const PlacedBit& place) const {
   return bit;
 }
 
+void NetlistBits::describeCell(const PlacedBit& place, const IndexedCell& looked, BitDriver& result) const {
+  switch (looked.kind) {
+    case CellKind::Instance:
+      result.kind = BitDriver::BlackBox;
+      return;
+    case CellKind::Latch:
+      result.kind = BitDriver::Latch;
+      return;
+    case CellKind::Logic:
+      result.kind = BitDriver::Combinational;
+      return;
+    case CellKind::FlipFlop:
+    case CellKind::MemoryRead:
+    case CellKind::MemoryBlock:
+      break;
+  }
+  const QVector<int> clock = clockOf(cell(looked.offset, -1), looked.kind, place.bit);
+  result.kind = looked.kind == CellKind::FlipFlop ? BitDriver::FlipFlop
+                : clock.isEmpty()                 ? BitDriver::Combinational
+                                                  : BitDriver::Memory;
+  if (clock.isEmpty()) return;
+  PlacedBit clockPlace = place;
+  clockPlace.bit = clock.first();
+  LocalDriver ignored;
+  clockPlace = source(clockPlace, ignored);
+  result.hasClock = !isConstantBit(clockPlace.bit);
+  if (result.hasClock) result.clock = named(clockPlace);
+}
+
 bool Netlist::driver(const NetBit& bit, BitDriver& result) const {
   result = BitDriver();
   PlacedBit place;
@@ -231,42 +260,13 @@ bool Netlist::driver(const NetBit& bit, BitDriver& result) const {
   }
   switch (local.kind) {
     case LocalDriver::None:
-      return true;
+      break;
     case LocalDriver::InputPort:
     case LocalDriver::InOutPort:
       result.kind = BitDriver::TopPort;
-      return true;
+      break;
     case LocalDriver::Cell:
-      break;
-  }
-  const IndexedCell& cell = d->index(place.module).cells()[size_t(local.cell)];
-  QVector<int> clock;
-  switch (cell.kind) {
-    case CellKind::Instance:
-      result.kind = BitDriver::BlackBox;
-      break;
-    case CellKind::Latch:
-      result.kind = BitDriver::Latch;
-      break;
-    case CellKind::Logic:
-      result.kind = BitDriver::Combinational;
-      break;
-    case CellKind::FlipFlop:
-    case CellKind::MemoryRead:
-    case CellKind::MemoryBlock:
-      clock = clockOf(d->cell(cell.offset, -1), cell.kind, place.bit);
-      result.kind = cell.kind == CellKind::FlipFlop ? BitDriver::FlipFlop
-                    : clock.isEmpty()               ? BitDriver::Combinational
-                                                    : BitDriver::Memory;
-      break;
-  }
-  if (!clock.isEmpty()) {
-    PlacedBit clockPlace = place;
-    clockPlace.bit = clock.first();
-    LocalDriver ignored;
-    clockPlace = d->source(clockPlace, ignored);
-    result.hasClock = !isConstantBit(clockPlace.bit);
-    if (result.hasClock) result.clock = d->named(clockPlace);
+      d->describeCell(place, d->index(place.module).cells()[size_t(local.cell)], result);
   }
   return true;
 }

@@ -44,6 +44,9 @@ struct NetlistBits {
   /// The same bit seen from as far up as it goes through inputs and inouts.
   PlacedBit topmost(PlacedBit place) const;
 
+  /// What a bit is that the cell drives, and its clock when it has one.
+  void describeCell(const PlacedBit& place, const IndexedCell& looked, BitDriver& result) const;
+
   NetBit named(const PlacedBit& place) const;
 };
 

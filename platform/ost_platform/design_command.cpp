@@ -5,6 +5,7 @@
 #include "platform/design/yosys.h"
 #include "platform/system/memory.h"
 #include "platform/tclcmdex/host.h"
+#include "platform/tclcmdex/progress_line.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -77,7 +78,9 @@ int runRead(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   if (!isFree(interp)) return TCL_ERROR;
   DesignSession& session = DesignSession::instance();
   QString error;
-  if (!session.read(source, error, tcl_cmdex::servePendingEvents)) return failWith(interp, error, "OST DESIGN READ");
+  tcl_cmdex::ProgressLine progress("Reading the design");
+  if (!session.read(source, error, [&progress] { return progress.tick(); }))
+    return failWith(interp, error, "OST DESIGN READ");
   if (const std::shared_ptr<const Design> design = session.design())
     Tcl_SetObjResult(interp, tclFromText(design->topModule()));
   return TCL_OK;
@@ -183,14 +186,15 @@ int runClose(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
 int runProve(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "prove");
   DesignSession& session = DesignSession::instance();
-  int on = 0;
-  if (objc == 3 && Tcl_GetBooleanFromObj(nullptr, objv[2], &on) != TCL_OK) {
-    return failUsage(interp, QString::fromLatin1("expected on or off but got \"%1\"").arg(textFromTcl(objv[2])),
+  ProofMode mode = session.proofMode();
+  if (objc == 3 && !proofModeFromWord(Tcl_GetString(objv[2]), mode)) {
+    return failUsage(interp, QStringLiteral("expected on, off or strict but got \"%1\"").arg(textFromTcl(objv[2])),
                      "prove");
   }
   if (objc == 3 && !isFree(interp)) return TCL_ERROR;
-  if (objc == 3) session.setProveInsertions(on != 0);
-  Tcl_SetObjResult(interp, Tcl_NewIntObj(session.proveInsertions()));
+  session.setProofMode(mode);
+  const char* const results[] = {"0", "1", "strict"};
+  Tcl_SetObjResult(interp, Tcl_NewStringObj(results[int(mode)], -1));
   return TCL_OK;
 }
 

@@ -20,10 +20,11 @@ const HelpEntry kHelp[] = {
     {"nets", "ost_design nets ?-glob PATTERN? ?-regexp PATTERN?",
      "Returns a list of {name width}, one for each net of each instance. Names that do not fit the patterns are left\n"
      "out: -glob as in \"string match\", -regexp as in \"regexp\"."},
-    {"prove", "ost_design prove ?on|off?",
-     "Returns 1 when an insertion is followed by a proof that the design still does the same, else 0; with a word, "
-     "sets\n"
-     "it first. The environment variable OST_PROVE sets it at the start."},
+    {"prove", "ost_design prove ?on|off|strict?",
+     "Returns whether an insertion is followed by a proof that the design still does the same: 1, 0 or strict; with a\n"
+     "word, sets it first. A module that is found to differ fails the insertion; one for which the proof comes to no "
+     "end\n"
+     "is named, and fails it when the proof is strict. The environment variable OST_PROVE sets it at the start."},
     {"read", nullptr,
      "Reads a design and returns the name of its top module. A FILE is Verilog, SystemVerilog (.sv), VHDL (.vhd,\n"
      ".vhdl) or one Yosys JSON netlist (.json). On failure the design before stays."},

@@ -72,6 +72,7 @@ class MapWriter {
   void enable(const char* name, bool used, const NetBit& net, bool activeLow);
   void unit(const PlanUnit& unit);
   void expression(const PlanExpression& expression);
+  void triggerOut(const PlanCore& core);
   void core(const PlanCore& core);
 
   rapidjson::StringBuffer buffer_;
@@ -149,6 +150,21 @@ void MapWriter::expression(const PlanExpression& expression) {
   writer_.EndObject();
 }
 
+void MapWriter::triggerOut(const PlanCore& core) {
+  key("triggerOut");
+  if (!core.triggerOutIo && !core.triggerOutNet) {
+    writer_.Null();
+    return;
+  }
+  writer_.StartObject();
+  text("name", core.triggerOutName);
+  flag("port", core.triggerOutIo);
+  flag("net", core.triggerOutNet);
+  flag("activeLow", core.triggerOutActiveLow);
+  number("minPulse", core.triggerOutMinPulse);
+  writer_.EndObject();
+}
+
 void MapWriter::core(const PlanCore& core) {
   writer_.StartObject();
   text("name", core.name);
@@ -166,18 +182,7 @@ void MapWriter::core(const PlanCore& core) {
   number("windowSamples", core.windowSamples);
   flag("eventCounter", core.eventCounter);
   number("eventCount", core.eventCount);
-  key("triggerOut");
-  if (!core.triggerOutIo && !core.triggerOutNet) {
-    writer_.Null();
-  } else {
-    writer_.StartObject();
-    text("name", core.triggerOutName);
-    flag("port", core.triggerOutIo);
-    flag("net", core.triggerOutNet);
-    flag("activeLow", core.triggerOutActiveLow);
-    number("minPulse", core.triggerOutMinPulse);
-    writer_.EndObject();
-  }
+  triggerOut(core);
   bits("probeBits", core.probeBits);
   list("probes", core.probes, [this](const PlanProbe& probe) {
     writer_.StartObject();

@@ -41,6 +41,7 @@ class MapReader {
   bool enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow);
   PlanUnit unit(const QJsonValue& value, const QString& path, int inputs);
   PlanExpression expression(const QJsonValue& value, const QString& path, int units);
+  void captureSettings(JsonFields& fields, PlanCore& core);
   void triggerOut(JsonFields& fields, PlanCore& core);
   PlanCore core(const QJsonValue& value, const QString& path);
 
@@ -194,15 +195,7 @@ void MapReader::triggerOut(JsonFields& fields, PlanCore& core) {
   inner.refuseOthers();
 }
 
-PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
-  JsonFields fields(value, path, fault_);
-  PlanCore core;
-  core.name = fields.text("name");
-  core.sampleClock = bit(fields.value("sampleClock"), fields.pathOf("sampleClock"));
-  core.hasSampleEnable = enable(fields, "sampleEnable", core.sampleEnable, core.sampleEnableActiveLow);
-  core.hasTriggerEnable = enable(fields, "triggerEnable", core.triggerEnable, core.triggerEnableActiveLow);
-  if (!radixFromText(fields.text("displayRadix"), core.displayRadix))
-    fail(fields.pathOf("displayRadix"), QStringLiteral("is not a valid radix."));
+void MapReader::captureSettings(JsonFields& fields, PlanCore& core) {
   core.depth = fields.number("depth", 1, kMaxDepth);
   core.distributedRam = fields.flag("distributedRam");
   core.distRamDisabled = fields.flag("distRamDisabled");
@@ -215,6 +208,18 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
     fail(fields.pathOf("windowSamples"), QStringLiteral("the windows do not fit the depth."));
   core.eventCounter = fields.flag("eventCounter");
   core.eventCount = fields.number("eventCount", 1, kMaxEventCount);
+}
+
+PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
+  JsonFields fields(value, path, fault_);
+  PlanCore core;
+  core.name = fields.text("name");
+  core.sampleClock = bit(fields.value("sampleClock"), fields.pathOf("sampleClock"));
+  core.hasSampleEnable = enable(fields, "sampleEnable", core.sampleEnable, core.sampleEnableActiveLow);
+  core.hasTriggerEnable = enable(fields, "triggerEnable", core.triggerEnable, core.triggerEnableActiveLow);
+  if (!radixFromText(fields.text("displayRadix"), core.displayRadix))
+    fail(fields.pathOf("displayRadix"), QStringLiteral("is not a valid radix."));
+  captureSettings(fields, core);
   triggerOut(fields, core);
   core.probeBits = bits(fields, "probeBits");
   list(fields, "probes", kMaxPlanBits, [&](const QJsonValue& entry, const QString& place) {

@@ -39,31 +39,34 @@ CoreLayout::CoreLayout(const PlanCore& core) {
     unitOffsets.append(chainBits);
     chainBits += unitConfigBits(unit);
   }
-  for (const PlanExpression& expression : core.expressions) {
-    ExpressionLayout layout;
-    layout.units = std::max(int(expression.units.size()), 1);
-    layout.steps = std::max(expression.maxSequenceDepth, 1);
-    layout.stepBits = bitsFor(layout.steps);
-    layout.countBits = bitsFor(expression.maxEventCount);
-    if (expression.blockRam)
-      layout.store = TableStore::Block;
-    else if (layout.units > kMaxChainTableUnits)
-      layout.store = core.distRamDisabled ? TableStore::Block : TableStore::Distributed;
-    layout.configOffset = chainBits;
-    layout.configBits = 1 + layout.stepBits + layout.steps * layout.countBits;
-    chainBits += layout.configBits;
-    layout.tableBits = layout.steps << layout.units;
-    if (layout.store == TableStore::Chain) {
-      layout.tableOffset = chainBits;
-      chainBits += layout.tableBits;
-    } else {
-      rowBits = std::max(rowBits, layout.steps);
-      tableAddressBits = std::max(tableAddressBits, layout.units);
-    }
-    stepStateBits += layout.stepBits;
-    expressions.append(layout);
-  }
+  for (const PlanExpression& expression : core.expressions) addExpression(expression, core.distRamDisabled);
   statusBits = kFixedStatusBits + windowBits + (windows > 1 ? 0 : positionBits) + stepStateBits + eventBits;
+}
+
+/// Appends to the chain.
+void CoreLayout::addExpression(const PlanExpression& expression, bool distRamDisabled) {
+  ExpressionLayout layout;
+  layout.units = std::max(int(expression.units.size()), 1);
+  layout.steps = std::max(expression.maxSequenceDepth, 1);
+  layout.stepBits = bitsFor(layout.steps);
+  layout.countBits = bitsFor(expression.maxEventCount);
+  if (expression.blockRam)
+    layout.store = TableStore::Block;
+  else if (layout.units > kMaxChainTableUnits)
+    layout.store = distRamDisabled ? TableStore::Block : TableStore::Distributed;
+  layout.configOffset = chainBits;
+  layout.configBits = 1 + layout.stepBits + layout.steps * layout.countBits;
+  chainBits += layout.configBits;
+  layout.tableBits = layout.steps << layout.units;
+  if (layout.store == TableStore::Chain) {
+    layout.tableOffset = chainBits;
+    chainBits += layout.tableBits;
+  } else {
+    rowBits = std::max(rowBits, layout.steps);
+    tableAddressBits = std::max(tableAddressBits, layout.units);
+  }
+  stepStateBits += layout.stepBits;
+  expressions.append(layout);
 }
 
 int hubIndexBits(const InsertPlan& plan) {

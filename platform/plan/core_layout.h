@@ -45,6 +45,9 @@ struct CoreLayout {
   explicit CoreLayout(const PlanCore& core);
 
   int blockWords() const { return 1 << blockBits; }  ///< Sample words of a full block that is read out.
+
+ private:
+  void addExpression(const PlanExpression& expression, bool distRamDisabled);
 };
 
 /// Bits that a unit takes in the chain.

@@ -83,7 +83,7 @@ struct PlanCore {
 
   QVector<NetBit> probeBits;    ///< Each traced bit once; index 0 is bit 0 of the sample word's probe field.
   QVector<PlanProbe> probes;    ///< In trace order, buses flattened to their own name; references point at shared bits.
-  QVector<NetBit> triggerBits;  ///< Each bit that a unit looks at, once.
+  QVector<NetBit> triggerBits;  ///< Each bit that a unit compares, once.
 
   Radix displayRadix = Radix::Bin;  ///< The core's DefaultRadix, in which a reader shows vectors.
 

@@ -20,7 +20,7 @@ class Comparison {
  public:
   Comparison(const NetlistBits& original, int originalModule, const NetlistBits& written, int writtenModule,
              const ExpectedChanges& changes, const SolverLimits& limits, const QList<QPair<QByteArray, int>>& cuts)
-      : words_(graph_),
+      : words_(graph_, rails_),
         original_(graph_, words_, leaves_, original, originalModule),
         written_(graph_, words_, leaves_, written, writtenModule),
         originals_(original),
@@ -59,6 +59,7 @@ class Comparison {
   QString shown(const Counterexample& example) const;
 
   LogicGraph graph_;
+  RailSplitter rails_{graph_};
   WordLogic words_;
   LeafTable leaves_;
   ModuleLogic original_, written_;
@@ -104,6 +105,13 @@ bool Comparison::pairStates() {
       const int state = original_.stateAt(net.bits[i]);
       if (state >= 0 && names[size_t(state)].isEmpty()) names[size_t(state)] = bitName(net.name, i, net.bits.size());
     }
+  // Several registers that drive one net share its name.
+  for (int i = 0; i < count; ++i) {
+    ModuleLogic& side = i < split ? original_ : written_;
+    const int from = i < split ? 0 : split;
+    if (names[size_t(i)].isEmpty())
+      names[size_t(i)] = names[size_t(from + side.stateAt(side.states()[size_t(i - from)].bit))];
+  }
   QHash<int, int> classOf;
   for (int i = 0; i < count; ++i) {
     const int top = root(i);
@@ -198,16 +206,18 @@ bool Comparison::compareInstances() {
   return true;
 }
 
-/// Nets that the user wants kept, and those that are probed.
+/// Nets that the user wants kept, those that are probed, and what else is still driven under its name.
 bool Comparison::compareNets() {
   const QSet<int> probed(changes_.probed.begin(), changes_.probed.end());
   for (const ModuleNet& net : original_.nets()) {
     const ModuleNet* other = written_.net(net.name);
     if (!other || other->bits.size() != net.bits.size()) continue;
-    for (int i = 0; i < net.bits.size(); ++i)
-      if (net.kept || probed.contains(net.bits[i]))
-        compare(QStringLiteral("the net %1").arg(quoted(bitName(net.name, i, net.bits.size()))),
-                original_.value(net.bits[i]), written_.value(other->bits[i]));
+    for (int i = 0; i < net.bits.size(); ++i) {
+      const Edge one = original_.value(net.bits[i]), two = written_.value(other->bits[i]);
+      if (one != two && (two != kFloating || net.kept || probed.contains(net.bits[i])))
+        compare(QStringLiteral("the net %1").arg(quoted(bitName(net.name, i, net.bits.size()))), one, two);
+    }
+    if (!isServed()) return false;
   }
   return true;
 }
@@ -259,8 +269,16 @@ bool Comparison::compareCuts() {
 /// The writes to one bit of all words. Their order matters where one wins over the other.
 bool Comparison::compareWrites(const ModuleMemory& original, const ModuleMemory& written, int bit) {
   const QString name = QStringLiteral("the memory %1 (bit %2)").arg(quoted(original.name)).arg(bit);
-  const std::vector<MemoryWrite> from = original_.writes(original, bit), to = written_.writes(written, bit);
-  if (from.size() != to.size()) return undecided(QStringLiteral("%1 is written in another number of places").arg(name));
+  std::vector<MemoryWrite> from = original_.writes(original, bit), to = written_.writes(written, bit);
+  // A place that one side does not have writes nothing there.
+  const auto fill = [](std::vector<MemoryWrite>& writes, const std::vector<MemoryWrite>& other) {
+    while (writes.size() < other.size()) {
+      writes.push_back(other[writes.size()]);
+      writes.back().enable = kFalse;
+    }
+  };
+  fill(from, to);
+  fill(to, from);
   std::vector<size_t> partner(from.size());
   std::iota(partner.begin(), partner.end(), size_t(0));
   const auto same = [](const MemoryWrite& a, const MemoryWrite& b) {
@@ -288,6 +306,8 @@ bool Comparison::compareWrites(const ModuleMemory& original, const ModuleMemory&
   for (size_t i = 0; i < from.size(); ++i) {
     const MemoryWrite &one = from[i], &other = to[partner[i]];
     for (size_t k = i + 1; k < from.size(); ++k) {
+      if (one.enable == kFalse || other.enable == kFalse || from[k].enable == kFalse || to[partner[k]].enable == kFalse)
+        continue;
       if (!original_.hasPriority(original, from[k].port, one.port)) continue;
       const int late = to[partner[k]].port, early = other.port;
       if (late < early || !written_.hasPriority(written, late, early))
@@ -351,7 +371,7 @@ QString Comparison::shown(const Counterexample& example) const {
 }
 
 bool Comparison::decide() {
-  Refinement refinement(graph_, [this](int symbol) { return !words_.nameOf(symbol).startsWith("memory "); });
+  Refinement refinement(graph_, rails_, [this](int symbol) { return !words_.nameOf(symbol).startsWith("memory "); });
   int point = 0;
   Counterexample example;
   QString reason;

@@ -206,6 +206,8 @@ bool Proof::compareModules() {
       error_ = QStringLiteral("The proof was cancelled.");
       return false;
     }
+    if (hooks_.stage)
+      hooks_.stage(QStringLiteral("Proving module %1 of %2 (%3)").arg(i + 1).arg(order.size()).arg(name));
     ModuleVerdict verdict{ProofOutcome::Undecided, QStringLiteral("the time limit of %1 s is over").arg(limit)};
     if (clock_.elapsed() / 1000 < limit) verdict = compareOne(order[i]);
     if (verdict.outcome == ProofOutcome::Different)

@@ -18,7 +18,8 @@ struct ProofFiles {
 };
 
 struct ProofHooks {
-  std::function<bool()> idle;  ///< Called while the proof works; false cancels.
+  std::function<void(const QString& stage)> stage;  ///< What is under way from now on. May be empty.
+  std::function<bool()> idle;                       ///< Called while the proof works; false cancels.
 };
 
 struct ProofReport {

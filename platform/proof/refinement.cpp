@@ -23,88 +23,9 @@ bool Refinement::isVariable(uint32_t node) const {
   return kind == LogicGraph::Leaf || kind == LogicGraph::Function;
 }
 
-std::vector<uint32_t> Refinement::cone(const Edges& roots) const {
-  std::vector<uint32_t> waiting, nodes;
-  std::unordered_map<uint32_t, bool> seen;
-  for (const Edge root : roots) waiting.push_back(root >> 1);
-  while (!waiting.empty()) {
-    const uint32_t node = waiting.back();
-    waiting.pop_back();
-    if (!seen.emplace(node, true).second) continue;
-    nodes.push_back(node);
-    const LogicGraph::Node& data = graph_.node(node * 2);
-    for (uint32_t i = 0; i < data.count; ++i) waiting.push_back(graph_.inputs(data)[i] >> 1);
-  }
-  std::sort(nodes.begin(), nodes.end());  // inputs are older than what is made of them
-  return nodes;
-}
-
-Refinement::Rails Refinement::rails(Edge edge) {
-  if (!graph_.mayBeUnknown(edge)) return {edge, graph_.invert(edge), kFalse};
-  const auto known = rails_.find(edge >> 1);
-  Rails result;
-  if (known != rails_.end()) {
-    result = known->second;
-  } else {
-    for (const uint32_t node : cone({edge}))
-      if (graph_.mayBeUnknown(node * 2) && graph_.node(node * 2).kind != LogicGraph::List && !rails_.count(node))
-        rails_[node] = railsOfNode(node);
-    result = rails_[edge >> 1];
-  }
-  if (edge & 1) std::swap(result.one, result.zero);
-  return result;
-}
-
-/// Of a node whose inputs are known.
-Refinement::Rails Refinement::railsOfNode(uint32_t index) {
-  const LogicGraph::Node node = graph_.node(index * 2);
-  std::vector<Rails> in;
-  if (node.kind != LogicGraph::Function)
-    for (uint32_t i = 0; i < node.count; ++i) in.push_back(rails(graph_.inputs(node)[i]));
-  const auto all = [&](Edge Rails::*rail) {
-    Edges edges;
-    for (const Rails& input : in) edges.push_back(input.*rail);
-    return edges;
-  };
-  const auto either = [this](Edge a, Edge b) { return graph_.orOf({a, b}); };
-  const auto both = [this](Edge a, Edge b) { return graph_.andOf({a, b}); };
-  switch (node.kind) {
-    case LogicGraph::Constant:
-      return index == kFloating >> 1 ? Rails{kFalse, kFalse, kTrue} : Rails{kTrue, kTrue, kFalse};
-    case LogicGraph::And:
-      return {graph_.andOf(all(&Rails::one)), graph_.orOf(all(&Rails::zero)), kFalse};
-    case LogicGraph::Xor: {
-      Rails sum = in[0];
-      for (size_t i = 1; i < in.size(); ++i)
-        sum = {either(both(sum.one, in[i].zero), both(sum.zero, in[i].one)),
-               either(both(sum.one, in[i].one), both(sum.zero, in[i].zero)), kFalse};
-      return sum;
-    }
-    case LogicGraph::Mux: {
-      const auto choose = [&](Edge Rails::*rail) {
-        if (!graph_.mayBeUnknown(graph_.inputs(graph_.node(index * 2))[0]))
-          return graph_.mux(in[0].one, in[1].*rail, in[2].*rail);
-        return either(both(in[0].one, in[1].*rail), both(in[0].zero, in[2].*rail));
-      };
-      return {choose(&Rails::one), choose(&Rails::zero), choose(&Rails::floating)};
-    }
-    case LogicGraph::Majority:
-      return {graph_.majority(in[0].one, in[1].one, in[2].one), graph_.majority(in[0].zero, in[1].zero, in[2].zero),
-              kFalse};
-    case LogicGraph::Resolve:
-      return {graph_.orOf(all(&Rails::one)), graph_.orOf(all(&Rails::zero)), graph_.andOf(all(&Rails::floating))};
-    case LogicGraph::Digital:
-      return {either(in[0].one, in[0].floating), either(in[0].zero, in[0].floating), kFalse};
-    default: {
-      const Edge value = graph_.leaf(nextLeaf_++), unknown = graph_.leaf(nextLeaf_++);
-      invented_[value >> 1] = invented_[unknown >> 1] = true;
-      return {either(value, unknown), either(graph_.invert(value), unknown), kFalse};
-    }
-  }
-}
-
 Edge Refinement::difference(const ComparePoint& point) {
-  const Rails original = rails(point.original), written = rails(point.written), care = rails(point.care);
+  const Rails original = rails_.split(point.original), written = rails_.split(point.written),
+              care = rails_.split(point.care);
   const auto only = [&](Edge Rails::*rail) { return graph_.andOf({written.*rail, graph_.invert(original.*rail)}); };
   return graph_.andOf({care.one, graph_.orOf({only(&Rails::one), only(&Rails::zero), only(&Rails::floating)})});
 }
@@ -141,7 +62,7 @@ void Refinement::simulate(const std::vector<uint32_t>& nodes, const std::functio
         value = source(index);
         break;
       case LogicGraph::Function:
-        value = functionValue(node, values);
+        value = freeValues_ && isFree_(int(node.data >> 32)) ? freeValues_() : functionValue(node, values);
         break;
       case LogicGraph::And:
         value = ~uint64_t(0);
@@ -166,10 +87,10 @@ void Refinement::simulate(const std::vector<uint32_t>& nodes, const std::functio
 /// Fills in the example when the assignment makes a difference in one of its 64 lanes.
 bool Refinement::explain(const ComparePoint& point, Edge different, const std::function<uint64_t(uint32_t)>& source,
                          Counterexample& example, bool& sure) {
-  const Rails sides[] = {rails(point.original), rails(point.written)};
+  const Rails sides[] = {rails_.split(point.original), rails_.split(point.written)};
   Edges roots{different};
   for (const Rails& side : sides) roots.insert(roots.end(), {side.one, side.zero, side.floating});
-  const std::vector<uint32_t> nodes = cone(roots);
+  const std::vector<uint32_t> nodes = rails_.cone(roots);
   std::unordered_map<uint32_t, uint64_t> values;
   simulate(nodes, source, values);
   const auto at = [&values](Edge edge) { return values[edge >> 1] ^ (edge & 1 ? ~uint64_t(0) : 0); };
@@ -186,16 +107,27 @@ bool Refinement::explain(const ComparePoint& point, Edge different, const std::f
   sure = true;
   for (const uint32_t index : nodes) {
     const LogicGraph::Node& node = graph_.node(index * 2);
-    if (invented_.count(index) || (node.kind == LogicGraph::Function && isFree_(int(node.data >> 32)))) sure = false;
-    if (node.kind == LogicGraph::Leaf && !invented_.count(index))
+    if (rails_.isInvented(index) || (node.kind == LogicGraph::Function && isFree_(int(node.data >> 32)))) sure = false;
+    if (node.kind == LogicGraph::Leaf && !rails_.isInvented(index))
       example.leaves.append({int(node.data), bool(values[index] >> lane & 1)});
   }
+  if (sure) return true;
+  // Whatever is not known gives: the difference may not depend on it.
+  std::mt19937_64 random(2);
+  freeValues_ = [&random] { return random(); };
+  std::unordered_map<uint32_t, uint64_t> tried;
+  const auto fixed = [&](uint32_t node) {
+    return rails_.isInvented(node) ? random() : values[node] >> lane & 1 ? ~uint64_t(0) : 0;
+  };
+  simulate(nodes, fixed, tried);
+  freeValues_ = nullptr;
+  sure = (tried[different >> 1] ^ (different & 1 ? ~uint64_t(0) : 0)) == ~uint64_t(0);
   return true;
 }
 
 bool Refinement::simulateForDifference(const ComparePoint& point, Edge different, Counterexample& example, bool& sure) {
   std::mt19937_64 random(1);
-  const std::vector<uint32_t> nodes = cone({different});
+  const std::vector<uint32_t> nodes = rails_.cone({different});
   const int rounds = nodes.size() > 20000 ? 16 : kRounds;
   for (int round = 0; round < rounds; ++round) {
     std::unordered_map<uint32_t, uint64_t> chosen;

@@ -2,11 +2,14 @@
 // any value will do. Found by simulation, by trying all values, or by the solver of Yosys.
 #pragma once
 
+#include <QHash>
+#include <QPair>
 #include <QString>
+#include <QVector>
 #include <functional>
 #include <unordered_map>
 
-#include "platform/proof/word_logic.h"
+#include "platform/proof/rails.h"
 
 namespace ost {
 
@@ -34,21 +37,14 @@ struct SolverLimits {
 class Refinement {
  public:
   /// `isFree`: symbols of functions of which the simulation cannot tell what they give.
-  Refinement(LogicGraph& graph, std::function<bool(int symbol)> isFree) : graph_(graph), isFree_(std::move(isFree)) {}
+  Refinement(LogicGraph& graph, RailSplitter& rails, std::function<bool(int symbol)> isFree)
+      : graph_(graph), rails_(rails), isFree_(std::move(isFree)) {}
 
   /// Looks at all points until one is different. `point` is the one that decided; `reason` says why it is undecided.
   ProofOutcome check(const std::vector<ComparePoint>& points, const SolverLimits& limits, int& point,
                      Counterexample& example, QString& reason);
 
  private:
-  /// A value as what it can be.
-  struct Rails {
-    Edge one, zero, floating;
-  };
-  /// The inner nodes of some edges, in an order in which inputs come first.
-  std::vector<uint32_t> cone(const Edges& roots) const;
-  Rails rails(Edge edge);
-  Rails railsOfNode(uint32_t node);
   Edge difference(const ComparePoint& point);
   char valueOf(Edge edge, const std::unordered_map<uint32_t, uint64_t>& values, int lane);
   void simulate(const std::vector<uint32_t>& nodes, const std::function<uint64_t(uint32_t)>& source,
@@ -63,10 +59,9 @@ class Refinement {
                Counterexample& example, bool& sure);
 
   LogicGraph& graph_;
+  RailSplitter& rails_;
   std::function<bool(int)> isFree_;
-  std::unordered_map<uint32_t, Rails> rails_;
-  std::unordered_map<uint32_t, bool> invented_;  ///< Leaves that stand for what is unknown of a function.
-  int nextLeaf_ = 1 << 30;
+  std::function<uint64_t()> freeValues_;  ///< While set, what free functions give.
 };
 
 }  // namespace ost

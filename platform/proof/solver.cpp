@@ -99,7 +99,7 @@ ProofOutcome Refinement::solve(const std::vector<ComparePoint>& points, const st
     if (!result) netlist.gate("$_NOT_", {{"A", {QByteArray::number(plain)}}}, result = netlist.newNet());
     return QByteArray::number(result);
   };
-  for (const uint32_t index : cone(all)) {
+  for (const uint32_t index : rails_.cone(all)) {
     const LogicGraph::Node node = graph_.node(index * 2);
     if (node.kind == LogicGraph::Constant || node.kind == LogicGraph::List) continue;
     const int output = nets[index] = netlist.newNet();

@@ -148,11 +148,9 @@ Edges WordLogic::shiftLeft(Edges word, const Edges& amount, Edge fill) {
 }
 
 Edges WordLogic::shift(const WordCell& cell, const Edges& a, const Edges& b, size_t width) {
-  const bool wholeUnknown = graph_.mayBeUnknown(b);
   const QByteArray& type = cell.type;
   const bool aSigned = cell.number("A_SIGNED"), bSigned = cell.number("B_SIGNED");
   const size_t wide = std::max(width, a.size());
-  if (wholeUnknown) return opaque(type + (aSigned ? 's' : 'u') + (bSigned ? 's' : 'u'), a, b, width);
   if (type == "$shl" || type == "$sshl") return shiftLeft(extend(a, width, aSigned), b, kFalse);
   if (type == "$shr" || type == "$sshr") {
     const Edges word = extend(a, wide, aSigned);
@@ -180,6 +178,31 @@ Edges WordLogic::opaque(const QByteArray& name, Edges a, const Edges& b, size_t 
   return result;
 }
 
+/// Replaces unknown bits by known ones. The result: whether one was unknown.
+Edge WordLogic::takeKnown(Edges& word) {
+  Edges unknown;
+  for (Edge& bit : word) {
+    bit = graph_.digital(bit);
+    if (!graph_.mayBeUnknown(bit)) continue;
+    const Rails rails = rails_.split(bit);
+    unknown.push_back(graph_.andOf({rails.one, rails.zero}));
+    bit = rails.one;
+  }
+  return any(unknown);
+}
+
+/// Arithmetic and shifts: one unknown bit in an operand (of a shift, in the amount) makes the result unknown.
+Edges WordLogic::calculated(const WordCell& cell, Edges a, Edges b, size_t width) {
+  const bool shifts = cell.type.startsWith("$sh") || cell.type.startsWith("$ssh");
+  const bool exact = cell.type == "$eq" || cell.type == "$ne" || cell.type == "$eqx" || cell.type == "$nex";
+  const Edge unknown = exact ? kFalse : graph_.orOf({takeKnown(b), shifts ? kFalse : takeKnown(a)});
+  const Edges result = shifts ? shift(cell, a, b, width) : compareOrCalculate(cell, a, b, width);
+  Edges bits = choose(unknown, Edges(result.size(), kUnknown), result);
+  const bool comparison = cell.type.size() == 3;  // $lt and the like give one bit
+  for (size_t i = 1; comparison && i < bits.size(); ++i) bits[i] = kFalse;
+  return bits;
+}
+
 Edges WordLogic::compareOrCalculate(const WordCell& cell, Edges a, Edges b, size_t width) {
   const QByteArray& type = cell.type;
   const bool isSigned = cell.number("A_SIGNED") && cell.number("B_SIGNED");
@@ -197,12 +220,11 @@ Edges WordLogic::compareOrCalculate(const WordCell& cell, Edges a, Edges b, size
     const Edge equal = graph_.andOf(same);
     return oneBit(type.startsWith("$eq") ? equal : graph_.invert(equal));
   }
-  const bool unknown = graph_.mayBeUnknown(a) || graph_.mayBeUnknown(b);
   const bool large = (division || type == "$mul") && wide * wide > kMostPartialProducts &&
                      std::count_if(b.begin(), b.end(), isFalse) + 2 < long(wide) &&
                      std::count_if(a.begin(), a.end(), isFalse) + 2 < long(wide);
   const bool known = !type.endsWith("floor") && type != "$pow";
-  if (unknown || large || !known) {
+  if (large || !known) {
     if ((type == "$add" || type == "$mul") && b < a) std::swap(a, b);
     Edges result = opaque(type + (isSigned ? 's' : 'u'), a, b, type.size() == 3 ? 1 : width);
     return extend(std::move(result), width, false);
@@ -319,14 +341,16 @@ Edges WordLogic::evaluate(const WordCell& cell) {
   if (type == "$not" || type == "$pos" || type == "$neg") {
     a = extend(std::move(a), width, isSigned);
     if (type == "$pos") return a;
-    if (type == "$neg") return graph_.mayBeUnknown(a) ? opaque(type, a, {}, width) : negate(a, kTrue);
+    if (type == "$neg") {
+      const Edge unknown = takeKnown(a);
+      return choose(unknown, Edges(width, kUnknown), negate(a, kTrue));
+    }
     for (Edge& bit : a) bit = graph_.invert(bit);
     return a;
   }
   Edges b = cell.port("B");
   if (type == "$logic_and") return oneBit(graph_.andOf({any(a), any(b)}));
   if (type == "$logic_or") return oneBit(graph_.orOf({any(a), any(b)}));
-  if (type.startsWith("$sh") || type.startsWith("$ssh")) return shift(cell, a, b, width);
   if (type == "$and" || type == "$or" || type == "$xor" || type == "$xnor") {
     const bool extendSigned = isSigned && cell.number("B_SIGNED");
     a = extend(std::move(a), width, extendSigned);
@@ -338,7 +362,7 @@ Edges WordLogic::evaluate(const WordCell& cell) {
                               : graph_.invert(graph_.xorOf({a[i], b[i]}));
     return a;
   }
-  return compareOrCalculate(cell, std::move(a), std::move(b), width);
+  return calculated(cell, std::move(a), std::move(b), width);
 }
 
 Edges WordLogic::lookUp(const std::vector<Edges>& words, int width, const Edges& address) {

@@ -1,12 +1,12 @@
-// What Yosys' cells on words mean, bit by bit. Arithmetic on words that may hold an unknown bit stays whole, as it
-// makes all bits unknown in Verilog, and so do words too large to be taken apart.
+// What Yosys' cells on words mean, bit by bit. Arithmetic with an unknown bit in an operand makes all bits unknown, as
+// in Verilog. Products and quotients too large to be taken apart stay functions of their operands.
 #pragma once
 
 #include <QByteArray>
 #include <QHash>
 #include <functional>
 
-#include "platform/proof/logic_graph.h"
+#include "platform/proof/rails.h"
 
 namespace ost {
 
@@ -20,7 +20,7 @@ struct WordCell {
 
 class WordLogic {
  public:
-  explicit WordLogic(LogicGraph& graph) : graph_(graph) {}
+  WordLogic(LogicGraph& graph, RailSplitter& rails) : graph_(graph), rails_(rails) {}
 
   static bool isKnown(const QByteArray& type);
   /// The bits of the cell's output Y; empty when the type is not known.
@@ -43,12 +43,15 @@ class WordLogic {
   Edge any(const Edges& a) { return graph_.orOf(a); }
   Edges choose(Edge select, const Edges& whenSet, const Edges& whenClear);
   Edges opaque(const QByteArray& name, Edges a, const Edges& b, size_t width);
+  Edges calculated(const WordCell& cell, Edges a, Edges b, size_t width);
+  Edge takeKnown(Edges& word);
   Edges compareOrCalculate(const WordCell& cell, Edges a, Edges b, size_t width);
   Edges shift(const WordCell& cell, const Edges& a, const Edges& b, size_t width);
   Edges chooseByCell(const WordCell& cell);
   Edges gate(const WordCell& cell);
 
   LogicGraph& graph_;
+  RailSplitter& rails_;
   QHash<QByteArray, int> symbols_;
   QList<QByteArray> names_;
 };

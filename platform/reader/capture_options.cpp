@@ -17,7 +17,29 @@ bool parseCount(const QString& option, const QString& value, int& count, QString
   return (isNumber && count >= 1) || wrongValue(option, value, "a number of at least 1", error);
 }
 
-bool parseInstruction(const QString& option, const QString& value, UserInstruction& instruction, QString& error) {
+/// A number from 0 on.
+bool parseRepeats(const QString& option, const QString& value, int& count, QString& error) {
+  bool isNumber = false;
+  count = value.toInt(&isNumber);
+  return (isNumber && count >= 0) || wrongValue(option, value, "a number of captures, or 0", error);
+}
+
+bool parseRange(const QString& option, const QString& value, ViewChoice& view, QString& error) {
+  const int colon = value.indexOf(QLatin1Char(':'));
+  bool fromGood = false, toGood = false;
+  view.from = value.left(colon).toInt(&fromGood);
+  view.to = value.mid(colon + 1).toInt(&toGood);
+  view.hasRange = colon > 0 && fromGood && toGood && view.from <= view.to;
+  return view.hasRange ||
+         wrongValue(option, value, "FROM:TO, samples counted from the trigger, for example -20:99", error);
+}
+
+bool parseRadix(const QString& option, const QString& value, ViewChoice& view, QString& error) {
+  view.hasRadix = radixFromText(value, view.radix);
+  return view.hasRadix || wrongValue(option, value, "Bin, Oct, Dec or Hex", error);
+}
+
+bool parseInstruction(const QString& option, const QString& value, TapInstruction& instruction, QString& error) {
   const int colon = value.indexOf(QLatin1Char(':'));
   bool widthGood = false, codeGood = false;
   instruction.width = value.left(colon).toInt(&widthGood);
@@ -31,6 +53,23 @@ bool parseSeconds(const QString& option, const QString& value, double& seconds, 
   bool isNumber = false;
   seconds = value.toDouble(&isNumber);
   return (isNumber && seconds > 0 && seconds <= 1e6) || wrongValue(option, value, "a number of seconds above 0", error);
+}
+
+/// "tcp:PORT"; 0 for any free port.
+bool parseServe(const QString& option, const QString& value, int& port, QString& error) {
+  bool isNumber = false;
+  port = value.startsWith(QLatin1String("tcp:")) ? value.mid(4).toInt(&isNumber) : -1;
+  return (isNumber && port >= 0 && port <= 65535) || wrongValue(option, value, "tcp:PORT, for example tcp:3335", error);
+}
+
+bool parsePlace(const QString& option, const QString& value, ChainPlace& place, QString& error) {
+  const int colon = value.indexOf(QLatin1Char(':'));
+  bool aheadGood = false, behindGood = false;
+  place.ahead = value.left(colon).toInt(&aheadGood);
+  place.behind = value.mid(colon + 1).toInt(&behindGood);
+  const bool good = colon > 0 && aheadGood && behindGood && qMin(place.ahead, place.behind) >= 0 &&
+                    qMax(place.ahead, place.behind) <= 1000;
+  return good || wrongValue(option, value, "AHEAD:BEHIND, two numbers of devices", error);
 }
 
 /// What an option does with the word after it, which is empty for a flag. False with `error`.
@@ -56,12 +95,44 @@ template <int CaptureOptions::*member>
 bool keepCount(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseCount(option, value, options.*member, error);
 }
+template <OutputFile CaptureOptions::*member>
+bool keepFile(CaptureOptions& options, const QString&, const QString& value, QString&) {
+  (options.*member).name = value;
+  return true;
+}
+/// Names to choose, or an assignment.
+bool keepExpressions(CaptureOptions& options, const QString& option, const QString& value, QString&) {
+  if (value.contains(QLatin1Char('=')))
+    options.changes.append({option, value});
+  else
+    options.expressions = value;
+  return true;
+}
+bool keepSignals(CaptureOptions& options, const QString&, const QString& value, QString&) {
+  options.view.signalGlobs += value;
+  return true;
+}
+bool keepRange(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseRange(option, value, options.view, error);
+}
+bool keepRadix(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseRadix(option, value, options.view, error);
+}
+bool keepRepeats(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseRepeats(option, value, options.repeats, error);
+}
 bool keepChange(CaptureOptions& options, const QString& option, const QString& value, QString&) {
   options.changes.append({option, value});
   return true;
 }
 bool keepServer(CaptureOptions& options, const QString&, const QString& value, QString& error) {
   return options.hasServer = parseServerAddress(value, options.server, error);
+}
+bool keepServe(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parseServe(option, value, options.servePort, error);
+}
+bool keepPlace(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parsePlace(option, value, options.place, error);
 }
 bool keepInstruction(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseInstruction(option, value, options.instruction, error);
@@ -74,30 +145,50 @@ bool keepTimeout(CaptureOptions& options, const QString& option, const QString& 
 const Option kOptions[] = {
     {"-map", "FILE", "capture map that was written with the instrumented design; required",
      keepText<&CaptureOptions::mapFile>},
-    {"-connect", "SERVER", "remote-bitbang server: fifo:DIR, tcp:HOST:PORT or unix:PATH; required", keepServer},
+    {"-connect", "SERVER",
+     "JTAG server: fifo:DIR, tcp:HOST:PORT, unix:PATH, xvc:HOST:PORT or openocd:HOST:PORT[/TAP]; required without "
+     "-launch",
+     keepServer},
+    {"-launch", "COMMAND", "starts a simulation of the design and connects to it", keepText<&CaptureOptions::command>},
     {"-core", "NAME", "the core; required when the design has several", keepText<&CaptureOptions::core>},
+    {"-all", nullptr, "captures with all cores; all are armed before any is waited for",
+     raise<&CaptureOptions::allCores>},
     {nullptr, nullptr, "Run:", nullptr},
     {"-position", "N|N%", "samples before the trigger, or their share of the window (default: half a window)",
      keepText<&CaptureOptions::position>},
     {"-set", "UNIT=VALUE", "another value of a trigger unit, in the unit's radix; repeatable", keepChange},
     {"-op", "UNIT=OPERATOR", "another operator that the unit's hardware has; repeatable", keepChange},
-    {"-te", "NAME[,NAME...]", "the trigger expressions to enable (default: all)",
-     keepText<&CaptureOptions::expressions>},
+    {"-te", "NAME[,NAME...]", "the trigger expressions to enable (default: all)", keepExpressions},
+    {"-te", "NAME=EXPRESSION", "another expression that fits into the hardware of NAME; repeatable", keepExpressions},
+    {"-now", nullptr, "triggers at the first possible sample, whatever the units see", raise<&CaptureOptions::now>},
     {"-count", "N", "events up to and including the trigger (default: as built)",
      keepCount<&CaptureOptions::eventCount>},
     {"-windows", "N", "windows to capture (default: as built)", keepCount<&CaptureOptions::windows>},
     {"-timeout", "SECONDS", "how long to wait for the trigger after arming (default: 10)", keepTimeout},
-    {nullptr, nullptr, "Output:", nullptr},
-    {"-vcd", "FILE", "value change dump, for a waveform viewer", keepText<&CaptureOptions::vcdFile>},
-    {"-csv", "FILE", "comma-separated values, one line for each sample", keepText<&CaptureOptions::csvFile>},
+    {"-repeat", "N", "captures N times, into numbered files; 0: until ^C (default: 1)", keepRepeats},
+    {nullptr, nullptr, "Output (the file - is the standard output):", nullptr},
+    {"-vcd", "FILE", "value change dump, for a waveform viewer", keepFile<&CaptureOptions::vcd>},
+    {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<&CaptureOptions::csv>},
     {"-wave", nullptr, "a small waveform on the terminal (default without -vcd and -csv)",
      raise<&CaptureOptions::wave>},
+    {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix},
+    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange},
+    {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
     {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
+    {"-serve", "ADDRESS",
+     "offers the simulation of -launch as a remote-bitbang server on this computer: tcp:PORT; 0 is any free port",
+     keepServe},
+    {"-help", nullptr, "this text; so does --help", raise<&CaptureOptions::help>},
+    {"--version", nullptr, "the version", raise<&CaptureOptions::version>},
     {nullptr, nullptr, "JTAG chain:", nullptr},
     {"-ir", "WIDTH:CODE", "instruction that selects the debug hub; for a device's own JTAG primitive (default: 4:2)",
      keepInstruction},
+    {"-bypass", "AHEAD:BEHIND", "other devices in the chain, between TDI and the hub and between the hub and TDO",
+     keepPlace},
+    {nullptr, nullptr, "Simulation:", nullptr},
+    {"-log", "FILE", "what the simulation of -launch prints", keepText<&CaptureOptions::logFile>},
 };
 
 const Option* findOption(const QString& word) {
@@ -111,8 +202,7 @@ const Option* findOption(const QString& word) {
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error) {
   for (int i = 0; i < words.size(); ++i) {
     const QString& word = words[i];
-    if (word == QLatin1String("-help") || word == QLatin1String("--help")) return options.help = true;
-    const Option* option = findOption(word);
+    const Option* option = findOption(word == QLatin1String("--help") ? QStringLiteral("-help") : word);
     if (!option) {
       error = QStringLiteral("There is no option \"%1\"; \"ost_capture -help\" lists the options.").arg(word);
       return false;
@@ -122,31 +212,83 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
       return false;
     }
     if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
+    if (options.help || options.version) return true;
   }
-  if (!options.vcdFile.isEmpty() && options.vcdFile == options.csvFile) {
-    error =
-        QStringLiteral("The options -vcd and -csv name the same file \"%1\"; give each its own.").arg(options.vcdFile);
-    return false;
-  }
-  if (options.mapFile.isEmpty() || !options.hasServer) {
-    error = QStringLiteral("The options -map and -connect are required; \"ost_capture -help\" explains them.");
-    return false;
-  }
-  return true;
+  const bool launches = !options.command.isEmpty();
+  const char* problem = nullptr;
+  if (options.vcd.isAsked() && options.vcd.name == options.csv.name)
+    problem = "\"-vcd\" and \"-csv\" name the same file; give each its own.";
+  else if (options.wave && (options.vcd.isStandardOutput() || options.csv.isStandardOutput()))
+    problem = "The waveform of \"-wave\" and a file \"-\" both want the standard output; leave one out.";
+  else if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
+    problem = "\"-now\" looks at no expression; leave \"-te\" and \"-count\" out.";
+  else if (options.allCores && !options.core.isEmpty())
+    problem = "\"-core\" and \"-all\" exclude each other; give one of them.";
+  else if (options.allCores && !options.expressions.isEmpty())
+    problem = "\"-te\" chooses expressions of one core; name it with \"-core\" instead of \"-all\".";
+  else if (options.allCores && options.csv.isStandardOutput())
+    problem = "With \"-all\" each core has a CSV file of its own; give \"-csv\" a name.";
+  else if (options.hasServer && launches)
+    problem = "\"-connect\" and \"-launch\" exclude each other; give one of them.";
+  else if (options.servePort >= 0 && !launches)
+    problem = "\"-serve\" offers a simulation to others; give its command with \"-launch\".";
+  else if (!options.logFile.isEmpty() && !launches)
+    problem = "\"-log\" stores what a simulation prints; give its command with \"-launch\".";
+  else if (options.servePort < 0 && (options.mapFile.isEmpty() || !(options.hasServer || launches)))
+    problem = "\"-map\" and one of \"-connect\" and \"-launch\" are required; \"ost_capture -help\" explains them.";
+  if (problem) error = QLatin1String(problem);
+  return !problem;
 }
 
-int chooseCore(const InsertPlan& plan, const CaptureOptions& options, QString& error) {
+namespace {
+
+/// "UNIT=WORD" or "CORE/UNIT=WORD".
+struct Assignment {
+  QString core, name, word;
+};
+
+Assignment assignmentOf(const QString& text) {
+  const int equals = text.indexOf(QLatin1Char('='));
+  const QString place = text.left(qMax(0, equals));
+  const int slash = place.indexOf(QLatin1Char('/'));
+  // An empty word must not become a null text.
+  return {place.left(qMax(0, slash)), place.mid(slash + 1), QLatin1String("") + text.mid(equals + 1)};
+}
+
+bool readAssignment(const QString& option, const QString& text, bool needsCore, Assignment& assignment,
+                    QString& error) {
+  assignment = assignmentOf(text);
+  if (assignment.name.isEmpty())
+    return wrongValue(option, text, option == QLatin1String("-te") ? "NAME=EXPRESSION" : "UNIT=WORD", error);
+  return !needsCore || !assignment.core.isEmpty() ||
+         wrongValue(option, text, "CORE/NAME=WORD, as \"-all\" is given", error);
+}
+
+}  // namespace
+
+QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, QString& error) {
   QStringList names;
+  QVector<int> all, named;
   for (int i = 0; i < plan.cores.size(); ++i) {
-    if (plan.cores[i].name == options.core) return i;
+    if (plan.cores[i].name == options.core) named += i;
+    all += i;
     names += plan.cores[i].name;
   }
-  if (options.core.isEmpty() && plan.cores.size() == 1) return 0;
-  const QString all = names.join(QLatin1String(", "));
+  const QVector<int> chosen =
+      named.isEmpty() && options.core.isEmpty() && (all.size() == 1 || options.allCores) ? all : named;
+  for (const auto& change : options.changes) {
+    const QString core = assignmentOf(change.second).core;
+    if (chosen.isEmpty() || core.isEmpty() || chosen.contains(names.indexOf(core))) continue;
+    error = QStringLiteral("\"%1\" for \"%2\" is meant for the core \"%3\", which is not captured.")
+                .arg(change.second, change.first, core);
+    return {};
+  }
+  if (!chosen.isEmpty()) return chosen;
+  const QString list = names.join(QLatin1String(", "));
   error = options.core.isEmpty()
-              ? QStringLiteral("The design has several cores; choose one of %1 with -core NAME.").arg(all)
-              : QStringLiteral("There is no core \"%1\"; choose one of %2.").arg(options.core, all);
-  return -1;
+              ? QStringLiteral("The design has several cores; choose one of %1 with -core NAME, or -all.").arg(list)
+              : QStringLiteral("There is no core \"%1\"; choose one of %2.").arg(options.core, list);
+  return {};
 }
 
 bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QString& error) {
@@ -155,31 +297,33 @@ bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QStri
     QString unit, operatorWord, value;
   };
   QVector<Change> changes;
-  for (const auto& [option, assignment] : options.changes) {
-    const int equals = assignment.indexOf(QLatin1Char('='));
-    if (equals <= 0) {
-      error = QStringLiteral("Bad value \"%1\" for \"%2\"; it must be UNIT=WORD.").arg(assignment, option);
-      return false;
+  for (const auto& [option, text] : options.changes) {
+    Assignment one;
+    if (!readAssignment(option, text, options.allCores, one, error)) return false;
+    if (!one.core.isEmpty() && one.core != settings.core().name) continue;
+    if (option == QLatin1String("-te")) {
+      if (!settings.setExpression(one.name, one.word, error)) return false;
+      continue;
     }
-    const QString unit = assignment.left(equals);
-    auto change = std::find_if(changes.begin(), changes.end(), [&](const Change& one) { return one.unit == unit; });
-    if (change == changes.end()) change = changes.insert(changes.end(), {unit, QString(), QString()});
-    // An empty word must stay one, and not become a null text.
-    (option == QLatin1String("-op") ? change->operatorWord : change->value) =
-        QLatin1String("") + assignment.mid(equals + 1);
+    auto change = std::find_if(changes.begin(), changes.end(), [&](const Change& old) { return old.unit == one.name; });
+    if (change == changes.end()) change = changes.insert(changes.end(), {one.name, QString(), QString()});
+    (option == QLatin1String("-op") ? change->operatorWord : change->value) = one.word;
   }
   for (const Change& change : changes)
     if (!settings.setUnit(change.unit, change.operatorWord, change.value, error)) return false;
   return (options.position.isEmpty() || settings.setPosition(options.position, error)) &&
          (options.expressions.isEmpty() || settings.chooseExpressions(options.expressions, error)) &&
          (options.eventCount == 0 || settings.setEventCount(options.eventCount, error)) &&
-         (options.windows == 0 || settings.setWindows(options.windows, error));
+         (options.windows == 0 || settings.setWindows(options.windows, error)) &&
+         (!options.now || settings.triggerNow(error));
 }
 
 QString captureUsage() {
   QString text = QStringLiteral(
       "ost_capture - arm an inserted debug core over JTAG and read its capture\n"
-      "Usage: ost_capture -map FILE -connect SERVER [option...]\n");
+      "Usage: ost_capture -map FILE -connect SERVER [option...]\n"
+      "       ost_capture -map FILE -launch COMMAND [option...]\n"
+      "       ost_capture -launch COMMAND -serve tcp:PORT\n");
   for (const Option& option : kOptions) {
     if (!option.name) {
       text += QLatin1String(option.help) + QLatin1Char('\n');
@@ -187,7 +331,7 @@ QString captureUsage() {
     }
     QString words = QLatin1String(option.name);
     if (option.value) words += QLatin1Char(' ') + QLatin1String(option.value);
-    text += QStringLiteral("  %1 %2\n").arg(words, -20).arg(QLatin1String(option.help));
+    text += QStringLiteral("  %1 %2\n").arg(words, -24).arg(QLatin1String(option.help));
   }
   return text + QStringLiteral("Exit status: 0 done, 1 failed, 2 wrong command line, 3 no trigger in time.\n");
 }

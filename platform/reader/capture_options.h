@@ -6,37 +6,48 @@
 #include <QString>
 #include <QStringList>
 
+#include "platform/jtag/connect_tap.h"
+#include "platform/reader/capture_view.h"
 #include "platform/reader/hub_link.h"
-#include "platform/jtag/remote_bitbang.h"
+#include "platform/reader/output_files.h"
 #include "platform/reader/run_settings.h"
 
 namespace ost {
 
 /// The command line. Texts and file names are byte text; what was not given is empty.
 struct CaptureOptions {
-  bool help = false;
+  bool help = false, version = false;
   QString mapFile;
   bool hasServer = false;
   ServerAddress server;
+  ChainPlace place;    ///< Of the TAP, for servers that move pins.
+  QString command;     ///< Of the simulation to launch, in place of a server.
+  QString logFile;     ///< For what it prints.
+  int servePort = -1;  ///< Offers the simulation to others instead of capturing; 0 is any port, -1 not.
   QString core;
   QString position;
-  QList<QPair<QString, QString>> changes;  ///< "-set" or "-op" and its assignment, in order of appearance.
+  QList<QPair<QString, QString>> changes;  ///< "-set", "-op" or "-te" and its assignment, in order of appearance.
   QString expressions;
+  bool now = false;  ///< Triggers at once.
+  bool allCores = false;
+  int repeats = 1;     ///< Captures one after the other; 0 until ^C.
   int eventCount = 0;  ///< 0: as built.
   int windows = 0;     ///< 0: as built.
   double timeoutSeconds = 10;
-  UserInstruction instruction;
-  QString vcdFile, csvFile;
+  TapInstruction instruction;
+  OutputFile vcd, csv;
+  ViewChoice view;
   bool wave = false, status = false, info = false;
 };
 
 /// False with one text that names the word and the way out.
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error);
 
-/// `core` of the options, or the only one. -1 with the choices in `error`.
-int chooseCore(const InsertPlan& plan, const CaptureOptions& options, QString& error);
+/// The cores that are meant: all, the one named, or the only one. Empty with the choices in `error`.
+QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, QString& error);
 
-/// Changes the run-time settings of a core as the options say.
+/// Changes the run-time settings of a core as the options say. With several cores an assignment names its own:
+/// CORE/UNIT=VALUE.
 bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QString& error);
 
 /// The help text, with every option.

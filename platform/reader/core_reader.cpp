@@ -221,7 +221,7 @@ bool CoreReader::readWords(int core, int tag, int count, BitTable& words, QStrin
   command.op = HubOp::Read;
   command.core = core;
   command.tag = tag;
-  int failures = 0, blocksWanted = kBlocksPerScan;
+  int failures = 0, blocksWanted = qBound(1, hub_.longestScan() / blockBits, kBlocksPerScan);
   while (words.rows() < count) {
     command.address = words.rows();
     const int blocks = qMin(blocksWanted, (count - words.rows() + layout.blockWords() - 1) / layout.blockWords());

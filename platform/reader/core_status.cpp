@@ -85,6 +85,31 @@ QStringList explainWaiting(const RunSettings& settings, const CoreStatus& status
   return lines;
 }
 
+QString progressText(const RunSettings& settings, const CoreStatus& status) {
+  const PlanCore& core = settings.core();
+  QStringList parts(QStringLiteral("%1: armed").arg(core.name));
+  if (!status.flags.fresh) {
+    parts += QStringLiteral("the sample clock stands still");
+  } else if (!status.running || !status.sampled) {
+    parts += QStringLiteral("no sample yet");
+  } else if (status.triggered) {
+    parts += QStringLiteral("triggered");
+  } else if (!status.searching) {
+    parts += QStringLiteral("storing the %1 samples before the trigger").arg(settings.position());
+  } else {
+    for (int i = 0; i < core.expressions.size(); ++i)
+      if (settings.isEnabled(i))
+        parts += QStringLiteral("step %1 of %2 of %3")
+                     .arg(status.steps[i] + 1)
+                     .arg(core.expressions[i].steps.size())
+                     .arg(core.expressions[i].name);
+    if (settings.eventCount() > 1)
+      parts += QStringLiteral("%1 of %2 events").arg(status.events).arg(settings.eventCount());
+  }
+  if (settings.windows() > 1) parts += QStringLiteral("window %1 of %2").arg(status.window + 1).arg(settings.windows());
+  return parts.join(QLatin1String(", "));
+}
+
 QString statusSummary(const PlanCore& core, const CoreStatus& status) {
   if (!status.flags.armed && !status.flags.done)
     return status.flags.ready ? QStringLiteral("idle") : QStringLiteral("stopping");

@@ -24,6 +24,9 @@ CoreStatus parseStatus(const PlanCore& core, const HubReply& reply);
 /// Why the run makes no progress, a line for each reason, with the names of the plan.
 QStringList explainWaiting(const RunSettings& settings, const CoreStatus& status);
 
+/// Where the run stands, short enough for a line on a terminal.
+QString progressText(const RunSettings& settings, const CoreStatus& status);
+
 /// The core's state in one line, for listings.
 QString statusSummary(const PlanCore& core, const CoreStatus& status);
 

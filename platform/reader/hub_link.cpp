@@ -11,10 +11,9 @@ QString unusableLineText(const char* what) {
 
 bool HubLink::open(QString& error) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    quint32 captured = 0;
-    if (!tap_.reset(error) || !tap_.scanInstruction(instruction_.code, instruction_.width, &captured, error))
-      return false;
-    if ((captured & 3) == 1) return true;  // IEEE 1149.1: the two lowest bits captured are 01.
+    bool answers = false;
+    if (!tap_.select(instruction_, answers, error)) return false;
+    if (answers) return true;
     ++retries_;
   }
   error = QStringLiteral(
@@ -25,7 +24,8 @@ bool HubLink::open(QString& error) {
 
 bool HubLink::recover(QString& error) {
   ++retries_;
-  return tap_.reset(error) && tap_.scanInstruction(instruction_.code, instruction_.width, nullptr, error);
+  bool answers = false;  // On a disturbed line what it captured says little.
+  return tap_.select(instruction_, answers, error);
 }
 
 bool HubLink::send(const HubCommand& command, const QByteArray& payload, QString& error) {

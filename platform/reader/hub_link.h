@@ -1,20 +1,18 @@
 // Commands and replies of the debug hub over a TAP, repeated until the reply is correct.
 #pragma once
 
+#include "platform/jtag/tap.h"
 #include "platform/reader/hub_frame.h"
-#include "platform/jtag/tap_driver.h"
 
 namespace ost {
 
-/// The instruction that selects the hub's data register.
-struct UserInstruction {
-  int width = 4;
-  quint32 code = 2;
-};
+/// IDCODE of the hub's own TAP (platform/rtl/ostrel_jtag.v).
+constexpr quint32 kHubIdcode = 0x1057AB1F;
 
 class HubLink {
  public:
-  explicit HubLink(JtagPort& port, UserInstruction instruction = {}) : tap_(port), instruction_(instruction) {}
+  /// `tap` must outlive it; `instruction` selects the hub's data register.
+  explicit HubLink(Tap& tap, TapInstruction instruction = {}) : tap_(tap), instruction_(instruction) {}
 
   /// Resets the TAP and selects the hub. False when no TAP responds.
   bool open(QString& error);
@@ -38,12 +36,13 @@ class HubLink {
   /// Whether a command was given up because no attempt got a correct reply, while the port itself works.
   bool isUnusable() const { return unusable_; }
   qint64 cycles() const { return tap_.cycles(); }
+  int longestScan() const { return tap_.longestScan(); }
 
   static constexpr int kAttempts = 24;  ///< Of one command before the line counts as unusable.
 
  private:
-  TapDriver tap_;
-  UserInstruction instruction_;
+  Tap& tap_;
+  TapInstruction instruction_;
   int retries_ = 0;
   bool unusable_ = false;
 };

@@ -7,13 +7,15 @@
 #include <cstdio>
 #include <new>
 
+#include "platform/jtag/simulation_server.h"
 #include "platform/plan/capture_map.h"
-#include "platform/plan/core_layout.h"
 #include "platform/reader/capture_options.h"
-#include "platform/reader/core_reader.h"
+#include "platform/reader/capture_run.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/vcd_writer.h"
+#include "platform/reader/wait_line.h"
 #include "platform/system/files.h"
+#include "platform/system/interrupt.h"
 #include "platform/text/byte_text.h"
 #include "platform/trigger/unit_value.h"
 
@@ -22,8 +24,9 @@ namespace {
 
 enum ExitStatus { kDone = 0, kFailed = 1, kWrongUse = 2, kNoTrigger = 3 };
 
-/// How long finding the reasons and stopping the core may take after the wait: as long as the wait, or this if longer.
-constexpr double kLeastGraceSeconds = 2;
+constexpr double kConnectSeconds = 10;  ///< For a server to come up.
+constexpr double kEndSeconds = 1;       ///< For the end of a simulation to be known, once its pins are gone.
+constexpr int kWaveColumns = 100;       ///< Of a waveform that no terminal shows.
 
 int fail(const QString& text, ExitStatus status = kFailed) {
   fprintf(stderr, "ost_capture: %s\n", text.toLatin1().constData());
@@ -32,9 +35,8 @@ int fail(const QString& text, ExitStatus status = kFailed) {
 
 /// Prints to standard output; the exit status.
 int print(const QString& text) {
-  const QByteArray bytes = text.toLatin1();
-  if (writeAll(STDOUT_FILENO, bytes.constData(), bytes.size())) return kDone;
-  return fail(QStringLiteral("Cannot write to the standard output: %1.").arg(systemReason(errno)));
+  QString error;
+  return writeToStandardOutput(text.toLatin1(), error) ? int(kDone) : fail(error);
 }
 
 /// Opens /dev/null read-only for standard descriptors that the caller has closed, so that no file or connection gets
@@ -57,33 +59,6 @@ bool loadMap(const QString& name, InsertPlan& plan, QString& error) {
   return false;
 }
 
-/// An output file. It is checked before the core is armed, so that no capture is taken that cannot be stored.
-struct Output {
-  QString name;  ///< Empty: none.
-
-  QString problem(const QString& reason) const { return QStringLiteral("Cannot write \"%1\": %2.").arg(name, reason); }
-  Replacement place() const { return {fileFromText(name), QString(), true}; }
-  bool check(QString& error) const {
-    QString reason;
-    if (name.isEmpty() || checkReplaceable(place(), reason)) return true;
-    error = problem(reason);
-    return false;
-  }
-};
-
-/// Stores the capture in all files that can be written; the exit status.
-int store(const QVector<QPair<Output, QByteArray>>& files) {
-  QString problems, written;
-  for (const auto& [output, text] : files) {
-    QString reason;
-    if (replaceFile(output.place(), text, reason))
-      written += QStringLiteral(" The file \"%1\" was written.").arg(output.name);
-    else
-      problems += QStringLiteral(" ") + output.problem(reason);
-  }
-  return problems.isEmpty() ? int(kDone) : fail((problems + written).mid(1));
-}
-
 QString infoText(const InsertPlan& plan) {
   QString text = QStringLiteral("design %1, project %2, hash %3: the hardware agrees with the capture map\n")
                      .arg(plan.topModule, plan.projectName, QString::fromLatin1(plan.projectHash));
@@ -102,75 +77,207 @@ QString infoText(const InsertPlan& plan) {
   return text;
 }
 
-int showStatus(CoreReader& reader, const InsertPlan& plan, const QString& only, QString& error) {
-  QString text;
-  for (int i = 0; i < plan.cores.size(); ++i) {
-    if (!only.isEmpty() && plan.cores[i].name != only) continue;
+/// The way to the hub: through a server, or through a simulation that is started for it.
+class Way {
+ public:
+  explicit Way(const CaptureOptions& options) : options_(options) {}
+  /// False with `error`.
+  bool open(QString& error);
+  /// Ends the simulation. What it said, or did too early, may be the reason of a failure: the exit status.
+  int close(int status);
+  Tap& tap() { return *connected_.tap; }
+  Connection& connection() { return *connected_.connection; }
+  /// A failure's text: a simulation that has ended explains it better than the closed connection.
+  QString explained(const QString& error);
+
+ private:
+  const CaptureOptions& options_;
+  std::unique_ptr<Simulation> simulation_;
+  ConnectedTap connected_;
+};
+
+bool Way::open(QString& error) {
+  const TapChoice choice = {options_.place, kHubIdcode};
+  if (options_.command.isEmpty()) {
+    connected_ = connectTap(options_.server, choice, kConnectSeconds, error);
+  } else {
+    simulation_ = Simulation::start(options_.command, options_.logFile, error);
+    if (simulation_) connected_ = simulation_->connect(choice, kConnectSeconds, error);
+  }
+  return bool(connected_.tap);
+}
+
+QString Way::explained(const QString& error) {
+  const bool broken = connected_.connection && connected_.connection->isBroken();
+  return simulation_ && broken && simulation_->hasEnded(kEndSeconds) ? simulation_->endText() : error;
+}
+
+int Way::close(int status) {
+  connected_ = ConnectedTap();
+  QString error;
+  return !simulation_ || simulation_->finish(error) ? status : fail(error);
+}
+
+/// A run of the program: what was asked for, with what stands behind it.
+class Program {
+ public:
+  explicit Program(const CaptureOptions& options) : options_(options), way_(options) {}
+  int run();
+
+ private:
+  bool prepare(QString& error);
+  bool checkOutputs(QString& error) const;
+  int withHub();
+  int showStatus(CoreReader& reader);
+  int captureRepeatedly(CoreReader& reader);
+  /// One capture, written to files with the mark `number`, unless that is 0.
+  int captureOnce(CoreReader& reader, int number);
+  int write(int number);
+  QString summary() const;
+
+  const CaptureOptions& options_;
+  InsertPlan plan_;
+  QVector<CoreRun> runs_;
+  Way way_;
+  HubLink* hub_ = nullptr;
+};
+
+bool Program::prepare(QString& error) {
+  if (!loadMap(options_.mapFile, plan_, error)) return false;
+  if (plan_.cores.isEmpty()) error = QStringLiteral("The capture map has no core; insert the cores again.");
+  const bool capturing = !options_.status && !options_.info;
+  if (!error.isEmpty() || (!capturing && options_.core.isEmpty())) return error.isEmpty();
+  const QVector<int> cores = chooseCores(plan_, options_, error);
+  for (const int core : cores) {
+    RunSettings settings(plan_.cores[core]);
+    if (!applyRunOptions(options_, settings, error) || !checkView(settings, options_.view, error)) return false;
+    runs_.append({core, settings, false, Capture()});
+  }
+  return !cores.isEmpty() && checkOutputs(error);
+}
+
+bool Program::checkOutputs(QString& error) const {
+  if (options_.repeats != 1)
+    return options_.vcd.marked(QStringLiteral("1")).check(error) &&
+           options_.csv.marked(QStringLiteral("1")).check(error);
+  return options_.vcd.check(error) && options_.csv.check(error);
+}
+
+int Program::run() {
+  QString error;
+  if (!prepare(error)) return fail(error);
+  if (!catchInterrupts()) return fail(QStringLiteral("Cannot watch for ^C: %1.").arg(systemReason(errno)));
+  return way_.close(way_.open(error) ? withHub() : fail(error));
+}
+
+int Program::withHub() {
+  HubLink hub(way_.tap(), options_.instruction);
+  CoreReader reader(hub, plan_);
+  hub_ = &hub;
+  QString error;
+  if (!reader.identify(error)) return fail(way_.explained(error));
+  if (options_.info && print(infoText(plan_)) != kDone) return kFailed;
+  if (options_.status) return showStatus(reader);
+  return options_.info ? int(kDone) : captureRepeatedly(reader);
+}
+
+int Program::showStatus(CoreReader& reader) {
+  QString text, error;
+  for (int i = 0; i < plan_.cores.size(); ++i) {
+    if (!options_.core.isEmpty() && plan_.cores[i].name != options_.core) continue;
     CoreStatus status;
-    if (!reader.status(i, status, error)) return fail(error);
-    text += QStringLiteral("core %1: %2\n").arg(plan.cores[i].name, statusSummary(plan.cores[i], status));
+    if (!reader.status(i, status, error)) return fail(way_.explained(error));
+    text += QStringLiteral("core %1: %2\n").arg(plan_.cores[i].name, statusSummary(plan_.cores[i], status));
   }
   return print(text);
 }
 
-/// `error`: with WaitResult::Failed why the server is of no more use.
-int reportNoTrigger(CoreReader& reader, int core, const RunSettings& settings, double seconds, WaitResult result,
-                    QString error) {
-  CoreStatus status;
-  const bool known = result == WaitResult::NotYet && reader.status(core, status, error);
-  const QStringList reasons = known ? explainWaiting(settings, status) : QStringList(error);
-  fail(QStringLiteral("The core \"%1\" has not completed its capture within %2 s:\n  %3")
-           .arg(settings.core().name, QString::number(seconds), reasons.join(QLatin1String("\n  "))));
-  // The message above matters more than a core that cannot be stopped, whose reason it has given.
-  if (known) reader.stop(core, error);
-  return known ? kNoTrigger : kFailed;
+int Program::captureRepeatedly(CoreReader& reader) {
+  if (options_.repeats == 1) return captureOnce(reader, 0);
+  for (int number = 1; options_.repeats == 0 || number <= options_.repeats; ++number) {
+    const int status = captureOnce(reader, number);
+    if (status != kDone) return status;
+    if (isInterrupted()) return options_.repeats == 0 ? kDone : kNoTrigger;
+  }
+  return kDone;
 }
 
-int run(const CaptureOptions& options) {
-  InsertPlan plan;
+int Program::captureOnce(CoreReader& reader, int number) {
+  CaptureRun run(reader, way_.connection(), runs_, options_.timeoutSeconds);
   QString error;
-  if (!loadMap(options.mapFile, plan, error)) return fail(error);
-  const bool capturing = !options.status && !options.info;
-  const bool needsCore = capturing || !options.core.isEmpty();
-  const int core = needsCore ? chooseCore(plan, options, error) : 0;
-  if (core < 0 || plan.cores.isEmpty())
-    return fail(error.isEmpty() ? QStringLiteral("The capture map has no core; insert the cores again.") : error);
-  RunSettings settings(plan.cores[core]);
-  const Output vcd = {options.vcdFile}, csv = {options.csvFile};
-  if (!applyRunOptions(options, settings, error) || !vcd.check(error) || !csv.check(error)) return fail(error);
+  if (!run.arm(error)) return fail(way_.explained(error));
+  WaitLine line;
+  const CaptureRun::End end = run.wait(line, error);
+  line.clear();
+  if (end == CaptureRun::End::Failed) return fail(way_.explained(error));
+  if (end != CaptureRun::End::Done) {
+    QString text;
+    const bool known = run.explain(end, error, text);
+    // With no number of captures asked for, ^C is how they end.
+    if (known && end == CaptureRun::End::Interrupted && options_.repeats == 0 && number > 1) return kDone;
+    return fail(text, known ? kNoTrigger : kFailed);
+  }
+  return run.readOut(error) ? write(number) : fail(way_.explained(error));
+}
 
-  const std::unique_ptr<RemoteBitbang> port = RemoteBitbang::connect(options.server, 10, error);
-  if (!port) return fail(error);
-  HubLink hub(*port, options.instruction);
-  CoreReader reader(hub, plan);
-  if (!reader.identify(error)) return fail(error);
-  if (options.info && print(infoText(plan)) != kDone) return kFailed;
-  if (options.status) return showStatus(reader, plan, options.core, error);
-  if (!capturing) return kDone;
+int Program::write(int number) {
+  const auto marked = [&](const OutputFile& file) { return number ? file.marked(QString::number(number)) : file; };
+  QVector<Capture> shown;
+  for (const CoreRun& run : runs_) shown.append(viewOf(run.capture, options_.view));
+  QList<OutputText> outputs;
+  if (options_.vcd.isAsked()) outputs.append({marked(options_.vcd), capturesToVcd(shown, plan_.topModule)});
+  for (const Capture& capture : shown) {
+    if (!options_.csv.isAsked()) break;
+    const OutputFile file = shown.size() > 1 ? options_.csv.marked(capture.core.name) : options_.csv;
+    outputs.append({marked(file), captureToCsv(capture)});
+  }
+  QString error;
+  const bool stored = storeAll(outputs, error);
+  const bool showsWave = options_.wave || outputs.isEmpty();
+  if (!stored) fail(error);
+  if (!stored && !showsWave) return kFailed;
+  QString text = summary();
+  if (showsWave)
+    for (const Capture& capture : shown)
+      text += QString::fromLatin1(captureToWave(capture, terminalColumns(kWaveColumns)));
+  // What is not data stays out of the way of a file that is the standard output.
+  if (options_.vcd.isStandardOutput() || options_.csv.isStandardOutput())
+    fputs(text.toLatin1().constData(), stderr);
+  else if (print(text) != kDone)
+    return kFailed;
+  return stored ? kDone : kFailed;
+}
 
-  if (!reader.arm(core, settings, error)) return fail(error);
-  port->setTimeLimit(options.timeoutSeconds + qMax(options.timeoutSeconds, kLeastGraceSeconds));
-  const Deadline wait(options.timeoutSeconds);
-  const WaitResult result = reader.waitUntilDone(core, {options.timeoutSeconds, 0}, error);
-  if (result == WaitResult::NotYet || (result == WaitResult::Failed && wait.isOver()))
-    return reportNoTrigger(reader, core, settings, options.timeoutSeconds, result, error);
-  port->liftTimeLimit();
-  Capture capture;
-  if (result == WaitResult::Failed || !reader.readOut(core, settings, capture, error)) return fail(error);
+QString Program::summary() const {
+  QString text;
+  for (const CoreRun& run : runs_)
+    text += QStringLiteral("core %1: %2 window(s) of %3 samples, %4 before the trigger; %5 TCK cycles, %6 repeats\n")
+                .arg(run.settings.core().name, QString::number(run.capture.windows.size()),
+                     QString::number(run.settings.core().windowSamples), QString::number(run.settings.position()),
+                     QString::number(hub_->cycles()), QString::number(hub_->retries()));
+  return text;
+}
 
-  QVector<QPair<Output, QByteArray>> files;
-  if (!vcd.name.isEmpty()) files.append({vcd, captureToVcd(capture, plan.topModule)});
-  if (!csv.name.isEmpty()) files.append({csv, captureToCsv(capture)});
-  const int stored = store(files);
-  const bool showsWave = options.wave || files.isEmpty();
-  if (stored != kDone && !showsWave) return stored;
-  QString text =
-      QStringLiteral("core %1: %2 window(s) of %3 samples, %4 before the trigger; %5 TCK cycles, %6 repeats\n")
-          .arg(settings.core().name, QString::number(capture.windows.size()),
-               QString::number(settings.core().windowSamples), QString::number(settings.position()),
-               QString::number(hub.cycles()), QString::number(hub.retries()));
-  if (showsWave) text += QString::fromLatin1(captureToWave(capture));
-  return print(text) == kDone ? stored : int(kFailed);
+int serve(const CaptureOptions& options) {
+  QString error;
+  if (!catchInterrupts()) return fail(QStringLiteral("Cannot watch for ^C: %1.").arg(systemReason(errno)));
+  const std::unique_ptr<Simulation> simulation = Simulation::start(options.command, options.logFile, error);
+  if (!simulation) return fail(error);
+  const auto announce = [](int port) {
+    print(QStringLiteral("The simulation is served on tcp:127.0.0.1:%1; ^C ends it.\n").arg(port));
+  };
+  const auto goOn = [] { return !isInterrupted(); };
+  if (!serveSimulation(*simulation, options.servePort, announce, goOn, error)) return fail(error);
+  return simulation->finish(error) ? int(kDone) : fail(error);
+}
+
+int runProgram(const QStringList& words) {
+  CaptureOptions options;
+  QString error;
+  if (!parseCaptureOptions(words, options, error)) return fail(error, kWrongUse);
+  if (options.help) return print(captureUsage());
+  if (options.version) return print(QStringLiteral("ost_capture " OST_PACKAGE_VERSION "\n"));
+  return options.servePort >= 0 ? serve(options) : Program(options).run();
 }
 
 }  // namespace
@@ -181,10 +288,7 @@ int main(int argc, char** argv) {
   try {
     QStringList words;
     for (int i = 1; i < argc; ++i) words += QString::fromLatin1(argv[i]);
-    ost::CaptureOptions options;
-    QString error;
-    if (!ost::parseCaptureOptions(words, options, error)) return ost::fail(error, ost::kWrongUse);
-    return options.help ? ost::print(ost::captureUsage()) : ost::run(options);
+    return ost::runProgram(words);
   } catch (const std::bad_alloc&) {
     fputs("ost_capture: There is not enough memory for this.\n", stderr);
   } catch (const std::exception& fault) {

@@ -5,6 +5,7 @@
 
 #include "platform/plan/core_layout.h"
 #include "platform/reader/hub_frame.h"
+#include "platform/trigger/trigger_expression.h"
 #include "platform/trigger/unit_value.h"
 
 namespace ost {
@@ -14,6 +15,13 @@ QString namesOf(const PlanCore& core) {
   QStringList names;
   for (const PlanUnit& unit : core.units) names += unit.name;
   return names.isEmpty() ? QStringLiteral("none") : names.join(QLatin1String(", "));
+}
+
+QString noExpressionText(const PlanCore& core, const QString& name) {
+  QStringList known;
+  for (const PlanExpression& expression : core.expressions) known += expression.name;
+  return QStringLiteral("The core \"%1\" has no trigger expression \"%2\"; its expressions are: %3.")
+      .arg(core.name, name, known.isEmpty() ? QStringLiteral("none") : known.join(QLatin1String(", ")));
 }
 
 /// Operators that a unit's hardware can change between.
@@ -45,7 +53,7 @@ QByteArray unitChain(const PlanUnit& unit) {
   const Operator op = unit.op;
   switch (unit.unitClass) {
     case UnitClass::Match: {
-      // The watched bits stand in the mask for rising edges, in the value for falling ones.
+      // The watched bits are in the mask for rising edges and in the value for falling ones.
       const QByteArray none(unit.width, '\0'), mask = bitsOf(unit.mask);
       if (op == Operator::RisingEdge) return flag(false) + flag(true) + none + mask;
       if (op == Operator::FallingEdge) return flag(false) + flag(true) + mask + none;
@@ -134,20 +142,77 @@ bool RunSettings::setUnit(const QString& name, const QString& operatorWord, cons
   return true;
 }
 
+bool RunSettings::setExpression(const QString& name, const QString& text, QString& error) {
+  const auto found = std::find_if(core_.expressions.begin(), core_.expressions.end(),
+                                  [&](const PlanExpression& one) { return one.name == name; });
+  if (found == core_.expressions.end()) {
+    error = noExpressionText(core_, name);
+    return false;
+  }
+  ParsedExpression parsed;
+  QString reason;
+  if (!parseTriggerExpression(text, parsed, reason)) {
+    error = QStringLiteral("The expression \"%1\" for \"%2\" cannot be read: %3").arg(text, name, reason);
+    if (!error.endsWith(QLatin1Char('.'))) error += QLatin1Char('.');
+    return false;
+  }
+  QStringList built, missing;
+  for (const int unit : found->units) built += core_.units[unit].name;
+  for (const QString& unit : parsed.units)
+    if (!built.contains(unit))
+      missing += QStringLiteral("the unit \"%1\" (it has %2)").arg(unit, built.join(QLatin1String(", ")));
+  if (parsed.steps.size() > found->maxSequenceDepth)
+    missing += QStringLiteral("%1 steps (it has %2)").arg(parsed.steps.size()).arg(found->maxSequenceDepth);
+  for (const ParsedStep& step : parsed.steps)
+    if (step.count > found->maxEventCount)
+      missing += QStringLiteral("a count of %1 (at most %2)").arg(step.count).arg(found->maxEventCount);
+  if (!missing.isEmpty()) {
+    error = QStringLiteral(
+                "The hardware of the expression \"%1\" has no room for \"%2\": missing is %3. Insert the core again "
+                "with it.")
+                .arg(name, text, missing.join(QLatin1String(" and ")));
+    return false;
+  }
+  found->text = text;
+  found->steps.clear();
+  for (const ParsedStep& step : parsed.steps) {
+    PlanStep planned{QByteArray(found->tableRows(), '0'), step.count};
+    for (int row = 0; row < found->tableRows(); ++row) {
+      int parsedRow = 0;
+      for (int i = 0; i < parsed.units.size(); ++i) parsedRow |= (row >> built.indexOf(parsed.units[i]) & 1) << i;
+      planned.truthTable[row] = step.truthTable[parsedRow];
+    }
+    found->steps.append(planned);
+  }
+  return true;
+}
+
+bool RunSettings::triggerNow(QString& error) {
+  if (core_.expressions.isEmpty()) {
+    error =
+        QStringLiteral("The core \"%1\" has no trigger expression, without which it cannot trigger.").arg(core_.name);
+    return false;
+  }
+  PlanExpression& first = core_.expressions[0];
+  first.text = QStringLiteral("at once");
+  first.steps = {{QByteArray(first.tableRows(), '1'), 1}};
+  enabled_.fill(false);
+  enabled_[0] = true;
+  eventCount_ = 1;
+  return true;
+}
+
 bool RunSettings::chooseExpressions(const QString& names, QString& error) {
   QVector<bool> chosen(core_.expressions.size(), false);
   for (const QString& name : names.split(QLatin1Char(','))) {
     bool found = false;
-    QStringList known;
     for (int i = 0; i < core_.expressions.size(); ++i) {
-      known += core_.expressions[i].name;
       if (core_.expressions[i].name != name) continue;
       chosen[i] = true;
       found = true;
     }
     if (!found) {
-      error = QStringLiteral("The core \"%1\" has no trigger expression \"%2\"; its expressions are: %3.")
-                  .arg(core_.name, name, known.join(QLatin1String(", ")));
+      error = noExpressionText(core_, name);
       return false;
     }
   }

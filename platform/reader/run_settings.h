@@ -22,6 +22,10 @@ class RunSettings {
   bool setUnit(const QString& unit, const QString& operatorWord, const QString& value, QString& error);
   /// Names of the expressions to enable, separated by commas.
   bool chooseExpressions(const QString& names, QString& error);
+  /// Another text for the expression `name`, of its units, steps and counts as the hardware has them.
+  bool setExpression(const QString& name, const QString& text, QString& error);
+  /// Triggers at the first sample that may trigger, whatever the units see.
+  bool triggerNow(QString& error);
   /// Events to the trigger: 1 to the value built in.
   bool setEventCount(int count, QString& error);
   /// Windows to fill: 1 to those built in.

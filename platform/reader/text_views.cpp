@@ -4,7 +4,6 @@
 namespace ost {
 namespace {
 
-constexpr int kColumns = 100;
 constexpr int kMostNameColumns = 34;
 constexpr int kMostSampleColumns = 9;
 
@@ -17,12 +16,14 @@ QByteArray shortened(const QString& name, int columns) {
 struct View {
   int first = 0;  ///< Sample of the window.
   int samples = 0;
+  int width = 100;  ///< Columns of the whole.
   int columns = 1;  ///< Of a sample.
   int nameColumns = 0;
 };
 
-View viewOf(const Capture& capture, const CaptureWindow& window) {
+View layOut(const Capture& capture, const CaptureWindow& window, int width) {
   View view;
+  view.width = width;
   int digits = 0;
   for (const PlanProbe& probe : capture.core.probes) {
     view.nameColumns = qMax(view.nameColumns, qMin(probe.name.size(), kMostNameColumns));
@@ -34,21 +35,21 @@ View viewOf(const Capture& capture, const CaptureWindow& window) {
     for (const PlanUnit& unit : capture.core.units)
       view.nameColumns = qMax(view.nameColumns, qMin(unit.name.size(), kMostNameColumns));
   view.columns = qMin(digits + 1, kMostSampleColumns);
-  view.samples = qMin((kColumns - view.nameColumns - 1) / view.columns, window.samples);
+  view.samples = qMin((width - view.nameColumns - 1) / view.columns, window.samples);
   view.first = qBound(0, window.trigger - view.samples / 3, window.samples - view.samples);
   return view;
 }
 
 /// Sample numbers counted from the trigger, and below them a mark at every labelled sample and at the trigger.
 QByteArray scaleLines(const CaptureWindow& window, const View& view) {
-  QByteArray labels(kColumns, ' '), marks(kColumns, ' ');
+  QByteArray labels(view.width, ' '), marks(view.width, ' ');
   const int step = qMax(1, 8 / view.columns);
   for (int i = 0; i < view.samples; ++i) {
     const int number = view.first + i - window.trigger;
     const int column = view.nameColumns + 1 + i * view.columns;
     if (number % step == 0) {
       const QByteArray label = QByteArray::number(number);
-      if (column + label.size() <= kColumns) labels.replace(column, label.size(), label);
+      if (column + label.size() <= view.width) labels.replace(column, label.size(), label);
       marks[column] = '|';
     }
     if (number == 0) marks[column] = 'T';
@@ -89,11 +90,11 @@ QByteArray quoted(QByteArray bytes) {
 
 }  // namespace
 
-QByteArray captureToWave(const Capture& capture) {
+QByteArray captureToWave(const Capture& capture, int columns) {
   QByteArray text;
   for (int number = 0; number < capture.windows.size(); ++number) {
     const CaptureWindow& window = capture.windows[number];
-    const View view = viewOf(capture, window);
+    const View view = layOut(capture, window, columns);
     if (capture.windows.size() > 1)
       text += (number ? "\nwindow " : "window ") + QByteArray::number(number + 1) + " of " +
               QByteArray::number(capture.windows.size()) + '\n';

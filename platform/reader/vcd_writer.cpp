@@ -3,6 +3,7 @@
 
 #include <QMap>
 #include <QSet>
+#include <algorithm>
 #include <functional>
 
 namespace ost {
@@ -16,6 +17,7 @@ struct Variable {
   QByteArray code;
   QByteArray last;
   std::function<QByteArray(int row, int window)> value;  ///< Leftmost bit first.
+  int capture = -1;                                      ///< Index of the one that it belongs to.
 };
 
 struct Scope {
@@ -162,6 +164,13 @@ void change(Variable& variable, const QByteArray& value, QByteArray& text) {
     text += variable.width == 1 ? value + variable.code + '\n' : 'b' + value + ' ' + variable.code + '\n';
 }
 
+/// Gives all variables that belong to no capture yet to this one.
+void claim(Scope& scope, int capture) {
+  for (Variable& variable : scope.variables)
+    if (variable.capture < 0) variable.capture = capture;
+  for (Scope& child : scope.children) claim(child, capture);
+}
+
 /// Units of time from one row to the next.
 qint64 distanceOf(const Capture& capture, int earlier, int later) {
   const int bits = capture.core.timestampBits;
@@ -170,21 +179,21 @@ qint64 distanceOf(const Capture& capture, int earlier, int later) {
   return qMax<qint64>(1, (capture.timestamp(later) - capture.timestamp(earlier)) & mask);
 }
 
-}  // namespace
-
-QByteArray captureToVcd(const Capture& capture, const QString& topModule) {
-  Scope top, own;
-  addProbes(capture, top);
-  addOwnVariables(capture, own);
-  QByteArray text = "$version ost_capture $end\n$comment core " + legalName(capture.core.name) +
-                    ", one unit of time is " + (capture.core.timestampBits ? "one sample clock" : "one sample") +
-                    " $end\n$timescale 1 ns $end\n";
-  QVector<Variable*> variables;
-  declare(legalName(topModule), top, variables, text);
-  declare(legalName(topModule) == "ostrel" ? "ostrel_" : "ostrel", own, variables, text);
-  text += "$enddefinitions $end\n";
-
+/// What changes at one time, ready to be written.
+struct Event {
   qint64 time = 0;
+  QByteArray text;
+};
+
+void addUnknown(QVector<Variable*>& variables, qint64 time, QVector<Event>& events) {
+  events.append({time, QByteArray()});
+  for (Variable* variable : variables) change(*variable, QByteArray(variable->width, 'x'), events.last().text);
+}
+
+/// All changes of one capture, from the time `start` of its first sample on; the last event is the end of its samples.
+QVector<Event> eventsOf(const Capture& capture, QVector<Variable*>& variables, qint64 start) {
+  QVector<Event> events;
+  qint64 time = start;
   int lastRow = -1;
   for (int window = 0; window < capture.windows.size(); ++window) {
     const CaptureWindow& shown = capture.windows[window];
@@ -192,18 +201,69 @@ QByteArray captureToVcd(const Capture& capture, const QString& topModule) {
       const int row = shown.firstRow + i;
       if (lastRow >= 0) {
         const qint64 distance = distanceOf(capture, lastRow, row);
-        if (i == 0) {
-          text += '#' + QByteArray::number(time + 1) + '\n';
-          for (Variable* variable : variables) change(*variable, QByteArray(variable->width, 'x'), text);
-        }
+        if (i == 0) addUnknown(variables, time + 1, events);
         time += i == 0 ? qMax<qint64>(distance, 2) : distance;
       }
       lastRow = row;
-      text += '#' + QByteArray::number(time) + '\n';
-      for (Variable* variable : variables) change(*variable, variable->value(row, window), text);
+      events.append({time, QByteArray()});
+      for (Variable* variable : variables) change(*variable, variable->value(row, window), events.last().text);
     }
   }
-  return text + '#' + QByteArray::number(time + 1) + '\n';
+  events.append({time + 1, QByteArray()});
+  return events;
+}
+
+QByteArray unitOfTime(const Capture& capture) {
+  return "core " + legalName(capture.core.name) + ", one unit of time is " +
+         (capture.core.timestampBits ? "one sample clock" : "one sample");
+}
+
+qint64 firstTime(const Capture& capture) {
+  if (capture.core.timestampBits == 0 || capture.windows.isEmpty()) return 0;
+  return static_cast<qint64>(capture.timestamp(capture.windows[0].firstRow));
+}
+
+}  // namespace
+
+QByteArray capturesToVcd(const QVector<Capture>& captures, const QString& topModule) {
+  const bool several = captures.size() > 1;
+  Scope top, own;
+  QByteArray comments;
+  for (int i = 0; i < captures.size(); ++i) {
+    Scope& owner = several ? own.children[legalName(captures[i].core.name)] : own;
+    addProbes(captures[i], top);
+    addOwnVariables(captures[i], owner);
+    claim(top, i);
+    claim(own, i);
+    comments += "$comment " + unitOfTime(captures[i]) + " $end\n";
+  }
+  QByteArray text = "$version ost_capture $end\n" + comments + "$timescale 1 ns $end\n";
+  QVector<Variable*> variables;
+  declare(legalName(topModule), top, variables, text);
+  declare(legalName(topModule) == "ostrel" ? "ostrel_" : "ostrel", own, variables, text);
+  text += "$enddefinitions $end\n";
+
+  QVector<Event> events;
+  for (int i = 0; i < captures.size(); ++i) {
+    QVector<Variable*> mine;
+    for (Variable* variable : variables)
+      if (variable->capture == i) mine += variable;
+    events += eventsOf(captures[i], mine, several ? firstTime(captures[i]) : 0);
+    if (several) addUnknown(mine, events.takeLast().time, events);
+  }
+  const auto isEarlier = [](const Event& one, const Event& other) { return one.time < other.time; };
+  std::stable_sort(events.begin(), events.end(), isEarlier);
+  qint64 time = -1;
+  for (const Event& event : events) {
+    if (event.time != time) text += '#' + QByteArray::number(event.time) + '\n';
+    time = event.time;
+    text += event.text;
+  }
+  return text;
+}
+
+QByteArray captureToVcd(const Capture& capture, const QString& topModule) {
+  return capturesToVcd({capture}, topModule);
 }
 
 }  // namespace ost

@@ -15,4 +15,9 @@ namespace ost {
 /// would refuse are changed: illegal characters become "_" and equal names get a number.
 QByteArray captureToVcd(const Capture& capture, const QString& topModule);
 
+/// Several cores' captures on one axis, which begins where each was armed: a core with timestamps has its samples at
+/// their timestamps, in periods of its own sample clock; one without has the first sample at 0. In the scope `ostrel`
+/// each core has a scope of its own. Where a core has no sample yet, or no more, its values are x.
+QByteArray capturesToVcd(const QVector<Capture>& captures, const QString& topModule);
+
 }  // namespace ost

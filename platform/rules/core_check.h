@@ -71,6 +71,8 @@ class CoreCheck {
   void checkTracedSignals() const;
   void checkEnable(bool on, const ResolvedName& signal, const char* title, const char* option) const;
   void checkCaptureSettings() const;
+  /// `asked`: the text of what the buffer asks for.
+  void checkBlockRam(int samples, int width, const QString& asked) const;
   void checkUnit(const ResolvedUnit& resolved) const;
   void checkExpression(const ResolvedExpression& resolved) const;
 

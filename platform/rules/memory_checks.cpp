@@ -26,6 +26,25 @@ int CoreCheck::bufferedSamples() const {
                                                           : int(qMin(used, qint64(core_.options.bufferDepth)));
 }
 
+void CoreCheck::checkBlockRam(int samples, int width, const QString& asked) const {
+  const qint64 blocks = blockRamsFor(samples, width);
+  const auto wasteful = [width](qint64 depth) {
+    return blockRamsFor(depth, width) * kBlockRamBits > 2 * depth * width;
+  };
+  if (blocks * kBlockRamBits <= 2 * bufferBits()) return;
+  int depth = qMin(2 * core_.options.bufferDepth, kDeepestBuffer);
+  while (depth < kDeepestBuffer && wasteful(depth)) depth *= 2;
+  FindingList::Fills fills;  // Distributed RAM is no way out where it is forbidden.
+  if (core_.options.distRamDisabled)
+    fills = {
+        {QStringLiteral("Implementation=DRAM, or a greater BufferDepth"), QStringLiteral("BufferDepth=%1").arg(depth)}};
+  report(DesignRule::BlockRamWaste, QString(),
+         asked + QStringLiteral(" and takes %1 of 18 Kbit, %2 bits")
+                     .arg(counted(blocks, "block RAM"))
+                     .arg(blocks * kBlockRamBits),
+         fills);
+}
+
 void CoreCheck::checkMemory() const {
   const CoreOptions& options = core_.options;
   const int width = sampleBits();
@@ -40,23 +59,7 @@ void CoreCheck::checkMemory() const {
            QStringLiteral("Implementation is DRAM and DistRAMDisable is on: the buffer becomes block RAM"));
   if (distributed && bits > kDistributedRamBits)
     report(DesignRule::DistributedRamSize, QString(), asked + QLatin1String(" of distributed RAM"));
-  if (!distributed) {
-    const qint64 blocks = blockRamsFor(samples, width);
-    const auto wasteful = [width](qint64 depth) {
-      return blockRamsFor(int(depth), width) * kBlockRamBits > 2 * depth * width;
-    };
-    int depth = qMin(2 * options.bufferDepth, kDeepestBuffer);
-    while (depth < kDeepestBuffer && wasteful(depth)) depth *= 2;
-    const FindingList::Fills greaterDepth = {
-        {QStringLiteral("Implementation=DRAM, or a greater BufferDepth"), QStringLiteral("BufferDepth=%1").arg(depth)}};
-    if (blocks * kBlockRamBits > 2 * bits)
-      report(DesignRule::BlockRamWaste, QString(),
-             asked + QStringLiteral(" and takes %1 of 18 Kbit, %2 bits")
-                         .arg(counted(blocks, "block RAM"))
-                         .arg(blocks * kBlockRamBits),
-             options.distRamDisabled ? greaterDepth : FindingList::Fills());
-  }
-
+  if (!distributed) checkBlockRam(samples, width, asked);
   if (samples < options.bufferDepth)
     report(DesignRule::BufferPartlyUsed, QString(),
            QStringLiteral("%1 of %2 use %3 of %4 samples of the buffer depth")

@@ -139,7 +139,7 @@ bool CoreCheck::findRunningClock(const Netlist& netlist, NetBit& clock) const {
   clock = netlist.canonical(named);
   if (netlist.driver(named, driver) && driver.kind != BitDriver::Undriven && driver.kind != BitDriver::Constant)
     return true;
-  report(DesignRule::SampleClockStands, QString(),
+  report(DesignRule::SampleClockNotRunning, QString(),
          QStringLiteral("sample clock \"%1\" %2")
              .arg(named.name, QLatin1String(driver.kind == BitDriver::Constant ? "is constant" : "has no driver")));
   return false;

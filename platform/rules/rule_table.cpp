@@ -80,19 +80,19 @@ const std::vector<RuleRow>& ruleTable() {
       {R::TooManySamples, E, "The samples of a core have more than 268435456 bits",
        "ost_trace trc_option -core <core> BufferDepth=<depth>, or ost_trace del_sig -core <core> {<signals>}"},
 
-      {R::NetUndriven, E, "A net that the core looks at has no driver",
-       "drive the net in the design, or take it out of the core"},
-      {R::NetConstant, W, "A net that the core looks at is constant", "take the net out of the core"},
-      {R::ClockCrossing, W, "A net that the core looks at is clocked by another clock than the sample clock",
+      {R::NetUndriven, E, "A net that the core observes has no driver",
+       "drive the net in the design, or remove it from the core"},
+      {R::NetConstant, W, "A net that the core observes is constant", "remove the net from the core"},
+      {R::ClockCrossing, W, "A net that the core observes is in another clock domain than the sample clock",
        "ost_core add <name> for a core of its own with SampleClk=<clock>"},
       {R::ForeignSampleClock, W, "The sample clock clocks none of the traced registers",
        "ost_trace trc_option -core <core> SampleClk=<clock>"},
-      {R::SampleClockStands, E, "The sample clock is constant or has no driver",
+      {R::SampleClockNotRunning, E, "The sample clock is constant or has no driver",
        "ost_trace trc_option -core <core> SampleClk=<net>"},
-      {R::SampleClockTraced, W, "The core looks at its own sample clock, which always reads the same",
-       "take the net out of the core"},
-      {R::NetPartlyUndriven, W, "Some bits of a net that the core looks at have no driver",
-       "drive them in the design, or take them out of the core"},
+      {R::SampleClockTraced, W, "The core observes its own sample clock, which always reads the same",
+       "remove the net from the core"},
+      {R::NetPartlyUndriven, W, "Some bits of a net that the core observes have no driver",
+       "drive them in the design, or remove them from the core"},
   };
   return table;
 }

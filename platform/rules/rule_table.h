@@ -50,7 +50,7 @@ enum class DesignRule {
   NetConstant = 61,
   ClockCrossing = 62,
   ForeignSampleClock = 63,
-  SampleClockStands = 64,
+  SampleClockNotRunning = 64,
   SampleClockTraced = 65,
   NetPartlyUndriven = 66,
 };

@@ -168,7 +168,7 @@ bool ChildRun::readPipes() {
   const bool over = !child_.report.isOpen();
   pollfd watched[] = {{child_.report.fd(), POLLIN, 0}, {child_.output.fd(), POLLIN, 0}, {child_.error.fd(), POLLIN, 0}};
   const int ready = poll(watched, 3, over ? 0 : kPollMilliseconds);
-  // Whoever still holds the pipes then is not a descendant: only what is already there counts.
+  // A process that still holds the pipes then is not a descendant: only what is already there counts.
   if (ready <= 0) return !over;
   const auto output = [this](const char* data, int count) { takeOutput(data, count); };
   const auto error = [this](const char* data, int count) { takeError(data, count); };
@@ -179,6 +179,7 @@ bool ChildRun::readPipes() {
 }
 
 void ChildRun::takeOutput(const char* data, int count) {
+  if (job_.takeText) return job_.takeText(data, count);
   const int room = qMin(count, qMax(0, job_.outputLimitBytes - end_.output.size()));
   end_.output.append(data, room);
   if (room < count) stop(ChildEnd::TooMuchOutput);
@@ -186,6 +187,7 @@ void ChildRun::takeOutput(const char* data, int count) {
 
 /// Keeps the head and the tail of the error output.
 void ChildRun::takeError(const char* data, int count) {
+  if (job_.takeText) return job_.takeText(data, count);
   const int room = qMin(count, kErrorHead - end_.firstError.size());
   end_.firstError.append(data, room);
   end_.lastError.append(data + room, count - room);

@@ -20,6 +20,8 @@ struct ChildJob {
   qint64 memoryLimitBytes = 0;     ///< Address space of the child and of each of its descendants; 0 for no limit.
   int outputLimitBytes = 1 << 20;  ///< Of standard output. Of standard error the head and the tail are kept.
   std::function<bool()> idle;      ///< False ends the child.
+  /// Gets what comes on standard output and standard error, as it comes; nothing is kept or limited then.
+  std::function<void(const char*, int)> takeText;
 };
 
 struct ChildEnd {
@@ -32,7 +34,7 @@ struct ChildEnd {
     OutOfTime,
     TooMuchOutput,
     Cancelled,
-    Lost,  ///< How it ended is not known, as somebody killed the process that watches it.
+    Lost,  ///< How it ended is unknown, as the process that watches it was killed.
   };
   How how = NotPrepared;
   int code = 0;

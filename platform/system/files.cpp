@@ -61,7 +61,7 @@ Descriptor openToRead(const QString& file, struct stat& info, QString& reason) {
   return source;
 }
 
-/// A file that goes away again when it is not kept.
+/// A file that is removed again unless it is kept.
 class TemporaryFile {
  public:
   ~TemporaryFile() {

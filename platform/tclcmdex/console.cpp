@@ -40,6 +40,10 @@ void setConsoleSink(ConsoleSink sink, void* user) {
   activeUser = sink != nullptr ? user : nullptr;
 }
 
+bool sinkIsStdout() {
+  return activeSink == writeToStdout;
+}
+
 void TclMsgOutput(Tcl_Interp* interp, const char* text, int kind) {
   if (text != nullptr && text[0] != '\0') activeSink(activeUser, interp, text, kind);
 }

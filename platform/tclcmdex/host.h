@@ -12,6 +12,9 @@ typedef void (*ConsoleSink)(void* user, Tcl_Interp* interp, const char* text, in
 /// Replaces the sink; null restores the default.
 TCLCMDEX_API void setConsoleSink(ConsoleSink sink, void* user);
 
+/// True while console texts go to the default sink.
+TCLCMDEX_API bool sinkIsStdout();
+
 /// Runs `body(data)` as the command `name` and returns its Tcl status; every command of ours runs so, and any other
 /// that works on the project or the design should. Refused, with an error in the interpreter, on a second thread: there
 /// is one project and one design, and the first thread that called a command keeps both until it ends. Refused, too,

@@ -16,7 +16,7 @@ struct JsonTextFault {
   QString text;
 };
 
-/// The value that the text holds. False for text that is no JSON, is not UTF-8, has a key twice in one object or is
+/// The value that the text holds. False for text that is not JSON, is not UTF-8, has a key twice in one object or is
 /// nested too deep.
 bool parseJson(const QByteArray& json, QJsonValue& value, JsonTextFault& fault);
 

@@ -22,7 +22,7 @@ if {$option(-work) eq "" || [array size option] != 7} {
 set work [file normalize $option(-work)/[pid]]
 set patience 20
 file mkdir $work
-array set count {designs 0 bits 0 unknown 0 excused 0 moved 0 undecided 0 byYosys 0 columns 0 lint 0 slowest 0}
+array set count {designs 0 refused 0 bits 0 unknown 0 excused 0 moved 0 undecided 0 byYosys 0 columns 0 lint 0 slowest 0}
 
 # What the commands print; a transform of stdout while one of them runs.
 namespace eval console {
@@ -79,13 +79,14 @@ proc makeProject {probes} {
   }
 }
 
-# One design from text to verdict: {"" ""}, or {kind what-is-wrong}. Kinds: read, run, lint, simulation, proof.
+# One design from text to verdict: {"" ""}, or {kind what-is-wrong}. Kinds: run, lint, simulation, proof; refused is the source's
+# own fault, or that of Yosys and Icarus, which read no design of some kinds.
 # `only`: the kind that is of interest, when just that is to be tried.
 proc check {source probes {only ""}} {
   global work count
   set file $work/case.v
   beside::writeFile $file [join $source \n]\n
-  if {[catch {ost_design read -top top -timeout $::patience $file} text]} { return [list read $text] }
+  if {[catch {ost_design read -top top -timeout $::patience $file} text]} { return [list refused $text] }
   if {$probes eq "choose"} { set probes [chooseProbes] }
   set ::probes $probes
   quietly catch {ost_project close -force}
@@ -94,18 +95,32 @@ proc check {source probes {only ""}} {
   set refused ""
   if {[catch {quietly ost_project run -save} text]} {
     # Nets that the design rules refuse (nobody drives them) are left out.
-    set bad [lmap {all name} [regexp -all -inline -line {^DRC-\d+ error: [^"]*"([^"]+)"} $console::text] { set name }]
+    set bad {}
+    foreach {all name} [regexp -all -inline -line {^DRC-\d+ error: [^"]*"([^"]+)"} $console::text] {
+      lappend bad $name [regsub {\[-?\d+\]$} $name ""]
+    }
     set fewer [without $probes $bad]
     if {$bad ne {} && $fewer ne $probes} { return [check $source $fewer $only] }
     set refused [complaint $text]
     if {![string match *proof* $refused]} { return [list run $refused] }
     ost_design prove off
     if {[catch {quietly ost_project run -save} text]} { return [list run [complaint $text]] }
-  } elseif {[regexp -nocase {not proved|undecided} $console::text]} { incr count(undecided) }
+  } elseif {[regexp -nocase {undecided: (module|[1-9])} $console::text]} {
+    incr count(undecided)
+    set ::undecided [regexp -inline -line {^Undecided: module.*} $console::text]
+  }
   if {$only eq "proof" && $refused eq ""} { return {"" ""} }
   return [judge $file $refused $only]
 }
 
+# The verdict on what cannot be read: the text, unless Yosys alone writes the design so, too.
+proc spoilt {file text} {
+  if {[catch {
+    beside::roundTrip $::work $file top
+    beside::runTool $::work/trip.build iverilog -g2005 -t null $::work/trip.v
+  }]} { incr ::count(byYosys); return {"" ""} }
+  return [list lint $text]
+}
 proc judge {file refused only} {
   global work count
   if {[catch {beside::output $work/case_debug} output]} { return [list run "the output cannot be read: $output"] }
@@ -113,12 +128,15 @@ proc judge {file refused only} {
     set new [beside::newKinds $work $output [list $file]]
     incr count(lint) [llength $new]
     # What Verilator has not learnt yet is no fault of the text.
-    if {"ERROR" in $new && "ERRORUNSUPPORTED" ni $new} { return [list lint "Verilator finds an error"] }
+    if {"ERROR" in $new && "ERRORUNSUPPORTED" ni $new} { return [spoilt $file "Verilator finds an error"] }
   }
   set bench [beside::bench top [dict get $output ports] {ca cb} {rn 0 rs 1} 1]
   if {[catch {
     beside::judge $work $output [list -g2005 $file] $bench field_tb.dut {field_tb.dut.ca field_tb.dut.cb} 400
-  } result]} { return [list [expr {[string match *source.build* $result] ? "read" : "lint"}] $result] }
+  } result]} {
+    if {[string match *source.build* $result]} { return [list refused $result] }
+    return [spoilt $file $result]
+  }
   foreach key {bits unknown excused moved columns byYosys} { incr count($key) [dict get $result $key] }
   if {[dict get $result rows] < 400} { return [list simulation "only [dict get $result rows] rows were recorded"] }
   if {[dict get $result differences] ne {} && ![dict get $result byYosys]} {
@@ -162,7 +180,7 @@ proc minimise {source kind} {
 proc fails {name source verdict} {
   lassign $verdict kind text
   puts stderr "designs: $name: $kind: $text"
-  set small [expr {$kind eq "read" || !$::option(-minimise) ? $source : [minimise $source $kind]}]
+  set small [expr {!$::option(-minimise) ? $source : [minimise $source $kind]}]
   set file [file join $::option(-work) fault_[string map {" " _} [file tail $name]].v]
   beside::writeFile $file "// probes: $::probes\n[join $small \n]\n"
   puts stderr "designs: minimised to [llength $small] lines; repeat with -file $file"
@@ -171,6 +189,7 @@ proc fails {name source verdict} {
 
 set begun [clock milliseconds]
 set failed 0
+set undecided ""
 if {$option(-file) ne ""} {
   set source [split [string trim [beside::readFile $option(-file)]] \n]
   set words choose
@@ -185,14 +204,16 @@ for {set seed $option(-seed)} {$seed < $option(-seed) + $option(-cases)} {incr s
   set source [random_design::make $seed]
   set verdict [check $source choose]
   incr count(designs)
+  if {$undecided ne ""} { puts "designs: seed $seed: $undecided"; set undecided "" }
   set count(slowest) [expr {max($count(slowest), [clock milliseconds] - $start)}]
-  if {[lindex $verdict 0] eq ""} continue
+  if {[lindex $verdict 0] eq "refused"} { incr count(refused) }
+  if {[lindex $verdict 0] in {"" refused}} continue
   incr failed
   fails "seed $seed" $source $verdict
 }
 quietly catch {ost_project close -force}
 puts "designs: $count(designs) designs from seed $option(-seed) in [expr {([clock milliseconds] - $begun) / 1000}] s, the slowest\
-  $count(slowest) ms: $failed failed, $count(undecided) undecided; $count(bits) bits compared ($count(unknown) of them x in the\
+  $count(slowest) ms: $failed failed, $count(undecided) undecided, $count(refused) refused by Yosys or Icarus; $count(bits) bits compared ($count(unknown) of them x in the\
   source, $count(excused) as in Yosys alone, $count(byYosys) designs that Yosys alone spoils), $count(moved) of $count(columns)\
   columns moved; $count(lint) kinds of new warnings"
 if {!$failed} { file delete -force $work }

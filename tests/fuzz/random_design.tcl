@@ -54,10 +54,10 @@ proc random_design::expression {{depth 2}} {
     1 { return "({$a, $b})" }
     2 { return "({[expr {1 + [below 3]}]{$a}})" }
     3 { return "([pick {~ ! & | ^ ~& -}] $a)" }
-    4 { return "(\$signed($a) [pick {+ - < >= >>> == *}] \$signed($b))" }
+    4 { return "(\$signed($a) [pick {+ - < >= >>> == + - *}] \$signed($b))" }
     5 { if {$functions ne {}} { return "([pick $functions]($a, $b))" } }
     6 { return "($a [pick {<< >> >>>}] [operand])" }
-    7 { return "($a [pick {* % / ===}] [operand])" }
+    7 { return "($a [pick {* % / === == + ^ - !=}] [operand])" }
   }
   return "($a [pick {+ - ^ ~^ + - ^ & | < <= == != && ||}] $b)"
 }
@@ -382,7 +382,7 @@ proc random_design::Module {name modules sourceName} {
 proc random_design::make {seed} {
   variable number 0
   expr {srand($seed)}
-  below 2
+  for {set i 0} {$i < 5} {incr i} { below 2 }
   set source {}
   set leaves [list [Module leaf0 {} source] [Module leaf1 {} source]]
   if {[oneIn 2]} { lappend leaves [Module {\leaf+2 } {} source] }

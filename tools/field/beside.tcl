@@ -86,18 +86,17 @@ proc beside::output {folder} {
   return [dict create map $map files $files verilog $verilog debug $debug ports $ports]
 }
 
-# The hierarchical name of a bit of the map below `dut`. In what Yosys writes (`flat`) generate scopes are part of the
-# names of nets and instances; in a source they are scopes.
+# The hierarchical name of a bit of the map below `dut`. In what roundTrip writes (`flat`) generate scopes are part of the
+# names of nets and instances, and bits count from 0; in a source generate scopes are scopes.
 proc beside::path {dut bit flat} {
-  lassign $bit name instance net
+  lassign $bit name instance net position
   set path $dut
   foreach part [concat [split $instance /] [list $net]] {
     set plain [expr {$flat ? {^[A-Za-z_][\w$]*$} : {^[A-Za-z_][\w$]*(\[-?\d+\])?(\.[A-Za-z_][\w$]*(\[-?\d+\])?)*$}}]
     append path . [expr {[regexp $plain $part] ? $part : "\\$part "}]
   }
   if {[string range $name end-[expr {[string length $net] - 1}] end] ne $net} {
-    regexp {\[-?\d+\]$} $name index
-    append path [expr {[info exists index] ? $index : ""}]
+    if {[regexp {\[-?\d+\]$} $name index]} { append path [expr {$flat ? "\[$position\]" : $index}] }
   }
   return $path
 }
@@ -166,7 +165,9 @@ proc beside::bench {top ports clocks resets seed} {
     if {$direction eq "output"} {
       append text "  wire ${range}p$number;\n"
     } elseif {$clock >= 0} {
-      append text "  reg p$number = 0;\n  initial #[expr {10 * $clock + 10}] forever #[expr {5000 + 2000 * $clock}] p$number = ~p$number;\n"
+      # The first level is an edge, too: it comes when all else has settled.
+      append text "  reg p$number;\n  initial begin #[expr {10 * $clock + 20}] p$number = 0;\
+        forever #[expr {5000 + 2000 * $clock}] p$number = ~p$number; end\n"
     } elseif {[dict exists $resets $name]} {
       set level [dict get $resets $name]
       append text "  reg p$number = [expr {!$level}];\n  initial #15 p$number = $level;\n"
@@ -188,6 +189,10 @@ proc beside::bench {top ports clocks resets seed} {
 proc beside::build {folder name words bench width paths events rows} {
   set base [file join $folder $name]
   writeFile $base.tb.v $bench[watch $width $paths $events $rows $base.rec]
+  foreach word $words {
+    # Icarus goes on without a file that is missing.
+    if {[string index $word 0] ne "-" && ![file exists $word]} { error "there is no file \"$word\"" }
+  }
   runTool $base.build iverilog -o $base.vvp {*}$words $base.tb.v
 }
 proc beside::simulate {folder name args} {
@@ -262,13 +267,17 @@ proc beside::compare {names first second {third ""}} {
   return $result
 }
 
-# The source once through Yosys, without an insertion, as trip.v.
+# The source once through Yosys, without an insertion, as trip.v. Nets are declared [N:0] there: Yosys writes single bits of
+# others by wrong names.
 proc beside::roundTrip {folder words top} {
   set base [file join $folder trip]
   set sources [lsearch -all -inline -not $words -g20*]
   set read "read_verilog[expr {"-g2012" in $words ? " -sv" : ""}]"
-  writeFile $base.ys "$read $sources\nhierarchy -check -top $top\nproc\nwrite_verilog -noattr $base.v\n"
   set yosys [expr {[info exists ::env(OST_YOSYS)] ? $::env(OST_YOSYS) : "yosys"}]
+  writeFile $base.ys "$read $sources\nhierarchy -check -top $top\nproc\nwrite_json $base.json\n"
+  runTool $base.log $yosys -q -s $base.ys
+  writeFile $base.json [regsub -all {"(?:upto|offset)": -?\d+,} [readFile $base.json] ""]
+  writeFile $base.ys "read_json $base.json\nwrite_verilog -noattr $base.v\n"
   runTool $base.log $yosys -q -s $base.ys
 }
 

@@ -35,7 +35,7 @@ struct BenchFiles {
 
 struct Settings {
   bool keep = false;   ///< Leave each project's folder behind.
-  bool reuse = false;  ///< Take an insertion that lies there; implies `keep`.
+  bool reuse = false;  ///< Use an existing insertion; implies `keep`.
   double noise = 0;    ///< Probability of a flip on each JTAG line and cycle.
   QString sources, work, package,
       core;  ///< `core`: folder whose ostrel_*.v are simulated in place of the inserted ones.
@@ -54,7 +54,7 @@ void compileBench(const Project& project, const ost::InsertPlan& plan, const Set
 /// The uninstrumented device for `rows` edges of its fastest clock from a time (ps) on: one record for each clock.
 QVector<Record> recordDevice(const Project& project, const BenchFiles& files, qint64 fromTime, int rows);
 
-/// The bench of the instrumented device. Its clocks stand still from the rising TCK edge number +pause_from on to
+/// The bench of the instrumented device. Its clocks stop from the rising TCK edge number +pause_from on to
 /// number +pause_to.
 QByteArray captureBench(const Project& project, const ost::InsertPlan& plan);
 

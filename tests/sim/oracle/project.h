@@ -9,7 +9,7 @@
 
 namespace oracle {
 
-/// Thrown for everything that is no difference but a broken run: a tool that fails, a file that is missing.
+/// Thrown for everything that is not a difference but a broken run: a tool that fails, a file that is missing.
 struct Broken {
   QString text;
 };

@@ -30,11 +30,11 @@ QStringList vvp(const BenchFiles& files, const QStringList& arguments) {
   return QStringList{"vvp", "-n", "capture.vvp", "+ostrel_fifo=."} + arguments;
 }
 
-std::unique_ptr<ost::RemoteBitbang> connected(const BenchFiles& files) {
+std::unique_ptr<ost::Connection> connected(const BenchFiles& files) {
   QString error;
-  auto port = ost::RemoteBitbang::connect({ost::ServerAddress::Fifo, files.folder, 0}, 20, error);
-  need(port != nullptr, error);
-  return port;
+  auto connection = ost::Connection::open({ost::ServerAddress::Fifo, files.folder}, 20, error);
+  need(connection != nullptr, error);
+  return connection;
 }
 
 }  // namespace
@@ -56,11 +56,13 @@ QByteArray FaultyLine::disturbed(QByteArray levels, double rate) {
 }
 
 Live::Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise, quint32 seed,
-           const QStringList& arguments, ost::UserInstruction instruction)
+           const QStringList& arguments, ost::TapInstruction instruction)
     : simulation_(vvp(files, arguments), files.folder, "capture_run.log"),
-      port_(connected(files)),
+      connection_(connected(files)),
+      port_(std::make_unique<ost::RemoteBitbang>(*connection_)),
       line(*port_, seed, noise),
-      hub(line, instruction),
+      tap(line),
+      hub(tap, instruction),
       reader(hub, plan) {}
 
 void Live::open() {
@@ -70,6 +72,7 @@ void Live::open() {
 
 void Live::end() {
   port_.reset();
+  connection_.reset();
   simulation_.waitForEnd();
 }
 
@@ -233,16 +236,13 @@ void compareTriggerOut(const Core& core, const QVector<qint64>& triggers, const 
     if (active) seenRises += level.time;
     if (!active && !seenRises.isEmpty()) seenFalls += level.time;
   }
-  mustHold(
-      seenRises == rises && seenFalls == falls,
-      where + QString(": the trigger output has %1 pulses at other times than the %2 expected (first at %3 to %4 ps, "
-                      "expected at %5 to %6 ps)")
-                  .arg(seenRises.size())
-                  .arg(rises.size())
-                  .arg(seenRises.value(0))
-                  .arg(seenFalls.value(0))
-                  .arg(rises.value(0))
-                  .arg(falls.value(0)));
+  if (seenRises != rises || seenFalls != falls)
+    throw Difference{where +
+                     QString(": the trigger output has %1 pulses, the first at %2 ps, instead of %3, from %4 ps on")
+                         .arg(seenRises.size())
+                         .arg(seenRises.value(0))
+                         .arg(rises.size())
+                         .arg(rises.value(0))};
   totals.pulses += rises.size();
 }
 

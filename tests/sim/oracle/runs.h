@@ -4,8 +4,9 @@
 #include <memory>
 #include <random>
 
-#include "platform/reader/core_reader.h"
 #include "platform/jtag/remote_bitbang.h"
+#include "platform/jtag/tap_driver.h"
+#include "platform/reader/core_reader.h"
 #include "tests/sim/oracle/bench.h"
 
 namespace oracle {
@@ -48,17 +49,19 @@ class FaultyLine : public ost::JtagPort {
 class Live {
  public:
   Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise = 0, quint32 seed = 0,
-       const QStringList& arguments = {}, ost::UserInstruction instruction = {});
+       const QStringList& arguments = {}, ost::TapInstruction instruction = {});
   void open();  ///< Throws Difference.
   /// Closes the line and waits for the simulation's end.
   void end();
 
  private:
   Simulation simulation_;
+  std::unique_ptr<ost::Connection> connection_;
   std::unique_ptr<ost::RemoteBitbang> port_;
 
  public:
   FaultyLine line;
+  ost::TapDriver tap;
   ost::HubLink hub;
   ost::CoreReader reader;
 };

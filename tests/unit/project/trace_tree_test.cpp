@@ -99,6 +99,8 @@ TEST_F(TreeTest, PositionsAndReferences) {
   EXPECT_EQ(shown(), "v[0] *v[0] f a c b v{v[1]}");
   ASSERT_TRUE(move({"v[0]", "f"}, "", "v[0]"));  // before one of the moved: before what follows it
   EXPECT_EQ(shown(), "v[0] f *v[0] a c b v{v[1]}");
+  ASSERT_TRUE(add({"v[0]"}, "v", "1") && remove({"v[0]"}));  // the first of two references takes over
+  EXPECT_EQ(shown(), "f v[0] a c b v{*v[0] v[1]}");
 }
 
 TEST_F(TreeTest, AnAdditionThatFailsHalfwayHasAddedNothing) {

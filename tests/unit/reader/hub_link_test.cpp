@@ -2,6 +2,7 @@
 #include "platform/reader/hub_link.h"
 
 #include "bench/core_plans/plan_text.h"
+#include "platform/jtag/tap_driver.h"
 #include "platform/reader/core_reader.h"
 #include "tests/unit/scratch.h"
 
@@ -26,7 +27,8 @@ TEST(HubLink, AReplyIsNoLongerThanItSays) {
   const QByteArray text = numberBits(quint64(HubOp::Info), kCommandBits) + flags + QByteArray(17, 0);
   port.block = text;
   for (int i = kCrcBits - 1; i >= 0; --i) port.block += char(frameCrc(text) >> i & 1);
-  HubLink hub(port);
+  TapDriver tap(port);
+  HubLink hub(tap);
   HubReply reply;
   HubCommand info;
   info.op = HubOp::Info;

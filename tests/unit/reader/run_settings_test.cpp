@@ -38,6 +38,11 @@ TEST(CaptureOptions, ThatFitAreApplied) {
   EXPECT_EQ(settings.core().units[0].value, "111");
   EXPECT_EQ(settings.position(), 3);
   EXPECT_FALSE(settings.isEnabled(0));
+  // Of the units 0 and 1 in the hardware's order.
+  ASSERT_TRUE(settings.setExpression("TE1", "!TU2 & TU1", error)) << plain(error);
+  EXPECT_EQ(settings.table(0).left(4), QByteArray("\0\1\0\0", 4));
+  ASSERT_TRUE(settings.triggerNow(error)) << plain(error);
+  EXPECT_TRUE(settings.table(0) == QByteArray(4, 1) && settings.isEnabled(0) && settings.eventCount() == 1);
 }
 
 TEST(CaptureOptions, ThatDoNotFitAreNamedAndChangeNothing) {
@@ -45,17 +50,39 @@ TEST(CaptureOptions, ThatDoNotFitAreNamedAndChangeNothing) {
     const char *words, *text;
     bool complete;  // all words are given, "-map m -connect fifo:d" not
   } table[] = {
-      {"-map m", "-connect", true},          {"-connect fifo:d", "-map", true},
-      {"-cor c", "\"-cor\"", false},         {"-csv", "The value of \"-csv\" is missing", false},
-      {"-count 0", "\"-count\"", false},     {"-timeout x", "\"-timeout\"", false},
-      {"-ir 4:16", "WIDTH:CODE", false},     {"-op TU1=<", ".RE.", false},
-      {"-op TU2=.RE.", ">=", false},         {"-op TU1=.RE.", "\"1x0\"", false},
-      {"-set TU1=12", "\"TU1\"", false},     {"-set TU2=16", "\"TU2\"", false},
-      {"-set TU3=1010", "3 samples", false}, {"-set X=1", "TU1, TU2, TU3", false},
-      {"-set TU1", "UNIT=", false},          {"-set TU1=", "\"TU1\"", false},
-      {"-position 16", "0 to 15", false},    {"-position 101%", "0 to 15", false},
-      {"-position -1", "0 to 15", false},    {"-te TE1,TE9", "TE1, TE2", false},
-      {"-count 6", "1 to 5 events", false},  {"-windows 2", "1 to 1 windows", false},
+      {"-map m", "-connect", true},
+      {"-connect fifo:d", "-map", true},
+      {"-cor c", "\"-cor\"", false},
+      {"-csv", "The value of \"-csv\" is missing", false},
+      {"-count 0", "\"-count\"", false},
+      {"-timeout x", "\"-timeout\"", false},
+      {"-ir 4:16", "WIDTH:CODE", false},
+      {"-op TU1=<", ".RE.", false},
+      {"-op TU2=.RE.", ">=", false},
+      {"-op TU1=.RE.", "\"1x0\"", false},
+      {"-set TU1=12", "\"TU1\"", false},
+      {"-set TU2=16", "\"TU2\"", false},
+      {"-set TU3=1010", "3 samples", false},
+      {"-set X=1", "TU1, TU2, TU3", false},
+      {"-set TU1", "UNIT=", false},
+      {"-set TU1=", "\"TU1\"", false},
+      {"-position 16", "0 to 15", false},
+      {"-position 101%", "0 to 15", false},
+      {"-position -1", "0 to 15", false},
+      {"-te TE1,TE9", "TE1, TE2", false},
+      {"-launch x", "exclude each other", false},
+      {"-te TE1=TU1->TU2", "missing is 2 steps", false},
+      {"-te TE1=TU3*9", "the unit \"TU3\" (it has TU1, TU2) and a count of 9", false},
+      {"-te TE2=TU3&", "column", false},
+      {"-te X=TU1", "TE1, TE2", false},
+      {"-now -te TE1", "no expression", false},
+      {"-all -set TU1=111", "CORE/NAME", false},
+      {"-serve tcp:70000", "tcp:PORT", false},
+      {"-bypass 1", "AHEAD:BEHIND", false},
+      {"-range 5:2", "FROM:TO", false},
+      {"-wave -csv -", "leave one out", false},
+      {"-count 6", "1 to 5 events", false},
+      {"-windows 2", "1 to 1 windows", false},
   };
   RunSettings settings(oneCore());
   const QByteArray before = settings.chain();

@@ -1,7 +1,7 @@
 // Decoded captures as VCD, waveform and comma-separated text.
 #include <QRegularExpression>
 
-#include "platform/reader/capture.h"
+#include "platform/reader/capture_view.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/vcd_writer.h"
 #include "tests/unit/scratch.h"
@@ -73,6 +73,34 @@ TEST(Vcd, WindowsAreKeptApart) {
   const QString vcd = captureToVcd(capture, "top");
   EXPECT_TRUE(has(vcd, "wire 16 % window [15:0] $end"));
   EXPECT_TRUE(vcd.count("bxxx ") == 2 && vcd.count("\n1$\n") == 3) << plain(vcd);
+}
+
+/// Each core's samples stand at its own timestamps.
+TEST(Vcd, SeveralCoresShareAnAxis) {
+  QVector<Capture> captures(2, counterCapture(1, 3, 1));
+  captures[1].core.name = "c2";
+  captures[1].windows[0].firstRow = 2;  // begins at the timestamp 4
+  const QString vcd = capturesToVcd(captures, "top");
+  EXPECT_TRUE(has(vcd, "$scope module c2 $end\n$var wire 1 ) trigger $end") && has(vcd, "n_2 [2:0]"));
+  EXPECT_TRUE(has(vcd, "\n#4\n") && vcd.count("\n#") == 7) << plain(vcd);
+  EXPECT_TRUE(has(vcd, "\n#5\nx!\n"));
+}
+
+TEST(View, APartOfTheSignalsAndOfEachWindow) {
+  ViewChoice view;
+  view.signalGlobs = QStringList{"u_?/*n[*", "none"};
+  view.hasRange = true;
+  view.from = -1;
+  view.to = 20;
+  RunSettings settings(counterCapture(1, 8, 3).core);
+  QString error;
+  EXPECT_TRUE(checkView(settings, view, error)) << plain(error);
+  const QList<QByteArray> lines = captureToCsv(viewOf(counterCapture(2, 8, 3), view)).split('\n');
+  EXPECT_TRUE(lines.size() == 14 && lines[0] == "window,sample,timestamp,u_a/u_b/n[2:0],TU1") << lines[0].constData();
+  EXPECT_EQ(lines[7], "1,-1,4,010,0");
+  view.signalGlobs = QStringList("u_a");
+  EXPECT_FALSE(checkView(settings, view, error));
+  EXPECT_TRUE(has(error, "no signal like \"u_a\""));
 }
 
 TEST(Vcd, NamesAreLegalAndDifferent) {

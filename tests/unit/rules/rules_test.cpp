@@ -189,7 +189,6 @@ const struct {
     {"clock=slow; trace=cleared", {62, 62}},         // a clock that is a register below, and an asynchronous reset
     {"clock=u_slow/q; no_trace; trace=cleared; dram; signals=deep; value=1", {62}},
     {"clock=clk2", {62, 62, 63}},
-    {"clock=clk2; dram; no_trace; trace=cell[0]; signals=; value=", {20, 21, 62, 63}},  // what a memory puts out
     {"clock=fixed[0]", {64}},
     {"trace=renamed_clk", {65}},
 };

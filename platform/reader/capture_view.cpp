@@ -1,0 +1,69 @@
+// The samples stay where they are; windows and probes are cut.
+#include "platform/reader/capture_view.h"
+
+#include <algorithm>
+
+namespace ost {
+namespace {
+
+/// Linear in both: the last star is where a failed match goes on.
+bool matches(const QString& text, const QString& glob) {
+  int at = 0, next = 0, star = -1, after = 0;
+  while (at < text.size()) {
+    if (next < glob.size() && glob[next] == QLatin1Char('*')) {
+      star = next++;
+      after = at;
+    } else if (next < glob.size() && (glob[next] == QLatin1Char('?') || glob[next] == text[at])) {
+      ++next;
+      ++at;
+    } else if (star >= 0) {
+      next = star + 1;
+      at = ++after;
+    } else {
+      return false;
+    }
+  }
+  while (next < glob.size() && glob[next] == QLatin1Char('*')) ++next;
+  return next == glob.size();
+}
+
+bool isShown(const PlanProbe& probe, const ViewChoice& view) {
+  const auto fits = [&](const QString& glob) { return matches(probe.name, glob); };
+  return view.signalGlobs.isEmpty() || std::any_of(view.signalGlobs.begin(), view.signalGlobs.end(), fits);
+}
+
+}  // namespace
+
+bool checkView(const RunSettings& settings, const ViewChoice& view, QString& error) {
+  const PlanCore& core = settings.core();
+  const int first = -settings.position(), last = core.windowSamples - 1 - settings.position();
+  if (view.hasRange && (view.from > view.to || view.to < first || view.from > last)) {
+    error = QStringLiteral("The range %1:%2 has no sample of the core \"%3\", whose windows reach from %4 to %5.")
+                .arg(view.from)
+                .arg(view.to)
+                .arg(core.name)
+                .arg(first)
+                .arg(last);
+    return false;
+  }
+  if (std::any_of(core.probes.begin(), core.probes.end(), [&](const PlanProbe& one) { return isShown(one, view); }))
+    return true;
+  error = QStringLiteral("The core \"%1\" captures no signal like \"%2\"; \"-info\" lists what it captures.")
+              .arg(core.name, view.signalGlobs.join(QLatin1String("\", \"")));
+  return false;
+}
+
+Capture viewOf(Capture capture, const ViewChoice& view) {
+  if (view.hasRadix) capture.core.displayRadix = view.radix;
+  QVector<PlanProbe>& probes = capture.core.probes;
+  const auto hidden = [&](const PlanProbe& one) { return !isShown(one, view); };
+  probes.erase(std::remove_if(probes.begin(), probes.end(), hidden), probes.end());
+  for (CaptureWindow& window : capture.windows) {
+    if (!view.hasRange) break;
+    const int first = qMax(0, window.trigger + view.from), last = qMin(window.samples - 1, window.trigger + view.to);
+    window = {window.firstRow + first, last - first + 1, window.trigger - first};
+  }
+  return capture;
+}
+
+}  // namespace ost
