@@ -12,6 +12,7 @@
 #include <climits>
 
 #include "platform/system/files.h"
+#include "platform/system/interrupt.h"
 
 namespace ost {
 namespace {
@@ -125,7 +126,7 @@ bool Simulation::attemptWhileRunning(double seconds, Attempt attempt, QString& e
       error = endText();
       return false;
     }
-    if (!deadline.isOver()) continue;
+    if (!deadline.isOver() && !isInterrupted()) continue;
     error = QStringLiteral(
                 "The simulation \"%1\" does not open its JTAG FIFOs; its test bench needs the module ostrel_jtag_sim.")
                 .arg(command_);
