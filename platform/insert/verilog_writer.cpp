@@ -27,6 +27,22 @@ bool endsWithModule(QFile& file) {
   return file.readAll().trimmed().endsWith("endmodule");
 }
 
+/// What Yosys writes is right and not what a linter likes; a user's warnings are about the user's sources.
+const char kLintHead[] =
+    "/* verilator lint_save */\n"
+    "/* verilator lint_off WIDTH */\n/* verilator lint_off CASEOVERLAP */\n/* verilator lint_off CASEINCOMPLETE */\n"
+    "/* verilator lint_off PINMISSING */\n/* verilator lint_off UNOPTFLAT */\n/* verilator lint_off LITENDIAN */\n"
+    "/* verilator lint_off COMBDLY */\n/* verilator lint_off UNSIGNED */\n/* verilator lint_off CMPCONST */\n"
+    "/* verilator lint_off MULTIDRIVEN */\n";
+const char kLintTail[] = "\n/* verilator lint_restore */\n";
+
+/// Puts words to linters around the text that Yosys wrote.
+bool hushLinters(QFile& file) {
+  if (!file.seek(0)) return false;
+  const QByteArray text = kLintHead + file.readAll() + kLintTail;
+  return file.seek(0) && file.write(text) == text.size() && file.flush();
+}
+
 }  // namespace
 
 bool writeInstrumentedVerilog(const Design& design, const QString& netlist, const QString& debugModule,
@@ -70,11 +86,12 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   };
   if (!hasRoom(files[2].fd())) return cutShort();
   QFile result;
-  if (!result.open(files[2].fd(), QIODevice::ReadOnly)) return cutShort();
+  if (!result.open(files[2].fd(), QIODevice::ReadWrite)) return cutShort();
   if (!endsWithModule(result)) {
     error = QStringLiteral("The instrumented design could not be written in full; is the disk full?");
     return false;
   }
+  if (!hushLinters(result)) return cutShort();
   return files[2].close() || cutShort();
 }
 
