@@ -39,7 +39,8 @@ class ISTCOMDATA_API DesignSession {
   bool refresh(QString& error);
   void close();
 
-  ProofMode proofMode() const;  ///< As `ost_design prove` says, or $OST_PROVE.
+  /// As `ost_design prove` said last, or $OST_PROVE; false when only that was set, and to a word that means nothing.
+  bool proofMode(ProofMode& mode, QString& error) const;
   void setProofMode(ProofMode mode);
 
   /// Called while Yosys runs; set by the service. Returning false cancels the read.
