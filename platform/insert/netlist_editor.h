@@ -5,7 +5,7 @@
 #include <QSet>
 #include <map>
 
-#include "platform/insert/probe_routing.h"
+#include "platform/routing/probe_routing.h"
 
 namespace ost {
 
