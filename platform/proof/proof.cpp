@@ -11,7 +11,7 @@
 
 #include "platform/design/name_index.h"
 #include "platform/design/yosys.h"
-#include "platform/insert/probe_routing.h"
+#include "platform/routing/probe_routing.h"
 #include "platform/proof/module_compare.h"
 #include "platform/system/files.h"
 #include "platform/system/scratch_file.h"
