@@ -59,7 +59,7 @@ class Insertion {
 
 /// A file name made from the top's name; it differs from those of the core.
 void Insertion::nameFiles() {
-  for (const auto& [name, text] : coreVerilogFiles()) generated_.append({name, text});
+  for (const auto& [name, text] : coreVerilogFiles(plan_.jtag)) generated_.append({name, text});
   generated_.append({QStringLiteral("ostrel_debug.v"), debugModuleVerilog(plan_)});
   QByteArray base = plan_.topModule.toLatin1();
   for (char& c : base)
