@@ -3,6 +3,7 @@
 
 #include "platform/design/design_session.h"
 #include "platform/design/yosys.h"
+#include "platform/insert/jtag_wrapper.h"
 #include "platform/system/memory.h"
 #include "platform/tclcmdex/host.h"
 #include "platform/tclcmdex/progress_line.h"
@@ -202,6 +203,30 @@ int runProve(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   return TCL_OK;
 }
 
+int runJtag(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+  DesignSession& session = DesignSession::instance();
+  if (objc > 2) {
+    DesignSource source;
+    if (!parseJtagWords(interp, objc, objv, source)) return TCL_ERROR;
+    if (!isFree(interp)) return TCL_ERROR;
+    PlanJtag jtag;
+    QString error;
+    if (!planJtag(source.jtag, jtag, error)) return failWith(interp, error, "OST DESIGN JTAG");
+    session.setJtag(source.jtag);
+  }
+  const JtagWords words = session.jtag();
+  TclList list;
+  const auto add = [&list](const char* option, const QString& value) {
+    list.add(option);
+    list.add(tclFromText(value));
+  };
+  list.add(tclFromText(words.way.isEmpty() ? QStringLiteral("pins") : words.way));
+  if (!words.chain.isEmpty()) add("-chain", words.chain);
+  if (!words.period.isEmpty()) add("-period", words.period);
+  Tcl_SetObjResult(interp, list);
+  return TCL_OK;
+}
+
 int runHelp(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "help");
   const std::string help = designHelp(objc == 3 ? Tcl_GetString(objv[2]) : "");
@@ -217,7 +242,7 @@ struct SubCommand {
   int (*run)(Tcl_Interp*, int, Tcl_Obj* const[]);
 };
 
-const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo},
+const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo}, {"jtag", runJtag},
                                    {"nets", runNets},   {"prove", runProve}, {"read", runRead}};
 
 int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
@@ -227,8 +252,8 @@ int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     if (word == entry.name) return entry.run(interp, objc, objv);
   }
   Tcl_SetObjResult(interp,
-                   tclFromText(QString::fromLatin1("unknown sub-command \"%1\": must be close, help, info, nets, "
-                                                   "prove, or read")
+                   tclFromText(QString::fromLatin1("unknown sub-command \"%1\": must be close, help, info, jtag, "
+                                                   "nets, prove, or read")
                                    .arg(textFromTcl(objv[1]))));
   Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
   return TCL_ERROR;

@@ -123,8 +123,9 @@ void Proof::noteChanges() {
     probePortOf_.insert(plainName(variant.name), variant.port);
     if (!variant.inPlace) originalOf_.insert(plainName(variant.name), original_.text.module(variant.module).name);
   }
-  for (const QString& pin : {plan_.pins.tck, plan_.pins.tms, plan_.pins.tdi, plan_.pins.tdo})
-    topPorts_.insert(pin.toLatin1());
+  if (plan_.jtag.hasPins())
+    for (const QString& pin : {plan_.pins.tck, plan_.pins.tms, plan_.pins.tdi, plan_.pins.tdo})
+      topPorts_.insert(pin.toLatin1());
   for (const PlanCore& core : plan_.cores)
     if (core.triggerOutIo) topPorts_.insert(core.triggerOutName.toLatin1());
 }
