@@ -11,6 +11,7 @@
 #include "platform/reader/hub_link.h"
 #include "platform/reader/output_files.h"
 #include "platform/reader/run_settings.h"
+#include "platform/reader/vcd_writer.h"
 
 namespace ost {
 
@@ -35,10 +36,19 @@ struct CaptureOptions {
   int windows = 0;     ///< 0: as built.
   double timeoutSeconds = 10;
   TapInstruction instruction;
-  OutputFile vcd, csv;
+  OutputFile vcd, csv, gtkw, sigrok, html;
+  VcdStyle vcdStyle;  ///< Its period holds for all files.
   ViewChoice view;
   bool wave = false, status = false, info = false;
 };
+
+/// A file that was asked for.
+struct AskedFile {
+  const char* option;
+  OutputFile file;
+  bool forEachCore;  ///< With several cores there is one a core.
+};
+QVector<AskedFile> askedFiles(const CaptureOptions& options);
 
 /// False with one text that names the word and the way out.
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error);

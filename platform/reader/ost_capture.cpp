@@ -3,16 +3,16 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <new>
 
 #include "platform/jtag/simulation_server.h"
 #include "platform/plan/capture_map.h"
-#include "platform/reader/capture_options.h"
+#include "platform/reader/capture_files.h"
 #include "platform/reader/capture_run.h"
 #include "platform/reader/text_views.h"
-#include "platform/reader/vcd_writer.h"
 #include "platform/reader/wait_line.h"
 #include "platform/system/files.h"
 #include "platform/system/interrupt.h"
@@ -126,7 +126,6 @@ class Program {
 
  private:
   bool prepare(QString& error);
-  bool checkOutputs(QString& error) const;
   int withHub();
   int showStatus(CoreReader& reader);
   int captureRepeatedly(CoreReader& reader);
@@ -148,19 +147,14 @@ bool Program::prepare(QString& error) {
   const bool capturing = !options_.status && !options_.info;
   if (!error.isEmpty() || (!capturing && options_.core.isEmpty())) return error.isEmpty();
   const QVector<int> cores = chooseCores(plan_, options_, error);
+  QStringList names;
   for (const int core : cores) {
+    names += plan_.cores[core].name;
     RunSettings settings(plan_.cores[core]);
     if (!applyRunOptions(options_, settings, error) || !checkView(settings, options_.view, error)) return false;
     runs_.append({core, settings, false, Capture()});
   }
-  return !cores.isEmpty() && checkOutputs(error);
-}
-
-bool Program::checkOutputs(QString& error) const {
-  if (options_.repeats != 1)
-    return options_.vcd.marked(QStringLiteral("1")).check(error) &&
-           options_.csv.marked(QStringLiteral("1")).check(error);
-  return options_.vcd.check(error) && options_.csv.check(error);
+  return !cores.isEmpty() && checkCaptureFiles(options_, names, error);
 }
 
 int Program::run() {
@@ -221,16 +215,9 @@ int Program::captureOnce(CoreReader& reader, int number) {
 }
 
 int Program::write(int number) {
-  const auto marked = [&](const OutputFile& file) { return number ? file.marked(QString::number(number)) : file; };
   QVector<Capture> shown;
   for (const CoreRun& run : runs_) shown.append(viewOf(run.capture, options_.view));
-  QList<OutputText> outputs;
-  if (options_.vcd.isAsked()) outputs.append({marked(options_.vcd), capturesToVcd(shown, plan_.topModule)});
-  for (const Capture& capture : shown) {
-    if (!options_.csv.isAsked()) break;
-    const OutputFile file = shown.size() > 1 ? options_.csv.marked(capture.core.name) : options_.csv;
-    outputs.append({marked(file), captureToCsv(capture)});
-  }
+  const QList<OutputText> outputs = captureFiles(options_, shown, plan_.topModule, number);
   QString error;
   const bool stored = storeAll(outputs, error);
   const bool showsWave = options_.wave || outputs.isEmpty();
@@ -241,7 +228,8 @@ int Program::write(int number) {
     for (const Capture& capture : shown)
       text += QString::fromLatin1(captureToWave(capture, terminalColumns(kWaveColumns)));
   // What is not data stays out of the way of a file that is the standard output.
-  if (options_.vcd.isStandardOutput() || options_.csv.isStandardOutput())
+  const auto isData = [](const OutputText& output) { return output.file.isStandardOutput(); };
+  if (std::any_of(outputs.begin(), outputs.end(), isData))
     fputs(text.toLatin1().constData(), stderr);
   else if (print(text) != kDone)
     return kFailed;
