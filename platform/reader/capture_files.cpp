@@ -1,5 +1,7 @@
-// One file for all cores, or one a core; marked by the core and by the number of the capture.
+// Which files there are, and what is in each.
 #include "platform/reader/capture_files.h"
+
+#include <QSet>
 
 #include "platform/reader/capture_page.h"
 #include "platform/reader/gtkwave_view.h"
@@ -9,42 +11,66 @@
 namespace ost {
 namespace {
 
-OutputFile numbered(const OutputFile& file, int number) {
-  return number ? file.marked(QString::number(number)) : file;
-}
+struct PlannedFile {
+  FileForm form;
+  OutputFile file;
+  int core = -1;  ///< Whose it is; -1: of all.
+};
 
-OutputFile ofCore(const OutputFile& file, const QString& core, int cores, int number) {
-  return numbered(cores > 1 ? file.marked(core) : file, number);
+/// The file of a core is marked with its name, and with a number where two would be the same.
+QList<PlannedFile> plannedFiles(const CaptureOptions& options, const QStringList& cores, int number) {
+  const auto marked = [&](const OutputFile& file) { return number ? file.marked(QString::number(number)) : file; };
+  QList<PlannedFile> planned;
+  for (const AskedFile& asked : askedFiles(options)) {
+    if (!asked.forEachCore) planned.append({asked.form, marked(asked.file), -1});
+    QSet<QString> used;
+    for (int core = 0; asked.forEachCore && core < cores.size(); ++core) {
+      OutputFile file = asked.file;
+      for (int i = 1; options.allCores && (i == 1 || used.contains(file.name)); ++i)
+        file = asked.file.marked(cores[core] + (i > 1 ? QString::number(i) : QString()));
+      used += file.name;
+      planned.append({asked.form, marked(file), core});
+    }
+  }
+  return planned;
 }
 
 }  // namespace
 
 QList<OutputText> captureFiles(const CaptureOptions& options, const QVector<Capture>& captures,
                                const QString& topModule, int number) {
-  QList<OutputText> files;
-  const OutputFile vcd = numbered(options.vcd, number);
-  if (vcd.isAsked()) files.append({vcd, capturesToVcd(captures, topModule, options.vcdStyle)});
-  if (options.gtkw.isAsked())
-    files += gtkwaveView(captures, topModule, options.vcdStyle, vcd, numbered(options.gtkw, number));
+  QStringList cores;
+  for (const Capture& capture : captures) cores += capture.core.name;
   const ClockPeriod& period = options.vcdStyle.period;
-  for (const Capture& capture : captures) {
-    const auto add = [&](const OutputFile& file, const auto& text) {
-      if (file.isAsked()) files.append({ofCore(file, capture.core.name, captures.size(), number), text()});
-    };
-    add(options.csv, [&] { return captureToCsv(capture); });
-    add(options.sigrok, [&] { return captureToSigrok(capture, period); });
-    add(options.html, [&] { return captureToPage(capture, topModule, period); });
+  QList<OutputText> files;
+  OutputFile vcd;
+  for (const PlannedFile& planned : plannedFiles(options, cores, number)) {
+    const OutputFile& file = planned.file;
+    switch (planned.form) {
+      case FileForm::Vcd:
+        vcd = file;
+        files.append({file, capturesToVcd(captures, topModule, options.vcdStyle)});
+        break;
+      case FileForm::GtkwaveView:
+        files += gtkwaveView(captures, topModule, options.vcdStyle, vcd, file);
+        break;
+      case FileForm::Csv:
+        files.append({file, captureToCsv(captures[planned.core])});
+        break;
+      case FileForm::SigrokSession:
+        files.append({file, captureToSigrok(captures[planned.core], period)});
+        break;
+      case FileForm::Page:
+        files.append({file, captureToPage(captures[planned.core], topModule, period)});
+        break;
+    }
   }
   return files;
 }
 
 bool checkCaptureFiles(const CaptureOptions& options, const QStringList& cores, QString& error) {
-  const int number = options.repeats == 1 ? 0 : 1;
-  for (const AskedFile& asked : askedFiles(options)) {
-    if (!asked.forEachCore && !numbered(asked.file, number).check(error)) return false;
-    for (const QString& core : cores)
-      if (asked.forEachCore && !ofCore(asked.file, core, cores.size(), number).check(error)) return false;
-  }
+  for (const PlannedFile& planned : plannedFiles(options, cores, options.repeats == 1 ? 0 : 1))
+    if (!planned.file.check(error)) return false;
   return true;
 }
 

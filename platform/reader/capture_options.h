@@ -10,7 +10,6 @@
 #include "platform/reader/capture_view.h"
 #include "platform/reader/hub_link.h"
 #include "platform/reader/output_files.h"
-#include "platform/reader/run_settings.h"
 #include "platform/reader/vcd_writer.h"
 
 namespace ost {
@@ -42,8 +41,11 @@ struct CaptureOptions {
   bool wave = false, status = false, info = false;
 };
 
+enum class FileForm { Vcd, GtkwaveView, Csv, SigrokSession, Page };
+
 /// A file that was asked for.
 struct AskedFile {
+  FileForm form;
   const char* option;
   OutputFile file;
   bool forEachCore;  ///< With several cores there is one a core.
@@ -53,12 +55,8 @@ QVector<AskedFile> askedFiles(const CaptureOptions& options);
 /// False with one text that names the word and the way out.
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error);
 
-/// The cores that are meant: all, the one named, or the only one. Empty with the choices in `error`.
-QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, QString& error);
-
-/// Changes the run-time settings of a core as the options say. With several cores an assignment names its own:
-/// CORE/UNIT=VALUE.
-bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QString& error);
+/// Sets `error` to the text for a word that an option cannot take; always false.
+bool wrongValue(const QString& option, const QString& value, const char* must, QString& error);
 
 /// The help text, with every option.
 QString captureUsage();

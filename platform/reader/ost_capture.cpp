@@ -12,6 +12,8 @@
 #include "platform/plan/capture_map.h"
 #include "platform/reader/capture_files.h"
 #include "platform/reader/capture_run.h"
+#include "platform/reader/hub_way.h"
+#include "platform/reader/run_options.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/wait_line.h"
 #include "platform/system/files.h"
@@ -24,9 +26,7 @@ namespace {
 
 enum ExitStatus { kDone = 0, kFailed = 1, kWrongUse = 2, kNoTrigger = 3 };
 
-constexpr double kConnectSeconds = 10;  ///< For a server to come up.
-constexpr double kEndSeconds = 1;       ///< For the end of a simulation to be known, once its pins are gone.
-constexpr int kWaveColumns = 100;       ///< Of a waveform that no terminal shows.
+constexpr int kWaveColumns = 100;  ///< Of a waveform that no terminal shows.
 
 int fail(const QString& text, ExitStatus status = kFailed) {
   fprintf(stderr, "ost_capture: %s\n", text.toLatin1().constData());
@@ -77,47 +77,6 @@ QString infoText(const InsertPlan& plan) {
   return text;
 }
 
-/// The way to the hub: through a server, or through a simulation that is started for it.
-class Way {
- public:
-  explicit Way(const CaptureOptions& options) : options_(options) {}
-  /// False with `error`.
-  bool open(QString& error);
-  /// Ends the simulation. What it said, or did too early, may be the reason of a failure: the exit status.
-  int close(int status);
-  Tap& tap() { return *connected_.tap; }
-  Connection& connection() { return *connected_.connection; }
-  /// A failure's text: a simulation that has ended explains it better than the closed connection.
-  QString explained(const QString& error);
-
- private:
-  const CaptureOptions& options_;
-  std::unique_ptr<Simulation> simulation_;
-  ConnectedTap connected_;
-};
-
-bool Way::open(QString& error) {
-  const TapChoice choice = {options_.place, kHubIdcode};
-  if (options_.command.isEmpty()) {
-    connected_ = connectTap(options_.server, choice, kConnectSeconds, error);
-  } else {
-    simulation_ = Simulation::start(options_.command, options_.logFile, error);
-    if (simulation_) connected_ = simulation_->connect(choice, kConnectSeconds, error);
-  }
-  return bool(connected_.tap);
-}
-
-QString Way::explained(const QString& error) {
-  const bool broken = connected_.connection && connected_.connection->isBroken();
-  return simulation_ && broken && simulation_->hasEnded(kEndSeconds) ? simulation_->endText() : error;
-}
-
-int Way::close(int status) {
-  connected_ = ConnectedTap();
-  QString error;
-  return !simulation_ || simulation_->finish(error) ? status : fail(error);
-}
-
 /// A run of the program: what was asked for, with what stands behind it.
 class Program {
  public:
@@ -127,18 +86,19 @@ class Program {
  private:
   bool prepare(QString& error);
   int withHub();
-  int showStatus(CoreReader& reader);
-  int captureRepeatedly(CoreReader& reader);
+  int showStatus();
+  int captureRepeatedly();
   /// One capture, written to files with the mark `number`, unless that is 0.
-  int captureOnce(CoreReader& reader, int number);
+  int captureOnce(int number);
   int write(int number);
   QString summary() const;
 
   const CaptureOptions& options_;
   InsertPlan plan_;
   QVector<CoreRun> runs_;
-  Way way_;
-  HubLink* hub_ = nullptr;
+  HubWay way_;
+  std::unique_ptr<HubLink> hub_;
+  std::unique_ptr<CoreReader> reader_;
 };
 
 bool Program::prepare(QString& error) {
@@ -161,43 +121,46 @@ int Program::run() {
   QString error;
   if (!prepare(error)) return fail(error);
   if (!catchInterrupts()) return fail(QStringLiteral("Cannot watch for ^C: %1.").arg(systemReason(errno)));
-  return way_.close(way_.open(error) ? withHub() : fail(error));
+  const int status = way_.open(error) ? withHub() : fail(error);
+  return way_.close(error) ? status : fail(error);
 }
 
 int Program::withHub() {
-  HubLink hub(way_.tap(), options_.instruction);
-  CoreReader reader(hub, plan_);
-  hub_ = &hub;
+  hub_ = std::make_unique<HubLink>(way_.tap(), options_.instruction);
+  reader_ = std::make_unique<CoreReader>(*hub_, plan_);
   QString error;
-  if (!reader.identify(error)) return fail(way_.explained(error));
+  if (!reader_->identify(error)) return fail(way_.explained(error));
   if (options_.info && print(infoText(plan_)) != kDone) return kFailed;
-  if (options_.status) return showStatus(reader);
-  return options_.info ? int(kDone) : captureRepeatedly(reader);
+  if (options_.status) return showStatus();
+  return options_.info ? int(kDone) : captureRepeatedly();
 }
 
-int Program::showStatus(CoreReader& reader) {
+int Program::showStatus() {
   QString text, error;
   for (int i = 0; i < plan_.cores.size(); ++i) {
     if (!options_.core.isEmpty() && plan_.cores[i].name != options_.core) continue;
     CoreStatus status;
-    if (!reader.status(i, status, error)) return fail(way_.explained(error));
+    if (!reader_->status(i, status, error)) return fail(way_.explained(error));
     text += QStringLiteral("core %1: %2\n").arg(plan_.cores[i].name, statusSummary(plan_.cores[i], status));
   }
   return print(text);
 }
 
-int Program::captureRepeatedly(CoreReader& reader) {
-  if (options_.repeats == 1) return captureOnce(reader, 0);
+int Program::captureRepeatedly() {
+  if (options_.repeats == 1) return captureOnce(0);
   for (int number = 1; options_.repeats == 0 || number <= options_.repeats; ++number) {
-    const int status = captureOnce(reader, number);
+    const int status = captureOnce(number);
     if (status != kDone) return status;
-    if (isInterrupted()) return options_.repeats == 0 ? kDone : kNoTrigger;
+    if (!isInterrupted()) continue;
+    // With no number of captures asked for, ^C is how they end.
+    if (options_.repeats == 0 || number == options_.repeats) return kDone;
+    return fail(QStringLiteral("Interrupted after %1 of %2 captures.").arg(number).arg(options_.repeats), kNoTrigger);
   }
   return kDone;
 }
 
-int Program::captureOnce(CoreReader& reader, int number) {
-  CaptureRun run(reader, way_.connection(), runs_, options_.timeoutSeconds);
+int Program::captureOnce(int number) {
+  CaptureRun run(*reader_, way_.connection(), runs_, options_.timeoutSeconds);
   QString error;
   if (!run.arm(error)) return fail(way_.explained(error));
   WaitLine line;
@@ -207,7 +170,6 @@ int Program::captureOnce(CoreReader& reader, int number) {
   if (end != CaptureRun::End::Done) {
     QString text;
     const bool known = run.explain(end, error, text);
-    // With no number of captures asked for, ^C is how they end.
     if (known && end == CaptureRun::End::Interrupted && options_.repeats == 0 && number > 1) return kDone;
     return fail(text, known ? kNoTrigger : kFailed);
   }
