@@ -1,6 +1,7 @@
 // Pairs the two sides' registers, memories and instances by name and compares what they are given.
 #include "platform/proof/module_compare.h"
 
+#include <QElapsedTimer>
 #include <algorithm>
 #include <numeric>
 
@@ -19,14 +20,22 @@ QString quoted(const QByteArray& name) {
 class Comparison {
  public:
   Comparison(const NetlistBits& original, int originalModule, const NetlistBits& written, int writtenModule,
-             const ExpectedChanges& changes, const SolverLimits& limits, const QList<QPair<QByteArray, int>>& cuts)
-      : words_(graph_, rails_),
+             const ExpectedChanges& changes, const SolverLimits& limits, const QElapsedTimer& clock,
+             const QList<QPair<QByteArray, int>>& cuts)
+      : limits_(limits),
+        clock_(clock),
+        graph_([this] { serve(); }),
+        words_(graph_, rails_),
         original_(graph_, words_, leaves_, original, originalModule),
         written_(graph_, words_, leaves_, written, writtenModule),
         originals_(original),
         changes_(changes),
-        limits_(limits),
         cuts_(cuts) {}
+
+  /// Thrown out of the work when nobody waits for its end any more.
+  struct Interrupted {
+    QString reason;
+  };
 
   ModuleVerdict run();
   QList<QPair<QByteArray, int>> newCuts() const { return original_.newCuts() + written_.newCuts(); }
@@ -56,9 +65,14 @@ class Comparison {
   void compare(const QString& place, Edge original, Edge written, Edge care = kTrue) {
     if (original != written && care != kFalse) points_.push_back({place, original, written, care});
   }
-  bool isServed() { return !limits_.idle || limits_.idle() || undecided(QStringLiteral("cancelled")); }
+  void serve() const {
+    if (limits_.idle && !limits_.idle()) throw Interrupted{QStringLiteral("cancelled")};
+    if (clock_.hasExpired(qint64(limits_.seconds) * 1000)) throw Interrupted{QStringLiteral("its time is over")};
+  }
   QString shown(const Counterexample& example) const;
 
+  const SolverLimits& limits_;
+  const QElapsedTimer& clock_;
   LogicGraph graph_;
   RailSplitter rails_{graph_};
   WordLogic words_;
@@ -66,7 +80,6 @@ class Comparison {
   ModuleLogic original_, written_;
   const NetlistBits& originals_;
   const ExpectedChanges& changes_;
-  const SolverLimits& limits_;
   const QList<QPair<QByteArray, int>>& cuts_;
   std::vector<ComparePoint> points_;
   /// States that are taken for the same, of both sides: [class][side].
@@ -220,16 +233,13 @@ bool Comparison::compareNets() {
       if (one != two && (two != kFloating || net.kept || probed.contains(net.bits[i])))
         compare(QStringLiteral("the net %1").arg(quoted(bitName(net.name, i, net.bits.size()))), one, two);
     }
-    if (!isServed()) return false;
   }
   return true;
 }
 
 bool Comparison::compareStates() {
-  int count = 0;
   for (const Class& group : classes_) {
     if (group.states[0].empty() || group.states[1].empty()) continue;
-    if (++count % 1000 == 0 && !isServed()) return false;
     const QString name = quoted(group.name);
     const auto compareOne = [&](const StateBit& from, const StateBit& to) {
       const StateFunction one = original_.function(from), other = written_.function(to);
@@ -340,7 +350,7 @@ bool Comparison::compareMemory(const ModuleMemory& original, const ModuleMemory&
         return differs(QStringLiteral("the memory %1 begins with other contents").arg(name));
     }
   for (int bit = 0; bit < original.width; ++bit)
-    if (!isServed() || !compareWrites(original, written, bit)) return false;
+    if (!compareWrites(original, written, bit)) return false;
   return true;
 }
 
@@ -431,11 +441,17 @@ ModuleVerdict Comparison::run() {
 ModuleVerdict compareModule(const NetlistBits& original, int originalModule, const NetlistBits& written,
                             int writtenModule, const ExpectedChanges& changes, const SolverLimits& limits) {
   QList<QPair<QByteArray, int>> cuts;
-  for (int round = 0; round < kMostRounds; ++round) {
-    Comparison comparison(original, originalModule, written, writtenModule, changes, limits, cuts);
-    const ModuleVerdict verdict = comparison.run();
-    if (comparison.newCuts().isEmpty()) return verdict;
-    cuts += comparison.newCuts();
+  QElapsedTimer clock;
+  clock.start();
+  try {
+    for (int round = 0; round < kMostRounds; ++round) {
+      Comparison comparison(original, originalModule, written, writtenModule, changes, limits, clock, cuts);
+      const ModuleVerdict verdict = comparison.run();
+      if (comparison.newCuts().isEmpty()) return verdict;
+      cuts += comparison.newCuts();
+    }
+  } catch (const Comparison::Interrupted& interrupted) {
+    return {ProofOutcome::Undecided, interrupted.reason};
   }
   return {ProofOutcome::Undecided, QStringLiteral("it has more loops of logic than the proof opens")};
 }

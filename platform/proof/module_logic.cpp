@@ -62,6 +62,7 @@ void ModuleLogic::readCells() {
   std::string_view key;
   for (cursor.enterObject(); cursor.nextMember(key); cursor.skipValue()) {
     CellConnections read = readCell(netlist_.text, cursor.valueStart());
+    graph_.work(64);
     for (const QVector<int>& bits : read.ports)
       for (const int bit : bits) highestBit_ = std::max(highestBit_, bit);
     const QByteArray name = unescapeJson(key);
