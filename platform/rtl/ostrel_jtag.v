@@ -18,7 +18,8 @@ module ostrel_jtag (
     input  wire tdo       // The bit that the next shift edge shifts out.
 );
   localparam [3:0] IDCODE = 4'b0001, USER = 4'b0010;
-  localparam [31:0] IDCODE_VALUE = 32'h1057AB1F;
+  // A maker's number that no one can have: its seven low bits are the standard's mark for "more follows" (JEP106).
+  localparam [31:0] IDCODE_VALUE = 32'h1057AAFF;
 
   localparam [3:0] RESET = 4'h0, IDLE = 4'h1, SELECT_DR = 4'h2, CAPTURE_DR = 4'h3, SHIFT_DR = 4'h4, EXIT1_DR = 4'h5,
                    PAUSE_DR = 4'h6, EXIT2_DR = 4'h7, UPDATE_DR = 4'h8, SELECT_IR = 4'h9, CAPTURE_IR = 4'hA,
