@@ -9,6 +9,7 @@
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
 #include "platform/proof/proof.h"
+#include "platform/rtl/constraints.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -53,7 +54,8 @@ class Insertion {
   OutputFolder folder_;
   QElapsedTimer clock_;
   QList<QPair<QString, QByteArray>> generated_;  ///< The core's files and the debug module, in reading order.
-  QString verilog_, json_;
+  QString verilog_, json_, sdc_, xdc_;
+  QByteArray debugInstance_;
   QString proved_;  ///< What the last line says of the proof.
 };
 
@@ -74,6 +76,8 @@ void Insertion::nameFiles() {
   while (clashes(name + QStringLiteral(".v"))) name += QStringLiteral("_top");
   verilog_ = name + QStringLiteral(".v");
   json_ = name + QStringLiteral(".json");
+  sdc_ = name + QStringLiteral(".sdc");
+  xdc_ = name + QStringLiteral(".xdc");
 }
 
 /// Names only, without comments: not every tool that reads a file list accepts them.
@@ -96,6 +100,7 @@ bool Insertion::instrument(const NetlistBits& netlist, const ProbeRouting& routi
   for (const auto& entry : generated_) reserved += definedModules(entry.second);
   NetlistEditor editor(netlist, routing, plan_);
   if (!editor.prepare(reserved, error_) || !serve()) return false;
+  debugInstance_ = editor.debugInstance();
   const std::unique_ptr<FileWriter> file = folder_.create(json_, error_);
   if (!file) return false;
   editor.write(*file);  // finish() reports a failure
@@ -123,7 +128,7 @@ bool Insertion::prove(std::shared_ptr<const Netlist> netlist) {
 
 bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   nameFiles();
-  QStringList files{verilog_, json_, QStringLiteral("files.f"), QStringLiteral("capture_map.json")};
+  QStringList files{verilog_, json_, sdc_, xdc_, QStringLiteral("files.f"), QStringLiteral("capture_map.json")};
   for (const auto& entry : generated_) files.append(entry.first);
   if (!folder_.begin(files, error_) || !serve()) return false;
 
@@ -143,6 +148,10 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (!instrument(data, routing)) return false;
   for (const auto& [name, text] : generated_)
     if (!folder_.write(name, text, error_)) return false;
+
+  if (!folder_.write(sdc_, constraintsText(plan_, debugInstance_, ConstraintDialect::Sdc), error_) ||
+      !folder_.write(xdc_, constraintsText(plan_, debugInstance_, ConstraintDialect::Xdc), error_))
+    return false;
 
   say(QStringLiteral("Writing the instrumented design as Verilog."));
   if (!folder_.write(verilog_, QByteArray(), error_)) return false;
