@@ -13,6 +13,7 @@ struct DesignSession::Private {
   std::function<bool()> idleHook;
   bool reading = false;
   ProofMode proof = ProofMode::Off;
+  QString badProof;  ///< What is wrong with $OST_PROVE.
   JtagWords jtag;
 
   bool read(const DesignSource& source, const std::function<bool()>& idle, const QString& workingDirectory,
@@ -65,7 +66,12 @@ bool proofModeFromWord(const QByteArray& word, ProofMode& mode) {
 }
 
 DesignSession::DesignSession() : d(new Private) {
-  proofModeFromWord(qgetenv("OST_PROVE"), d->proof);
+  const QByteArray word = qgetenv("OST_PROVE");
+  if (!word.isEmpty() && !proofModeFromWord(word, d->proof))
+    d->badProof = QStringLiteral(
+                      "The environment variable OST_PROVE is \"%1\", but must be on, off or strict; set it right, or "
+                      "use ost_design prove on, off or strict.")
+                      .arg(textFromBytes(word));
 }
 
 DesignSession::~DesignSession() = default;
@@ -123,10 +129,13 @@ void DesignSession::close() {
   d->design.reset();
 }
 
-ProofMode DesignSession::proofMode() const {
-  return d->proof;
+bool DesignSession::proofMode(ProofMode& mode, QString& error) const {
+  mode = d->proof;
+  error = d->badProof;
+  return error.isEmpty();
 }
 void DesignSession::setProofMode(ProofMode mode) {
+  d->badProof.clear();
   d->proof = mode;
 }
 JtagWords DesignSession::jtag() const {

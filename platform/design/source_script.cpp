@@ -111,7 +111,7 @@ YosysScript SourcePlan::hierarchyScript(bool check) const {
   if (top_.isEmpty())
     script.words(" -auto-top");
   else
-    script.words(" -top").module(yosysId(top_));
+    script.words(" -top").module(netlist_ ? yosysId(top_) : '\\' + top_);
   return script;
 }
 

@@ -29,6 +29,7 @@ class Insertion {
   }
 
   bool run(std::shared_ptr<const Netlist> netlist);
+  const QString& proved() const { return proved_; }
 
  private:
   void say(const QString& line) const {
@@ -56,7 +57,7 @@ class Insertion {
   QList<QPair<QString, QByteArray>> generated_;  ///< The core's files and the debug module, in reading order.
   QString verilog_, json_, sdc_, xdc_;
   QByteArray debugInstance_;
-  QString proved_;  ///< What the last line says of the proof.
+  QString proved_;  ///< The proof's counts, for a line's end.
 };
 
 /// A file name made from the top's name; it differs from those of the core.
@@ -173,18 +174,20 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (!folder_.write(QStringLiteral("files.f"), fileList(), error_)) return false;
   if (!serve() || !folder_.commit(error_)) return false;
   sayBlackBoxes(data);
-  say(QStringLiteral("Wrote \"%1\" in %2 s%3.")
+  say(QStringLiteral("Wrote \"%1\" in %2 s.")
           .arg(textFromUnicode(request_.outputDirectory))
-          .arg(double(clock_.elapsed()) / 1000, 0, 'f', 1)
-          .arg(proved_));
+          .arg(double(clock_.elapsed()) / 1000, 0, 'f', 1));
   return true;
 }
 
 }  // namespace
 
 bool runInsertion(const InsertPlan& plan, const Design& design, std::shared_ptr<const Netlist> netlist,
-                  const InsertionRequest& request, const InsertionHooks& hooks, QString& error) {
-  return Insertion(plan, design, request, hooks, error).run(std::move(netlist));
+                  const InsertionRequest& request, const InsertionHooks& hooks, QString& error, QString* proved) {
+  Insertion insertion(plan, design, request, hooks, error);
+  const bool done = insertion.run(std::move(netlist));
+  if (proved) *proved = insertion.proved();
+  return done;
 }
 
 }  // namespace ost

@@ -45,9 +45,13 @@ QByteArray declarations(const NetlistBits& netlist) {
         cursor.skipValue();
         continue;
       }
-      const QByteArray name = '\\' + unescapeJson(key) + ' ', value = literal(netlistParameter(written));
+      const ParameterValue parameter = netlistParameter(written);
+      const QByteArray name = '\\' + unescapeJson(key) + ' ', value = literal(parameter);
+      // With a range a value that sets it is cut to the same bits: -3 set to a parameter of 8 bits has 32.
+      const QByteArray range =
+          parameter.isText ? QByteArray() : '[' + QByteArray::number(parameter.text.size() - 1) + ":0] ";
       // Yosys writes the last one first.
-      lines.prepend("  parameter " + name + "= " + value + ";\n");
+      lines.prepend("  parameter " + range + name + "= " + value + ";\n");
       checks.prepend("    if (" + name + "!== " + value + ") begin\n      $display(\"%m: the parameter " +
                      name.mid(1).trimmed().replace('"', "\\\"") +
                      " is fixed in the instrumented design; insert again with the value that is wanted.\");\n"

@@ -19,6 +19,7 @@
 #include <thread>
 
 #include "platform/system/files.h"
+#include "platform/system/interrupt.h"
 
 namespace ost {
 namespace {
@@ -47,7 +48,7 @@ Descriptor openFifoForWriting(const QString& name, const Deadline& deadline, QSt
     int code = 0;
     Descriptor fifo = openFifo(name, O_WRONLY, code, error);
     if (fifo.isOpen() || (code != ENXIO && code != ENOENT && code != EINTR)) return fifo;
-    if (deadline.isOver()) {
+    if (deadline.isOver() || isInterrupted()) {
       error = (code == ENOENT ? QStringLiteral("There is no FIFO \"%1\"; make it with mkfifo and start the simulation.")
                               : QStringLiteral("No program reads the FIFO \"%1\"; start the simulation first."))
                   .arg(name);
@@ -78,7 +79,7 @@ bool connectWithin(const Deadline& deadline, const QString& place, Attempt attem
     const int code = attempt();
     if (code == 0) return true;
     const bool mayCome = code == ECONNREFUSED || code == ENOENT || code == EAGAIN;
-    if (!mayCome || deadline.isOver()) {
+    if (!mayCome || deadline.isOver() || isInterrupted()) {
       error = QStringLiteral("Cannot connect to \"%1\": %2.").arg(place, systemReason(code));
       return false;
     }

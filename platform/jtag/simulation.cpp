@@ -12,6 +12,7 @@
 #include <climits>
 
 #include "platform/system/files.h"
+#include "platform/system/interrupt.h"
 
 namespace ost {
 namespace {
@@ -125,7 +126,7 @@ bool Simulation::attemptWhileRunning(double seconds, Attempt attempt, QString& e
       error = endText();
       return false;
     }
-    if (!deadline.isOver()) continue;
+    if (!deadline.isOver() && !isInterrupted()) continue;
     error = QStringLiteral(
                 "The simulation \"%1\" does not open its JTAG FIFOs; its test bench needs the module ostrel_jtag_sim.")
                 .arg(command_);
@@ -164,10 +165,13 @@ QString Simulation::endText() {
     default:
       text = QStringLiteral("killed");
   }
-  text = QStringLiteral(
-             "The simulation \"%1\" ended (%2) before the reader was done. Take $finish out of its test bench, or let "
-             "it come later: ostrel_jtag_sim ends the simulation when the reader leaves.")
-             .arg(command_, text);
+  text = QStringLiteral("The simulation \"%1\" ended (%2) before the reader was done. ").arg(command_, text);
+  if (end_.how == ChildEnd::Exited && end_.code == 0)
+    text += QStringLiteral(
+        "Take $finish out of its test bench, or let it come later: ostrel_jtag_sim ends the simulation when the reader "
+        "leaves.");
+  else
+    text += QStringLiteral("Give \"-log FILE\" and look there for the reason.");
   const QStringList lines = QString::fromLatin1(lastText_).trimmed().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
   if (!lines.isEmpty())
     text += QStringLiteral("\n  It printed last: ") +

@@ -187,13 +187,17 @@ int runClose(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
 int runProve(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "prove");
   DesignSession& session = DesignSession::instance();
-  ProofMode mode = session.proofMode();
+  ProofMode mode = ProofMode::Off;
+  QString error;
   if (objc == 3 && !proofModeFromWord(Tcl_GetString(objv[2]), mode)) {
     return failUsage(interp, QStringLiteral("expected on, off or strict but got \"%1\"").arg(textFromTcl(objv[2])),
                      "prove");
   }
   if (objc == 3 && !isFree(interp)) return TCL_ERROR;
-  session.setProofMode(mode);
+  if (objc == 3)
+    session.setProofMode(mode);
+  else if (!session.proofMode(mode, error))
+    return failWith(interp, error, "OST DESIGN PROVE");
   const char* const results[] = {"0", "1", "strict"};
   Tcl_SetObjResult(interp, Tcl_NewStringObj(results[int(mode)], -1));
   return TCL_OK;

@@ -10,7 +10,6 @@
 #include "platform/reader/capture_view.h"
 #include "platform/reader/hub_link.h"
 #include "platform/reader/output_files.h"
-#include "platform/reader/run_settings.h"
 
 namespace ost {
 
@@ -43,12 +42,8 @@ struct CaptureOptions {
 /// False with one text that names the word and the way out.
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error);
 
-/// The cores that are meant: all, the one named, or the only one. Empty with the choices in `error`.
-QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, QString& error);
-
-/// Changes the run-time settings of a core as the options say. With several cores an assignment names its own:
-/// CORE/UNIT=VALUE.
-bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QString& error);
+/// Sets `error` to the text for a word that an option cannot take; always false.
+bool wrongValue(const QString& option, const QString& value, const char* must, QString& error);
 
 /// The help text, with every option.
 QString captureUsage();

@@ -3,14 +3,16 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <QSet>
 #include <cerrno>
 #include <cstdio>
 #include <new>
 
 #include "platform/jtag/simulation_server.h"
 #include "platform/plan/capture_map.h"
-#include "platform/reader/capture_options.h"
 #include "platform/reader/capture_run.h"
+#include "platform/reader/hub_way.h"
+#include "platform/reader/run_options.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/vcd_writer.h"
 #include "platform/reader/wait_line.h"
@@ -24,9 +26,7 @@ namespace {
 
 enum ExitStatus { kDone = 0, kFailed = 1, kWrongUse = 2, kNoTrigger = 3 };
 
-constexpr double kConnectSeconds = 10;  ///< For a server to come up.
-constexpr double kEndSeconds = 1;       ///< For the end of a simulation to be known, once its pins are gone.
-constexpr int kWaveColumns = 100;       ///< Of a waveform that no terminal shows.
+constexpr int kWaveColumns = 100;  ///< Of a waveform that no terminal shows.
 
 int fail(const QString& text, ExitStatus status = kFailed) {
   fprintf(stderr, "ost_capture: %s\n", text.toLatin1().constData());
@@ -77,47 +77,6 @@ QString infoText(const InsertPlan& plan) {
   return text;
 }
 
-/// The way to the hub: through a server, or through a simulation that is started for it.
-class Way {
- public:
-  explicit Way(const CaptureOptions& options) : options_(options) {}
-  /// False with `error`.
-  bool open(QString& error);
-  /// Ends the simulation. What it said, or did too early, may be the reason of a failure: the exit status.
-  int close(int status);
-  Tap& tap() { return *connected_.tap; }
-  Connection& connection() { return *connected_.connection; }
-  /// A failure's text: a simulation that has ended explains it better than the closed connection.
-  QString explained(const QString& error);
-
- private:
-  const CaptureOptions& options_;
-  std::unique_ptr<Simulation> simulation_;
-  ConnectedTap connected_;
-};
-
-bool Way::open(QString& error) {
-  const TapChoice choice = {options_.place, kHubIdcode};
-  if (options_.command.isEmpty()) {
-    connected_ = connectTap(options_.server, choice, kConnectSeconds, error);
-  } else {
-    simulation_ = Simulation::start(options_.command, options_.logFile, error);
-    if (simulation_) connected_ = simulation_->connect(choice, kConnectSeconds, error);
-  }
-  return bool(connected_.tap);
-}
-
-QString Way::explained(const QString& error) {
-  const bool broken = connected_.connection && connected_.connection->isBroken();
-  return simulation_ && broken && simulation_->hasEnded(kEndSeconds) ? simulation_->endText() : error;
-}
-
-int Way::close(int status) {
-  connected_ = ConnectedTap();
-  QString error;
-  return !simulation_ || simulation_->finish(error) ? status : fail(error);
-}
-
 /// A run of the program: what was asked for, with what stands behind it.
 class Program {
  public:
@@ -126,20 +85,22 @@ class Program {
 
  private:
   bool prepare(QString& error);
-  bool checkOutputs(QString& error) const;
   int withHub();
-  int showStatus(CoreReader& reader);
-  int captureRepeatedly(CoreReader& reader);
+  int showStatus();
+  int captureRepeatedly();
   /// One capture, written to files with the mark `number`, unless that is 0.
-  int captureOnce(CoreReader& reader, int number);
+  int captureOnce(int number);
+  /// The files of a capture: the VCD, then a CSV file for each core, as far as they are asked for.
+  QList<OutputFile> filesOf(int number) const;
   int write(int number);
   QString summary() const;
 
   const CaptureOptions& options_;
   InsertPlan plan_;
   QVector<CoreRun> runs_;
-  Way way_;
-  HubLink* hub_ = nullptr;
+  HubWay way_;
+  std::unique_ptr<HubLink> hub_;
+  std::unique_ptr<CoreReader> reader_;
 };
 
 bool Program::prepare(QString& error) {
@@ -156,59 +117,57 @@ bool Program::prepare(QString& error) {
     if (!applyRunOptions(options_, settings, error) || !checkView(settings, options_.view, error)) return false;
     runs_.append({core, settings, false, Capture()});
   }
-  return !cores.isEmpty() && checkOutputs(error);
-}
-
-bool Program::checkOutputs(QString& error) const {
-  if (options_.repeats != 1)
-    return options_.vcd.marked(QStringLiteral("1")).check(error) &&
-           options_.csv.marked(QStringLiteral("1")).check(error);
-  return options_.vcd.check(error) && options_.csv.check(error);
+  for (const OutputFile& file : filesOf(options_.repeats == 1 ? 0 : 1))
+    if (!file.check(error)) return false;
+  return !cores.isEmpty();
 }
 
 int Program::run() {
   QString error;
   if (!prepare(error)) return fail(error);
   if (!catchInterrupts()) return fail(QStringLiteral("Cannot watch for ^C: %1.").arg(systemReason(errno)));
-  return way_.close(way_.open(error) ? withHub() : fail(error));
+  const int status = way_.open(error) ? withHub() : fail(error);
+  return way_.close(error) ? status : fail(error);
 }
 
 int Program::withHub() {
   TapInstruction instruction = options_.instruction;
   if (instruction.width == 0) instruction = {plan_.jtag.instructionWidth(), plan_.jtag.instructionCode()};
-  HubLink hub(way_.tap(), instruction);
-  CoreReader reader(hub, plan_);
-  hub_ = &hub;
+  hub_ = std::make_unique<HubLink>(way_.tap(), instruction);
+  reader_ = std::make_unique<CoreReader>(*hub_, plan_);
   QString error;
-  if (!reader.identify(error)) return fail(way_.explained(error));
+  if (!reader_->identify(error)) return fail(way_.explained(error));
   if (options_.info && print(infoText(plan_)) != kDone) return kFailed;
-  if (options_.status) return showStatus(reader);
-  return options_.info ? int(kDone) : captureRepeatedly(reader);
+  if (options_.status) return showStatus();
+  return options_.info ? int(kDone) : captureRepeatedly();
 }
 
-int Program::showStatus(CoreReader& reader) {
+int Program::showStatus() {
   QString text, error;
   for (int i = 0; i < plan_.cores.size(); ++i) {
     if (!options_.core.isEmpty() && plan_.cores[i].name != options_.core) continue;
     CoreStatus status;
-    if (!reader.status(i, status, error)) return fail(way_.explained(error));
+    if (!reader_->status(i, status, error)) return fail(way_.explained(error));
     text += QStringLiteral("core %1: %2\n").arg(plan_.cores[i].name, statusSummary(plan_.cores[i], status));
   }
   return print(text);
 }
 
-int Program::captureRepeatedly(CoreReader& reader) {
-  if (options_.repeats == 1) return captureOnce(reader, 0);
+int Program::captureRepeatedly() {
+  if (options_.repeats == 1) return captureOnce(0);
   for (int number = 1; options_.repeats == 0 || number <= options_.repeats; ++number) {
-    const int status = captureOnce(reader, number);
+    const int status = captureOnce(number);
     if (status != kDone) return status;
-    if (isInterrupted()) return options_.repeats == 0 ? kDone : kNoTrigger;
+    if (!isInterrupted()) continue;
+    // With no number of captures asked for, ^C is how they end.
+    if (options_.repeats == 0 || number == options_.repeats) return kDone;
+    return fail(QStringLiteral("Interrupted after %1 of %2 captures.").arg(number).arg(options_.repeats), kNoTrigger);
   }
   return kDone;
 }
 
-int Program::captureOnce(CoreReader& reader, int number) {
-  CaptureRun run(reader, way_.connection(), runs_, options_.timeoutSeconds);
+int Program::captureOnce(int number) {
+  CaptureRun run(*reader_, way_.connection(), runs_, options_.timeoutSeconds);
   QString error;
   if (!run.arm(error)) return fail(way_.explained(error));
   WaitLine line;
@@ -218,24 +177,37 @@ int Program::captureOnce(CoreReader& reader, int number) {
   if (end != CaptureRun::End::Done) {
     QString text;
     const bool known = run.explain(end, error, text);
-    // With no number of captures asked for, ^C is how they end.
     if (known && end == CaptureRun::End::Interrupted && options_.repeats == 0 && number > 1) return kDone;
     return fail(text, known ? kNoTrigger : kFailed);
   }
   return run.readOut(error) ? write(number) : fail(way_.explained(error));
 }
 
-int Program::write(int number) {
+QList<OutputFile> Program::filesOf(int number) const {
   const auto marked = [&](const OutputFile& file) { return number ? file.marked(QString::number(number)) : file; };
+  QList<OutputFile> files;
+  if (options_.vcd.isAsked()) files += marked(options_.vcd);
+  if (!options_.csv.isAsked()) return files;
+  QSet<QString> used;
+  for (const CoreRun& run : runs_) {
+    OutputFile file = options_.csv;
+    for (int i = 1; options_.allCores && (i == 1 || used.contains(file.name)); ++i)
+      file = options_.csv.marked(run.settings.core().name + (i > 1 ? QString::number(i) : QString()));
+    used += file.name;
+    files += marked(file);
+  }
+  return files;
+}
+
+int Program::write(int number) {
   QVector<Capture> shown;
   for (const CoreRun& run : runs_) shown.append(viewOf(run.capture, options_.view));
   QList<OutputText> outputs;
-  if (options_.vcd.isAsked()) outputs.append({marked(options_.vcd), capturesToVcd(shown, plan_.topModule)});
-  for (const Capture& capture : shown) {
-    if (!options_.csv.isAsked()) break;
-    const OutputFile file = shown.size() > 1 ? options_.csv.marked(capture.core.name) : options_.csv;
-    outputs.append({marked(file), captureToCsv(capture)});
-  }
+  for (const OutputFile& file : filesOf(number)) outputs.append({file, QByteArray()});
+  int next = 0;
+  if (options_.vcd.isAsked()) outputs[next++].text = capturesToVcd(shown, plan_.topModule);
+  if (options_.csv.isAsked())
+    for (const Capture& capture : shown) outputs[next++].text = captureToCsv(capture);
   QString error;
   const bool stored = storeAll(outputs, error);
   const bool showsWave = options_.wave || outputs.isEmpty();

@@ -23,9 +23,12 @@ Replacement placeOf(const OutputFile& file) {
 
 OutputFile OutputFile::marked(const QString& mark) const {
   if (!isAsked() || isStandardOutput()) return *this;
+  QString plain = mark;
+  for (QChar& c : plain)
+    if (c.unicode() > 127 || !(c.isLetterOrNumber() || c == QLatin1Char('-'))) c = QLatin1Char('_');
   const int dot = name.lastIndexOf(QLatin1Char('.')), slash = name.lastIndexOf(QLatin1Char('/'));
   const int end = dot > slash + 1 ? dot : name.size();
-  return {name.left(end) + QLatin1Char('_') + mark + name.mid(end)};
+  return {name.left(end) + QLatin1Char('_') + plain + name.mid(end)};
 }
 
 bool OutputFile::check(QString& error) const {

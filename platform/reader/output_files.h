@@ -14,7 +14,8 @@ struct OutputFile {
 
   bool isAsked() const { return !name.isEmpty(); }
   bool isStandardOutput() const { return name == QLatin1String("-"); }
-  /// "wave_3.vcd" of "wave.vcd" with the mark "3"; the standard output stays what it is.
+  /// "wave_3.vcd" of "wave.vcd" with the mark "3", in which "_" replaces what is no letter, digit or "-"; the standard
+  /// output stays what it is.
   OutputFile marked(const QString& mark) const;
   /// False with `error` when it could not be written now.
   bool check(QString& error) const;

@@ -13,7 +13,8 @@ namespace ost {
 QByteArray captureToWave(const Capture& capture, int columns = 100);
 
 /// A line for each sample under a line of names: window (from 0), sample counted from the trigger, timestamp (when the
-/// core has one), the probes in the core's display radix or by the names of their values, then unit states (when stored).
+/// core has one), the probes in the core's display radix or by the names of their values, then unit states (when
+/// stored).
 QByteArray captureToCsv(const Capture& capture);
 
 }  // namespace ost

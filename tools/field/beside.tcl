@@ -119,7 +119,8 @@ proc beside::columns {output dut} {
       lappend names [lindex $bit 0]
       lappend source [path $dut $bit 0]
       lappend netlist [path $dut $bit 1]
-      lappend instrumented "$dut.[dict get $output debug].c${number}_probe\[$position\]"
+      set select [expr {[llength [dict get $core probeBits]] > 1 ? "\[$position\]" : ""}]
+      lappend instrumented "$dut.[dict get $output debug].c${number}_probe$select"
       incr position
     }
     incr number

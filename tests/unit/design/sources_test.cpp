@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <QDir>
+#include <QStandardPaths>
 
 #include "platform/design/file_list.h"
 #include "platform/design/source_stamp.h"
@@ -56,7 +57,7 @@ TEST(Sources, that_cannot_be_read_give_one_text_with_the_way_out) {
       {{fifo + ".json"}, "", "", "it is a FIFO"},
       {{good, scratch.write("x.json", "{}")}, "", "", "give it alone"},
       {{scratch.write("empty.v", "// nothing\n")}, "", "", "declare no module"},
-      {{good}, "", "other", "The module \"gone\" is not defined: add the file"},
+      {{good}, "", "other", "The module \"gone\" (instance \"u\" of module \"t\") is not defined: add the file"},
       {{good}, "X=a\nOST_END_OF_DEFINES", "", "control character"},
   };
   for (const auto& row : table) {
@@ -104,6 +105,150 @@ TEST(Sources, take_macros_black_boxes_and_both_languages_and_are_elaborated_agai
     const QString dump = runYosys(job).output;
     EXPECT_TRUE(has(dump, "cell \\LUT \\l") && has(dump, "parameter signed \\INIT 5") && has(dump, "\\W 3"));
   }
+}
+
+/// Reads what a file list in the folder says, with relative names in it.
+std::shared_ptr<const Design> readList(const Scratch& scratch, const QByteArray& list, QString& error) {
+  DesignSource source;
+  source.fileLists = QStringList{scratch.write("list.f", list)};
+  source.timeLimitSeconds = 20;
+  return readDesign(source, error);
+}
+
+TEST(Sources, of_each_kind_are_found_and_named_or_refused_with_the_way_out) {
+  Scratch scratch;
+  QDir(scratch.folder.path()).mkdir("lib");
+  scratch.write("lib/deep.vx", "module deep #(parameter T = \"\") (input a); wire found; endmodule\n");
+  scratch.write(
+      "top.v",
+      "module top #(parameter N = 4, T = \"up\") (input clk, input [N-1:0] d);\n"
+      "generate if (T == \"a b\") wire is_text; if (N < 0) wire is_signed; endgenerate\n"
+      "deep #(T) u(clk); endmodule\nmodule unused #(parameter W = 0); wire x; gone u(.a(W[9:8])); endmodule\n");
+  scratch.write("mix.v",
+                "module mix(input Clk); genvar i; generate for (i = 1; i < 3; i = i + 1) begin : g\n"
+                "  Count #(.wide(i)) u(.CLK(Clk), .Q()); end endgenerate endmodule\n");
+  scratch.write("leaf.v",
+                "module Leaf #(parameter N = 1) (input A, output [N:0] Y); assign Y = {N + 1{A}}; endmodule\n");
+  scratch.write(
+      "count.vhd",
+      "library ieee; use ieee.std_logic_1164.all; use ieee.numeric_std.all;\n"
+      "entity COUNT is generic (Wide : positive := 7); port (clk : in std_logic;\n"
+      "  q : out std_logic_vector(Wide - 1 downto 0)); end;\narchitecture a of count is\n"
+      "  component leaf generic (n : integer); port (a : in std_logic; y : out std_logic_vector(2 downto 0));\n"
+      "  end component; signal Sum : unsigned(Wide - 1 downto 0); signal l : std_logic_vector(2 downto 0);\n"
+      "begin u_Leaf : leaf generic map (n => 2) port map (a => clk, y => l);\n"
+      "  process (clk) begin if rising_edge(clk) and l(2) = '1' then Sum <= Sum + 1; end if; end process;\n"
+      "  q <= std_logic_vector(Sum); end;\n");
+  scratch.write("bad.vhd", "entity bad is\n  port (a : in bitt);\nend;\n");
+  scratch.write("mark.v", "\xef\xbb\xbfmodule t; wire w; endmodule\n");
+  scratch.write("wide.v", "\xff\xfem");
+  scratch.write("secret.v", "module t;\n `pragma protect begin_protected\nx\nendmodule\n");
+  scratch.write("include.v", "module t;\n`include \"none.vh\"\nendmodule\n");
+  scratch.write("import.sv", "package p; endpackage\nmodule t import p::*; (input a); endmodule\n");
+  scratch.write("heavy.v",
+                "module t(input [7:0] d, output [7:0] q); heavy h(d, q); endmodule\nmodule heavy(d, q); input [7:0] d; "
+                "output [7:0] q;\nfunction [7:0] f(input [7:0] x); integer i; begin f = x; for (i = 0; i < 1000000; "
+                "i = i + 1) f = f ^ (f << 1) ^ i; end endfunction\nassign q = f(d); endmodule\n");
+  const struct {
+    const char *list, *net, *error;
+  } table[] = {
+      {"-top top -y lib +libext+.vx -param \"T=a b\" -param N=-1 top.v", "u/found", ""},
+      {"-top top -y lib +libext+.vx -param \"T=a b\" top.v", "genblk1.is_text", ""},
+      {"-top top -y lib +libext+.vx -param N=-1 top.v", "genblk2.is_signed", ""},
+      {"-top top -y lib +libext+.vx -param M=1 top.v", "", "\"top\" has no parameter \"M\""},
+      {"-top top -param N=1.5 top.v", "", "is a real number"},
+      {"-top top top.v", "", "The module \"deep\" (instance \"u\" of module \"top\") is not defined"},
+      {"mix.v count.vhd leaf.v", "g[2].u/SUM[1]", ""},
+      {"mix.v count.vhd leaf.v", "g[1].u/U_LEAF/Y", ""},
+      {"-top count -param WIDE=9 count.vhd leaf.v", "Sum[8]", ""},
+      {"-param wide=yes count.vhd leaf.v", "",
+       "The generic \"wide\" of the top entity \"COUNT\" cannot have this value"},
+      {"bad.vhd", "", "bad.vhd:2:16: no declaration for \"bitt\""},
+      {"mark.v", "w", ""},
+      {"wide.v", "", "UTF-16"},
+      {"secret.v", "", "secret.v:2: The source is encrypted"},
+      {"include.v", "", "include.v:2: The include file \"none.vh\" was not found; name its folder with -incdir"},
+      {"-sv builtin import.sv", "", "sv2v on the PATH"},
+      {"-top t -blackbox heavy heavy.v", "q", ""},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.list);
+    QString error;
+    const auto design = readList(scratch, row.list, error);
+    EXPECT_EQ(!design, *row.error != 0) << plain(error);
+    EXPECT_TRUE(has(error, row.error));
+    EXPECT_TRUE(!design || !*row.net || design->exists(row.net));
+  }
+  // Programs by their names: a stand-in for sv2v, and no GHDL.
+  const QByteArray path = qgetenv("PATH"), yosys = QStandardPaths::findExecutable("yosys").toLatin1();
+  const QString sv2v =
+      scratch.write("sv2v", "#!/bin/sh\nprintf 'module t(input a);\\n\\twire of_sv2v; endmodule\\n'\n");
+  QFile::setPermissions(sv2v, QFile::ReadOwner | QFile::ExeOwner);
+  qputenv("OST_YOSYS", yosys);
+  qputenv("PATH", QFile::encodeName(scratch.folder.path()));
+  QString error;
+  const auto design = readList(scratch, "import.sv", error);
+  EXPECT_TRUE(design && design->exists("of_sv2v")) << plain(error);
+  EXPECT_FALSE(readList(scratch, "count.vhd leaf.v", error));
+  EXPECT_TRUE(has(error, "install the Debian package \"ghdl\""));
+  qputenv("PATH", path);
+  qunsetenv("OST_YOSYS");
+}
+
+TEST(Sources, leave_the_ports_of_undeclared_black_boxes_to_their_use) {
+  Scratch scratch;
+  scratch.write("board.v",
+                "module board(input pin, inout pad, output o); wire clk, fb, lock, i, x; reg r;\n"
+                "PLL #(.M(\"H\")) p(.CLKIN(pin), .FBIN(fb), .FBOUT(fb), .CLK(clk), .LOCKED(lock));\n"
+                "PAD b(.IO(pad), .I(r), .T(lock), .O(i)); always @(posedge clk) r <= i; assign o = r;\n"
+                "ODD a1(.w(x)), a2(.w(x)); endmodule\n");
+  QString error;
+  EXPECT_FALSE(readList(scratch, "-top board board.v", error));
+  EXPECT_TRUE(has(error, " are not defined; add the files") && has(error, "-blackbox PAD") &&
+              has(error, "-blackbox PLL"));
+  const auto design = readList(scratch, "-top board -blackbox PLL -blackbox PAD -blackbox ODD board.v", error);
+  ASSERT_TRUE(design) << plain(error);
+  EXPECT_TRUE(has(design->notes().join(" "), "The port \"w\" of the black box \"ODD\" is taken as an inout"));
+  const auto netlist = Netlist::load(*design, error);
+  ASSERT_TRUE(netlist) << plain(error);
+  for (const auto& [net, kind] : {std::pair{"clk", BitDriver::BlackBox},
+                                  {"fb", BitDriver::BlackBox},
+                                  {"lock", BitDriver::BlackBox},
+                                  {"i", BitDriver::BlackBox},
+                                  {"r", BitDriver::FlipFlop}}) {
+    BitDriver driver;
+    NetBit bit;
+    bit.net = net;
+    EXPECT_TRUE(netlist->driver(bit, driver) && driver.kind == kind) << net << driver.kind;
+  }
+}
+
+TEST(Sources, in_vhdl_compute_what_vhdl_says) {
+  Scratch scratch;
+  scratch.write("ops.vhd",
+                "library ieee; use ieee.std_logic_1164.all; use ieee.numeric_std.all;\n"
+                "entity ops is port (a, b : in signed(7 downto 0); s : in unsigned(2 downto 0);\n"
+                "  y : out signed(7 downto 0)); end;\narchitecture r of ops is begin process (all) begin case s is\n"
+                "when \"000\" => y <= a / b; when \"001\" => y <= a rem b; when \"010\" => y <= a mod b;\n"
+                "when \"011\" => y <= abs a; when \"100\" => y <= shift_right(a, 2);\n"
+                "when others => y <= a; end case; end process; end;\n");
+  QString error;
+  const auto design = readList(scratch, "ops.vhd", error);
+  ASSERT_TRUE(design) << plain(error);
+  YosysJob job;
+  job.script = design->elaborationScript();
+  job.script.line(
+      "tee -o /dev/stdout eval -set a 8'hf9 -set b 8'h03 -table s -show y\n"
+      "tee -o /dev/stdout eval -set a 8'hf9 -set b 8'hfd -table s -show y");
+  job.workingDirectory = design->workingDirectory();
+  const YosysResult result = runYosys(job);
+  QList<int> values;  // a = -7; b = 3, then -3
+  for (const QByteArray& line : result.output.split('\n')) {
+    const int at = line.lastIndexOf("8'");
+    if (at >= 0 && line.contains("3'")) values.append(qint8(line.mid(at + 2, 8).toInt(nullptr, 2)));
+  }
+  EXPECT_EQ(values, QList<int>({-2, -1, 2, 7, -2, -7, -7, -7, 2, -1, -1, 7, -2, -7, -7, -7}))
+      << result.output.toStdString() << plain(result.error);
 }
 
 TEST(Sources, changes_make_a_design_stale_and_a_touch_does_not) {

@@ -31,7 +31,7 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
     const char *from, *to, *complaint;
   } table[] = {
       {"\"version\": 2", "\"version\": 3", "version"},
-      {"\"version\": 2", "\"version\": 1", "unknown key 'names'"},
+      {"\"version\": 2", "\"version\": 1", "has an unknown key"},
       {"[\"RUN\", \"110\"]", "[\"RUN\", \"11\"]", "names[0]: expected [name, 3 binary digits]"},
       {"\"depth\": 512", "\"depth\": 511", "cores[0].depth"},
       {"\"depth\": 512", "\"deepness\": 512", "cores[0].depth"},

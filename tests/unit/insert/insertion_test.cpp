@@ -75,6 +75,8 @@ TEST(Insertion, MakesUniqueOnlyWhatIsProbedDifferently) {
   EXPECT_EQ(typeOf(one, "u_right") + typeOf(two, "u_left") + typeOf("tricky", "u_store"), "leafleafstore");
   // What the user wrote into the source stays in the output.
   EXPECT_TRUE(has(verilog, "ASYNC_REG = \"TRUE\"") && has(verilog, "ram_style = \"block\""));
+  // A bench that sets the top's parameters still compiles, and hears of another value.
+  EXPECT_TRUE(has(verilog, "parameter [31:0] \\STEP = 2;\n") && has(verilog, "if (\\MODE !== \"a\\\"b\") begin"));
   // The pins avoid the user's ostrel_tck, and the map says so.
   InsertPlan map;
   QString error;
@@ -92,6 +94,52 @@ TEST(Insertion, NetlistDrivesEveryInoutFromTheRightSide) {
   const QString verilog = scratch.read("read_back.v");
   EXPECT_EQ(verilog.count("assign seen = + io;"), 2);
   EXPECT_EQ(verilog.count("assign io = seen;"), 0);
+}
+
+const char kInOuts[] = R"(
+module reader(inout pin, output seen); assign seen = pin; endmodule
+module pads(input clk, input d, inout direct, inout drain, inout source, inout shared, output seen);
+  reg held = 1'b1, inner = 1'b0;
+  always @(posedge clk) begin held <= d; inner <= ~d; end
+  assign direct = held, drain = d ? 1'bz : 1'b0, source = d ? 1'b1 : 1'bz, shared = d ? 1'bz : inner;
+  wire joined = inner;
+  reader r(.pin(joined), .seen(seen));
+  reader s(.pin(shared), .seen());
+  pll #(.PERIOD(-2.5), .NAME("2.5")) p(.in(clk));
+endmodule
+(* blackbox *) module pll #(parameter PERIOD = 1.0, parameter NAME = "") (input in); endmodule
+)";
+const char kInOutBench[] = R"(
+module pll #(parameter PERIOD = 1.0, parameter NAME = "") (input in);
+  initial $write("%0d%0s ", PERIOD * 2, NAME);
+endmodule
+module bench; reg clk = 0, d = 0; wire direct, drain, source, shared, seen;
+  pads dut(.clk(clk), .d(d), .direct(direct), .drain(drain), .source(source), .shared(shared), .seen(seen));
+  pullup(shared);
+  initial repeat (3) begin #1 $write("%b%b%b%b%b ", direct, drain, source, shared, seen); clk = 1; #1 clk = 0; d = ~d; end
+endmodule
+)";
+
+TEST(Insertion, KeepsWhatDrivesAnInoutAndRealParameters) {
+  Scratch scratch;
+  const DesignAndNetlist pads(scratch.write("pads.v", kInOuts));
+  InsertPlan plan = planFromText("depth=16 unit=match:0:1 expr=0");
+  PlanCore& core = plan.cores[0];
+  core.sampleClock = {"", "clk", 0, "clk"};
+  core.probeBits = core.triggerBits = {{"", "direct", 0, "direct"}};
+  core.probes = {{"direct", {0}}};
+  plan.topModule = "pads";
+  plan.projectHash = planHash(plan);
+  InsertionRequest request;
+  request.outputDirectory = scratch.path("out");
+  QString error;
+  ASSERT_TRUE(runInsertion(plan, *pads.design, pads.netlist, request, {}, error)) << plain(error);
+  QProcess run;
+  run.setWorkingDirectory(scratch.path("out"));
+  const QString bench = scratch.write("bench.v", kInOutBench);
+  run.start("sh", {"-c", "iverilog -o ../run -f files.f \"$1\" && vvp -n ../run", "sh", bench});
+  ASSERT_TRUE(run.waitForFinished(60000));
+  EXPECT_EQ(run.readAllStandardOutput().trimmed(), "-52.5 10z00 0z111 10z00") << run.readAllStandardError().data();
 }
 
 TEST(Insertion, ThatFailsLeavesTheOldResult) {

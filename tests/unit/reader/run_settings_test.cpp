@@ -3,7 +3,7 @@
 #include "platform/reader/run_settings.h"
 
 #include "bench/core_plans/plan_text.h"
-#include "platform/reader/capture_options.h"
+#include "platform/reader/run_options.h"
 #include "tests/unit/scratch.h"
 
 namespace ost {
