@@ -1,6 +1,6 @@
 // The JTAG side of the debug hub: a TAP on four pins of its own with one user data register.
-// To use a device's own JTAG primitive, replace this one file: keep the module's name and ports, leave the pins jtag_*
-// unused, and drive the user register's signals from the primitive (see docs/debug-core.md, "JTAG side").
+// Behind a device's own JTAG primitive another module of this name takes its place, without the pins (ost_design jtag;
+// docs/boards.md).
 `default_nettype none
 
 module ostrel_jtag (
