@@ -26,6 +26,13 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   QString error;
   ASSERT_TRUE(readCaptureMap(json, back, error)) << plain(error);
   EXPECT_EQ(captureMapJson(back), json);
+  // The way to the chip, with its instruction: no part of the hash.
+  plan.jtag.way = JtagWay::Bscane2;
+  plan.jtag.chain = 3;
+  const QByteArray way = captureMapJson(plan);
+  EXPECT_TRUE(readCaptureMap(way, back, error) && has(way, "\"instructionCode\": 34") && !way.contains("tck"))
+      << plain(error);
+  EXPECT_EQ(captureMapJson(back), way);
   // A map may not ask for much more memory than it takes itself.
   const QByteArray shown = '[' + QByteArray("0,").repeated((1 << 20) - 1) + "0]";
   const QByteArray many = shown + QByteArray("}, {\"name\": \"b\", \"positions\": " + shown).repeated(4);
