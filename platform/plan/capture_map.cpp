@@ -76,6 +76,7 @@ class MapWriter {
   void expression(const PlanExpression& expression);
   void triggerOut(const PlanCore& core);
   void core(const PlanCore& core);
+  void jtag(const InsertPlan& plan);
 
   rapidjson::StringBuffer buffer_;
   rapidjson::PrettyWriter<rapidjson::StringBuffer> writer_;
@@ -98,14 +99,14 @@ void MapWriter::valueNames(const EnumNames& names) {
 
 /// The oldest version that holds all that the plan has.
 int versionFor(const InsertPlan& plan) {
-  int version = 1;
+  int version = plan.jtag.way != JtagWay::Pins ? 3 : 1;
   for (const PlanCore& core : plan.cores) {
     for (const PlanProbe& probe : core.probes) {
-      if (!probe.net.name.isEmpty()) return 3;
-      if (!probe.names.isEmpty()) version = 2;
+      if (!probe.net.name.isEmpty()) return 4;
+      if (!probe.names.isEmpty()) version = qMax(version, 2);
     }
     for (const PlanUnit& unit : core.units)
-      if (!unit.names.isEmpty()) version = 2;
+      if (!unit.names.isEmpty()) version = qMax(version, 2);
   }
   return version;
 }
@@ -216,6 +217,20 @@ void MapWriter::core(const PlanCore& core) {
   writer_.EndObject();
 }
 
+void MapWriter::jtag(const InsertPlan& plan) {
+  if (plan.jtag.way != JtagWay::Pins) text("way", jtagWayWords()[int(plan.jtag.way)]);
+  if (plan.jtag.isPrimitive()) {
+    number("chain", plan.jtag.chain);
+    number("instructionWidth", plan.jtag.instructionWidth());
+    number("instructionCode", int(plan.jtag.instructionCode()));
+  }
+  if (!plan.jtag.hasPins()) return;
+  text("tck", plan.pins.tck);
+  text("tms", plan.pins.tms);
+  text("tdi", plan.pins.tdi);
+  text("tdo", plan.pins.tdo);
+}
+
 QByteArray MapWriter::write(const InsertPlan& plan) {
   writer_.StartObject();
   text("format", captureMapFormat());
@@ -226,10 +241,7 @@ QByteArray MapWriter::write(const InsertPlan& plan) {
   bytes(plan.projectHash);
   key("jtag");
   writer_.StartObject();
-  text("tck", plan.pins.tck);
-  text("tms", plan.pins.tms);
-  text("tdi", plan.pins.tdi);
-  text("tdo", plan.pins.tdo);
+  jtag(plan);
   writer_.EndObject();
   list("cores", plan.cores, [this](const PlanCore& entry) { core(entry); });
   writer_.EndObject();
@@ -254,6 +266,7 @@ QByteArray planHash(const InsertPlan& plan) {
   InsertPlan hashed = plan;
   hashed.projectHash.clear();
   hashed.pins = JtagPins();
+  hashed.jtag = PlanJtag();
   return QCryptographicHash::hash(captureMapJson(hashed), QCryptographicHash::Sha256).toHex().left(16);
 }
 

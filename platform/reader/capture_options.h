@@ -34,7 +34,7 @@ struct CaptureOptions {
   int eventCount = 0;  ///< 0: as built.
   int windows = 0;     ///< 0: as built.
   double timeoutSeconds = 10;
-  TapInstruction instruction;
+  TapInstruction instruction{0, 0};  ///< Width 0: the capture map's.
   OutputFile vcd, csv, gtkw, sigrok, html;
   VcdStyle vcdStyle;  ///< Its period holds for all files.
   ViewChoice view;

@@ -104,6 +104,9 @@ class Program {
 bool Program::prepare(QString& error) {
   if (!loadMap(options_.mapFile, plan_, error)) return false;
   if (plan_.cores.isEmpty()) error = QStringLiteral("The capture map has no core; insert the cores again.");
+  if (options_.instruction.width == 0 && plan_.jtag.instructionWidth() == 0 && error.isEmpty())
+    error = QStringLiteral(
+        "The design was inserted with a JTAG wrapper of its own, so its instruction is not known; add -ir WIDTH:CODE.");
   const bool capturing = !options_.status && !options_.info;
   if (!error.isEmpty() || (!capturing && options_.core.isEmpty())) return error.isEmpty();
   const QVector<int> cores = chooseCores(plan_, options_, error);
@@ -126,7 +129,9 @@ int Program::run() {
 }
 
 int Program::withHub() {
-  hub_ = std::make_unique<HubLink>(way_.tap(), options_.instruction);
+  TapInstruction instruction = options_.instruction;
+  if (instruction.width == 0) instruction = {plan_.jtag.instructionWidth(), plan_.jtag.instructionCode()};
+  hub_ = std::make_unique<HubLink>(way_.tap(), instruction);
   reader_ = std::make_unique<CoreReader>(*hub_, plan_);
   QString error;
   if (!reader_->identify(error)) return fail(way_.explained(error));
