@@ -39,9 +39,9 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   const struct {
     const char *from, *to, *complaint;
   } table[] = {
-      {"\"version\": 3", "\"version\": 4", "version"},
-      {"\"version\": 3", "\"version\": 1", "has an unknown key"},
-      {"\"version\": 3", "\"version\": 2", "has an unknown key"},
+      {"\"version\": 4", "\"version\": 5", "version"},
+      {"\"version\": 4", "\"version\": 1", "has an unknown key"},
+      {"\"version\": 4", "\"version\": 3", "has an unknown key"},
       {"[-3, -3]", "[-3, -2]", "probes[1].net: does not fit the probe"},
       {"[\"RUN\", \"110\"]", "[\"RUN\", \"11\"]", "names[0]: expected [name, 3 binary digits]"},
       {"\"depth\": 512", "\"depth\": 511", "cores[0].depth"},
