@@ -3,6 +3,7 @@
 
 #include <QDir>
 
+#include "platform/design/read_options.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -13,11 +14,12 @@ struct DesignSession::Private {
   bool reading = false;
   ProofMode proof = ProofMode::Off;
   QString badProof;  ///< What is wrong with $OST_PROVE.
+  JtagWords jtag;
 
   bool read(const DesignSource& source, const std::function<bool()>& idle, const QString& workingDirectory,
             QString& error) {
     if (reading) {
-      error = QString::fromLatin1("A design is being read already; wait until it is done");
+      error = QStringLiteral("A design is being read already; wait until it is done");
       return false;
     }
     struct Flag {
@@ -36,11 +38,12 @@ namespace {
 
 bool sameSource(const DesignSource& a, const DesignSource& b) {
   const auto words = [](const DesignSource& s) {
-    return QList<QStringList>{s.files,         s.fileLists,
-                              s.includeDirs,   s.defines,
-                              s.blackBoxes,    s.parameters,
-                              s.libraryDirs,   s.librarySuffixes,
-                              s.vhdlLibraries, {s.top, s.cells, s.systemVerilog, s.vhdlStandard}};
+    return QList<QStringList>{
+        s.files,         s.fileLists,
+        s.includeDirs,   s.defines,
+        s.blackBoxes,    s.parameters,
+        s.libraryDirs,   s.librarySuffixes,
+        s.vhdlLibraries, {s.top, s.cells, s.systemVerilog, s.vhdlStandard, s.jtag.way, s.jtag.chain, s.jtag.period}};
   };
   return words(a) == words(b);
 }
@@ -48,7 +51,7 @@ bool sameSource(const DesignSource& a, const DesignSource& b) {
 }  // namespace
 
 QString noDesignText() {
-  return QString::fromLatin1("No design is loaded; read it first with ost_design read.");
+  return QStringLiteral("No design is loaded; read it first with ost_design read.");
 }
 
 bool proofModeFromWord(const QByteArray& word, ProofMode& mode) {
@@ -107,7 +110,7 @@ bool DesignSession::readFromEnvironment(QString& error) {
   const bool design = QList<QByteArray>{".json", ".v", ".sv", ".vhd", ".vhdl"}.contains(suffix);
   (design ? source.files : source.fileLists).append(name);
   if (d->read(source, {}, QString(), error)) return true;
-  error = QString::fromLatin1("OST_DESIGN: %1").arg(error);
+  error = QStringLiteral("OST_DESIGN: %1").arg(error);
   return false;
 }
 
@@ -134,6 +137,18 @@ bool DesignSession::proofMode(ProofMode& mode, QString& error) const {
 void DesignSession::setProofMode(ProofMode mode) {
   d->badProof.clear();
   d->proof = mode;
+}
+JtagWords DesignSession::jtag() const {
+  JtagWords words = d->jtag;
+  if (!d->design) return words;
+  JtagWords read = d->design->jtag();
+  if (!read.way.isEmpty() && !isJtagWord(read.way) && !read.way.startsWith(QLatin1Char('/')))
+    read.way = textFromFile(d->design->workingDirectory()) + QLatin1Char('/') + read.way;
+  words.fill(read);
+  return words;
+}
+void DesignSession::setJtag(const JtagWords& words) {
+  d->jtag = words;
 }
 void DesignSession::setIdleHook(std::function<bool()> hook) {
   d->idleHook = std::move(hook);

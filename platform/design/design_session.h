@@ -43,6 +43,10 @@ class ISTCOMDATA_API DesignSession {
   bool proofMode(ProofMode& mode, QString& error) const;
   void setProofMode(ProofMode mode);
 
+  /// The way to the chip as `ost_design jtag` says, else as the design was read; a wrapper's name is absolute.
+  JtagWords jtag() const;
+  void setJtag(const JtagWords& words);
+
   /// Called while Yosys runs; set by the service. Returning false cancels the read.
   void setIdleHook(std::function<bool()> hook);
 

@@ -9,6 +9,7 @@
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
 #include "platform/proof/proof.h"
+#include "platform/rtl/constraints.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -54,13 +55,14 @@ class Insertion {
   OutputFolder folder_;
   QElapsedTimer clock_;
   QList<QPair<QString, QByteArray>> generated_;  ///< The core's files and the debug module, in reading order.
-  QString verilog_, json_;
+  QString verilog_, json_, sdc_, xdc_;
+  QByteArray debugInstance_;
   QString proved_;  ///< The proof's counts, for a line's end.
 };
 
 /// A file name made from the top's name; it differs from those of the core.
 void Insertion::nameFiles() {
-  for (const auto& [name, text] : coreVerilogFiles()) generated_.append({name, text});
+  for (const auto& [name, text] : coreVerilogFiles(plan_.jtag)) generated_.append({name, text});
   generated_.append({QStringLiteral("ostrel_debug.v"), debugModuleVerilog(plan_)});
   QByteArray base = plan_.topModule.toLatin1();
   for (char& c : base)
@@ -75,6 +77,8 @@ void Insertion::nameFiles() {
   while (clashes(name + QStringLiteral(".v"))) name += QStringLiteral("_top");
   verilog_ = name + QStringLiteral(".v");
   json_ = name + QStringLiteral(".json");
+  sdc_ = name + QStringLiteral(".sdc");
+  xdc_ = name + QStringLiteral(".xdc");
 }
 
 /// Names only, without comments: not every tool that reads a file list accepts them.
@@ -97,6 +101,7 @@ bool Insertion::instrument(const NetlistBits& netlist, const ProbeRouting& routi
   for (const auto& entry : generated_) reserved += definedModules(entry.second);
   NetlistEditor editor(netlist, routing, plan_);
   if (!editor.prepare(reserved, error_) || !serve()) return false;
+  debugInstance_ = editor.debugInstance();
   const std::unique_ptr<FileWriter> file = folder_.create(json_, error_);
   if (!file) return false;
   editor.write(*file);  // finish() reports a failure
@@ -124,7 +129,7 @@ bool Insertion::prove(std::shared_ptr<const Netlist> netlist) {
 
 bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   nameFiles();
-  QStringList files{verilog_, json_, QStringLiteral("files.f"), QStringLiteral("capture_map.json")};
+  QStringList files{verilog_, json_, sdc_, xdc_, QStringLiteral("files.f"), QStringLiteral("capture_map.json")};
   for (const auto& entry : generated_) files.append(entry.first);
   if (!folder_.begin(files, error_) || !serve()) return false;
 
@@ -144,6 +149,10 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (!instrument(data, routing)) return false;
   for (const auto& [name, text] : generated_)
     if (!folder_.write(name, text, error_)) return false;
+
+  if (!folder_.write(sdc_, constraintsText(plan_, debugInstance_, ConstraintDialect::Sdc), error_) ||
+      !folder_.write(xdc_, constraintsText(plan_, debugInstance_, ConstraintDialect::Xdc), error_))
+    return false;
 
   say(QStringLiteral("Writing the instrumented design as Verilog."));
   if (!folder_.write(verilog_, QByteArray(), error_)) return false;

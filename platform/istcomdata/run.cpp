@@ -5,6 +5,7 @@
 
 #include "framework/ist_com_data.h"
 #include "platform/insert/insertion.h"
+#include "platform/insert/jtag_wrapper.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_file.h"
 #include "platform/rtl/debug_module.h"
@@ -42,7 +43,10 @@ bool IstComData::Private::bringDesignUpToDate(QString& error) {
   }
   if (!followsDesign || !design->isStale()) return true;
   ost::say(QStringLiteral("The design has changed on disk; reading it again."));
-  if (session.refresh(error)) return true;
+  if (session.refresh(error)) {
+    ost::sayNotes();
+    return true;
+  }
   error = QStringLiteral("The design has changed on disk and could not be read again: %1").arg(error);
   return false;
 }
@@ -104,7 +108,9 @@ bool IstComData::Private::insert(QString& directory, QString& proved, QString& e
         "The project or its design is not what the design rules passed; run the command again: ost_project run.");
     return false;
   }
-  sayEstimate(*passed.plan);
+  ost::InsertPlan plan = *passed.plan;
+  if (!ost::planJtag(ost::DesignSession::instance().jtag(), plan.jtag, error)) return false;
+  sayEstimate(plan);
   // Two projects can mean one folder, an untitled one and "untitled.ost" for example.
   const QString file = QFileInfo(ost::fileFromText(project->fileName)).fileName();
   const ost::InsertionRequest request{directory, proof, file.isEmpty() ? QStringLiteral("(untitled)") : file};
@@ -113,7 +119,7 @@ bool IstComData::Private::insert(QString& directory, QString& proved, QString& e
       [&progress](const QString& line) { progress.say(line.toLatin1().toStdString()); },
       [&progress](const QString& stage) { progress.setStage(stage.toLatin1().toStdString()); },
       [&progress] { return progress.tick(); }};
-  return ost::runInsertion(*passed.plan, *design, netlist, request, hooks, error, &proved);
+  return ost::runInsertion(plan, *design, netlist, request, hooks, error, &proved);
 }
 
 bool IstComData::Insert(int) {

@@ -3,6 +3,7 @@
 
 #include "platform/design/design_session.h"
 #include "platform/design/yosys.h"
+#include "platform/insert/jtag_wrapper.h"
 #include "platform/system/memory.h"
 #include "platform/tclcmdex/host.h"
 #include "platform/tclcmdex/progress_line.h"
@@ -41,7 +42,7 @@ constexpr int kListStep = 1024;
 constexpr size_t kEntryBytes = 1024;  ///< Of a net in the list, generously.
 
 int failWithoutDesign(Tcl_Interp* interp) {
-  return failWith(interp, QString::fromLatin1("no design is loaded: read one with \"ost_design read FILE ...\""),
+  return failWith(interp, QStringLiteral("no design is loaded: read one with \"ost_design read FILE ...\""),
                   "OST DESIGN NONE");
 }
 
@@ -78,16 +79,23 @@ int runRead(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   if (!isFree(interp)) return TCL_ERROR;
   DesignSession& session = DesignSession::instance();
   QString error;
-  tcl_cmdex::ProgressLine progress("Reading the design");
-  if (!session.read(source, error, [&progress] { return progress.tick(); }))
-    return failWith(interp, error, "OST DESIGN READ");
-  if (const std::shared_ptr<const Design> design = session.design())
-    Tcl_SetObjResult(interp, tclFromText(design->topModule()));
+  const std::shared_ptr<const Design> before = session.design();
+  {
+    tcl_cmdex::ProgressLine progress("Reading the design");
+    if (!session.read(source, error, [&progress] { return progress.tick(); }))
+      return failWith(interp, error, "OST DESIGN READ");
+  }
+  const std::shared_ptr<const Design> design = session.design();
+  if (!design) return TCL_OK;
+  if (design != before)
+    for (const QString& note : design->notes())
+      tcl_cmdex::TclMsgOutput(interp, (note + QLatin1Char('\n')).toLatin1().constData(), 0);
+  Tcl_SetObjResult(interp, tclFromText(design->topModule()));
   return TCL_OK;
 }
 
 int runInfo(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
-  if (objc != 2) return failUsage(interp, QString::fromLatin1("wrong # args"), "info");
+  if (objc != 2) return failUsage(interp, QStringLiteral("wrong # args"), "info");
   const std::shared_ptr<const Design> design = DesignSession::instance().design();
   if (!design) return failWithoutDesign(interp);
   TclList list, files, roles, boxes, notes;
@@ -128,9 +136,9 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     const QString word = textFromTcl(objv[i]);
     const bool isGlob = word == QLatin1String("-glob");
     if (!isGlob && word != QLatin1String("-regexp")) {
-      return failUsage(interp, QString::fromLatin1("unknown option \"%1\"").arg(word), "nets");
+      return failUsage(interp, QStringLiteral("unknown option \"%1\"").arg(word), "nets");
     }
-    if (i + 1 >= objc) return failUsage(interp, QString::fromLatin1("missing value for \"%1\"").arg(word), "nets");
+    if (i + 1 >= objc) return failUsage(interp, QStringLiteral("missing value for \"%1\"").arg(word), "nets");
     if (isGlob) {
       glob = Tcl_GetString(objv[i + 1]);
     } else {
@@ -140,13 +148,12 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   const std::shared_ptr<const Design> design = DesignSession::instance().design();
   if (!design) return failWithoutDesign(interp);
   if (expression && !Tcl_GetRegExpFromObj(interp, expression, TCL_REG_ADVANCED)) {
-    return failWith(interp, QString::fromLatin1("bad value for -regexp: ") + textFromTcl(Tcl_GetObjResult(interp)),
+    return failWith(interp, QStringLiteral("bad value for -regexp: ") + textFromTcl(Tcl_GetObjResult(interp)),
                     "OST VALUE -regexp");
   }
   if (design->netCount() > kMostListedNets) {
     return failWith(
-        interp,
-        QString::fromLatin1("the design has %1 nets over all instances, too many to list").arg(design->netCount()),
+        interp, QStringLiteral("the design has %1 nets over all instances, too many to list").arg(design->netCount()),
         "OST DESIGN SIZE");
   }
   TclList list;
@@ -177,14 +184,14 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
 }
 
 int runClose(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
-  if (objc != 2) return failUsage(interp, QString::fromLatin1("wrong # args"), "close");
+  if (objc != 2) return failUsage(interp, QStringLiteral("wrong # args"), "close");
   if (!isFree(interp)) return TCL_ERROR;
   DesignSession::instance().close();
   return TCL_OK;
 }
 
 int runProve(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-  if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "prove");
+  if (objc > 3) return failUsage(interp, QStringLiteral("wrong # args"), "prove");
   DesignSession& session = DesignSession::instance();
   ProofMode mode = ProofMode::Off;
   QString error;
@@ -202,11 +209,35 @@ int runProve(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   return TCL_OK;
 }
 
+int runJtag(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+  DesignSession& session = DesignSession::instance();
+  if (objc > 2) {
+    DesignSource source;
+    if (!parseJtagWords(interp, objc, objv, source)) return TCL_ERROR;
+    if (!isFree(interp)) return TCL_ERROR;
+    PlanJtag jtag;
+    QString error;
+    if (!planJtag(source.jtag, jtag, error)) return failWith(interp, error, "OST DESIGN JTAG");
+    session.setJtag(source.jtag);
+  }
+  const JtagWords words = session.jtag();
+  TclList list;
+  const auto add = [&list](const char* option, const QString& value) {
+    list.add(option);
+    list.add(tclFromText(value));
+  };
+  list.add(tclFromText(words.way.isEmpty() ? QStringLiteral("pins") : words.way));
+  if (!words.chain.isEmpty()) add("-chain", words.chain);
+  if (!words.period.isEmpty()) add("-period", words.period);
+  Tcl_SetObjResult(interp, list);
+  return TCL_OK;
+}
+
 int runHelp(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-  if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "help");
+  if (objc > 3) return failUsage(interp, QStringLiteral("wrong # args"), "help");
   const std::string help = designHelp(objc == 3 ? Tcl_GetString(objv[2]) : "");
   if (help.empty()) {
-    return failUsage(interp, QString::fromLatin1("no sub-command \"%1\"").arg(textFromTcl(objv[2])), "help");
+    return failUsage(interp, QStringLiteral("no sub-command \"%1\"").arg(textFromTcl(objv[2])), "help");
   }
   Tcl_SetObjResult(interp, Tcl_NewStringObj(help.data(), int(help.size())));
   return TCL_OK;
@@ -217,7 +248,7 @@ struct SubCommand {
   int (*run)(Tcl_Interp*, int, Tcl_Obj* const[]);
 };
 
-const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo},
+const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo}, {"jtag", runJtag},
                                    {"nets", runNets},   {"prove", runProve}, {"read", runRead}};
 
 int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
@@ -226,10 +257,9 @@ int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   for (const SubCommand& entry : kSubCommands) {
     if (word == entry.name) return entry.run(interp, objc, objv);
   }
-  Tcl_SetObjResult(interp,
-                   tclFromText(QString::fromLatin1("unknown sub-command \"%1\": must be close, help, info, nets, "
-                                                   "prove, or read")
-                                   .arg(textFromTcl(objv[1]))));
+  Tcl_SetObjResult(interp, tclFromText(QStringLiteral("unknown sub-command \"%1\": must be close, help, info, jtag, "
+                                                      "nets, prove, or read")
+                                           .arg(textFromTcl(objv[1]))));
   Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
   return TCL_ERROR;
 }

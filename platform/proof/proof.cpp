@@ -11,7 +11,7 @@
 
 #include "platform/design/name_index.h"
 #include "platform/design/yosys.h"
-#include "platform/insert/probe_routing.h"
+#include "platform/routing/probe_routing.h"
 #include "platform/proof/module_compare.h"
 #include "platform/system/files.h"
 #include "platform/system/scratch_file.h"
@@ -126,8 +126,9 @@ void Proof::noteChanges() {
     probePortOf_.insert(plainName(variant.name), variant.port);
     if (!variant.inPlace) originalOf_.insert(plainName(variant.name), original_.text.module(variant.module).name);
   }
-  for (const QString& pin : {plan_.pins.tck, plan_.pins.tms, plan_.pins.tdi, plan_.pins.tdo})
-    topPorts_.insert(pin.toLatin1());
+  if (plan_.jtag.hasPins())
+    for (const QString& pin : {plan_.pins.tck, plan_.pins.tms, plan_.pins.tdi, plan_.pins.tdo})
+      topPorts_.insert(pin.toLatin1());
   for (const PlanCore& core : plan_.cores)
     if (core.triggerOutIo) topPorts_.insert(core.triggerOutName.toLatin1());
 }

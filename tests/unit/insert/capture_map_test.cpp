@@ -17,21 +17,32 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   const QByteArray before = captureMapJson(plan);
   core.units[0].names = {{"RUN", "011"}, {"IDLE", "000"}};
   core.probes.append({"on", {3}, {{"YES", "1"}}});
+  const QByteArray named = captureMapJson(plan);
+  core.probes[1].net = {{"u1", "lane[0]"}, "o.n", true, -3, -3};
   plan.projectHash = planHash(plan);
   const QByteArray json = captureMapJson(plan);
-  EXPECT_TRUE(before.contains("\"version\": 1") && json.contains("\"version\": 2"));  // one that needs it
+  EXPECT_TRUE(before.contains("\"version\": 1") && named.contains("\"version\": 2"));  // one that needs it
   InsertPlan back;
   QString error;
   ASSERT_TRUE(readCaptureMap(json, back, error)) << plain(error);
   EXPECT_EQ(captureMapJson(back), json);
+  // The way to the chip, with its instruction: no part of the hash.
+  plan.jtag.way = JtagWay::Bscane2;
+  plan.jtag.chain = 3;
+  const QByteArray way = captureMapJson(plan);
+  EXPECT_TRUE(readCaptureMap(way, back, error) && has(way, "\"instructionCode\": 34") && !way.contains("tck"))
+      << plain(error);
+  EXPECT_EQ(captureMapJson(back), way);
   // A map may not ask for much more memory than it takes itself.
   const QByteArray shown = '[' + QByteArray("0,").repeated((1 << 20) - 1) + "0]";
   const QByteArray many = shown + QByteArray("}, {\"name\": \"b\", \"positions\": " + shown).repeated(4);
   const struct {
     const char *from, *to, *complaint;
   } table[] = {
-      {"\"version\": 2", "\"version\": 3", "version"},
-      {"\"version\": 2", "\"version\": 1", "has an unknown key"},
+      {"\"version\": 4", "\"version\": 5", "version"},
+      {"\"version\": 4", "\"version\": 1", "has an unknown key"},
+      {"\"version\": 4", "\"version\": 3", "has an unknown key"},
+      {"[-3, -3]", "[-3, -2]", "probes[1].net: does not fit the probe"},
       {"[\"RUN\", \"110\"]", "[\"RUN\", \"11\"]", "names[0]: expected [name, 3 binary digits]"},
       {"\"depth\": 512", "\"depth\": 511", "cores[0].depth"},
       {"\"depth\": 512", "\"deepness\": 512", "cores[0].depth"},

@@ -75,8 +75,9 @@ TEST(Insertion, MakesUniqueOnlyWhatIsProbedDifferently) {
   EXPECT_EQ(typeOf(one, "u_right") + typeOf(two, "u_left") + typeOf("tricky", "u_store"), "leafleafstore");
   // What the user wrote into the source stays in the output.
   EXPECT_TRUE(has(verilog, "ASYNC_REG = \"TRUE\"") && has(verilog, "ram_style = \"block\""));
-  // A bench that sets the top's parameters still compiles, and hears of another value.
-  EXPECT_TRUE(has(verilog, "parameter [31:0] \\STEP = 2;\n") && has(verilog, "if (\\MODE !== \"a\\\"b\") begin"));
+  // A bench that sets the top's parameters, by name or place, still compiles, and hears of another value.
+  EXPECT_TRUE(has(verilog, "STEP = 2;\n  parameter \\MODE = \"a\\\"b\";\n  parameter [31:0] \\TAIL = 1;\n") &&
+              has(verilog, "if (\\MODE !== \"a\\\"b\") begin"));
   // The pins avoid the user's ostrel_tck, and the map says so.
   InsertPlan map;
   QString error;
@@ -105,9 +106,14 @@ module pads(input clk, input d, inout direct, inout drain, inout source, inout s
   wire joined = inner;
   reader r(.pin(joined), .seen(seen));
   reader s(.pin(shared), .seen());
+  pll #(.PERIOD(-2.5), .NAME("2.5")) p(.in(clk));
 endmodule
+(* blackbox *) module pll #(parameter PERIOD = 1.0, parameter NAME = "") (input in); endmodule
 )";
 const char kInOutBench[] = R"(
+module pll #(parameter PERIOD = 1.0, parameter NAME = "") (input in);
+  initial $write("%0d%0s ", PERIOD * 2, NAME);
+endmodule
 module bench; reg clk = 0, d = 0; wire direct, drain, source, shared, seen;
   pads dut(.clk(clk), .d(d), .direct(direct), .drain(drain), .source(source), .shared(shared), .seen(seen));
   pullup(shared);
@@ -115,7 +121,7 @@ module bench; reg clk = 0, d = 0; wire direct, drain, source, shared, seen;
 endmodule
 )";
 
-TEST(Insertion, KeepsWhatDrivesAnInout) {
+TEST(Insertion, KeepsWhatDrivesAnInoutAndRealParameters) {
   Scratch scratch;
   const DesignAndNetlist pads(scratch.write("pads.v", kInOuts));
   InsertPlan plan = planFromText("depth=16 unit=match:0:1 expr=0");
@@ -134,7 +140,7 @@ TEST(Insertion, KeepsWhatDrivesAnInout) {
   const QString bench = scratch.write("bench.v", kInOutBench);
   run.start("sh", {"-c", "iverilog -o ../run -f files.f \"$1\" && vvp -n ../run", "sh", bench});
   ASSERT_TRUE(run.waitForFinished(60000));
-  EXPECT_EQ(run.readAllStandardOutput().trimmed(), "10z00 0z111 10z00") << run.readAllStandardError().data();
+  EXPECT_EQ(run.readAllStandardOutput().trimmed(), "-52.5 10z00 0z111 10z00") << run.readAllStandardError().data();
 }
 
 TEST(Insertion, ThatFailsLeavesTheOldResult) {
