@@ -16,6 +16,22 @@
 
 namespace ost {
 
+/// The way to the chip as typed, checked word for word; what was not said is empty.
+struct JtagWords {
+  QString way;    ///< A word, or the file name of a wrapper.
+  QString chain;  ///< Of the way: the two belong together.
+  QString period;
+
+  /// Takes from `other` what was not said here.
+  void fill(const JtagWords& other) {
+    if (way.isEmpty() && chain.isEmpty()) {
+      way = other.way;
+      chain = other.chain;
+    }
+    if (period.isEmpty()) period = other.period;
+  }
+};
+
 /// What `ost_design read` was told. File names are byte text as typed.
 struct DesignSource {
   QStringList files;  ///< Verilog, SystemVerilog (.sv, .svh), VHDL (.vhd, .vhdl) or one Yosys JSON netlist, in order.
@@ -30,21 +46,23 @@ struct DesignSource {
   QString systemVerilog;      ///< What reads SystemVerilog: "slang", "builtin" or "auto"; empty means the last.
   QString vhdlStandard;       ///< 87, 93, 02 or 08; empty means the last.
   QStringList vhdlLibraries;  ///< LIBRARY=FILE[,FILE...], VHDL files of libraries other than "work".
+  JtagWords jtag;
   int timeLimitSeconds = 600;
   qint64 memoryLimitBytes = qint64(8) << 30;
 };
 
 /// A name resolved against the design: a whole net, one bit or a range of it.
 struct NetSelection {
-  QString instancePath;   ///< "u_sys/u_rx", empty for the top module.
-  QString module;         ///< Yosys' name of the module that declares the net, as in its JSON netlist.
-  QString net;            ///< Name of the net in that module, as a Yosys JSON netlist writes it.
-  QVector<int> bits;      ///< Positions in the netlist's bit list (0 = least significant), leftmost named bit first.
-  QStringList bitNames;   ///< The full name of each bit in the same order: "u_sys/u_rx/state[3]", or the bare name.
-  int netWidth = 0;       ///< Bits of the whole net.
-  EnumNames enumNames;    ///< Of the values of the whole net, when its type is an enumeration; see valueNames().
-  bool isVector = false;  ///< True when the name stands for a bus (several bits, or a whole vector net).
-  QString canonicalName;  ///< The name in the one form that the service stores and shows.
+  QString instancePath;    ///< "u_sys/u_rx", empty for the top module.
+  QString module;          ///< Yosys' name of the module that declares the net, as in its JSON netlist.
+  QString net;             ///< Name of the net in that module, as a Yosys JSON netlist writes it.
+  QVector<int> bits;       ///< Positions in the netlist's bit list (0 = least significant), leftmost named bit first.
+  QStringList bitNames;    ///< The full name of each bit in the same order: "u_sys/u_rx/state[3]", or the bare name.
+  int netWidth = 0;        ///< Bits of the whole net.
+  EnumNames enumNames;     ///< Of the values of the whole net, when its type is an enumeration; see valueNames().
+  bool wholeName = false;  ///< A dot in the net's name belongs to an escaped identifier, not to a generate block.
+  bool isVector = false;   ///< True when the name stands for a bus (several bits, or a whole vector net).
+  QString canonicalName;   ///< The name in the one form that the service stores and shows.
 };
 
 /// The names of the values that the selected bits have together: those of the net's type when it is the whole net.
@@ -81,8 +99,9 @@ class ISTCOMDATA_API Design {
   ~Design();
 
   const DesignSource& source() const;
-  QString topModule() const;  ///< As the source declares it; for people.
-  QString topKey() const;     ///< As a Yosys JSON netlist of the design writes it; the only name that finds it there.
+  const JtagWords& jtag() const;  ///< As words and lists say together.
+  QString topModule() const;      ///< As the source declares it; for people.
+  QString topKey() const;  ///< As a Yosys JSON netlist of the design writes it; the only name that finds it there.
   QStringList blackBoxes() const;    ///< Modules without a body that the hierarchy uses.
   const QStringList& notes() const;  ///< What the user should know of the reading, a sentence each.
   const DesignRoles& roles() const;

@@ -62,7 +62,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
         key_ = kOther;
         width_ = -1;
         offset_ = 0;
-        upto_ = hidden_ = false;
+        upto_ = hidden_ = wholeName_ = false;
         type_.clear();
         enums_.beginNet();
         return true;
@@ -174,6 +174,8 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     if (depth_ == kItemValue && collecting()) return bit(value);
     if (depth_ == kItemValue && section_ == kNets && key_ == kItemAttributes) {
       if (value.kind == Scalar::Text) enums_.take(attribute_, value.text);
+      if (value.kind == Scalar::Text && attribute_ == "src" && item_.find('.') != std::string::npos)
+        wholeName_ = isWrittenWhole(value.text);
       return true;
     }
     if (depth_ != kItem) return true;
@@ -229,6 +231,18 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     return true;
   }
 
+  /// True when the place "file:line.column-line.column" of a net's declaration is longer than the net's name, as that
+  /// of an escaped identifier is, its backslash included. A name with its generate blocks is longer than its place.
+  bool isWrittenWhole(std::string_view place) const {
+    const size_t dash = place.rfind('-');
+    const auto columnAt = [&](size_t end) {
+      const std::string_view text = place.substr(0, end);
+      const size_t dot = text.rfind('.');
+      return dot == std::string_view::npos ? 0 : atoi(std::string(text.substr(dot + 1)).c_str());
+    };
+    return dash != std::string_view::npos && columnAt(place.size()) - columnAt(dash) > int(item_.size());
+  }
+
   static bool isTrue(const Scalar& value) {
     return value.kind == Scalar::Number ? value.number != 0 : isSetAttribute(value.text);
   }
@@ -262,6 +276,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
       net.width = width_;
       net.offset = offset_;
       net.upto = upto_;
+      net.wholeName = wholeName_;
       net.enumType = enums_.typeOf(width_);
       if (!keepName(net.name)) return false;
       module().nets.push_back(net);
@@ -299,7 +314,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
   EnumTypes enums_;
   int width_ = -1;
   qint32 offset_ = 0;
-  bool upto_ = false, hidden_ = false;
+  bool upto_ = false, hidden_ = false, wholeName_ = false;
 };
 
 }  // namespace

@@ -168,6 +168,7 @@ bool NetlistEditor::chooseTopNames(QString& error) {
   }
   debugInstance_ = freeName("ostrel_debug_i", taken);
   added.insert(debugInstance_);
+  if (!plan_.jtag.hasPins()) return true;
   // The four pins share one prefix, the first for which all four names are free.
   QByteArray prefix = "ostrel_";
   const auto prefixTaken = [&](const QByteArray& wanted) {
@@ -212,7 +213,7 @@ void NetlistEditor::addDebugInstance(const std::vector<QVector<int>>& childBits,
   for (const DebugConnection& connection : routing_.connections()) {
     const DebugPort& port = connection.port;
     QVector<int> bits;
-    if (port.role <= DebugPort::Tdo)
+    if (port.isPin())
       bits = addPin(port, additions);
     else if (port.role == DebugPort::TriggerOut)
       bits = addTriggerOut(port, additions);

@@ -6,6 +6,8 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <algorithm>
+#include <cctype>
 
 #include "platform/design/yosys.h"
 #include "platform/system/descriptor.h"
@@ -36,11 +38,36 @@ const char kLintHead[] =
     "/* verilator lint_off MULTIDRIVEN */\n";
 const char kLintTail[] = "\n/* verilator lint_restore */\n";
 
-/// Puts words to linters around the text that Yosys wrote.
-bool hushLinters(QFile& file) {
+/// Whether a text has the form in which Yosys keeps a real number, six digits behind the point.
+bool isRealOfYosys(const QByteArray& text) {
+  const int digits = text.startsWith('-') ? 1 : 0, point = text.size() - 7;
+  if (point <= digits || text[point] != '.') return false;
+  return std::all_of(text.begin() + digits, text.end(), [&text, point](const char& c) {
+    return std::isdigit(static_cast<unsigned char>(c)) || &c == text.constData() + point;
+  });
+}
+
+/// A netlist in JSON holds real parameters, such as the period of a PLL's clock, as strings; the instances of black
+/// boxes get numbers again. Yosys ends a line with each parameter, and no name with a line.
+QByteArray withRealParameters(const QByteArray& text) {
+  QByteArray out;
+  int done = 0;
+  for (int open = text.indexOf("(\""); open >= 0; open = text.indexOf("(\"", open + 1)) {
+    const int begin = open + 2, end = text.indexOf("\")", begin);
+    if (end < 0) break;
+    const bool endsLine = text.mid(end + 2, 1) == "\n" || text.mid(end + 2, 2) == ",\n";
+    if (!endsLine || end - begin > 32 || !isRealOfYosys(text.mid(begin, end - begin))) continue;
+    out += text.mid(done, begin - 1 - done) + text.mid(begin, end - begin);
+    done = end + 1;
+  }
+  return out + text.mid(done);
+}
+
+/// What Yosys wrote with numbers where the source has them, between words to linters.
+bool finishText(QFile& file) {
   if (!file.seek(0)) return false;
-  const QByteArray text = kLintHead + file.readAll() + kLintTail;
-  return file.seek(0) && file.write(text) == text.size() && file.flush();
+  const QByteArray text = kLintHead + withRealParameters(file.readAll()) + kLintTail;
+  return file.seek(0) && file.resize(0) && file.write(text) == text.size() && file.flush();
 }
 
 }  // namespace
@@ -66,6 +93,9 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n"
+      // A choice by constants alone would be written as a function of constants, in which Yosys takes no branch with a
+      // "?" when it reads it.
+      "select -set decided t:$pmux w:* %co1:+$pmux[S] %d\npmuxtree @decided\nopt_expr -keepdc\nopt_clean\n"
       "setattr -unset keep @instances\nsetattr -unset keep t:$pos\n"
       // Yosys writes their bits under wrong names when the net does not begin at bit 0, and single ones rightly.
       "simplemap t:$dffsr t:$dffsre t:$dlatchsr t:$sr");
@@ -91,7 +121,7 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
     error = QStringLiteral("The instrumented design could not be written in full; is the disk full?");
     return false;
   }
-  if (!hushLinters(result)) return cutShort();
+  if (!finishText(result)) return cutShort();
   return files[2].close() || cutShort();
 }
 

@@ -19,6 +19,9 @@ std::string designHelp(const std::string& subCommand);
 /// Reads the words of `ost_design read` from objv[2] on. On failure the interpreter holds the error.
 bool parseReadWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignSource& source);
 
+/// The same for the words of `ost_design jtag`; a wrapper's name is made absolute.
+bool parseJtagWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignSource& source);
+
 /// The bytes of a Tcl value as byte text, and back.
 QString textFromTcl(Tcl_Obj* value);
 Tcl_Obj* tclFromText(const QString& wire);

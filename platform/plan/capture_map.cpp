@@ -69,11 +69,14 @@ class MapWriter {
   }
   /// Pairs of name and value, most significant bit first; nothing without names.
   void valueNames(const EnumNames& names);
+  /// How the net of a probe is declared; nothing when that is not known.
+  void declaredNet(const DeclaredNet& net);
   void enable(const char* name, bool used, const NetBit& net, bool activeLow);
   void unit(const PlanUnit& unit);
   void expression(const PlanExpression& expression);
   void triggerOut(const PlanCore& core);
   void core(const PlanCore& core);
+  void jtag(const InsertPlan& plan);
 
   rapidjson::StringBuffer buffer_;
   rapidjson::PrettyWriter<rapidjson::StringBuffer> writer_;
@@ -94,12 +97,29 @@ void MapWriter::valueNames(const EnumNames& names) {
   });
 }
 
-bool namesValues(const InsertPlan& plan) {
-  const auto any = [](const auto& list) {
-    return std::any_of(list.begin(), list.end(), [](const auto& entry) { return !entry.names.isEmpty(); });
-  };
-  return std::any_of(plan.cores.begin(), plan.cores.end(),
-                     [&](const PlanCore& core) { return any(core.probes) || any(core.units); });
+/// The oldest version that holds all that the plan has.
+int versionFor(const InsertPlan& plan) {
+  if (plan.jtag.way != JtagWay::Pins) return 3;
+  int version = 1;
+  for (const PlanCore& core : plan.cores) {
+    for (const PlanProbe& probe : core.probes) {
+      if (!probe.net.name.isEmpty()) return 3;
+      if (!probe.names.isEmpty()) version = 2;
+    }
+    for (const PlanUnit& unit : core.units)
+      if (!unit.names.isEmpty()) version = 2;
+  }
+  return version;
+}
+
+void MapWriter::declaredNet(const DeclaredNet& net) {
+  if (net.name.isEmpty()) return;
+  key("scopes");
+  line([&] {
+    for (const QString& scope : net.scopes) bytes(scope.toLatin1());
+  });
+  text("net", net.name);
+  if (net.isVector) numbers("range", {net.left, net.right});
 }
 
 void MapWriter::enable(const char* name, bool used, const NetBit& net, bool activeLow) {
@@ -189,6 +209,7 @@ void MapWriter::core(const PlanCore& core) {
     text("name", probe.name);
     numbers("positions", probe.positions);
     valueNames(probe.names);
+    declaredNet(probe.net);
     writer_.EndObject();
   });
   bits("triggerBits", core.triggerBits);
@@ -197,20 +218,31 @@ void MapWriter::core(const PlanCore& core) {
   writer_.EndObject();
 }
 
+void MapWriter::jtag(const InsertPlan& plan) {
+  if (plan.jtag.way != JtagWay::Pins) text("way", jtagWayWords()[int(plan.jtag.way)]);
+  if (plan.jtag.isPrimitive()) {
+    number("chain", plan.jtag.chain);
+    number("instructionWidth", plan.jtag.instructionWidth());
+    number("instructionCode", int(plan.jtag.instructionCode()));
+  }
+  if (!plan.jtag.hasPins()) return;
+  text("tck", plan.pins.tck);
+  text("tms", plan.pins.tms);
+  text("tdi", plan.pins.tdi);
+  text("tdo", plan.pins.tdo);
+}
+
 QByteArray MapWriter::write(const InsertPlan& plan) {
   writer_.StartObject();
   text("format", captureMapFormat());
-  number("version", namesValues(plan) ? kCaptureMapVersion : kCaptureMapVersion - 1);
+  number("version", versionFor(plan));
   text("project", plan.projectName);
   text("top", plan.topModule);
   key("hash");
   bytes(plan.projectHash);
   key("jtag");
   writer_.StartObject();
-  text("tck", plan.pins.tck);
-  text("tms", plan.pins.tms);
-  text("tdi", plan.pins.tdi);
-  text("tdo", plan.pins.tdo);
+  jtag(plan);
   writer_.EndObject();
   list("cores", plan.cores, [this](const PlanCore& entry) { core(entry); });
   writer_.EndObject();
@@ -235,6 +267,7 @@ QByteArray planHash(const InsertPlan& plan) {
   InsertPlan hashed = plan;
   hashed.projectHash.clear();
   hashed.pins = JtagPins();
+  hashed.jtag = PlanJtag();
   return QCryptographicHash::hash(captureMapJson(hashed), QCryptographicHash::Sha256).toHex().left(16);
 }
 

@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kMaxDepth = 65536;
 constexpr int kMaxTimestampBits = 63;
+constexpr int kMaxScopes = 4096;  ///< Levels of instances, each with its generate blocks.
 
 bool isBinary(const QByteArray& digits) {
   return digits.count('0') + digits.count('1') == digits.size();
@@ -38,12 +39,14 @@ class MapReader {
   QVector<NetBit> bits(JsonFields& fields, const char* key);
   QByteArray digits(JsonFields& fields, const char* key, int count);
   EnumNames valueNames(JsonFields& fields, int width);
+  DeclaredNet declaredNet(JsonFields& fields, int width);
   bool enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow);
   PlanUnit unit(const QJsonValue& value, const QString& path, int inputs);
   PlanExpression expression(const QJsonValue& value, const QString& path, int units);
   void captureSettings(JsonFields& fields, PlanCore& core);
   void triggerOut(JsonFields& fields, PlanCore& core);
   PlanCore core(const QJsonValue& value, const QString& path);
+  void jtag(JsonFields& fields, InsertPlan& plan);
 
   /// Counts an entry of a kind that the map may have `most` of.
   void count(int& entries, int most, const QString& path) {
@@ -121,6 +124,31 @@ EnumNames MapReader::valueNames(JsonFields& fields, int width) {
     names.append({textFromUnicode(pair[0].toString()), bits});
   });
   return names;
+}
+
+DeclaredNet MapReader::declaredNet(JsonFields& fields, int width) {
+  DeclaredNet net;
+  if (version_ < 3 || !fields.has("net")) return net;
+  net.name = fields.text("net");
+  list(fields, "scopes", kMaxScopes, [&](const QJsonValue& value, const QString& path) {
+    count(indexes_, kMaxPlanIndexes, path);
+    if (value.toString().isEmpty()) fail(path, QStringLiteral("expected the name of a scope."));
+    net.scopes.append(textFromUnicode(value.toString()));
+  });
+  net.isVector = fields.has("range");
+  QVector<int> range;
+  if (net.isVector)
+    list(fields, "range", 2, [&](const QJsonValue& value, const QString& path) {
+      if (value.toInt(INT_MIN) == INT_MIN) fail(path, QStringLiteral("expected an index."));
+      range.append(value.toInt());
+    });
+  const bool fits = net.isVector ? range.size() == 2 && qAbs(qint64(range[0]) - range[1]) == width - 1 : width == 1;
+  if (net.name.isEmpty() || !fits) fail(fields.pathOf("net"), QStringLiteral("does not fit the probe."));
+  if (range.size() == 2) {
+    net.left = range[0];
+    net.right = range[1];
+  }
+  return net;
 }
 
 bool MapReader::enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow) {
@@ -228,6 +256,7 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
     probe.name = inner.text("name");
     probe.positions = numbers(inner, "positions", core.probeBits.size());
     probe.names = valueNames(inner, probe.positions.size());
+    probe.net = declaredNet(inner, probe.positions.size());
     inner.refuseOthers();
     core.probes.append(probe);
   });
@@ -244,6 +273,25 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   return core;
 }
 
+void MapReader::jtag(JsonFields& fields, InsertPlan& plan) {
+  JsonFields inner(fields.value("jtag"), QStringLiteral("jtag"), fault_);
+  if (version_ >= 3 && inner.has("way")) plan.jtag.way = JtagWay(inner.word("way", jtagWayWords()));
+  if (plan.jtag.isPrimitive()) {
+    plan.jtag.chain = inner.number("chain", 1, plan.jtag.chains());
+    inner.number("instructionWidth", plan.jtag.instructionWidth(), plan.jtag.instructionWidth());
+    const int code = int(plan.jtag.instructionCode());
+    inner.number("instructionCode", code, code);
+  }
+  plan.jtag.wrapperPins = inner.has("tck");
+  if (plan.jtag.hasPins()) {
+    plan.pins.tck = inner.text("tck");
+    plan.pins.tms = inner.text("tms");
+    plan.pins.tdi = inner.text("tdi");
+    plan.pins.tdo = inner.text("tdo");
+  }
+  inner.refuseOthers();
+}
+
 bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
   JsonFields fields(root, QString(), fault_);
   fields.word("format", {captureMapFormat()});
@@ -252,12 +300,7 @@ bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
   result.projectName = fields.text("project");
   result.topModule = fields.text("top");
   result.projectHash = fields.text("hash").toLatin1();
-  JsonFields jtag(fields.value("jtag"), QStringLiteral("jtag"), fault_);
-  result.pins.tck = jtag.text("tck");
-  result.pins.tms = jtag.text("tms");
-  result.pins.tdi = jtag.text("tdi");
-  result.pins.tdo = jtag.text("tdo");
-  jtag.refuseOthers();
+  jtag(fields, result);
   list(fields, "cores", kMaxPlanCores,
        [&](const QJsonValue& value, const QString& path) { result.cores.append(core(value, path)); });
   fields.refuseOthers();

@@ -1,6 +1,9 @@
 // Options as a table of words; their checks.
 #include "platform/reader/capture_options.h"
 
+#include "platform/text/byte_text.h"
+#include "platform/text/names.h"
+
 namespace ost {
 
 bool wrongValue(const QString& option, const QString& value, const char* must, QString& error) {
@@ -136,6 +139,13 @@ bool keepPlace(CaptureOptions& options, const QString& option, const QString& va
 bool keepInstruction(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseInstruction(option, value, options.instruction, error);
 }
+bool keepPeriod(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parsePeriod(value, options.vcdStyle.period) ||
+         wrongValue(option, value, "a time from fs to ms, for example 10ns or 6.25ns", error);
+}
+bool keepSingleBits(CaptureOptions& options, const QString&, const QString&, QString&) {
+  return options.vcdStyle.singleBits = true;
+}
 bool keepTimeout(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseSeconds(option, value, options.timeoutSeconds, error);
 }
@@ -167,9 +177,14 @@ const Option kOptions[] = {
     {"-repeat", "N", "captures N times, into numbered files; 0: until ^C (default: 1)", keepRepeats},
     {nullptr, nullptr, "Output (the file - is the standard output):", nullptr},
     {"-vcd", "FILE", "value change dump, for a waveform viewer", keepFile<&CaptureOptions::vcd>},
+    {"-gtkw", "FILE", "GTKWave's save file for the -vcd: groups, radices, names of values, marker at the trigger",
+     keepFile<&CaptureOptions::gtkw>},
+    {"-bits", nullptr, "the -vcd has a variable for each bit, for programs that read no vectors", keepSingleBits},
+    {"-html", "FILE", "a page that shows the waveform in any browser", keepFile<&CaptureOptions::html>},
+    {"-sr", "FILE", "session of sigrok, for PulseView and sigrok-cli", keepFile<&CaptureOptions::sigrok>},
     {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<&CaptureOptions::csv>},
-    {"-wave", nullptr, "a small waveform on the terminal (default without -vcd and -csv)",
-     raise<&CaptureOptions::wave>},
+    {"-wave", nullptr, "a small waveform on the terminal (default without a file)", raise<&CaptureOptions::wave>},
+    {"-period", "TIME", "of the sample clock, for example 10ns: files for viewers get real time", keepPeriod},
     {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix},
     {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange},
     {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals},
@@ -182,7 +197,7 @@ const Option kOptions[] = {
     {"-help", nullptr, "this text; so does --help", raise<&CaptureOptions::help>},
     {"--version", nullptr, "the version", raise<&CaptureOptions::version>},
     {nullptr, nullptr, "JTAG chain:", nullptr},
-    {"-ir", "WIDTH:CODE", "instruction that selects the debug hub; for a device's own JTAG primitive (default: 4:2)",
+    {"-ir", "WIDTH:CODE", "instruction that selects the debug hub, of all devices as one number (default: the map's)",
      keepInstruction},
     {"-bypass", "AHEAD:BEHIND", "other devices in the chain, between TDI and the hub and between the hub and TDO",
      keepPlace},
@@ -194,6 +209,48 @@ const Option* findOption(const QString& word) {
   for (const Option& option : kOptions)
     if (option.name && word == QLatin1String(option.name)) return &option;
   return nullptr;
+}
+
+}  // namespace
+
+QVector<AskedFile> askedFiles(const CaptureOptions& options) {
+  QVector<AskedFile> files = {{FileForm::Vcd, "-vcd", options.vcd, false},
+                              {FileForm::GtkwaveView, "-gtkw", options.gtkw, false},
+                              {FileForm::Csv, "-csv", options.csv, true},
+                              {FileForm::SigrokSession, "-sr", options.sigrok, true},
+                              {FileForm::Page, "-html", options.html, true}};
+  files.erase(std::remove_if(files.begin(), files.end(), [](const AskedFile& one) { return !one.file.isAsked(); }),
+              files.end());
+  return files;
+}
+
+namespace {
+
+/// Files that exclude one another; an empty text when all can be written.
+QString conflictOf(const CaptureOptions& options) {
+  const QVector<AskedFile> files = askedFiles(options);
+  for (int i = 0; i < files.size(); ++i) {
+    const QLatin1String option(files[i].option);
+    for (int j = 0; j < i; ++j)
+      if (files[i].file.name == files[j].file.name)
+        return QStringLiteral("\"%1\" and \"%2\" name the same file; give each its own.")
+            .arg(QLatin1String(files[j].option), option);
+    if (files[i].file.isStandardOutput() && options.wave)
+      return QStringLiteral("The waveform of \"-wave\" and a file \"-\" both want the standard output; leave one out.");
+    if (files[i].file.isStandardOutput() && options.allCores && files[i].forEachCore)
+      return QStringLiteral("With \"-all\" each core has a file of its own; give \"%1\" a name.").arg(option);
+  }
+  if (!options.gtkw.isAsked()) return QString();
+  for (const OutputFile& file : {options.vcd, options.gtkw}) {
+    if (!file.isAsked() || file.isStandardOutput())
+      return QStringLiteral("\"-gtkw\" is for the file of \"-vcd\"; give both, and names to both.");
+    if (oneLine(file.name) != file.name || file.name.contains(QLatin1Char('"')))
+      return QStringLiteral(
+                 "With \"-gtkw\" the names of files have neither quotes nor control characters; "
+                 "give %1 another name.")
+          .arg(quoted(file.name));
+  }
+  return QString();
 }
 
 }  // namespace
@@ -214,19 +271,15 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
     if (options.help || options.version) return true;
   }
   const bool launches = !options.command.isEmpty();
+  error = conflictOf(options);
+  if (!error.isEmpty()) return false;
   const char* problem = nullptr;
-  if (options.vcd.isAsked() && options.vcd.name == options.csv.name)
-    problem = "\"-vcd\" and \"-csv\" name the same file; give each its own.";
-  else if (options.wave && (options.vcd.isStandardOutput() || options.csv.isStandardOutput()))
-    problem = "The waveform of \"-wave\" and a file \"-\" both want the standard output; leave one out.";
-  else if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
+  if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
     problem = "\"-now\" looks at no expression; leave \"-te\" and \"-count\" out.";
   else if (options.allCores && !options.core.isEmpty())
     problem = "\"-core\" and \"-all\" exclude each other; give one of them.";
   else if (options.allCores && !options.expressions.isEmpty())
     problem = "\"-te\" chooses expressions of one core; name it with \"-core\" instead of \"-all\".";
-  else if (options.allCores && options.csv.isStandardOutput())
-    problem = "With \"-all\" each core has a CSV file of its own; give \"-csv\" a name.";
   else if (options.hasServer && launches)
     problem = "\"-connect\" and \"-launch\" exclude each other; give one of them.";
   else if (options.servePort >= 0 && !launches)

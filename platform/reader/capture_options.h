@@ -10,6 +10,7 @@
 #include "platform/reader/capture_view.h"
 #include "platform/reader/hub_link.h"
 #include "platform/reader/output_files.h"
+#include "platform/reader/vcd_writer.h"
 
 namespace ost {
 
@@ -33,11 +34,23 @@ struct CaptureOptions {
   int eventCount = 0;  ///< 0: as built.
   int windows = 0;     ///< 0: as built.
   double timeoutSeconds = 10;
-  TapInstruction instruction;
-  OutputFile vcd, csv;
+  TapInstruction instruction{0, 0};  ///< Width 0: the capture map's.
+  OutputFile vcd, csv, gtkw, sigrok, html;
+  VcdStyle vcdStyle;  ///< Its period holds for all files.
   ViewChoice view;
   bool wave = false, status = false, info = false;
 };
+
+enum class FileForm { Vcd, GtkwaveView, Csv, SigrokSession, Page };
+
+/// A file that was asked for.
+struct AskedFile {
+  FileForm form;
+  const char* option;
+  OutputFile file;
+  bool forEachCore;  ///< With several cores there is one a core.
+};
+QVector<AskedFile> askedFiles(const CaptureOptions& options);
 
 /// False with one text that names the word and the way out.
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error);

@@ -3,18 +3,18 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <QSet>
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <new>
 
 #include "platform/jtag/simulation_server.h"
 #include "platform/plan/capture_map.h"
+#include "platform/reader/capture_files.h"
 #include "platform/reader/capture_run.h"
 #include "platform/reader/hub_way.h"
 #include "platform/reader/run_options.h"
 #include "platform/reader/text_views.h"
-#include "platform/reader/vcd_writer.h"
 #include "platform/reader/wait_line.h"
 #include "platform/system/files.h"
 #include "platform/system/interrupt.h"
@@ -90,8 +90,6 @@ class Program {
   int captureRepeatedly();
   /// One capture, written to files with the mark `number`, unless that is 0.
   int captureOnce(int number);
-  /// The files of a capture: the VCD, then a CSV file for each core, as far as they are asked for.
-  QList<OutputFile> filesOf(int number) const;
   int write(int number);
   QString summary() const;
 
@@ -106,17 +104,20 @@ class Program {
 bool Program::prepare(QString& error) {
   if (!loadMap(options_.mapFile, plan_, error)) return false;
   if (plan_.cores.isEmpty()) error = QStringLiteral("The capture map has no core; insert the cores again.");
+  if (options_.instruction.width == 0 && plan_.jtag.instructionWidth() == 0 && error.isEmpty())
+    error = QStringLiteral(
+        "The design was inserted with a JTAG wrapper of its own, so its instruction is not known; add -ir WIDTH:CODE.");
   const bool capturing = !options_.status && !options_.info;
   if (!error.isEmpty() || (!capturing && options_.core.isEmpty())) return error.isEmpty();
   const QVector<int> cores = chooseCores(plan_, options_, error);
+  QStringList names;
   for (const int core : cores) {
+    names += plan_.cores[core].name;
     RunSettings settings(plan_.cores[core]);
     if (!applyRunOptions(options_, settings, error) || !checkView(settings, options_.view, error)) return false;
     runs_.append({core, settings, false, Capture()});
   }
-  for (const OutputFile& file : filesOf(options_.repeats == 1 ? 0 : 1))
-    if (!file.check(error)) return false;
-  return !cores.isEmpty();
+  return !cores.isEmpty() && checkCaptureFiles(options_, names, error);
 }
 
 int Program::run() {
@@ -128,7 +129,9 @@ int Program::run() {
 }
 
 int Program::withHub() {
-  hub_ = std::make_unique<HubLink>(way_.tap(), options_.instruction);
+  TapInstruction instruction = options_.instruction;
+  if (instruction.width == 0) instruction = {plan_.jtag.instructionWidth(), plan_.jtag.instructionCode()};
+  hub_ = std::make_unique<HubLink>(way_.tap(), instruction);
   reader_ = std::make_unique<CoreReader>(*hub_, plan_);
   QString error;
   if (!reader_->identify(error)) return fail(way_.explained(error));
@@ -178,31 +181,10 @@ int Program::captureOnce(int number) {
   return run.readOut(error) ? write(number) : fail(way_.explained(error));
 }
 
-QList<OutputFile> Program::filesOf(int number) const {
-  const auto marked = [&](const OutputFile& file) { return number ? file.marked(QString::number(number)) : file; };
-  QList<OutputFile> files;
-  if (options_.vcd.isAsked()) files += marked(options_.vcd);
-  if (!options_.csv.isAsked()) return files;
-  QSet<QString> used;
-  for (const CoreRun& run : runs_) {
-    OutputFile file = options_.csv;
-    for (int i = 1; options_.allCores && (i == 1 || used.contains(file.name)); ++i)
-      file = options_.csv.marked(run.settings.core().name + (i > 1 ? QString::number(i) : QString()));
-    used += file.name;
-    files += marked(file);
-  }
-  return files;
-}
-
 int Program::write(int number) {
   QVector<Capture> shown;
   for (const CoreRun& run : runs_) shown.append(viewOf(run.capture, options_.view));
-  QList<OutputText> outputs;
-  for (const OutputFile& file : filesOf(number)) outputs.append({file, QByteArray()});
-  int next = 0;
-  if (options_.vcd.isAsked()) outputs[next++].text = capturesToVcd(shown, plan_.topModule);
-  if (options_.csv.isAsked())
-    for (const Capture& capture : shown) outputs[next++].text = captureToCsv(capture);
+  const QList<OutputText> outputs = captureFiles(options_, shown, plan_.topModule, number);
   QString error;
   const bool stored = storeAll(outputs, error);
   const bool showsWave = options_.wave || outputs.isEmpty();
@@ -213,7 +195,8 @@ int Program::write(int number) {
     for (const Capture& capture : shown)
       text += QString::fromLatin1(captureToWave(capture, terminalColumns(kWaveColumns)));
   // What is not data stays out of the way of a file that is the standard output.
-  if (options_.vcd.isStandardOutput() || options_.csv.isStandardOutput())
+  const auto isData = [](const OutputText& output) { return output.file.isStandardOutput(); };
+  if (std::any_of(outputs.begin(), outputs.end(), isData))
     fputs(text.toLatin1().constData(), stderr);
   else if (print(text) != kDone)
     return kFailed;

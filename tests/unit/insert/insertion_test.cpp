@@ -106,9 +106,14 @@ module pads(input clk, input d, inout direct, inout drain, inout source, inout s
   wire joined = inner;
   reader r(.pin(joined), .seen(seen));
   reader s(.pin(shared), .seen());
+  pll #(.PERIOD(-2.5), .NAME("2.5")) p(.in(clk));
 endmodule
+(* blackbox *) module pll #(parameter PERIOD = 1.0, parameter NAME = "") (input in); endmodule
 )";
 const char kInOutBench[] = R"(
+module pll #(parameter PERIOD = 1.0, parameter NAME = "") (input in);
+  initial $write("%0d%0s ", PERIOD * 2, NAME);
+endmodule
 module bench; reg clk = 0, d = 0; wire direct, drain, source, shared, seen;
   pads dut(.clk(clk), .d(d), .direct(direct), .drain(drain), .source(source), .shared(shared), .seen(seen));
   pullup(shared);
@@ -116,7 +121,7 @@ module bench; reg clk = 0, d = 0; wire direct, drain, source, shared, seen;
 endmodule
 )";
 
-TEST(Insertion, KeepsWhatDrivesAnInout) {
+TEST(Insertion, KeepsWhatDrivesAnInoutAndRealParameters) {
   Scratch scratch;
   const DesignAndNetlist pads(scratch.write("pads.v", kInOuts));
   InsertPlan plan = planFromText("depth=16 unit=match:0:1 expr=0");
@@ -135,7 +140,7 @@ TEST(Insertion, KeepsWhatDrivesAnInout) {
   const QString bench = scratch.write("bench.v", kInOutBench);
   run.start("sh", {"-c", "iverilog -o ../run -f files.f \"$1\" && vvp -n ../run", "sh", bench});
   ASSERT_TRUE(run.waitForFinished(60000));
-  EXPECT_EQ(run.readAllStandardOutput().trimmed(), "10z00 0z111 10z00") << run.readAllStandardError().data();
+  EXPECT_EQ(run.readAllStandardOutput().trimmed(), "-52.5 10z00 0z111 10z00") << run.readAllStandardError().data();
 }
 
 TEST(Insertion, ThatFailsLeavesTheOldResult) {
