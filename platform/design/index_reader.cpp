@@ -173,9 +173,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     if (depth_ == kSection && section_ != kUnread) return fail("an entry is not an object");
     if (depth_ == kItemValue && collecting()) return bit(value);
     if (depth_ == kItemValue && section_ == kNets && key_ == kItemAttributes) {
-      if (value.kind == Scalar::Text) enums_.take(attribute_, value.text);
-      if (value.kind == Scalar::Text && attribute_ == "src" && item_.find('.') != std::string::npos)
-        wholeName_ = isWrittenWhole(value.text);
+      if (value.kind == Scalar::Text) netAttribute(value.text);
       return true;
     }
     if (depth_ != kItem) return true;
@@ -241,6 +239,11 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
       return dot == std::string_view::npos ? 0 : atoi(std::string(text.substr(dot + 1)).c_str());
     };
     return dash != std::string_view::npos && columnAt(place.size()) - columnAt(dash) > int(item_.size());
+  }
+
+  void netAttribute(std::string_view text) {
+    if (attribute_ == "src" && item_.find('.') != std::string::npos) wholeName_ = isWrittenWhole(text);
+    enums_.take(attribute_, text);
   }
 
   static bool isTrue(const Scalar& value) {
