@@ -1,6 +1,8 @@
 // Options as a table of words; their checks.
 #include "platform/reader/capture_options.h"
 
+#include <algorithm>
+
 namespace ost {
 
 bool wrongValue(const QString& option, const QString& value, const char* must, QString& error) {
@@ -49,9 +51,12 @@ bool parseInstruction(const QString& option, const QString& value, TapInstructio
 }
 
 bool parseSeconds(const QString& option, const QString& value, double& seconds, QString& error) {
+  const bool milli = value.endsWith(QLatin1String("ms"));
+  const int unit = milli ? 2 : value.endsWith(QLatin1Char('s')) ? 1 : 0;
   bool isNumber = false;
-  seconds = value.toDouble(&isNumber);
-  return (isNumber && seconds > 0 && seconds <= 1e6) || wrongValue(option, value, "a number of seconds above 0", error);
+  seconds = value.left(value.size() - unit).toDouble(&isNumber) * (milli ? 0.001 : 1);
+  return (isNumber && seconds > 0 && seconds <= 1e6) ||
+         wrongValue(option, value, "a number of seconds above 0, for example 5, 5s or 200ms", error);
 }
 
 /// "tcp:PORT"; 0 for any free port.
@@ -79,6 +84,7 @@ struct Option {
   const char* value;  ///< What follows, as the help calls it; null for a flag.
   const char* help;
   Take take;
+  unsigned uses = 0;  ///< Of OptionUse, besides the program's.
 };
 
 template <QString CaptureOptions::*member>
@@ -94,9 +100,14 @@ template <int CaptureOptions::*member>
 bool keepCount(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseCount(option, value, options.*member, error);
 }
-template <OutputFile CaptureOptions::*member>
+template <CaptureFormat format>
 bool keepFile(CaptureOptions& options, const QString&, const QString& value, QString&) {
-  (options.*member).name = value;
+  const auto at = std::find_if(options.files.begin(), options.files.end(),
+                               [](const AskedFile& asked) { return asked.format >= format; });
+  if (at != options.files.end() && at->format == format)
+    at->file.name = value;
+  else
+    options.files.insert(at, {format, {value}});
   return true;
 }
 /// Names to choose, or an assignment.
@@ -143,36 +154,43 @@ bool keepTimeout(CaptureOptions& options, const QString& option, const QString& 
 /// All options in the order of the help; a row without a name is a heading.
 const Option kOptions[] = {
     {"-map", "FILE", "capture map that was written with the instrumented design; required",
-     keepText<&CaptureOptions::mapFile>},
+     keepText<&CaptureOptions::mapFile>, kUseOpen},
     {"-connect", "SERVER",
      "JTAG server: fifo:DIR, tcp:HOST:PORT, unix:PATH, xvc:HOST:PORT or openocd:HOST:PORT[/TAP]; required without "
      "-launch",
-     keepServer},
-    {"-launch", "COMMAND", "starts a simulation of the design and connects to it", keepText<&CaptureOptions::command>},
-    {"-core", "NAME", "the core; required when the design has several", keepText<&CaptureOptions::core>},
+     keepServer, kUseOpen},
+    {"-launch", "COMMAND", "starts a simulation of the design and connects to it", keepText<&CaptureOptions::command>,
+     kUseOpen},
+    {"-core", "NAME", "the core; required when the design has several", keepText<&CaptureOptions::core>,
+     kUseArm | kUseValues | kUseFind},
     {"-all", nullptr, "captures with all cores; all are armed before any is waited for",
-     raise<&CaptureOptions::allCores>},
+     raise<&CaptureOptions::allCores>, kUseArm},
     {nullptr, nullptr, "Run:", nullptr},
     {"-position", "N|N%", "samples before the trigger, or their share of the window (default: half a window)",
-     keepText<&CaptureOptions::position>},
-    {"-set", "UNIT=VALUE", "another value of a trigger unit, in the unit's radix; repeatable", keepChange},
-    {"-op", "UNIT=OPERATOR", "another operator that the unit's hardware has; repeatable", keepChange},
-    {"-te", "NAME[,NAME...]", "the trigger expressions to enable (default: all)", keepExpressions},
-    {"-te", "NAME=EXPRESSION", "another expression that fits into the hardware of NAME; repeatable", keepExpressions},
-    {"-now", nullptr, "triggers at the first possible sample, whatever the units see", raise<&CaptureOptions::now>},
+     keepText<&CaptureOptions::position>, kUseArm},
+    {"-set", "UNIT=VALUE", "another value of a trigger unit, in the unit's radix; repeatable", keepChange,
+     kUseArm | kUseFind},
+    {"-op", "UNIT=OPERATOR", "another operator that the unit's hardware has; repeatable", keepChange,
+     kUseArm | kUseFind},
+    {"-te", "NAME[,NAME...]", "the trigger expressions to enable (default: all)", keepExpressions, kUseArm},
+    {"-te", "NAME=EXPRESSION", "another expression that fits into the hardware of NAME; repeatable", keepExpressions,
+     kUseArm},
+    {"-now", nullptr, "triggers at the first possible sample, whatever the units see", raise<&CaptureOptions::now>,
+     kUseArm},
     {"-count", "N", "events up to and including the trigger (default: as built)",
-     keepCount<&CaptureOptions::eventCount>},
-    {"-windows", "N", "windows to capture (default: as built)", keepCount<&CaptureOptions::windows>},
-    {"-timeout", "SECONDS", "how long to wait for the trigger after arming (default: 10)", keepTimeout},
+     keepCount<&CaptureOptions::eventCount>, kUseArm},
+    {"-windows", "N", "windows to capture (default: as built)", keepCount<&CaptureOptions::windows>, kUseArm},
+    {"-timeout", "SECONDS", "seconds (or 5s, 200ms) to wait for the trigger after arming (default: 10)", keepTimeout,
+     kUseWait},
     {"-repeat", "N", "captures N times, into numbered files; 0: until ^C (default: 1)", keepRepeats},
     {nullptr, nullptr, "Output (the file - is the standard output):", nullptr},
-    {"-vcd", "FILE", "value change dump, for a waveform viewer", keepFile<&CaptureOptions::vcd>},
-    {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<&CaptureOptions::csv>},
-    {"-wave", nullptr, "a small waveform on the terminal (default without -vcd and -csv)",
-     raise<&CaptureOptions::wave>},
-    {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix},
-    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange},
-    {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals},
+    {"-vcd", "FILE", "value change dump, for a waveform viewer", keepFile<CaptureFormat::Vcd>},
+    {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<CaptureFormat::Csv>},
+    {"-json", "FILE", "all of it as JSON, for a program", keepFile<CaptureFormat::Json>},
+    {"-wave", nullptr, "a small waveform on the terminal (default without a file)", raise<&CaptureOptions::wave>},
+    {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix, kUseWrite | kUseValues},
+    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange, kUseWrite},
+    {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals, kUseWrite},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
     {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
@@ -183,25 +201,77 @@ const Option kOptions[] = {
     {"--version", nullptr, "the version", raise<&CaptureOptions::version>},
     {nullptr, nullptr, "JTAG chain:", nullptr},
     {"-ir", "WIDTH:CODE", "instruction that selects the debug hub; for a device's own JTAG primitive (default: 4:2)",
-     keepInstruction},
+     keepInstruction, kUseOpen},
     {"-bypass", "AHEAD:BEHIND", "other devices in the chain, between TDI and the hub and between the hub and TDO",
-     keepPlace},
+     keepPlace, kUseOpen},
     {nullptr, nullptr, "Simulation:", nullptr},
-    {"-log", "FILE", "what the simulation of -launch prints", keepText<&CaptureOptions::logFile>},
+    {"-log", "FILE", "what the simulation of -launch prints", keepText<&CaptureOptions::logFile>, kUseOpen},
 };
 
-const Option* findOption(const QString& word) {
+bool belongsTo(const Option& option, OptionUse use) {
+  return option.name && (use == kUseProgram || (option.uses & use));
+}
+
+const Option* findOption(const QString& word, OptionUse use) {
   for (const Option& option : kOptions)
-    if (option.name && word == QLatin1String(option.name)) return &option;
+    if (belongsTo(option, use) && word == QLatin1String(option.name)) return &option;
   return nullptr;
+}
+
+QString wordsOf(const Option& option) {
+  const QString name = QLatin1String(option.name);
+  return option.value ? name + QLatin1Char(' ') + QLatin1String(option.value) : name;
+}
+
+const char* problemOfOpen(const CaptureOptions& options) {
+  const bool launches = !options.command.isEmpty();
+  if (options.hasServer && launches) return "\"-connect\" and \"-launch\" exclude each other; give one of them.";
+  if (options.servePort >= 0 && !launches)
+    return "\"-serve\" offers a simulation to others; give its command with \"-launch\".";
+  if (!options.logFile.isEmpty() && !launches)
+    return "\"-log\" stores what a simulation prints; give its command with \"-launch\".";
+  if (options.servePort < 0 && (options.mapFile.isEmpty() || !(options.hasServer || launches)))
+    return "\"-map\" and one of \"-connect\" and \"-launch\" are required; \"ost_capture -help\" explains them.";
+  return nullptr;
+}
+
+const char* problemOfArm(const CaptureOptions& options) {
+  if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
+    return "\"-now\" looks at no expression; leave \"-te\" and \"-count\" out.";
+  if (options.allCores && !options.core.isEmpty())
+    return "\"-core\" and \"-all\" exclude each other; give one of them.";
+  if (options.allCores && !options.expressions.isEmpty())
+    return "\"-te\" chooses expressions of one core; name it with \"-core\" instead of \"-all\".";
+  return nullptr;
+}
+
+/// The files must differ, and one thing at most goes to the standard output.
+bool checkFiles(const CaptureOptions& options, QString& error) {
+  const auto optionOf = [](const AskedFile& asked) {
+    return QLatin1Char('-') + QLatin1String(formatWord(asked.format));
+  };
+  for (const AskedFile& one : options.files) {
+    const auto isSame = [&](const AskedFile& other) { return other.file.name == one.file.name; };
+    const AskedFile* before = &*std::find_if(options.files.begin(), options.files.end(), isSame);
+    if (before != &one)
+      error = QStringLiteral("\"%1\" and \"%2\" name the same file; give each its own.")
+                  .arg(optionOf(*before), optionOf(one));
+    else if (options.wave && one.file.isStandardOutput())
+      error =
+          QStringLiteral("The waveform of \"-wave\" and a file \"-\" both want the standard output; leave one out.");
+    else if (options.allCores && isEachCores(one.format) && one.file.isStandardOutput())
+      error = QStringLiteral("With \"-all\" each core has a file of its own; give \"%1\" a name.").arg(optionOf(one));
+    if (!error.isEmpty()) return false;
+  }
+  return true;
 }
 
 }  // namespace
 
-bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error) {
+bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error, OptionUse use) {
   for (int i = 0; i < words.size(); ++i) {
     const QString& word = words[i];
-    const Option* option = findOption(word == QLatin1String("--help") ? QStringLiteral("-help") : word);
+    const Option* option = findOption(word == QLatin1String("--help") ? QStringLiteral("-help") : word, use);
     if (!option) {
       error = QStringLiteral("There is no option \"%1\"; \"ost_capture -help\" lists the options.").arg(word);
       return false;
@@ -213,30 +283,19 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
     if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
     if (options.help || options.version) return true;
   }
-  const bool launches = !options.command.isEmpty();
-  const char* problem = nullptr;
-  if (options.vcd.isAsked() && options.vcd.name == options.csv.name)
-    problem = "\"-vcd\" and \"-csv\" name the same file; give each its own.";
-  else if (options.wave && (options.vcd.isStandardOutput() || options.csv.isStandardOutput()))
-    problem = "The waveform of \"-wave\" and a file \"-\" both want the standard output; leave one out.";
-  else if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
-    problem = "\"-now\" looks at no expression; leave \"-te\" and \"-count\" out.";
-  else if (options.allCores && !options.core.isEmpty())
-    problem = "\"-core\" and \"-all\" exclude each other; give one of them.";
-  else if (options.allCores && !options.expressions.isEmpty())
-    problem = "\"-te\" chooses expressions of one core; name it with \"-core\" instead of \"-all\".";
-  else if (options.allCores && options.csv.isStandardOutput())
-    problem = "With \"-all\" each core has a CSV file of its own; give \"-csv\" a name.";
-  else if (options.hasServer && launches)
-    problem = "\"-connect\" and \"-launch\" exclude each other; give one of them.";
-  else if (options.servePort >= 0 && !launches)
-    problem = "\"-serve\" offers a simulation to others; give its command with \"-launch\".";
-  else if (!options.logFile.isEmpty() && !launches)
-    problem = "\"-log\" stores what a simulation prints; give its command with \"-launch\".";
-  else if (options.servePort < 0 && (options.mapFile.isEmpty() || !(options.hasServer || launches)))
-    problem = "\"-map\" and one of \"-connect\" and \"-launch\" are required; \"ost_capture -help\" explains them.";
+  error.clear();
+  if (!checkFiles(options, error)) return false;
+  const char* problem = use & (kUseProgram | kUseArm) ? problemOfArm(options) : nullptr;
+  if (!problem && (use & (kUseProgram | kUseOpen))) problem = problemOfOpen(options);
   if (problem) error = QLatin1String(problem);
   return !problem;
+}
+
+QString optionsUsage(OptionUse use) {
+  QString text;
+  for (const Option& option : kOptions)
+    if (belongsTo(option, use)) text += QStringLiteral(" ?%1?").arg(wordsOf(option));
+  return text;
 }
 
 QString captureUsage() {
@@ -250,9 +309,7 @@ QString captureUsage() {
       text += QLatin1String(option.help) + QLatin1Char('\n');
       continue;
     }
-    QString words = QLatin1String(option.name);
-    if (option.value) words += QLatin1Char(' ') + QLatin1String(option.value);
-    text += QStringLiteral("  %1 %2\n").arg(words, -24).arg(QLatin1String(option.help));
+    text += QStringLiteral("  %1 %2\n").arg(wordsOf(option), -24).arg(QLatin1String(option.help));
   }
   return text + QStringLiteral("Exit status: 0 done, 1 failed, 2 wrong command line, 3 no trigger in time.\n");
 }

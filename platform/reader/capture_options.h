@@ -7,9 +7,9 @@
 #include <QStringList>
 
 #include "platform/jtag/connect_tap.h"
+#include "platform/reader/capture_formats.h"
 #include "platform/reader/capture_view.h"
 #include "platform/reader/hub_link.h"
-#include "platform/reader/output_files.h"
 
 namespace ost {
 
@@ -34,13 +34,28 @@ struct CaptureOptions {
   int windows = 0;     ///< 0: as built.
   double timeoutSeconds = 10;
   TapInstruction instruction;
-  OutputFile vcd, csv;
+  QList<AskedFile> files;  ///< One of a format, in the order of the formats.
   ViewChoice view;
   bool wave = false, status = false, info = false;
 };
 
+/// Whose words these are: the program takes all options, a sub-command of the Tcl package those that concern it.
+enum OptionUse : unsigned {
+  kUseProgram = 1,
+  kUseOpen = 2,
+  kUseArm = 4,
+  kUseWait = 8,
+  kUseWrite = 16,
+  kUseValues = 32,
+  kUseFind = 64,
+};
+
 /// False with one text that names the word and the way out.
-bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error);
+bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error,
+                         OptionUse use = kUseProgram);
+
+/// The options of a sub-command, as its usage shows them: " ?-position N|N%? ?-now?".
+QString optionsUsage(OptionUse use);
 
 /// Sets `error` to the text for a word that an option cannot take; always false.
 bool wrongValue(const QString& option, const QString& value, const char* must, QString& error);

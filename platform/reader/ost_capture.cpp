@@ -3,22 +3,16 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <QSet>
 #include <cerrno>
 #include <cstdio>
 #include <new>
 
 #include "platform/jtag/simulation_server.h"
-#include "platform/plan/capture_map.h"
-#include "platform/reader/capture_run.h"
-#include "platform/reader/hub_way.h"
-#include "platform/reader/run_options.h"
+#include "platform/reader/hub_session.h"
 #include "platform/reader/text_views.h"
-#include "platform/reader/vcd_writer.h"
 #include "platform/reader/wait_line.h"
 #include "platform/system/files.h"
 #include "platform/system/interrupt.h"
-#include "platform/text/byte_text.h"
 #include "platform/trigger/unit_value.h"
 
 namespace ost {
@@ -47,18 +41,6 @@ bool prepareDescriptors() {
   return signal(SIGXFSZ, SIG_IGN) != SIG_ERR;
 }
 
-bool loadMap(const QString& name, InsertPlan& plan, QString& error) {
-  QByteArray json;
-  QString reason;
-  if (!readFile(fileFromText(name), kMaxCaptureMapBytes, json, reason)) {
-    error = QStringLiteral("Cannot read the capture map \"%1\": %2.").arg(name, reason);
-    return false;
-  }
-  if (readCaptureMap(json, plan, reason)) return true;
-  error = QStringLiteral("The capture map \"%1\" is damaged: %2").arg(name, reason);
-  return false;
-}
-
 QString infoText(const InsertPlan& plan) {
   QString text = QStringLiteral("design %1, project %2, hash %3: the hardware agrees with the capture map\n")
                      .arg(plan.topModule, plan.projectName, QString::fromLatin1(plan.projectHash));
@@ -80,7 +62,7 @@ QString infoText(const InsertPlan& plan) {
 /// A run of the program: what was asked for, with what stands behind it.
 class Program {
  public:
-  explicit Program(const CaptureOptions& options) : options_(options), way_(options) {}
+  explicit Program(const CaptureOptions& options) : options_(options), session_(options) {}
   int run();
 
  private:
@@ -90,60 +72,47 @@ class Program {
   int captureRepeatedly();
   /// One capture, written to files with the mark `number`, unless that is 0.
   int captureOnce(int number);
-  /// The files of a capture: the VCD, then a CSV file for each core, as far as they are asked for.
-  QList<OutputFile> filesOf(int number) const;
+  QList<OutputFile> filesOf(const AskedFile& asked, int number) const;
   int write(int number);
-  QString summary() const;
+  QString summary();
+  int failExplained(const QString& error) { return fail(session_.explained(error)); }
 
   const CaptureOptions& options_;
-  InsertPlan plan_;
-  QVector<CoreRun> runs_;
-  HubWay way_;
-  std::unique_ptr<HubLink> hub_;
-  std::unique_ptr<CoreReader> reader_;
+  HubSession session_;
 };
 
 bool Program::prepare(QString& error) {
-  if (!loadMap(options_.mapFile, plan_, error)) return false;
-  if (plan_.cores.isEmpty()) error = QStringLiteral("The capture map has no core; insert the cores again.");
-  const bool capturing = !options_.status && !options_.info;
-  if (!error.isEmpty() || (!capturing && options_.core.isEmpty())) return error.isEmpty();
-  const QVector<int> cores = chooseCores(plan_, options_, error);
-  for (const int core : cores) {
-    RunSettings settings(plan_.cores[core]);
-    if (!applyRunOptions(options_, settings, error) || !checkView(settings, options_.view, error)) return false;
-    runs_.append({core, settings, false, Capture()});
-  }
-  for (const OutputFile& file : filesOf(options_.repeats == 1 ? 0 : 1))
-    if (!file.check(error)) return false;
-  return !cores.isEmpty();
+  if (!session_.loadMap(error)) return false;
+  if ((options_.status || options_.info) && options_.core.isEmpty()) return true;
+  if (!session_.chooseRuns(options_, error)) return false;
+  for (const AskedFile& asked : options_.files)
+    for (const OutputFile& file : filesOf(asked, options_.repeats == 1 ? 0 : 1))
+      if (!file.check(error)) return false;
+  return true;
 }
 
 int Program::run() {
   QString error;
   if (!prepare(error)) return fail(error);
   if (!catchInterrupts()) return fail(QStringLiteral("Cannot watch for ^C: %1.").arg(systemReason(errno)));
-  const int status = way_.open(error) ? withHub() : fail(error);
-  return way_.close(error) ? status : fail(error);
+  const int status = session_.open(error) ? withHub() : fail(error);
+  return session_.close(error) ? status : fail(error);
 }
 
 int Program::withHub() {
-  hub_ = std::make_unique<HubLink>(way_.tap(), options_.instruction);
-  reader_ = std::make_unique<CoreReader>(*hub_, plan_);
-  QString error;
-  if (!reader_->identify(error)) return fail(way_.explained(error));
-  if (options_.info && print(infoText(plan_)) != kDone) return kFailed;
+  if (options_.info && print(infoText(session_.plan())) != kDone) return kFailed;
   if (options_.status) return showStatus();
   return options_.info ? int(kDone) : captureRepeatedly();
 }
 
 int Program::showStatus() {
   QString text, error;
-  for (int i = 0; i < plan_.cores.size(); ++i) {
-    if (!options_.core.isEmpty() && plan_.cores[i].name != options_.core) continue;
+  const QVector<PlanCore>& cores = session_.plan().cores;
+  for (int i = 0; i < cores.size(); ++i) {
+    if (!options_.core.isEmpty() && cores[i].name != options_.core) continue;
     CoreStatus status;
-    if (!reader_->status(i, status, error)) return fail(way_.explained(error));
-    text += QStringLiteral("core %1: %2\n").arg(plan_.cores[i].name, statusSummary(plan_.cores[i], status));
+    if (!session_.reader().status(i, status, error)) return failExplained(error);
+    text += QStringLiteral("core %1: %2\n").arg(cores[i].name, statusSummary(cores[i], status));
   }
   return print(text);
 }
@@ -162,47 +131,38 @@ int Program::captureRepeatedly() {
 }
 
 int Program::captureOnce(int number) {
-  CaptureRun run(*reader_, way_.connection(), runs_, options_.timeoutSeconds);
+  CaptureRun& run = session_.run();
   QString error;
-  if (!run.arm(error)) return fail(way_.explained(error));
+  if (!run.arm(error)) return failExplained(error);
   WaitLine line;
-  const CaptureRun::End end = run.wait(line, error);
+  const CaptureRun::End end = run.wait(options_.timeoutSeconds, line, error);
   line.clear();
-  if (end == CaptureRun::End::Failed) return fail(way_.explained(error));
+  if (end == CaptureRun::End::Failed) return failExplained(error);
   if (end != CaptureRun::End::Done) {
     QString text;
     const bool known = run.explain(end, error, text);
     if (known && end == CaptureRun::End::Interrupted && options_.repeats == 0 && number > 1) return kDone;
     return fail(text, known ? kNoTrigger : kFailed);
   }
-  return run.readOut(error) ? write(number) : fail(way_.explained(error));
+  return run.readOut(error) ? write(number) : failExplained(error);
 }
 
-QList<OutputFile> Program::filesOf(int number) const {
-  const auto marked = [&](const OutputFile& file) { return number ? file.marked(QString::number(number)) : file; };
-  QList<OutputFile> files;
-  if (options_.vcd.isAsked()) files += marked(options_.vcd);
-  if (!options_.csv.isAsked()) return files;
-  QSet<QString> used;
-  for (const CoreRun& run : runs_) {
-    OutputFile file = options_.csv;
-    for (int i = 1; options_.allCores && (i == 1 || used.contains(file.name)); ++i)
-      file = options_.csv.marked(run.settings.core().name + (i > 1 ? QString::number(i) : QString()));
-    used += file.name;
-    files += marked(file);
-  }
+QList<OutputFile> Program::filesOf(const AskedFile& asked, int number) const {
+  QList<OutputFile> files = filesFor(asked, session_.coreNames(), options_.allCores);
+  if (number)
+    for (OutputFile& file : files) file = file.marked(QString::number(number));
   return files;
 }
 
 int Program::write(int number) {
-  QVector<Capture> shown;
-  for (const CoreRun& run : runs_) shown.append(viewOf(run.capture, options_.view));
+  CaptureSet shown = session_.captures();
+  for (Capture& capture : shown.cores) capture = viewOf(capture, options_.view);
   QList<OutputText> outputs;
-  for (const OutputFile& file : filesOf(number)) outputs.append({file, QByteArray()});
-  int next = 0;
-  if (options_.vcd.isAsked()) outputs[next++].text = capturesToVcd(shown, plan_.topModule);
-  if (options_.csv.isAsked())
-    for (const Capture& capture : shown) outputs[next++].text = captureToCsv(capture);
+  bool takesStandardOutput = false;
+  for (const AskedFile& asked : options_.files) {
+    outputs += textsFor(asked.format, filesOf(asked, number), shown);
+    takesStandardOutput = takesStandardOutput || asked.file.isStandardOutput();
+  }
   QString error;
   const bool stored = storeAll(outputs, error);
   const bool showsWave = options_.wave || outputs.isEmpty();
@@ -210,23 +170,23 @@ int Program::write(int number) {
   if (!stored && !showsWave) return kFailed;
   QString text = summary();
   if (showsWave)
-    for (const Capture& capture : shown)
+    for (const Capture& capture : shown.cores)
       text += QString::fromLatin1(captureToWave(capture, terminalColumns(kWaveColumns)));
   // What is not data stays out of the way of a file that is the standard output.
-  if (options_.vcd.isStandardOutput() || options_.csv.isStandardOutput())
+  if (takesStandardOutput)
     fputs(text.toLatin1().constData(), stderr);
   else if (print(text) != kDone)
     return kFailed;
   return stored ? kDone : kFailed;
 }
 
-QString Program::summary() const {
+QString Program::summary() {
   QString text;
-  for (const CoreRun& run : runs_)
+  for (const CoreRun& run : session_.runs())
     text += QStringLiteral("core %1: %2 window(s) of %3 samples, %4 before the trigger; %5 TCK cycles, %6 repeats\n")
                 .arg(run.settings.core().name, QString::number(run.capture.windows.size()),
                      QString::number(run.settings.core().windowSamples), QString::number(run.settings.position()),
-                     QString::number(hub_->cycles()), QString::number(hub_->retries()));
+                     QString::number(session_.hub().cycles()), QString::number(session_.hub().retries()));
   return text;
 }
 

@@ -92,14 +92,14 @@ TEST(View, APartOfTheSignalsAndOfEachWindow) {
   view.hasRange = true;
   view.from = -1;
   view.to = 20;
-  RunSettings settings(counterCapture(1, 8, 3).core);
+  const PlanCore core = counterCapture(1, 8, 3).core;
   QString error;
-  EXPECT_TRUE(checkView(settings, view, error)) << plain(error);
+  EXPECT_TRUE(checkView(core, core.windowSamples / 2, view, error)) << plain(error);
   const QList<QByteArray> lines = captureToCsv(viewOf(counterCapture(2, 8, 3), view)).split('\n');
   EXPECT_TRUE(lines.size() == 14 && lines[0] == "window,sample,timestamp,u_a/u_b/n[2:0],TU1") << lines[0].constData();
   EXPECT_EQ(lines[7], "1,-1,4,010,0");
   view.signalGlobs = QStringList("u_a");
-  EXPECT_FALSE(checkView(settings, view, error));
+  EXPECT_FALSE(checkView(core, core.windowSamples / 2, view, error));
   EXPECT_TRUE(has(error, "no signal like \"u_a\""));
 }
 
