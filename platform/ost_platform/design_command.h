@@ -1,12 +1,11 @@
 // The command `ost_design` and what its sources share.
 #pragma once
 
-#include <tcl.h>
-
 #include <QString>
 #include <string>
 
 #include "platform/design/design.h"
+#include "platform/tclcmdex/tcl_values.h"
 
 namespace ost {
 
@@ -19,13 +18,7 @@ std::string designHelp(const std::string& subCommand);
 /// Reads the words of `ost_design read` from objv[2] on. On failure the interpreter holds the error.
 bool parseReadWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignSource& source);
 
-/// The bytes of a Tcl value as byte text, and back.
-QString textFromTcl(Tcl_Obj* value);
-Tcl_Obj* tclFromText(const QString& wire);
-
-/// Sets result and errorCode (a list) and returns TCL_ERROR.
-int failWith(Tcl_Interp* interp, const QString& message, const char* errorCode);
-/// The same for wrong words of a sub-command: `message`, then its usage; errorCode `OST USAGE ost_design <sub>`.
+/// The error for wrong words of a sub-command: `message`, then its usage; errorCode `OST USAGE ost_design <sub>`.
 int failUsage(Tcl_Interp* interp, const QString& message, const char* subCommand);
 
 }  // namespace ost

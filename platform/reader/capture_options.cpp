@@ -162,7 +162,7 @@ const Option kOptions[] = {
     {"-launch", "COMMAND", "starts a simulation of the design and connects to it", keepText<&CaptureOptions::command>,
      kUseOpen},
     {"-core", "NAME", "the core; required when the design has several", keepText<&CaptureOptions::core>,
-     kUseArm | kUseValues | kUseFind},
+     kUseArm | kUseValues | kUseFind | kUseCore},
     {"-all", nullptr, "captures with all cores; all are armed before any is waited for",
      raise<&CaptureOptions::allCores>, kUseArm},
     {nullptr, nullptr, "Run:", nullptr},

@@ -48,6 +48,7 @@ enum OptionUse : unsigned {
   kUseWrite = 16,
   kUseValues = 32,
   kUseFind = 64,
+  kUseCore = 128,  ///< Of a capture's other sub-commands, which concern one core.
 };
 
 /// False with one text that names the word and the way out.
