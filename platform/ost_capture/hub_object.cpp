@@ -160,10 +160,10 @@ int HubObject::wait(const SubCall& call) {
 
 int HubObject::waitHere(const SubCall& call) {
   Outcome outcome;
-  while (!look(kLookSeconds, outcome)) {
-    if (tcl_cmdex::servePendingEvents() && session_) continue;
-    return call.fail(QStringLiteral("The hub was closed during the wait."), capture_error::kClosed);
-  }
+  do {
+    if (!tcl_cmdex::servePendingEvents() || !session_)
+      return call.fail(QStringLiteral("The hub was closed during the wait."), capture_error::kClosed);
+  } while (!look(kLookSeconds, outcome));
   return outcome.errorCode ? call.fail(outcome.text, outcome.errorCode) : TCL_OK;
 }
 
