@@ -144,6 +144,9 @@ std::shared_ptr<const Design> Design::read(const DesignSource& source, QString& 
 const DesignSource& Design::source() const {
   return d->source;
 }
+const JtagWords& Design::jtag() const {
+  return d->plan->source().jtag;
+}
 QString Design::workingDirectory() const {
   return d->workingDirectory;
 }

@@ -16,6 +16,22 @@
 
 namespace ost {
 
+/// The way to the chip as typed, checked word for word; what was not said is empty.
+struct JtagWords {
+  QString way;    ///< A word, or the file name of a wrapper.
+  QString chain;  ///< Of the way: the two belong together.
+  QString period;
+
+  /// Takes from `other` what was not said here.
+  void fill(const JtagWords& other) {
+    if (way.isEmpty() && chain.isEmpty()) {
+      way = other.way;
+      chain = other.chain;
+    }
+    if (period.isEmpty()) period = other.period;
+  }
+};
+
 /// What `ost_design read` was told. File names are byte text as typed.
 struct DesignSource {
   QStringList files;  ///< Verilog, SystemVerilog (.sv, .svh), VHDL (.vhd, .vhdl) or one Yosys JSON netlist, in order.
@@ -30,6 +46,7 @@ struct DesignSource {
   QString systemVerilog;      ///< What reads SystemVerilog: "slang", "builtin" or "auto"; empty means the last.
   QString vhdlStandard;       ///< 87, 93, 02 or 08; empty means the last.
   QStringList vhdlLibraries;  ///< LIBRARY=FILE[,FILE...], VHDL files of libraries other than "work".
+  JtagWords jtag;
   int timeLimitSeconds = 600;
   qint64 memoryLimitBytes = qint64(8) << 30;
 };
@@ -81,8 +98,9 @@ class ISTCOMDATA_API Design {
   ~Design();
 
   const DesignSource& source() const;
-  QString topModule() const;  ///< As the source declares it; for people.
-  QString topKey() const;     ///< As a Yosys JSON netlist of the design writes it; the only name that finds it there.
+  const JtagWords& jtag() const;  ///< As words and lists say together.
+  QString topModule() const;      ///< As the source declares it; for people.
+  QString topKey() const;  ///< As a Yosys JSON netlist of the design writes it; the only name that finds it there.
   QStringList blackBoxes() const;    ///< Modules without a body that the hierarchy uses.
   const QStringList& notes() const;  ///< What the user should know of the reading, a sentence each.
   const DesignRoles& roles() const;

@@ -3,6 +3,7 @@
 
 #include <QDir>
 
+#include "platform/design/read_options.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -12,6 +13,8 @@ struct DesignSession::Private {
   std::function<bool()> idleHook;
   bool reading = false;
   ProofMode proof = ProofMode::Off;
+  QString badProof;  ///< What is wrong with $OST_PROVE.
+  JtagWords jtag;
 
   bool read(const DesignSource& source, const std::function<bool()>& idle, const QString& workingDirectory,
             QString& error) {
@@ -35,11 +38,12 @@ namespace {
 
 bool sameSource(const DesignSource& a, const DesignSource& b) {
   const auto words = [](const DesignSource& s) {
-    return QList<QStringList>{s.files,         s.fileLists,
-                              s.includeDirs,   s.defines,
-                              s.blackBoxes,    s.parameters,
-                              s.libraryDirs,   s.librarySuffixes,
-                              s.vhdlLibraries, {s.top, s.cells, s.systemVerilog, s.vhdlStandard}};
+    return QList<QStringList>{
+        s.files,         s.fileLists,
+        s.includeDirs,   s.defines,
+        s.blackBoxes,    s.parameters,
+        s.libraryDirs,   s.librarySuffixes,
+        s.vhdlLibraries, {s.top, s.cells, s.systemVerilog, s.vhdlStandard, s.jtag.way, s.jtag.chain, s.jtag.period}};
   };
   return words(a) == words(b);
 }
@@ -62,7 +66,12 @@ bool proofModeFromWord(const QByteArray& word, ProofMode& mode) {
 }
 
 DesignSession::DesignSession() : d(new Private) {
-  proofModeFromWord(qgetenv("OST_PROVE"), d->proof);
+  const QByteArray word = qgetenv("OST_PROVE");
+  if (!word.isEmpty() && !proofModeFromWord(word, d->proof))
+    d->badProof = QStringLiteral(
+                      "The environment variable OST_PROVE is \"%1\", but must be on, off or strict; set it right, or "
+                      "use ost_design prove on, off or strict.")
+                      .arg(textFromBytes(word));
 }
 
 DesignSession::~DesignSession() = default;
@@ -120,11 +129,26 @@ void DesignSession::close() {
   d->design.reset();
 }
 
-ProofMode DesignSession::proofMode() const {
-  return d->proof;
+bool DesignSession::proofMode(ProofMode& mode, QString& error) const {
+  mode = d->proof;
+  error = d->badProof;
+  return error.isEmpty();
 }
 void DesignSession::setProofMode(ProofMode mode) {
+  d->badProof.clear();
   d->proof = mode;
+}
+JtagWords DesignSession::jtag() const {
+  JtagWords words = d->jtag;
+  if (!d->design) return words;
+  JtagWords read = d->design->jtag();
+  if (!read.way.isEmpty() && !isJtagWord(read.way) && !read.way.startsWith(QLatin1Char('/')))
+    read.way = textFromFile(d->design->workingDirectory()) + QLatin1Char('/') + read.way;
+  words.fill(read);
+  return words;
+}
+void DesignSession::setJtag(const JtagWords& words) {
+  d->jtag = words;
 }
 void DesignSession::setIdleHook(std::function<bool()> hook) {
   d->idleHook = std::move(hook);

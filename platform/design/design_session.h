@@ -39,8 +39,13 @@ class ISTCOMDATA_API DesignSession {
   bool refresh(QString& error);
   void close();
 
-  ProofMode proofMode() const;  ///< As `ost_design prove` says, or $OST_PROVE.
+  /// As `ost_design prove` said last, or $OST_PROVE; false when only that was set, and to a word that means nothing.
+  bool proofMode(ProofMode& mode, QString& error) const;
   void setProofMode(ProofMode mode);
+
+  /// The way to the chip as `ost_design jtag` says, else as the design was read; a wrapper's name is absolute.
+  JtagWords jtag() const;
+  void setJtag(const JtagWords& words);
 
   /// Called while Yosys runs; set by the service. Returning false cancels the read.
   void setIdleHook(std::function<bool()> hook);

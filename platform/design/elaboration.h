@@ -8,6 +8,7 @@
 #include "platform/design/source_plan.h"
 #include "platform/design/unknown_uses.h"
 #include "platform/design/yosys.h"
+#include "platform/system/scratch_file.h"
 
 namespace ost {
 
@@ -27,14 +28,21 @@ class Elaboration {
 
  private:
   bool knowsAll(const NameIndex& index) const;
-  bool chooseReaders(QString& error);
+  bool readHelp(const YosysScript& help, QByteArray& text, QString& error);
+  bool chooseSystemVerilog(QString& error);
+  bool chooseCells(QString& error);
   QList<QByteArray> roots() const;
   bool findTop(QString& error);
   bool declareBoxes(QString& error);
   bool survey(NameIndex& index, QString& error);
   bool surveyOnce(NameIndex& index, QString& error);
+  void noteReadFiles(const ScratchFile& dependencies);
   bool readUses(const QVector<QByteArray>& types, QList<UnknownUse>& uses, QString& error);
   bool resolve(const QVector<QByteArray>& types, QString& error);
+  bool declareUnknown(const QVector<QByteArray>& types, const QList<UnknownUse>& uses, QString& error);
+  bool addEntities(const QVector<QByteArray>& types, const QList<UnknownUse>& uses, QString& error);
+  bool readGenerics(const VhdlEntity& entity, const UnknownUse& use, QMap<QByteArray, QByteArray>& generics,
+                    QString& error) const;
   bool bindVhdl(const VhdlEntity& entity, const QList<UnknownUse>& uses, QList<VhdlBinding>& bindings,
                 QByteArray& verilog, QString& error);
   bool addVhdlTop(QString& error);
@@ -45,6 +53,8 @@ class Elaboration {
   ToolLimits limits() const;
   /// The error of a run in the user's terms.
   QString said(const YosysResult& result) const;
+  /// Of modules that nothing defines.
+  QString missingText(const QStringList& modules) const;
 
   SourcePlan& plan_;
   const DesignSource& source_;

@@ -71,7 +71,28 @@ bool takeMegabytes(DesignSource& source, const QString& value, const QString&, Q
   return good;
 }
 
+bool takeJtag(DesignSource& source, const QString& value, const QString& folder, QString&) {
+  source.jtag.way = isJtagWord(value) ? value : inFolder(value, folder);
+  return true;
+}
+bool takeChain(DesignSource& source, const QString& value, const QString&, QString& mustBe) {
+  int chain = 0;
+  source.jtag.chain = value;
+  return takeNumber(value, 1, 4, chain, mustBe);
+}
+bool takePeriod(DesignSource& source, const QString& value, const QString&, QString& mustBe) {
+  bool isNumber = false;
+  const double period = value.toDouble(&isNumber);
+  source.jtag.period = value;
+  mustBe = QStringLiteral("a number of nanoseconds from 1 to 1000000");
+  return isNumber && period >= 1 && period <= 1e6;
+}
+
 }  // namespace
+
+bool isJtagWord(const QString& way) {
+  return QStringList{QStringLiteral("pins"), QStringLiteral("bscane2"), QStringLiteral("gw_jtag")}.contains(way);
+}
 
 const std::vector<ReadOption>& readOptions() {
   static const std::vector<ReadOption> options = {
@@ -90,6 +111,10 @@ const std::vector<ReadOption>& readOptions() {
       {"-std", "YEAR", "the standard of the VHDL files: 87, 93, 02 or 08; 08 at first", true, takeStandard},
       {"-work", "LIBRARY=FILES", "VHDL files, with commas, of another library (may be repeated)", true,
        takeVhdlLibrary},
+      {"-jtag", "WAY", "the way to the debug hub: pins, bscane2, gw_jtag or the file of a wrapper", true, takeJtag},
+      {"-chain", "NUMBER", "the primitive's user register: 1 to 4 of bscane2, 1 or 2 of gw_jtag; 1 at first", true,
+       takeChain},
+      {"-period", "NS", "of TCK, for the constraints; 100 at first", true, takePeriod},
       {"-timeout", "SECONDS", "how long a program may take, 1 to 86400; 600 at first", false, takeSeconds},
       {"-memory", "MEGABYTES", "how much memory it may take, 64 to 1048576; 8192 at first", false, takeMegabytes},
   };

@@ -18,6 +18,9 @@ struct ReadOption {
   bool (*take)(DesignSource& source, const QString& value, const QString& folder, QString& mustBe);
 };
 
+/// Whether the way to the debug hub is a word, and not the name of a file.
+ISTCOMDATA_API bool isJtagWord(const QString& way);
+
 /// All options, in the order of the help.
 ISTCOMDATA_API const std::vector<ReadOption>& readOptions();
 /// The option of that name, or null.

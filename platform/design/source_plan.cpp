@@ -96,6 +96,7 @@ bool SourcePlan::takeLists(const QString& workingDirectory, QString& error) {
   for (const auto member :
        {&DesignSource::top, &DesignSource::cells, &DesignSource::systemVerilog, &DesignSource::vhdlStandard})
     if ((source_.*member).isEmpty()) source_.*member = lists.*member;
+  source_.jtag.fill(lists.jtag);
   if (source_.librarySuffixes.isEmpty()) source_.librarySuffixes << QStringLiteral(".v") << QStringLiteral(".sv");
   for (const QString& list : qAsConst(lists.lists)) lists_.append(fileFromText(list));
   if (!source_.files.isEmpty() || !source_.vhdlLibraries.isEmpty()) return true;

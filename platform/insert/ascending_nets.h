@@ -1,7 +1,7 @@
 // Registers declared [0:N], as the writer of Verilog needs them.
 #pragma once
 
-#include "platform/insert/netlist_editor.h"
+#include "platform/insert/text_edits.h"
 
 namespace ost {
 

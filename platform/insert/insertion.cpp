@@ -9,6 +9,7 @@
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
 #include "platform/proof/proof.h"
+#include "platform/rtl/constraints.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -28,6 +29,7 @@ class Insertion {
   }
 
   bool run(std::shared_ptr<const Netlist> netlist);
+  const QString& proved() const { return proved_; }
 
  private:
   void say(const QString& line) const {
@@ -53,13 +55,14 @@ class Insertion {
   OutputFolder folder_;
   QElapsedTimer clock_;
   QList<QPair<QString, QByteArray>> generated_;  ///< The core's files and the debug module, in reading order.
-  QString verilog_, json_;
-  QString proved_;  ///< What the last line says of the proof.
+  QString verilog_, json_, sdc_, xdc_;
+  QByteArray debugInstance_;
+  QString proved_;  ///< The proof's counts, for a line's end.
 };
 
 /// A file name made from the top's name; it differs from those of the core.
 void Insertion::nameFiles() {
-  for (const auto& [name, text] : coreVerilogFiles()) generated_.append({name, text});
+  for (const auto& [name, text] : coreVerilogFiles(plan_.jtag)) generated_.append({name, text});
   generated_.append({QStringLiteral("ostrel_debug.v"), debugModuleVerilog(plan_)});
   QByteArray base = plan_.topModule.toLatin1();
   for (char& c : base)
@@ -74,6 +77,8 @@ void Insertion::nameFiles() {
   while (clashes(name + QStringLiteral(".v"))) name += QStringLiteral("_top");
   verilog_ = name + QStringLiteral(".v");
   json_ = name + QStringLiteral(".json");
+  sdc_ = name + QStringLiteral(".sdc");
+  xdc_ = name + QStringLiteral(".xdc");
 }
 
 /// Names only, without comments: not every tool that reads a file list accepts them.
@@ -96,6 +101,7 @@ bool Insertion::instrument(const NetlistBits& netlist, const ProbeRouting& routi
   for (const auto& entry : generated_) reserved += definedModules(entry.second);
   NetlistEditor editor(netlist, routing, plan_);
   if (!editor.prepare(reserved, error_) || !serve()) return false;
+  debugInstance_ = editor.debugInstance();
   const std::unique_ptr<FileWriter> file = folder_.create(json_, error_);
   if (!file) return false;
   editor.write(*file);  // finish() reports a failure
@@ -123,7 +129,7 @@ bool Insertion::prove(std::shared_ptr<const Netlist> netlist) {
 
 bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   nameFiles();
-  QStringList files{verilog_, json_, QStringLiteral("files.f"), QStringLiteral("capture_map.json")};
+  QStringList files{verilog_, json_, sdc_, xdc_, QStringLiteral("files.f"), QStringLiteral("capture_map.json")};
   for (const auto& entry : generated_) files.append(entry.first);
   if (!folder_.begin(files, error_) || !serve()) return false;
 
@@ -143,6 +149,10 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (!instrument(data, routing)) return false;
   for (const auto& [name, text] : generated_)
     if (!folder_.write(name, text, error_)) return false;
+
+  if (!folder_.write(sdc_, constraintsText(plan_, debugInstance_, ConstraintDialect::Sdc), error_) ||
+      !folder_.write(xdc_, constraintsText(plan_, debugInstance_, ConstraintDialect::Xdc), error_))
+    return false;
 
   say(QStringLiteral("Writing the instrumented design as Verilog."));
   if (!folder_.write(verilog_, QByteArray(), error_)) return false;
@@ -164,18 +174,20 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   if (!folder_.write(QStringLiteral("files.f"), fileList(), error_)) return false;
   if (!serve() || !folder_.commit(error_)) return false;
   sayBlackBoxes(data);
-  say(QStringLiteral("Wrote \"%1\" in %2 s%3.")
+  say(QStringLiteral("Wrote \"%1\" in %2 s.")
           .arg(textFromUnicode(request_.outputDirectory))
-          .arg(double(clock_.elapsed()) / 1000, 0, 'f', 1)
-          .arg(proved_));
+          .arg(double(clock_.elapsed()) / 1000, 0, 'f', 1));
   return true;
 }
 
 }  // namespace
 
 bool runInsertion(const InsertPlan& plan, const Design& design, std::shared_ptr<const Netlist> netlist,
-                  const InsertionRequest& request, const InsertionHooks& hooks, QString& error) {
-  return Insertion(plan, design, request, hooks, error).run(std::move(netlist));
+                  const InsertionRequest& request, const InsertionHooks& hooks, QString& error, QString* proved) {
+  Insertion insertion(plan, design, request, hooks, error);
+  const bool done = insertion.run(std::move(netlist));
+  if (proved) *proved = insertion.proved();
+  return done;
 }
 
 }  // namespace ost

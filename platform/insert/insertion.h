@@ -22,8 +22,10 @@ struct InsertionRequest {
 };
 
 /// Writes the instrumented design, the core's Verilog, file list and capture map. On failure nothing in the output
-/// folder has changed and `error` says why.
+/// folder has changed and `error` says why. `proved`, when given: the proof's counts as a clause that begins with "; ",
+/// or empty without a proof.
 bool runInsertion(const InsertPlan& plan, const Design& design, std::shared_ptr<const Netlist> netlist,
-                  const InsertionRequest& request, const InsertionHooks& hooks, QString& error);
+                  const InsertionRequest& request, const InsertionHooks& hooks, QString& error,
+                  QString* proved = nullptr);
 
 }  // namespace ost

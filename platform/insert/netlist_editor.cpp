@@ -31,23 +31,6 @@ QByteArray netText(const QByteArray& name, const QVector<int>& bits, bool keep =
 
 }  // namespace
 
-void TextEdits::replace(TextSpan span, const QByteArray& text) {
-  edits_.emplace(span.begin, Edit{span.end, text});
-}
-
-bool TextEdits::write(std::string_view original, TextSpan span, QIODevice& device) const {
-  size_t done = span.begin;
-  const auto copy = [&](size_t end) {
-    const qint64 size = qint64(end - done);
-    return device.write(original.data() + done, size) == size;
-  };
-  for (auto edit = edits_.lower_bound(span.begin); edit != edits_.end() && edit->first < span.end; ++edit) {
-    if (!copy(edit->first) || device.write(edit->second.text) != edit->second.text.size()) return false;
-    done = edit->second.end;
-  }
-  return copy(span.end);
-}
-
 NetlistEditor::NetlistEditor(const NetlistBits& netlist, const ProbeRouting& routing, InsertPlan& plan)
     : netlist_(netlist), routing_(routing), plan_(plan) {}
 
@@ -185,6 +168,7 @@ bool NetlistEditor::chooseTopNames(QString& error) {
   }
   debugInstance_ = freeName("ostrel_debug_i", taken);
   added.insert(debugInstance_);
+  if (!plan_.jtag.hasPins()) return true;
   // The four pins share one prefix, the first for which all four names are free.
   QByteArray prefix = "ostrel_";
   const auto prefixTaken = [&](const QByteArray& wanted) {
@@ -229,7 +213,7 @@ void NetlistEditor::addDebugInstance(const std::vector<QVector<int>>& childBits,
   for (const DebugConnection& connection : routing_.connections()) {
     const DebugPort& port = connection.port;
     QVector<int> bits;
-    if (port.role <= DebugPort::Tdo)
+    if (port.isPin())
       bits = addPin(port, additions);
     else if (port.role == DebugPort::TriggerOut)
       bits = addTriggerOut(port, additions);

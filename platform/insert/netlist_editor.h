@@ -1,30 +1,12 @@
 // Writes the instrumented netlist: the original's text with the changed parts replaced.
 #pragma once
 
-#include <QIODevice>
 #include <QSet>
-#include <map>
 
-#include "platform/insert/probe_routing.h"
+#include "platform/insert/text_edits.h"
+#include "platform/routing/probe_routing.h"
 
 namespace ost {
-
-/// Replacements within one text, kept by offset.
-class TextEdits {
- public:
-  void replace(TextSpan span, const QByteArray& text);
-  void insert(size_t offset, const QByteArray& text) { replace({offset, offset}, text); }
-  void add(const TextEdits& other) { edits_.insert(other.edits_.begin(), other.edits_.end()); }
-  /// Writes the span of `original` with the edits that lie in it. False when the device fails.
-  bool write(std::string_view original, TextSpan span, QIODevice& device) const;
-
- private:
-  struct Edit {
-    size_t end;
-    QByteArray text;
-  };
-  std::multimap<size_t, Edit> edits_;
-};
 
 class NetlistEditor {
  public:

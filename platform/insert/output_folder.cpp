@@ -7,9 +7,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSet>
 #include <cerrno>
 #include <cstdlib>
@@ -21,7 +23,9 @@ namespace ost {
 namespace {
 
 const char kListName[] = "ostrel_files.txt";
-const char kProjectKey[] = "project/";  // No file name has a '/', and earlier versions skip lines with one.
+// No file name has a '/', and earlier versions skip lines with one.
+const char kProjectKey[] = "project/";
+const char kDigestKey[] = "digest/";  ///< Then the digest of a file's contents, '/' and its name.
 constexpr qint64 kMaxListBytes = 1 << 20;
 constexpr int kAttempts = 100;
 
@@ -29,6 +33,7 @@ constexpr int kAttempts = 100;
 struct FolderList {
   QSet<QByteArray> files;
   QByteArray project;  ///< Empty when unknown.
+  QHash<QByteArray, QByteArray> digests;
 };
 
 Descriptor openFolder(int parent, const QByteArray& name) {
@@ -44,6 +49,10 @@ FolderList readList(int folder) {
   for (const QByteArray& line : text.split('\n')) {
     if (line.startsWith(kProjectKey))
       list.project = QByteArray::fromPercentEncoding(line.mid(int(sizeof kProjectKey) - 1));
+    if (line.startsWith(kDigestKey)) {
+      const QByteArray rest = line.mid(int(sizeof kDigestKey) - 1);
+      list.digests.insert(rest.mid(rest.indexOf('/') + 1), rest.left(rest.indexOf('/')));
+    }
     if (!line.isEmpty() && !line.contains('/')) list.files.insert(line);
   }
   list.files.insert(kListName);
@@ -62,6 +71,25 @@ bool findForeign(int folder, QByteArray& foreign) {
     if (!foreign.isEmpty()) break;
   }
   return true;
+}
+
+/// Of a file's contents, to tell whether somebody changed it; empty when it cannot be read.
+QByteArray digestOf(int folder, const QByteArray& name) {
+  Descriptor file(openat(folder, name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  QFile contents;
+  QCryptographicHash hash(QCryptographicHash::Sha1);
+  const bool read = file.isOpen() && contents.open(file.fd(), QIODevice::ReadOnly) && hash.addData(&contents);
+  return read ? hash.result().toHex() : QByteArray();
+}
+
+/// A file of the insertion's own that somebody has changed since; empty when there is none.
+QByteArray findChanged(int folder) {
+  const FolderList list = readList(folder);
+  for (auto file = list.digests.begin(); file != list.digests.end(); ++file) {
+    const QByteArray now = digestOf(folder, file.key());
+    if (!now.isEmpty() && now != file.value()) return file.key();
+  }
+  return QByteArray();
 }
 
 /// Whether the name still leads to the open folder.
@@ -148,6 +176,14 @@ bool OutputFolder::isReplaceable(int folder, QString& error) const {
                 .arg(textFromUnicode(target_), textFromBytes(foreign));
     return false;
   }
+  const QByteArray changed = findChanged(folder);
+  if (!changed.isEmpty()) {
+    error = QStringLiteral(
+                "In the output folder \"%1\" the file \"%2\" was changed after the insertion wrote it; move it "
+                "elsewhere, or remove it (a JTAG wrapper of your own is named with ost_design jtag FILE).")
+                .arg(textFromUnicode(target_), textFromBytes(changed));
+    return false;
+  }
   const QByteArray maker = readList(folder).project;
   if (maker.isEmpty() || project_.isEmpty() || maker == project_) return true;
   error = QStringLiteral(
@@ -191,7 +227,8 @@ bool OutputFolder::begin(const QStringList& files, QString& error) {
   unfinished().append(this);
   QByteArray list;
   if (!project_.isEmpty()) list = kProjectKey + project_.toPercentEncoding() + '\n';
-  for (const QString& name : files) list += QFile::encodeName(name) + '\n';
+  for (const QString& name : files) names_.append(QFile::encodeName(name));
+  for (const QByteArray& name : qAsConst(names_)) list += name + '\n';
   return write(QLatin1String(kListName), list, error);
 }
 
@@ -241,6 +278,19 @@ bool OutputFolder::swap(QByteArray& aside) const {
   return false;
 }
 
+/// Appended to the list, which at no time misses a file.
+bool OutputFolder::writeDigests(QString& error) const {
+  Descriptor list(openat(staged_.fd(), kListName, O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC));
+  if (!list.isOpen())
+    return refuse(error, "Cannot write \"%1\": %2.", target_ + QLatin1Char('/') + QLatin1String(kListName), errno);
+  FileWriter file(std::move(list));
+  for (const QByteArray& name : names_) {
+    const QByteArray digest = digestOf(staged_.fd(), name);
+    if (!digest.isEmpty()) file.write(kDigestKey + digest + '/' + name + '\n');
+  }
+  return finish(QLatin1String(kListName), file, error);
+}
+
 bool OutputFolder::commit(QString& error) {
   const char what[] = "Cannot put the new output folder \"%1\" in place: %2.";
   const int parent = parent_.fd();
@@ -251,6 +301,7 @@ bool OutputFolder::commit(QString& error) {
                 .arg(textFromBytes(stagedName_), textFromUnicode(target_));
     return false;
   }
+  if (!writeDigests(error)) return false;
   QByteArray aside;
   if (old.isOpen() ? !swap(aside) : !rename(parent, stagedName_, name_)) return refuse(error, what, target_, errno);
   unfinished().removeAll(this);

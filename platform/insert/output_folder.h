@@ -23,7 +23,7 @@ class OutputFolder {
   OutputFolder& operator=(const OutputFolder&) = delete;
 
   /// Makes the staged folder for the files; first removes what dead runs left. False when the target holds
-  /// anything that no insertion wrote, or is another project's, or cannot be written.
+  /// anything that no insertion wrote, a file that was changed since, or is another project's, or cannot be written.
   bool begin(const QStringList& files, QString& error);
   /// A path to the file that leads into the staged folder even if that is renamed; valid in this process as long as
   /// the object exists.
@@ -40,6 +40,7 @@ class OutputFolder {
 
  private:
   bool openOld(Descriptor& old, QString& error) const;
+  bool writeDigests(QString& error) const;
   bool isReplaceable(int folder, QString& error) const;
   bool swap(QByteArray& aside) const;
   void discard();
@@ -49,6 +50,7 @@ class OutputFolder {
 
   QString target_;
   QByteArray project_, name_, stagedName_;
+  QList<QByteArray> names_;  ///< Of the files.
   Descriptor parent_, staged_;
   qint64 process_ = 0;
 };

@@ -5,6 +5,7 @@
 
 #include "framework/ist_com_data.h"
 #include "platform/insert/insertion.h"
+#include "platform/insert/jtag_wrapper.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_file.h"
 #include "platform/rtl/debug_module.h"
@@ -87,12 +88,14 @@ bool IstComData::DRC(QString& message) {
   return true;
 }
 
-bool IstComData::Private::insert(QString& directory, QString& error) {
+bool IstComData::Private::insert(QString& directory, QString& proved, QString& error) {
   const std::shared_ptr<const ost::Design> design = ost::DesignSession::instance().design();
   if (!design) {
     error = ost::noDesignText();
     return false;
   }
+  ost::ProofMode proof = ost::ProofMode::Off;
+  if (!ost::DesignSession::instance().proofMode(proof, error)) return false;
   if (!ost::ProjectStorage::outputFolderOf(project->fileName, directory, error) || !loadNetlist(*design, error))
     return false;
   for (const auto& core : project->cores) core->trace->compact();
@@ -102,26 +105,27 @@ bool IstComData::Private::insert(QString& directory, QString& error) {
         "The project or its design is not what the design rules passed; run the command again: ost_project run.");
     return false;
   }
-  sayEstimate(*passed.plan);
+  ost::InsertPlan plan = *passed.plan;
+  if (!ost::planJtag(ost::DesignSession::instance().jtag(), plan.jtag, error)) return false;
+  sayEstimate(plan);
   // Two projects can mean one folder, an untitled one and "untitled.ost" for example.
   const QString file = QFileInfo(ost::fileFromText(project->fileName)).fileName();
-  const ost::InsertionRequest request{directory, ost::DesignSession::instance().proofMode(),
-                                      file.isEmpty() ? QStringLiteral("(untitled)") : file};
+  const ost::InsertionRequest request{directory, proof, file.isEmpty() ? QStringLiteral("(untitled)") : file};
   tcl_cmdex::ProgressLine progress("Inserting");
   const ost::InsertionHooks hooks{
       [&progress](const QString& line) { progress.say(line.toLatin1().toStdString()); },
       [&progress](const QString& stage) { progress.setStage(stage.toLatin1().toStdString()); },
       [&progress] { return progress.tick(); }};
-  return ost::runInsertion(*passed.plan, *design, netlist, request, hooks, error);
+  return ost::runInsertion(plan, *design, netlist, request, hooks, error, &proved);
 }
 
 bool IstComData::Insert(int) {
   if (!d->project) return false;
   ost::BusyTask busy(d->busyTasks);
-  QString directory, error;
-  if (!d->insert(directory, error))
+  QString directory, proved, error;
+  if (!d->insert(directory, proved, error))
     return d->fail(ToldBy::Console, QStringLiteral("ERROR: Nothing was inserted: %1").arg(error));
-  ost::say(QStringLiteral("The instrumented design is in \"%1\".").arg(ost::textFromFile(directory)));
+  ost::say(QStringLiteral("The instrumented design is in \"%1\"%2.").arg(ost::textFromFile(directory), proved));
   return true;
 }
 

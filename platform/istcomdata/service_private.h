@@ -72,7 +72,7 @@ class IstComData::Private {
   bool bringDesignUpToDate(QString& error);
   bool loadNetlist(const ost::Design& design, QString& error);
   /// `directory` is where the instrumented design goes.
-  bool insert(QString& directory, QString& error);
+  bool insert(QString& directory, QString& proved, QString& error);
 };
 
 }  // namespace ostrel

@@ -146,10 +146,11 @@ bool NetlistBits::descend(const PlacedBit& outer, const IndexedCell& cell, Place
 
 PlacedBit NetlistBits::source(const PlacedBit& start, LocalDriver& driver) const {
   // A net may branch at inouts, and a ring of feed-through modules has no end: look at each place once. An inout of a
-  // black box, or of the top, counts only when nothing else drives the net.
+  // black box, or of the top, counts only when nothing else drives the net. A net without a driver is found where it
+  // ends, so that all who follow it find the same.
   std::vector<PlacedBit> pending{start};
   std::set<std::pair<std::vector<int>, int>> seen;
-  PlacedBit weakPlace = start, next;
+  PlacedBit weakPlace = start, end = start, next;
   LocalDriver weak;
   while (!pending.empty()) {
     const PlacedBit place = pending.back();
@@ -158,6 +159,7 @@ PlacedBit NetlistBits::source(const PlacedBit& start, LocalDriver& driver) const
     const ModuleIndex& local = index(place.module);
     driver = local.driver(place.bit);
     if (isConstantBit(place.bit)) return place;
+    if (driver.kind == LocalDriver::None || driver.kind == LocalDriver::InputPort) end = place;
     if (driver.kind == LocalDriver::Cell) {
       const IndexedCell& cell = local.cells()[size_t(driver.cell)];
       if (cell.kind != CellKind::Instance || !descend(place, cell, next)) return place;
@@ -185,7 +187,7 @@ PlacedBit NetlistBits::source(const PlacedBit& start, LocalDriver& driver) const
     }
   }
   driver = weak;
-  return weak.kind == LocalDriver::None ? topmost(start) : weakPlace;
+  return weak.kind == LocalDriver::None ? topmost(end) : weakPlace;
 }
 
 PlacedBit NetlistBits::topmost(PlacedBit place) const {

@@ -3,6 +3,7 @@
 
 #include "platform/design/design_session.h"
 #include "platform/design/yosys.h"
+#include "platform/insert/jtag_wrapper.h"
 #include "platform/system/memory.h"
 #include "platform/tclcmdex/host.h"
 #include "platform/tclcmdex/progress_line.h"
@@ -150,15 +151,43 @@ int runClose(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
 int runProve(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "prove");
   DesignSession& session = DesignSession::instance();
-  ProofMode mode = session.proofMode();
+  ProofMode mode = ProofMode::Off;
+  QString error;
   if (objc == 3 && !proofModeFromWord(Tcl_GetString(objv[2]), mode)) {
     return failUsage(interp, QStringLiteral("expected on, off or strict but got \"%1\"").arg(textFromTcl(objv[2])),
                      "prove");
   }
   if (objc == 3 && !isFree(interp)) return TCL_ERROR;
-  session.setProofMode(mode);
+  if (objc == 3)
+    session.setProofMode(mode);
+  else if (!session.proofMode(mode, error))
+    return failWith(interp, error, "OST DESIGN PROVE");
   const char* const results[] = {"0", "1", "strict"};
   Tcl_SetObjResult(interp, Tcl_NewStringObj(results[int(mode)], -1));
+  return TCL_OK;
+}
+
+int runJtag(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+  DesignSession& session = DesignSession::instance();
+  if (objc > 2) {
+    DesignSource source;
+    if (!parseJtagWords(interp, objc, objv, source)) return TCL_ERROR;
+    if (!isFree(interp)) return TCL_ERROR;
+    PlanJtag jtag;
+    QString error;
+    if (!planJtag(source.jtag, jtag, error)) return failWith(interp, error, "OST DESIGN JTAG");
+    session.setJtag(source.jtag);
+  }
+  const JtagWords words = session.jtag();
+  TclList list;
+  const auto add = [&list](const char* option, const QString& value) {
+    list.add(option);
+    list.add(tclFromText(value));
+  };
+  list.add(tclFromText(words.way.isEmpty() ? QStringLiteral("pins") : words.way));
+  if (!words.chain.isEmpty()) add("-chain", words.chain);
+  if (!words.period.isEmpty()) add("-period", words.period);
+  Tcl_SetObjResult(interp, list);
   return TCL_OK;
 }
 
@@ -177,7 +206,7 @@ struct SubCommand {
   int (*run)(Tcl_Interp*, int, Tcl_Obj* const[]);
 };
 
-const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo},
+const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo}, {"jtag", runJtag},
                                    {"nets", runNets},   {"prove", runProve}, {"read", runRead}};
 
 int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
@@ -187,8 +216,8 @@ int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     if (word == entry.name) return entry.run(interp, objc, objv);
   }
   Tcl_SetObjResult(interp,
-                   tclFromText(QString::fromLatin1("unknown sub-command \"%1\": must be close, help, info, nets, "
-                                                   "prove, or read")
+                   tclFromText(QString::fromLatin1("unknown sub-command \"%1\": must be close, help, info, jtag, "
+                                                   "nets, prove, or read")
                                    .arg(textFromTcl(objv[1]))));
   Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
   return TCL_ERROR;

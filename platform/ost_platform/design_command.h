@@ -18,6 +18,9 @@ std::string designHelp(const std::string& subCommand);
 /// Reads the words of `ost_design read` from objv[2] on. On failure the interpreter holds the error.
 bool parseReadWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignSource& source);
 
+/// The same for the words of `ost_design jtag`; a wrapper's name is made absolute.
+bool parseJtagWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignSource& source);
+
 /// The error for wrong words of a sub-command: `message`, then its usage; errorCode `OST USAGE ost_design <sub>`.
 int failUsage(Tcl_Interp* interp, const QString& message, const char* subCommand);
 

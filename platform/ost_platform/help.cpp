@@ -17,6 +17,14 @@ const HelpEntry kHelp[] = {
     {"info", "ost_design info",
      "Returns what is loaded as names and values: top, files, modules, instances, nets, bits, roles,\n"
      "blackboxes, notes, yosys."},
+    {"jtag", "ost_design jtag ?WAY? ?-chain NUMBER? ?-period NS?",
+     "Returns the way from the cable to the debug hub; with a word, sets it first. pins: a TAP on four pins of the "
+     "top,\n"
+     "as long as nothing else is said; bscane2 or gw_jtag: a user register of the device's own TAP, through that\n"
+     "primitive, 1 to 4 or 1 to 2 (-chain), without pins; else the name of a Verilog file with the module "
+     "ostrel_jtag,\n"
+     "which is used as it is. -period is TCK's, for the constraints. The options of \"ost_design read\" of the same\n"
+     "names hold until this command is used."},
     {"nets", "ost_design nets ?-glob PATTERN? ?-regexp PATTERN?",
      "Returns a list of {name width}, one for each net of each instance. Names that do not fit the patterns are left\n"
      "out: -glob as in \"string match\", -regexp as in \"regexp\"."},

@@ -74,6 +74,7 @@ class MapWriter {
   void expression(const PlanExpression& expression);
   void triggerOut(const PlanCore& core);
   void core(const PlanCore& core);
+  void jtag(const InsertPlan& plan);
 
   rapidjson::StringBuffer buffer_;
   rapidjson::PrettyWriter<rapidjson::StringBuffer> writer_;
@@ -197,20 +198,31 @@ void MapWriter::core(const PlanCore& core) {
   writer_.EndObject();
 }
 
+void MapWriter::jtag(const InsertPlan& plan) {
+  if (plan.jtag.way != JtagWay::Pins) text("way", jtagWayWords()[int(plan.jtag.way)]);
+  if (plan.jtag.isPrimitive()) {
+    number("chain", plan.jtag.chain);
+    number("instructionWidth", plan.jtag.instructionWidth());
+    number("instructionCode", int(plan.jtag.instructionCode()));
+  }
+  if (!plan.jtag.hasPins()) return;
+  text("tck", plan.pins.tck);
+  text("tms", plan.pins.tms);
+  text("tdi", plan.pins.tdi);
+  text("tdo", plan.pins.tdo);
+}
+
 QByteArray MapWriter::write(const InsertPlan& plan) {
   writer_.StartObject();
   text("format", captureMapFormat());
-  number("version", namesValues(plan) ? kCaptureMapVersion : kCaptureMapVersion - 1);
+  number("version", plan.jtag.way != JtagWay::Pins ? kCaptureMapVersion : namesValues(plan) ? 2 : 1);
   text("project", plan.projectName);
   text("top", plan.topModule);
   key("hash");
   bytes(plan.projectHash);
   key("jtag");
   writer_.StartObject();
-  text("tck", plan.pins.tck);
-  text("tms", plan.pins.tms);
-  text("tdi", plan.pins.tdi);
-  text("tdo", plan.pins.tdo);
+  jtag(plan);
   writer_.EndObject();
   list("cores", plan.cores, [this](const PlanCore& entry) { core(entry); });
   writer_.EndObject();
@@ -235,6 +247,7 @@ QByteArray planHash(const InsertPlan& plan) {
   InsertPlan hashed = plan;
   hashed.projectHash.clear();
   hashed.pins = JtagPins();
+  hashed.jtag = PlanJtag();
   return QCryptographicHash::hash(captureMapJson(hashed), QCryptographicHash::Sha256).toHex().left(16);
 }
 

@@ -13,7 +13,7 @@ constexpr qint64 kMaxCaptureMapBytes = 64 << 20;
 
 /// The plan as text; the same plan gives the same text.
 QByteArray captureMapJson(const InsertPlan& plan);
-/// The plan's hash: 16 hex digits over everything in it but the hash itself and the names of the JTAG pins.
+/// The plan's hash: 16 hex digits over everything in it but the hash itself and the way to the chip.
 QByteArray planHash(const InsertPlan& plan);
 /// Reads and checks a capture map; nothing in it is trusted. False with the place and the reason in `error`.
 bool readCaptureMap(const QByteArray& json, InsertPlan& plan, QString& error);

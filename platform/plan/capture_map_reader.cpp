@@ -44,6 +44,7 @@ class MapReader {
   void captureSettings(JsonFields& fields, PlanCore& core);
   void triggerOut(JsonFields& fields, PlanCore& core);
   PlanCore core(const QJsonValue& value, const QString& path);
+  void jtag(JsonFields& fields, InsertPlan& plan);
 
   /// Counts an entry of a kind that the map may have `most` of.
   void count(int& entries, int most, const QString& path) {
@@ -244,6 +245,25 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   return core;
 }
 
+void MapReader::jtag(JsonFields& fields, InsertPlan& plan) {
+  JsonFields inner(fields.value("jtag"), QStringLiteral("jtag"), fault_);
+  if (version_ >= 3 && inner.has("way")) plan.jtag.way = JtagWay(inner.word("way", jtagWayWords()));
+  if (plan.jtag.isPrimitive()) {
+    plan.jtag.chain = inner.number("chain", 1, plan.jtag.chains());
+    inner.number("instructionWidth", plan.jtag.instructionWidth(), plan.jtag.instructionWidth());
+    const int code = int(plan.jtag.instructionCode());
+    inner.number("instructionCode", code, code);
+  }
+  plan.jtag.wrapperPins = inner.has("tck");
+  if (plan.jtag.hasPins()) {
+    plan.pins.tck = inner.text("tck");
+    plan.pins.tms = inner.text("tms");
+    plan.pins.tdi = inner.text("tdi");
+    plan.pins.tdo = inner.text("tdo");
+  }
+  inner.refuseOthers();
+}
+
 bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
   JsonFields fields(root, QString(), fault_);
   fields.word("format", {captureMapFormat()});
@@ -252,12 +272,7 @@ bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
   result.projectName = fields.text("project");
   result.topModule = fields.text("top");
   result.projectHash = fields.text("hash").toLatin1();
-  JsonFields jtag(fields.value("jtag"), QStringLiteral("jtag"), fault_);
-  result.pins.tck = jtag.text("tck");
-  result.pins.tms = jtag.text("tms");
-  result.pins.tdi = jtag.text("tdi");
-  result.pins.tdo = jtag.text("tdo");
-  jtag.refuseOthers();
+  jtag(fields, result);
   list(fields, "cores", kMaxPlanCores,
        [&](const QJsonValue& value, const QString& path) { result.cores.append(core(value, path)); });
   fields.refuseOthers();

@@ -5,9 +5,9 @@
 
 namespace ost {
 
-/// Version 2 names values of enumerated types; a map without such is written as version 1, so that readers of that one
-/// take it, and its hash is theirs.
-constexpr int kCaptureMapVersion = 2;
+/// Version 2 names values of enumerated types, version 3 the way to the chip when that is not four pins. A map without
+/// such is written as the version before, so that readers of that one take it, and its hash is theirs.
+constexpr int kCaptureMapVersion = 3;
 QString captureMapFormat();
 QStringList unitClassWords();  ///< By UnitClass.
 

@@ -128,11 +128,37 @@ struct JtagPins {
   QString tdo = QStringLiteral("ostrel_tdo");
 };
 
+/// The way from the cable to the debug hub.
+enum class JtagWay {
+  Pins,     ///< A TAP of our own on four pins of the top.
+  Bscane2,  ///< A user register of the device's TAP, through its primitive BSCANE2.
+  GwJtag,   ///< The same through GW_JTAG.
+  Wrapper,  ///< A module `ostrel_jtag` of the user's.
+};
+QStringList jtagWayWords();  ///< By JtagWay; the last one is no word of the user's.
+
+struct PlanJtag {
+  JtagWay way = JtagWay::Pins;
+  int chain = 1;             ///< Of a primitive: the number of the user register, from 1.
+  double periodNs = 100;     ///< TCK's shortest period, for the constraints.
+  QByteArray wrapper;        ///< The user's file.
+  bool wrapperPins = false;  ///< It has the ports jtag_tck, jtag_tms, jtag_tdi, jtag_tdo.
+
+  bool isPrimitive() const { return way == JtagWay::Bscane2 || way == JtagWay::GwJtag; }
+  bool hasPins() const { return way == JtagWay::Pins || (way == JtagWay::Wrapper && wrapperPins); }
+  int chains() const { return way == JtagWay::Bscane2 ? 4 : way == JtagWay::GwJtag ? 2 : 1; }
+  /// The instruction that selects the hub: bits of the device's instruction register and the code; 0 bits when only
+  /// the wrapper's author knows. BSCANE2: as on the 7 series, other families have longer registers.
+  int instructionWidth() const;
+  quint32 instructionCode() const;
+};
+
 struct InsertPlan {
   QString projectName;  ///< Base name of the project file, or "untitled".
   QString topModule;
   QByteArray projectHash;  ///< 16 hex digits over the plan itself; built into the hardware and the capture map.
   JtagPins pins;           ///< Chosen by the insertion, which avoids names of the design; not part of the hash.
+  PlanJtag jtag;           ///< Not part of the hash.
   QVector<PlanCore> cores;
 };
 

@@ -48,6 +48,7 @@ class Comparison {
   bool compareNets();
   bool compareStates();
   bool compareCuts();
+  void findTables();
   bool compareMemories();
   bool compareMemory(const ModuleMemory& original, const ModuleMemory& written);
   bool compareWrites(const ModuleMemory& original, const ModuleMemory& written, int bit);
@@ -92,11 +93,13 @@ bool Comparison::pairStates() {
   for (const ModuleNet& net : written_.nets()) {
     const ModuleNet* other = original_.net(net.name);
     for (int i = 0; i < net.bits.size(); ++i) {
-      const int state = written_.stateAt(net.bits[i]);
+      int state = written_.stateAt(net.bits[i]);
       if (state >= 0 && names[size_t(split + state)].isEmpty())
         names[size_t(split + state)] = bitName(net.name, i, net.bits.size());
       if (!other || i >= other->bits.size()) continue;
       const int partner = original_.stateAt(other->bits[i]);
+      // A register on an inout was given a net of its own, which the inout follows.
+      if (state < 0) state = written_.stateBehind(net.bits[i]);
       if (state >= 0 && partner >= 0) parent[size_t(root(split + state))] = root(partner);
     }
   }
@@ -341,6 +344,18 @@ bool Comparison::compareMemory(const ModuleMemory& original, const ModuleMemory&
   return true;
 }
 
+/// What is never written is a function of its address; a write that is never enabled may have been dropped.
+void Comparison::findTables() {
+  for (auto& [name, memory] : original_.memories()) {
+    const auto found = written_.memories().find(name);
+    memory.isTable = memory.writes.empty() && (found == written_.memories().end() || found->second.writes.empty());
+  }
+  for (auto& [name, memory] : written_.memories()) {
+    const auto found = original_.memories().find(name);
+    memory.isTable = found == original_.memories().end() ? memory.writes.empty() : found->second.isTable;
+  }
+}
+
 /// Tables were compared with what they are read for.
 bool Comparison::compareMemories() {
   for (const auto& [name, memory] : original_.memories()) {
@@ -395,6 +410,7 @@ ModuleVerdict Comparison::run() {
   original_.mayCut = mayCut(written_);
   written_.mayCut = mayCut(original_);
   pairStates();
+  findTables();
   original_.connect();
   written_.connect();
   for (const auto& [net, position] : cuts_) {

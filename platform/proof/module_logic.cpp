@@ -219,6 +219,19 @@ int ModuleLogic::stateAt(int bit) const {
   return found == stateAt_.end() ? -1 : found->second;
 }
 
+int ModuleLogic::stateBehind(int bit) const {
+  if (isConstantBit(bit) || size_t(bit) >= driver_.size()) return -1;
+  const auto behind = [this](const Driver& driver) {
+    if (driver.kind != Driver::CellOutput || typeOf(cells_[size_t(driver.cell)]) != "$pos") return -1;
+    return stateAt(bits(cells_[size_t(driver.cell)], "A").value(driver.position, kBitX));
+  };
+  const Driver& driver = driver_[size_t(bit)];
+  if (driver.kind != Driver::Several) return behind(driver);
+  int found = -1;
+  for (const Driver& one : several_[size_t(driver.cell)]) found = std::max(found, behind(one));
+  return found;
+}
+
 void ModuleLogic::connect() {
   value_.assign(size_t(highestBit_) + 1, kNoEdge);
   driver_.resize(value_.size());

@@ -52,6 +52,7 @@ struct MemoryWrite {
 struct ModuleMemory {
   QByteArray name;
   int width = 0, offset = 0, words = 0;
+  bool isTable = false;               ///< Neither side writes to it.
   std::vector<int> initials, writes;  ///< Cells, in the order of their effect.
   std::vector<QByteArray> contents;   ///< By word, most significant bit first; empty when nothing is said.
 };
@@ -67,6 +68,8 @@ class ModuleLogic {
   const ModuleNet* net(const QByteArray& name) const;
   std::vector<StateBit>& states() { return states_; }
   int stateAt(int bit) const;  ///< Index into states(), or -1.
+  /// The state that a bit follows through a buffer, or -1.
+  int stateBehind(int bit) const;
   std::map<QByteArray, ModuleMemory>& memories() { return memories_; }
   /// Cells of instances: index into NetlistModule::instances -> the connections.
   const CellConnections& instance(int index) const { return instances_[size_t(index)]; }

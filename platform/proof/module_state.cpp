@@ -204,7 +204,7 @@ Edges ModuleLogic::readMemory(const Cell& cell) {
   Edges address = values(bits(cell, "ADDR"));
   for (Edge& bit : address) bit = graph_.digital(bit);
   while (!address.empty() && address.back() == kFalse) address.pop_back();
-  const bool table = memory.writes.empty();
+  const bool table = memory.isTable;
   if (table && memory.offset == 0 && qint64(memory.words) * memory.width <= kMostTableBits &&
       !graph_.mayBeUnknown(address)) {
     std::vector<Edges> words;

@@ -11,7 +11,7 @@
 
 #include "platform/design/name_index.h"
 #include "platform/design/yosys.h"
-#include "platform/insert/probe_routing.h"
+#include "platform/routing/probe_routing.h"
 #include "platform/proof/module_compare.h"
 #include "platform/system/files.h"
 #include "platform/system/scratch_file.h"
@@ -102,7 +102,8 @@ bool Proof::readBack(const ProofFiles& files) {
     return false;
   YosysJob job;
   if (!boxes.isEmpty()) job.script.line("read_json").openFile(3);
-  job.script.line("read_verilog -nodpi -lib").openFile(2).line("read_verilog -nodpi").openFile(1);
+  // A memory stays one, whether its addresses have become constants or not.
+  job.script.line("read_verilog -nodpi -lib").openFile(2).line("read_verilog -nodpi -nomem2reg").openFile(1);
   // The order of a case is what the Verilog says, not a promise that it makes no difference.
   job.script.line("hierarchy -auto-top\nattrmap -remove parallel_case=1\nproc\nwrite_json").openFile(0);
   job.files = {result.fd(), written[0].fd(), written[1].fd(), boxFile.fd()};
@@ -122,8 +123,9 @@ void Proof::noteChanges() {
     probePortOf_.insert(plainName(variant.name), variant.port);
     if (!variant.inPlace) originalOf_.insert(plainName(variant.name), original_.text.module(variant.module).name);
   }
-  for (const QString& pin : {plan_.pins.tck, plan_.pins.tms, plan_.pins.tdi, plan_.pins.tdo})
-    topPorts_.insert(pin.toLatin1());
+  if (plan_.jtag.hasPins())
+    for (const QString& pin : {plan_.pins.tck, plan_.pins.tms, plan_.pins.tdi, plan_.pins.tdo})
+      topPorts_.insert(pin.toLatin1());
   for (const PlanCore& core : plan_.cores)
     if (core.triggerOutIo) topPorts_.insert(core.triggerOutName.toLatin1());
 }

@@ -200,7 +200,7 @@ const Option kOptions[] = {
     {"-help", nullptr, "this text; so does --help", raise<&CaptureOptions::help>},
     {"--version", nullptr, "the version", raise<&CaptureOptions::version>},
     {nullptr, nullptr, "JTAG chain:", nullptr},
-    {"-ir", "WIDTH:CODE", "instruction that selects the debug hub; for a device's own JTAG primitive (default: 4:2)",
+    {"-ir", "WIDTH:CODE", "instruction that selects the debug hub, of all devices as one number (default: the map's)",
      keepInstruction, kUseOpen},
     {"-bypass", "AHEAD:BEHIND", "other devices in the chain, between TDI and the hub and between the hub and TDO",
      keepPlace, kUseOpen},

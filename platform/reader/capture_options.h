@@ -33,8 +33,8 @@ struct CaptureOptions {
   int eventCount = 0;  ///< 0: as built.
   int windows = 0;     ///< 0: as built.
   double timeoutSeconds = 10;
-  TapInstruction instruction;
-  QList<AskedFile> files;  ///< One of a format, in the order of the formats.
+  TapInstruction instruction{0, 0};  ///< Width 0: the capture map's.
+  QList<AskedFile> files;            ///< One of a format, in the order of the formats.
   ViewChoice view;
   bool wave = false, status = false, info = false;
 };

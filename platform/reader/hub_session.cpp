@@ -18,6 +18,9 @@ bool HubSession::loadMap(QString& error) {
     error = QStringLiteral("The capture map \"%1\" is damaged: %2").arg(name, reason);
   else if (plan_.cores.isEmpty())
     error = QStringLiteral("The capture map has no core; insert the cores again.");
+  else if (options_.instruction.width == 0 && plan_.jtag.instructionWidth() == 0)
+    error = QStringLiteral(
+        "The design was inserted with a JTAG wrapper of its own, so its instruction is not known; add -ir WIDTH:CODE.");
   return error.isEmpty();
 }
 
@@ -37,7 +40,9 @@ bool HubSession::chooseRuns(const CaptureOptions& options, QString& error) {
 
 bool HubSession::open(QString& error) {
   if (!way_.open(error)) return false;
-  hub_ = std::make_unique<HubLink>(way_.tap(), options_.instruction);
+  TapInstruction instruction = options_.instruction;
+  if (instruction.width == 0) instruction = {plan_.jtag.instructionWidth(), plan_.jtag.instructionCode()};
+  hub_ = std::make_unique<HubLink>(way_.tap(), instruction);
   reader_ = std::make_unique<CoreReader>(*hub_, plan_);
   run_ = std::make_unique<CaptureRun>(*reader_, way_.connection(), runs_);
   if (reader_->identify(error)) return true;

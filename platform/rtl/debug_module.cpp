@@ -2,6 +2,7 @@
 #include "platform/rtl/debug_module.h"
 
 #include "platform/plan/core_layout.h"
+#include "platform/rtl/core_verilog.h"
 #include "platform/rtl/core_writer.h"
 #include "platform/rtl/verilog_text.h"
 
@@ -29,20 +30,13 @@ void writeHub(QByteArray& out, const InsertPlan& plan) {
   out += "  wire [" + number(addressBits - 1) + ":0] h_address;\n";
   out += "  wire [" + number(cores - 1) + ":0] h_select, h_permit, h_word_last, h_block_end, h_payload;\n";
   out += "  wire [" + number(5 * cores - 1) + ":0] h_flags;\n\n";
-  instance(out, "ostrel_jtag", {}, "jtag",
-           {{"jtag_tck", "jtag_tck"},
-            {"jtag_tms", "jtag_tms"},
-            {"jtag_tdi", "jtag_tdi"},
-            {"jtag_tdo", "jtag_tdo"},
-            {"tck", "h_tck"},
-            {"sel", "h_sel"},
-            {"capture", "h_capture"},
-            {"shift", "h_shift"},
-            {"update", "h_update"},
-            {"tdi", "h_tdi"},
-            {"tdo", "h_tdo"}});
   QList<Connection> ports = {{"tck", "h_tck"},       {"sel", "h_sel"}, {"capture", "h_capture"}, {"shift", "h_shift"},
                              {"update", "h_update"}, {"tdi", "h_tdi"}, {"tdo", "h_tdo"}};
+  QList<Connection> jtagPorts = ports, parameters;
+  if (plan.jtag.hasPins())
+    for (const char* pin : {"jtag_tck", "jtag_tms", "jtag_tdi", "jtag_tdo"}) jtagPorts.append(Connection(pin, pin));
+  if (plan.jtag.isPrimitive()) parameters.append(Connection("CHAIN", number(plan.jtag.chain)));
+  instance(out, "ostrel_jtag", parameters, "jtag", jtagPorts);
   for (const char* name : {"select",  "op_status", "op_info",   "op_read",   "op_config", "op_table", "op_arm",
                            "op_stop", "data",      "tag",       "address",   "index",     "load",     "fetch",
                            "execute", "permit",    "word_last", "block_end", "payload",   "flags"})
@@ -58,10 +52,12 @@ void writeHub(QByteArray& out, const InsertPlan& plan) {
 }  // namespace
 
 QList<DebugPort> debugModulePorts(const InsertPlan& plan) {
-  QList<DebugPort> ports = {{"jtag_tck", DebugPort::Tck},
-                            {"jtag_tms", DebugPort::Tms},
-                            {"jtag_tdi", DebugPort::Tdi},
-                            {"jtag_tdo", DebugPort::Tdo, -1, 1, true}};
+  QList<DebugPort> ports;
+  if (plan.jtag.hasPins())
+    ports = {{"jtag_tck", DebugPort::Tck},
+             {"jtag_tms", DebugPort::Tms},
+             {"jtag_tdi", DebugPort::Tdi},
+             {"jtag_tdo", DebugPort::Tdo, -1, 1, true}};
   for (int i = 0; i < plan.cores.size(); ++i) {
     const PlanCore& core = plan.cores[i];
     const QByteArray c = corePrefix(i);
@@ -73,6 +69,19 @@ QList<DebugPort> debugModulePorts(const InsertPlan& plan) {
     if (hasTriggerOut(core)) ports.append({c + "trig_out", DebugPort::TriggerOut, i, 1, true});
   }
   return ports;
+}
+
+QList<QPair<QString, QByteArray>> coreVerilogFiles(const PlanJtag& jtag) {
+  const QString wrapper = QStringLiteral("ostrel_jtag.v"), prefix = QStringLiteral("ostrel_jtag_");
+  const QString chosen = jtag.isPrimitive() ? prefix + jtagWayWords()[int(jtag.way)] + QLatin1String(".v") : wrapper;
+  QList<QPair<QString, QByteArray>> files;
+  for (const auto& [name, text] : embeddedVerilog()) {
+    if (name == chosen)
+      files.append({wrapper, jtag.way == JtagWay::Wrapper ? jtag.wrapper : text});
+    else if (name != wrapper && !name.startsWith(prefix))
+      files.append({name, text});
+  }
+  return files;
 }
 
 QByteArray debugModuleVerilog(const InsertPlan& plan) {

@@ -11,7 +11,8 @@
 
 namespace ost {
 
-/// A port of ostrel_debug. Names: jtag_tck, jtag_tms, jtag_tdi (inputs), jtag_tdo (output); for core i: c<i>_clk,
+/// A port of ostrel_debug. Names: jtag_tck, jtag_tms, jtag_tdi (inputs), jtag_tdo (output), absent where the hub is
+/// behind a device's own primitive; for core i: c<i>_clk,
 /// c<i>_probe (probeBits, bit 0 first), c<i>_trig (triggerBits; absent without bits), c<i>_sample_en, c<i>_trig_en
 /// (only when used), c<i>_trig_out (output, only when the core has a trigger output).
 struct DebugPort {
@@ -21,6 +22,8 @@ struct DebugPort {
   int core = -1;  ///< Index into the plan's cores; -1 for the JTAG pins.
   int width = 1;
   bool output = false;
+
+  bool isPin() const { return role <= Tdo; }
 };
 
 QList<DebugPort> debugModulePorts(const InsertPlan& plan);
@@ -28,8 +31,9 @@ QList<DebugPort> debugModulePorts(const InsertPlan& plan);
 /// The module's text.
 QByteArray debugModuleVerilog(const InsertPlan& plan);
 
-/// The parametrised Verilog of the core: file name and contents, in reading order. Built into the library.
-QList<QPair<QString, QByteArray>> coreVerilogFiles();
+/// The parametrised Verilog of the core: file name and contents, in reading order. `ostrel_jtag.v` is the one for this
+/// way to the chip.
+QList<QPair<QString, QByteArray>> coreVerilogFiles(const PlanJtag& jtag = {});
 
 /// Resources that a core takes, as `synth_xilinx -flatten` of Yosys counts them.
 struct ResourceEstimate {

@@ -6,11 +6,11 @@ foreach(file ${FILES})
   string(APPEND entries "      {QStringLiteral(\"${name}\"), QByteArray(R\"verilog(${text})verilog\")},\n")
 endforeach()
 file(WRITE ${OUTPUT} "// Generated from the Verilog files beside embed_verilog.cmake.
-#include \"platform/rtl/debug_module.h\"
+#include \"platform/rtl/core_verilog.h\"
 
 namespace ost {
 
-QList<QPair<QString, QByteArray>> coreVerilogFiles() {
+QList<QPair<QString, QByteArray>> embeddedVerilog() {
   return {
 ${entries}  };
 }

@@ -4,7 +4,7 @@
 // A write scan is start bit, command, CRC prefix, payload; a read scan repeats command echo, flags, payload, CRC. Both
 // go through the same three phases in a different order:
 //   write: HEADER (40 bits) -> CRC (the prefix, 32 bits) -> PAYLOAD (to the end of the scan)
-//   read:  HEADER (48 bits) -> PAYLOAD (as long as the core says) -> CRC (32 bits) -> HEADER ...
+//   read:  HEADER (48 bits) -> PAYLOAD (as long as the core says) -> CRC (32 bits), and again while it reads words
 // The CRC precedes the payload of a write, so that the payload is shifted straight into place without a bit count.
 `default_nettype none
 
@@ -128,7 +128,9 @@ module ostrel_hub #(
     end else if (shifting) begin
       count <= header_done | crc_done | word_done ? {INDEX_BITS{1'b0}} : count + 1'b1;
       if (header_done) phase <= writing ? CRC : PAYLOAD;
-      if (crc_done) phase <= writing ? PAYLOAD : HEADER;
+      // Only words follow one another in a scan. Another reply has one block: the bits that a scan shifts on through
+      // the devices ahead must not rotate the echo away from its begin.
+      if (crc_done) phase <= writing ? PAYLOAD : data ? HEADER : CRC;
       if (word_done & any_block_end & ~writing) phase <= CRC;
     end
 

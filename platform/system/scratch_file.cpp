@@ -22,6 +22,8 @@ bool refuse(QString& reason, const char* what) {
   return false;
 }
 
+constexpr qint64 kMaxContentBytes = qint64(1) << 30;
+
 }  // namespace
 
 bool ScratchFile::open(QString& reason) {
@@ -41,6 +43,14 @@ bool ScratchFile::write(const QByteArray& bytes, QString& reason) {
 
 bool ScratchFile::hasRoom(QString& reason) const {
   return ost::hasRoom(fd()) ? true : refuse(reason, "write");
+}
+
+QByteArray ScratchFile::content() const {
+  QFile file;
+  if (lseek(fd(), 0, SEEK_SET) != 0 || !file.open(fd(), QIODevice::ReadOnly, QFileDevice::DontCloseHandle) ||
+      file.size() > kMaxContentBytes)
+    return QByteArray();
+  return file.readAll();
 }
 
 }  // namespace ost

@@ -17,6 +17,8 @@ class ScratchFile {
   bool write(const QByteArray& bytes, QString& reason);
   /// False when the output of another program may have been cut short.
   bool hasRoom(QString& reason) const;
+  /// All that it holds, from its beginning; empty when that is more than 1 GiB or cannot be read.
+  QByteArray content() const;
   int fd() const { return file_.fd(); }
 
  private:

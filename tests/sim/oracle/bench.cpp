@@ -140,14 +140,25 @@ QVector<Record> recordDevice(const Project& project, const BenchFiles& files, qi
 }
 
 QByteArray captureBench(const Project& project, const ost::InsertPlan& plan) {
-  QByteArray ports = "." + plan.pins.tck.toUtf8() + "(tck), ." + plan.pins.tms.toUtf8() + "(tms), ." +
-                     plan.pins.tdi.toUtf8() + "(tdi), ." + plan.pins.tdo.toUtf8() + "(tdo), ";
+  QByteArray ports;
+  if (plan.jtag.hasPins())
+    ports = "." + plan.pins.tck.toUtf8() + "(tck), ." + plan.pins.tms.toUtf8() + "(tms), ." + plan.pins.tdi.toUtf8() +
+            "(tdi), ." + plan.pins.tdo.toUtf8() + "(tdo), ";
   QByteArray text =
       "`timescale 1ns / 1ps\nmodule tb;\n  wire tck, tms, tdi, tdo, trst, srst;\n"
       "  integer cycles = 0, pause_from, pause_to;\n  always @(posedge tck) cycles = cycles + 1;\n"
       "  initial begin\n    $timeformat(-12, 0, \"\", 0);\n"
       "    if (!$value$plusargs(\"pause_from=%d\", pause_from)) pause_from = 32'h7fffffff;\n"
       "    if (!$value$plusargs(\"pause_to=%d\", pause_to)) pause_to = pause_from;\n  end\n";
+  // The device's own TAP stands between two other devices.
+  if (plan.jtag.isPrimitive())
+    text += QByteArray(
+                "  wire ahead, behind;\n"
+                "  other_device #(.IR_WIDTH(5), .IDCODE(32'h12345FFF)) first (tck, tms, tdi, ahead);\n"
+                "  other_device #(.IR_WIDTH(6), .IDCODE(32'h2468AFFF)) last (tck, tms, behind, tdo);\n") +
+            (plan.jtag.way == ost::JtagWay::Bscane2
+                 ? "  device_tap chip (tck, tms, ahead, behind);\n"
+                 : "  device_tap #(.IR_BITS(8), .CODES(32'h80804342)) chip (tck, tms, ahead, behind);\n");
   QByteArray watch;
   for (int i = 0; i < plan.cores.size(); ++i) {
     const QByteArray n = QByteArray::number(i), clock = project.cores[i].clock.toUtf8();

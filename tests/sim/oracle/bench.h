@@ -38,7 +38,8 @@ struct Settings {
   bool reuse = false;  ///< Use an existing insertion; implies `keep`.
   double noise = 0;    ///< Probability of a flip on each JTAG line and cycle.
   QString sources, work, package,
-      core;  ///< `core`: folder whose ostrel_*.v are simulated in place of the inserted ones.
+      core;               ///< `core`: folder whose ostrel_*.v are simulated in place of the inserted ones.
+  QString jtag = "pins";  ///< The way to the chip: pins, bscane2 or gw_jtag.
 };
 
 /// Makes the folder `name` below the work folder, empty but for an insertion to be used again.

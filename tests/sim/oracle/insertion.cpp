@@ -64,7 +64,7 @@ void leaveFolder(const Settings& settings, const BenchFiles& files) {
 ost::InsertPlan insert(const Project& project, const Settings& settings, const BenchFiles& files) {
   const QString map = outputFolder(files) + "/capture_map.json";
   if (!QFile::exists(map)) {
-    writeFile(files.folder + "/project.tcl", projectScript(project, settings.sources).toUtf8());
+    writeFile(files.folder + "/project.tcl", projectScript(project, settings.sources, settings.jtag).toUtf8());
     runTool({"env", "TCLLIBPATH=" + settings.package, "tclsh", "project.tcl"}, files.folder, "insert.log");
   }
   ost::InsertPlan plan;
@@ -83,6 +83,8 @@ void compileBench(const Project& project, const ost::InsertPlan& plan, const Set
     const QString other = settings.core + "/" + name;
     sources += !settings.core.isEmpty() && QFile::exists(other) ? other : outputFolder(files) + "/" + name;
   }
+  if (plan.jtag.isPrimitive())
+    sources << settings.sources + "/tests/sim/device_tap.v" << settings.sources + "/examples/openocd/other_device.v";
   runTool(QStringList{"iverilog", "-g2005", "-o", "capture.vvp", "-s", "tb", "capture_tb.v", files.jtagFile} + sources,
           files.folder, "capture_build.log");
 }

@@ -52,6 +52,7 @@ int main(int argc, char** argv) {
                     {"scenes", "Play the directed scenes."},
                     {"noise", "Probability of a flip on TDI and TDO.", "rate", "0"},
                     {"core", "Verilog in place of files of the same name in the insertion.", "folder"},
+                    {"jtag", "The way to the chip: pins, bscane2 or gw_jtag.", "way", "pins"},
                     {"keep", "Leave the files of seeds that agree."},
                     {"reuse", "Take insertions that are there."}});
   words.process(application);
@@ -64,6 +65,7 @@ int main(int argc, char** argv) {
   settings.work = folder("work");
   settings.core = folder("core");
   settings.noise = words.value("noise").toDouble();
+  settings.jtag = words.value("jtag");
   settings.keep = words.isSet("keep");
   settings.reuse = words.isSet("reuse");
   const int seeds = words.value("seeds").toInt();

@@ -165,10 +165,13 @@ QString coreScript(const Core& core) {
 
 }  // namespace
 
-QString projectScript(const Project& project, const QString& sourceFolder) {
+QString projectScript(const Project& project, const QString& sourceFolder, const QString& jtag) {
   QString script = "package require ost_platform\npackage require ost_tclwrapper\nost_design read -top ";
   script += project.dut->name;
   for (const QString& file : project.dut->files) script += " {" + sourceFolder + "/" + file + "}";
+  // The device decides on the chain.
+  script += "\nost_design jtag " + jtag;
+  if (jtag != "pins") script += QString(" -chain %1").arg(1 + project.dut->nets.size() % (jtag == "bscane2" ? 4 : 2));
   script += "\nost_project new -overwrite oracle.ost\n";
   for (const Core& core : project.cores) script += coreScript(core);
   return script + "ost_project run -save\n";

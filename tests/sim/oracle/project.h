@@ -124,6 +124,6 @@ struct RunChoice {
 };
 
 /// The Tcl commands that make the project and insert it.
-QString projectScript(const Project& project, const QString& sourceFolder);
+QString projectScript(const Project& project, const QString& sourceFolder, const QString& jtag);
 
 }  // namespace oracle

@@ -279,6 +279,7 @@ bool anyToggled(const QVector<Run>& runs) {
 QVector<Run> captureAll(const Project& project, const ost::InsertPlan& plan, const QVector<Record>& rehearsal,
                         Generator& generator, const BenchFiles& files, double noise, Totals& totals) {
   Live live(files, plan, noise, static_cast<quint32>(generator.below(1 << 30)));
+  if (plan.jtag.isPrimitive()) live.line.detours = 0.003;
   QVector<Run> runs;
   QString error;
   mustHold(live.reader.identify(error), error);

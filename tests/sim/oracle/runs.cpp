@@ -30,6 +30,22 @@ QStringList vvp(const BenchFiles& files, const QStringList& arguments) {
   return QStringList{"vvp", "-n", "capture.vvp", "+ostrel_fifo=."} + arguments;
 }
 
+/// When the device's primitive shows its states, and what it shows of them: each seed has its own.
+QStringList deviceArguments(const ost::InsertPlan& plan, quint32 seed) {
+  if (!plan.jtag.isPrimitive()) return {};
+  QStringList words{QString("+tap_levels=%1").arg(seed % 3)};
+  if (seed / 3 % 2) words += "+enable_in_scan";
+  return words;
+}
+
+/// Of the whole chain: BYPASS for the devices on both sides of a device's own TAP.
+ost::TapInstruction instructionOf(const ost::InsertPlan& plan) {
+  const int width = plan.jtag.instructionWidth();
+  const quint32 code = plan.jtag.instructionCode();
+  if (!plan.jtag.isPrimitive()) return {width, code};
+  return {5 + width + 6, 0x1Fu << (width + 6) | code << 6 | 0x3F};
+}
+
 std::unique_ptr<ost::Connection> connected(const BenchFiles& files) {
   QString error;
   auto connection = ost::Connection::open({ost::ServerAddress::Fifo, files.folder}, 20, error);
@@ -39,13 +55,53 @@ std::unique_ptr<ost::Connection> connected(const BenchFiles& files) {
 
 }  // namespace
 
-bool FaultyLine::run(const QByteArray& tms, const QByteArray& tdi, QByteArray* tdo, QString& error) {
-  QByteArray sent = tdi, read;
+bool FaultyLine::run(const QByteArray& asked, const QByteArray& tdi, QByteArray* tdo, QString& error) {
+  QByteArray tms = asked, sent = tdi, read, counts;
+  takeDetours(tms, sent, counts);
   if (untilFlip >= 0 && untilFlip < sent.size()) sent[untilFlip] = !sent[untilFlip];
   untilFlip = untilFlip < sent.size() ? -1 : untilFlip - sent.size();
   if (!port_.run(disturbed(tms, noise_ / 8), disturbed(sent, noise_), tdo ? &read : nullptr, error)) return false;
+  for (int i = counts.size() - 1; tdo && i >= 0; --i)
+    if (!counts[i]) read.remove(i, 1);
   if (tdo) *tdo += disturbed(read, noise_);
   return true;
+}
+
+void FaultyLine::takeDetours(QByteArray& tms, QByteArray& tdi, QByteArray& counts) {
+  if (detours == 0) return;
+  static const char next[16][2] = {{1, 0}, {1, 2},  {3, 9},   {4, 5},   {4, 5},   {6, 8},   {6, 7},   {4, 8},
+                                   {1, 2}, {10, 0}, {11, 12}, {11, 12}, {13, 15}, {13, 14}, {11, 15}, {1, 2}};
+  std::bernoulli_distribution strays(detours);
+  std::uniform_int_distribution<int> length(1, 5);
+  QByteArray allTms, allTdi;
+  const auto step = [&](int level, int data, bool asked) {
+    allTms += static_cast<char>(level);
+    allTdi += static_cast<char>(data);
+    counts += static_cast<char>(asked);
+    detourCycles += !asked;
+    state_ = next[state_][level];
+  };
+  for (int i = 0; i < tms.size(); ++i) {
+    const bool shifts = state_ == 4 || state_ == 11;
+    if (shifts && !tms.at(i) && strays(random_)) {
+      // Through Exit 1, Pause and Exit 2 back to Shift: the bit moves while leaving it.
+      step(1, tdi[i], true);
+      for (int k = length(random_); k > 0; --k) step(0, k & 1, false);
+      step(1, 1, false);
+      step(0, 1, false);
+      continue;
+    }
+    // Select, Capture, Exit 1, at times Pause and Exit 2, and Update: nothing is shifted.
+    if (state_ == 1 && !tms.at(i) && strays(random_)) {
+      for (const int level : {1, 0, 1}) step(level, 1, false);
+      if (length(random_) > 2)
+        for (const int level : {0, 1}) step(level, 1, false);
+      for (const int level : {1, 0, 0}) step(level, 1, false);
+    }
+    step(tms[i], tdi[i], true);
+  }
+  tms = allTms;
+  tdi = allTdi;
 }
 
 QByteArray FaultyLine::disturbed(QByteArray levels, double rate) {
@@ -57,12 +113,12 @@ QByteArray FaultyLine::disturbed(QByteArray levels, double rate) {
 
 Live::Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise, quint32 seed,
            const QStringList& arguments, ost::TapInstruction instruction)
-    : simulation_(vvp(files, arguments), files.folder, "capture_run.log"),
+    : simulation_(vvp(files, arguments + deviceArguments(plan, seed)), files.folder, "capture_run.log"),
       connection_(connected(files)),
       port_(std::make_unique<ost::RemoteBitbang>(*connection_)),
       line(*port_, seed, noise),
-      tap(line),
-      hub(tap, instruction),
+      tap(line, plan.jtag.isPrimitive() ? ost::ChainPlace{1, 1} : ost::ChainPlace()),
+      hub(tap, instruction.width ? instruction : instructionOf(plan)),
       reader(hub, plan) {}
 
 void Live::open() {
@@ -102,13 +158,13 @@ Run capture(Live& live, const Project& project, const ost::InsertPlan& plan, int
   run.choice = choice;
   const ost::RunSettings settings = settingsFor(plan.cores[core], project.cores[core], choice);
   const QString name = "core " + project.cores[core].name + ": ";
-  const qint64 before = live.hub.cycles();
+  const qint64 before = live.cycles();
   mustHold(live.reader.arm(core, settings, error), name, error);
   const qint64 armed = live.hub.cycles();
   const ost::WaitResult result = live.reader.waitUntilDone(core, {120, patience}, error);
   mustHold(result != ost::WaitResult::Failed, name, error);
   if (result == ost::WaitResult::Done) {
-    run.waitedTime = qint64(double(live.hub.cycles() - before) * 2000 * project.tckHalfPeriod);
+    run.waitedTime = qint64(double(live.cycles() - before) * 2000 * project.tckHalfPeriod);
     const qint64 done = live.hub.cycles();
     mustHold(live.reader.readOut(core, settings, run.capture, error), name, error);
     run.readCycles = live.hub.cycles() - done;

@@ -33,13 +33,18 @@ class FaultyLine : public ost::JtagPort {
  public:
   /// `noise`: probability of a flip on TDI and TDO in each cycle; an eighth of it on TMS.
   FaultyLine(ost::JtagPort& port, quint32 seed, double noise) : port_(port), random_(seed), noise_(noise) {}
-  int untilFlip = -1;  ///< Cycles before the one in which TDI is inverted; -1 for none.
+  int untilFlip = -1;       ///< Cycles before the one in which TDI is inverted; -1 for none.
+  double detours = 0;       ///< Probability, at a bit of a scan, of a pause; at an idle cycle, of a scan without a bit.
+  qint64 detourCycles = 0;  ///< Spent in them so far.
   bool run(const QByteArray& tms, const QByteArray& tdi, QByteArray* tdo, QString& error) override;
   bool flush(QString& error) override { return port_.flush(error); }
 
  private:
   QByteArray disturbed(QByteArray levels, double rate);
+  /// The cycles with detours between them; `counts` tells which cycles the caller asked for.
+  void takeDetours(QByteArray& tms, QByteArray& tdi, QByteArray& counts);
 
+  int state_ = 0;  ///< Of the TAPs, as device_tap.v numbers them.
   ost::JtagPort& port_;
   std::mt19937 random_;
   double noise_;
@@ -49,8 +54,9 @@ class FaultyLine : public ost::JtagPort {
 class Live {
  public:
   Live(const BenchFiles& files, const ost::InsertPlan& plan, double noise = 0, quint32 seed = 0,
-       const QStringList& arguments = {}, ost::TapInstruction instruction = {});
+       const QStringList& arguments = {}, ost::TapInstruction instruction = {0, 0});
   void open();  ///< Throws Difference.
+  qint64 cycles() const { return hub.cycles() + line.detourCycles; }
   /// Closes the line and waits for the simulation's end.
   void end();
 

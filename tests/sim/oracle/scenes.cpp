@@ -108,7 +108,7 @@ class Scenes {
         const QString where = QString("op %1 with bit %2 flipped: ").arg(int(frame.op)).arg(bit);
         mustHold(ask(hub, ost::HubOp::Config, 0, 0, settings.chain()).flags.configured, where + "CONFIG before it");
         mustHold(ask(hub, ost::HubOp::Table, 0, 1, settings.table(1)).flags.configured, where + "TABLE before it");
-        live.line.untilFlip = 3 + bit;
+        live.line.untilFlip = 3 + plan_.jtag.isPrimitive() + bit;  // Behind the bit of the device behind it.
         QByteArray bits;
         need(hub.send(command, frame.payload, error) && hub.scanReply(ost::kBlockOverhead + statusBits, bits, error),
              error);
@@ -184,7 +184,8 @@ class Scenes {
   }
 
   /// The hub behind a device's own JTAG primitive, by a file that a user puts in the place of the inserted one.
-  void devicePrimitive() {
+  void wrapperOfTheUser() {
+    if (!plan_.jtag.hasPins()) return;
     Settings replaced = settings_;
     replaced.core = settings_.sources + "/examples/device_jtag";
     compileBench(project_, plan_, replaced, files_);
@@ -316,7 +317,7 @@ void playScenes(const Settings& settings, Totals& totals) {
              {"stopped clock", &Scenes::stoppedClock},
              {"unusable line", &Scenes::unusableLine},
              {"first sample", &Scenes::firstSample},
-             {"device primitive", &Scenes::devicePrimitive},
+             {"a user's wrapper", &Scenes::wrapperOfTheUser},
              {"quick abort", &Scenes::quickAbort},
              {"slow TCK", &Scenes::slowTck}};
   for (const auto& scene : all) try {

@@ -238,7 +238,7 @@ TEST(Transports, EachFailureIsOneClearErrorAndStays) {
       {"openocd", say("0 00\x1a!"), 8, 0.2, 0, "more than it was asked for"},
       {"openocd", say(QByteArray(2000000, '0')), 8, 0.2, 0, "does not end"},
       {all, say(""), 800, 0.2, 0, "transferred no byte for 0.2 s (0 "},
-      {all, say("0101"), 800, 0.2, 0, "no byte for 0.2 s (4 "},
+      {all, say("0101"), 800, 0.2, 0, " 0.2 s (4 "},
       {all, dribble, 8000, 0.2, 0, "fewer than 150 bytes in 0.2 s ("},
       {all, dribble, 8000, 30, 0.2, "not done within its 0.2 s ("},
       // It reads nothing, and what it would write to is closed already. (TCP: the system would keep it all.)

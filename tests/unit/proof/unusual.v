@@ -1,6 +1,7 @@
 // Modules that are written as Verilog in another form than they were read, and yet do the same.
 module unusual (input clk, input rst, input [7:0] a, output [6:0] segments, output [3:0] chosen, output [7:0] read,
-                output [7:0] mapped, output held, output [5:0] number, inout pad);
+                output [7:0] mapped, output held, output [5:0] number, inout pad, inout [1:0] driven,
+                output [3:0] idle);
   wire on;
   segment_table table_i (.digit(a[3:0]), .segments(segments));
   branches branches_i (.s(a[1:0]), .a(a[7:4]), .y(chosen), .pad(pad));
@@ -10,6 +11,7 @@ module unusual (input clk, input rst, input [7:0] a, output [6:0] segments, outp
   wire on_raw;
   assign on = on_raw ? 1'b1 : 1'b0;
   loops loops_i (.en(a[0]), .d(a), .q(mapped));
+  constants constants_i (.clk(clk), .a(a), .pins(driven), .y(idle));
   arithmetic #(.STEP(3)) arithmetic_i (.clk(clk), .rst(rst), .a(a), .n(number));
 endmodule
 
@@ -56,4 +58,27 @@ module arithmetic #(parameter STEP = 1) (input clk, input rst, input [7:0] a, ou
   always @(posedge clk)
     if (rst) n <= 6'd5;
     else if (a[7]) n <= n - STEP + (s >>> a[5:4]) * 4 + a[6:4] / a[2:0] + (s < -2);
+endmodule
+
+// What constants leave over: a memory that is never written, one with a single address, a choice by a constant; and a
+// register that drives an inout.
+module constants (input clk, input [7:0] a, inout [1:0] pins, output [3:0] y);
+  reg [3:0] never [0:3], single [0:3];
+  reg [1:0] fixed = 1, out = 3;
+  reg [3:0] choice;
+  wire [1:0] address = {2{4'b0100 == a[1:0]}};
+  initial never[1] = 6;
+  always @(posedge clk) begin
+    if (a[1:0] == 3'b100) never[a[3:2]] <= a[7:4];
+    single[address] <= a[7:4];
+    out <= out + a[0];
+  end
+  always @* case (fixed)
+    2'd0: choice = 3;
+    2'd1: choice = 9;
+    2'd2: choice = 4'bx01x;
+    default: choice = 5;
+  endcase
+  assign pins = out;
+  assign y = never[a[5:4]] ^ single[a[7:6]] ^ choice;
 endmodule

@@ -6,6 +6,7 @@
 
 #include "bench/core_plans/plan_text.h"
 #include "platform/plan/core_layout.h"
+#include "platform/rtl/constraints.h"
 #include "tests/unit/scratch.h"
 
 namespace ost {
@@ -14,7 +15,7 @@ namespace {
 /// A folder with the Verilog of a plan.
 struct Written : Scratch {
   explicit Written(const InsertPlan& plan) {
-    for (const auto& [name, verilog] : coreVerilogFiles()) write(name.toLatin1(), verilog);
+    for (const auto& [name, verilog] : coreVerilogFiles(plan.jtag)) write(name.toLatin1(), verilog);
     write("ostrel_debug.v", debugModuleVerilog(plan));
     write("top.v", topVerilog(plan));
   }
@@ -55,6 +56,36 @@ TEST(DebugModule, CompilersTakeItWithoutAWarning) {
           "yosys -q -p 'read_verilog *.v; hierarchy -check -top core_top; proc; flatten; check -assert'"})
       EXPECT_EQ(plain(written.run(command)), "");
   }
+}
+
+TEST(DebugModule, SynthesisKnowsEverythingButTheDevicesPrimitive) {
+  const struct {
+    JtagWay way;
+    const char* command;
+  } table[] = {{JtagWay::Bscane2, "synth_xilinx -flatten -top core_top; select -assert-count 1 t:BSCANE2"},
+               {JtagWay::GwJtag, "synth_gowin -top core_top; select -assert-count 1 t:GW_JTAG"}};
+  for (const auto& row : table) {
+    InsertPlan plan = planFromText(kPlans[0]);
+    plan.jtag.way = row.way;
+    plan.jtag.chain = 2;
+    const QByteArray command = QByteArray("yosys -q -p 'read_verilog *.v; ") + row.command + "'";
+    EXPECT_EQ(
+        plain(Written(plan).run(command).replace("Warning: Wire core_top.\\jtag_tdo is used but has no driver.\n", "")),
+        "");
+  }
+}
+
+/// All crossings of cores with all that crosses, by a timing analyser; and that no line of the constraints is idle.
+TEST(DebugModule, ConstraintsCoverEveryPathBetweenTheClocks) {
+  InsertPlan plan = planFromText(
+      "probes=7 depth=16 dram ts=10 incl se=low te=high event=5 out=3 unit=match:0:3 unit=order:2:4 unit=serial:1:5 "
+      "expr=0+1+2:4:9:ebr expr=0:2:2 core probes=3 depth=32 windows=2 ws=16 unit=match:0:1 expr=0:2");
+  plan.pins = {"jtag_tck", "jtag_tms", "jtag_tdi", "jtag_tdo"};
+  const Written written(plan);
+  written.write("core_top.sdc", constraintsText(plan, "dut", ConstraintDialect::Sdc));
+  EXPECT_EQ(plain(written.run("yosys -q -p 'read_verilog *.v; script " OST_TIMING "/netlist.ys' && "
+                              "sta -no_splash " OST_TIMING "/check.tcl | grep -v '^Saving command history'; true")),
+            "");
 }
 
 TEST(DebugModule, MemoriesGoWhereThePlanPutsThem) {

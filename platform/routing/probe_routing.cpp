@@ -1,6 +1,6 @@
 // Builds the routing: a tree of the instances that hold taps, then, from its leaves up, one variant for all instances
 // of a module that are probed alike.
-#include "platform/insert/probe_routing.h"
+#include "platform/routing/probe_routing.h"
 
 #include <algorithm>
 
