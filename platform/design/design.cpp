@@ -202,6 +202,7 @@ bool Design::resolve(const QString& name, NetSelection& selection, QString& erro
   found.module = textFromBytes(hit.module->key);
   found.net = textFromBytes(yosysKey(d->index.view(net.name)));
   found.netWidth = net.width;
+  found.wholeName = net.wholeName;
   if (net.enumType >= 0) found.enumNames = d->index.enumTypes[size_t(net.enumType)];
   const qint32 step = hit.left <= hit.right ? 1 : -1;
   for (qint64 index = hit.left;; index += step) {

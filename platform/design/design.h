@@ -53,15 +53,16 @@ struct DesignSource {
 
 /// A name resolved against the design: a whole net, one bit or a range of it.
 struct NetSelection {
-  QString instancePath;   ///< "u_sys/u_rx", empty for the top module.
-  QString module;         ///< Yosys' name of the module that declares the net, as in its JSON netlist.
-  QString net;            ///< Name of the net in that module, as a Yosys JSON netlist writes it.
-  QVector<int> bits;      ///< Positions in the netlist's bit list (0 = least significant), leftmost named bit first.
-  QStringList bitNames;   ///< The full name of each bit in the same order: "u_sys/u_rx/state[3]", or the bare name.
-  int netWidth = 0;       ///< Bits of the whole net.
-  EnumNames enumNames;    ///< Of the values of the whole net, when its type is an enumeration; see valueNames().
-  bool isVector = false;  ///< True when the name stands for a bus (several bits, or a whole vector net).
-  QString canonicalName;  ///< The name in the one form that the service stores and shows.
+  QString instancePath;    ///< "u_sys/u_rx", empty for the top module.
+  QString module;          ///< Yosys' name of the module that declares the net, as in its JSON netlist.
+  QString net;             ///< Name of the net in that module, as a Yosys JSON netlist writes it.
+  QVector<int> bits;       ///< Positions in the netlist's bit list (0 = least significant), leftmost named bit first.
+  QStringList bitNames;    ///< The full name of each bit in the same order: "u_sys/u_rx/state[3]", or the bare name.
+  int netWidth = 0;        ///< Bits of the whole net.
+  EnumNames enumNames;     ///< Of the values of the whole net, when its type is an enumeration; see valueNames().
+  bool wholeName = false;  ///< A dot in the net's name belongs to an escaped identifier, not to a generate block.
+  bool isVector = false;   ///< True when the name stands for a bus (several bits, or a whole vector net).
+  QString canonicalName;   ///< The name in the one form that the service stores and shows.
 };
 
 /// The names of the values that the selected bits have together: those of the net's type when it is the whole net.

@@ -95,7 +95,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
         key_ = kOther;
         width_ = -1;
         offset_ = 0;
-        upto_ = hidden_ = false;
+        upto_ = hidden_ = wholeName_ = false;
         type_.clear();
         enumNames_.clear();
         return true;
@@ -264,8 +264,22 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     return true;
   }
 
+  /// True when the place "file:line.column-line.column" of a net's declaration is longer than the net's name, as that
+  /// of an escaped identifier is, its backslash included. A name with its generate blocks is longer than its place.
+  bool isWrittenWhole(std::string_view place) const {
+    const size_t dash = place.rfind('-');
+    const auto columnAt = [&](size_t end) {
+      const std::string_view text = place.substr(0, end);
+      const size_t dot = text.rfind('.');
+      return dot == std::string_view::npos ? 0 : atoi(std::string(text.substr(dot + 1)).c_str());
+    };
+    return dash != std::string_view::npos && columnAt(place.size()) - columnAt(dash) > int(item_.size());
+  }
+
   /// Yosys keeps an enumerated type as one attribute a value: "enum_value_101" is the name, after a backslash.
   bool netAttribute(const Scalar& value) {
+    if (attribute_ == "src" && value.kind == Scalar::Text && item_.find('.') != std::string::npos)
+      wholeName_ = isWrittenWhole(value.text);
     const std::string_view prefix = "enum_value_", name = attribute_;
     if (name.substr(0, prefix.size()) != prefix || value.kind != Scalar::Text || value.text.size() < 2 ||
         value.text[0] != '\\' || enumNames_.size() > kMaxEnumNames)
@@ -337,6 +351,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
       net.width = width_;
       net.offset = offset_;
       net.upto = upto_;
+      net.wholeName = wholeName_;
       net.enumType = enumType();
       if (!keepName(net.name)) return false;
       module().nets.push_back(net);
@@ -374,7 +389,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
   EnumNames enumNames_;  ///< Of the net that is being read.
   int width_ = -1;
   qint32 offset_ = 0;
-  bool upto_ = false, hidden_ = false;
+  bool upto_ = false, hidden_ = false, wholeName_ = false;
 };
 
 }  // namespace

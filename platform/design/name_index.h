@@ -26,6 +26,8 @@ struct NetEntry {
   qint32 offset = 0;
   qint32 enumType = -1;  ///< Index into NameIndex::enumTypes.
   bool upto = false;
+  bool wholeName =
+      false;  ///< The source writes the name as one identifier, so that a dot in it is no generate block's.
 };
 
 struct InstanceEntry {

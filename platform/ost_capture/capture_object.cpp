@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "platform/reader/capture_files.h"
 #include "platform/reader/run_options.h"
 #include "platform/system/memory.h"
 
@@ -224,22 +225,20 @@ int CaptureObject::find(const SubCall& call) {
 
 int CaptureObject::write(const SubCall& call) {
   CaptureOptions options;
-  AskedFile asked;
-  asked.file.name = call.words[0];
   QString error;
   if (!parseCaptureOptions(call.words.mid(1), options, error, kUseWrite)) return call.failUsage(error);
-  if (!formatOfFile(asked.file.name, asked.format, error)) return call.fail(error, capture_error::kValue);
+  if (!askForFile(call.words[0], options, error)) return call.fail(error, capture_error::kValue);
+  options.allCores = set_.cores.size() > 1;
   CaptureSet shown = set_;
-  QStringList cores, names;
   for (Capture& capture : shown.cores) {
     if (!checkView(capture.core, capture.windows[0].trigger, options.view, error))
       return call.fail(error, capture_error::kValue);
-    cores += capture.core.name;
     capture = viewOf(capture, options.view);
   }
-  const QList<OutputFile> files = filesFor(asked, cores, cores.size() > 1);
-  if (!storeAll(textsFor(asked.format, files, shown), error)) return call.fail(error, capture_error::kFile);
-  for (const OutputFile& file : files) names += file.name;
+  const QList<OutputText> files = captureFiles(options, shown, 0);
+  if (!storeAll(files, error)) return call.fail(error, capture_error::kFile);
+  QStringList names;
+  for (const OutputText& file : files) names += file.file.name;
   Tcl_SetObjResult(call.interp, namesOf(names));
   return TCL_OK;
 }

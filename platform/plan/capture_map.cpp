@@ -69,6 +69,8 @@ class MapWriter {
   }
   /// Pairs of name and value, most significant bit first; nothing without names.
   void valueNames(const EnumNames& names);
+  /// How the net of a probe is declared; nothing when that is not known.
+  void declaredNet(const DeclaredNet& net);
   void enable(const char* name, bool used, const NetBit& net, bool activeLow);
   void unit(const PlanUnit& unit);
   void expression(const PlanExpression& expression);
@@ -95,12 +97,29 @@ void MapWriter::valueNames(const EnumNames& names) {
   });
 }
 
-bool namesValues(const InsertPlan& plan) {
-  const auto any = [](const auto& list) {
-    return std::any_of(list.begin(), list.end(), [](const auto& entry) { return !entry.names.isEmpty(); });
-  };
-  return std::any_of(plan.cores.begin(), plan.cores.end(),
-                     [&](const PlanCore& core) { return any(core.probes) || any(core.units); });
+/// The oldest version that holds all that the plan has.
+int versionFor(const InsertPlan& plan) {
+  if (plan.jtag.way != JtagWay::Pins) return 3;
+  int version = 1;
+  for (const PlanCore& core : plan.cores) {
+    for (const PlanProbe& probe : core.probes) {
+      if (!probe.net.name.isEmpty()) return 3;
+      if (!probe.names.isEmpty()) version = 2;
+    }
+    for (const PlanUnit& unit : core.units)
+      if (!unit.names.isEmpty()) version = 2;
+  }
+  return version;
+}
+
+void MapWriter::declaredNet(const DeclaredNet& net) {
+  if (net.name.isEmpty()) return;
+  key("scopes");
+  line([&] {
+    for (const QString& scope : net.scopes) bytes(scope.toLatin1());
+  });
+  text("net", net.name);
+  if (net.isVector) numbers("range", {net.left, net.right});
 }
 
 void MapWriter::enable(const char* name, bool used, const NetBit& net, bool activeLow) {
@@ -190,6 +209,7 @@ void MapWriter::core(const PlanCore& core) {
     text("name", probe.name);
     numbers("positions", probe.positions);
     valueNames(probe.names);
+    declaredNet(probe.net);
     writer_.EndObject();
   });
   bits("triggerBits", core.triggerBits);
@@ -215,7 +235,7 @@ void MapWriter::jtag(const InsertPlan& plan) {
 QByteArray MapWriter::write(const InsertPlan& plan) {
   writer_.StartObject();
   text("format", captureMapFormat());
-  number("version", plan.jtag.way != JtagWay::Pins ? kCaptureMapVersion : namesValues(plan) ? 2 : 1);
+  number("version", versionFor(plan));
   text("project", plan.projectName);
   text("top", plan.topModule);
   key("hash");

@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kMaxDepth = 65536;
 constexpr int kMaxTimestampBits = 63;
+constexpr int kMaxScopes = 4096;  ///< Levels of instances, each with its generate blocks.
 
 bool isBinary(const QByteArray& digits) {
   return digits.count('0') + digits.count('1') == digits.size();
@@ -38,6 +39,7 @@ class MapReader {
   QVector<NetBit> bits(JsonFields& fields, const char* key);
   QByteArray digits(JsonFields& fields, const char* key, int count);
   EnumNames valueNames(JsonFields& fields, int width);
+  DeclaredNet declaredNet(JsonFields& fields, int width);
   bool enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow);
   PlanUnit unit(const QJsonValue& value, const QString& path, int inputs);
   PlanExpression expression(const QJsonValue& value, const QString& path, int units);
@@ -122,6 +124,31 @@ EnumNames MapReader::valueNames(JsonFields& fields, int width) {
     names.append({textFromUnicode(pair[0].toString()), bits});
   });
   return names;
+}
+
+DeclaredNet MapReader::declaredNet(JsonFields& fields, int width) {
+  DeclaredNet net;
+  if (version_ < 3 || !fields.has("net")) return net;
+  net.name = fields.text("net");
+  list(fields, "scopes", kMaxScopes, [&](const QJsonValue& value, const QString& path) {
+    count(indexes_, kMaxPlanIndexes, path);
+    if (value.toString().isEmpty()) fail(path, QStringLiteral("expected the name of a scope."));
+    net.scopes.append(textFromUnicode(value.toString()));
+  });
+  net.isVector = fields.has("range");
+  QVector<int> range;
+  if (net.isVector)
+    list(fields, "range", 2, [&](const QJsonValue& value, const QString& path) {
+      if (value.toInt(INT_MIN) == INT_MIN) fail(path, QStringLiteral("expected an index."));
+      range.append(value.toInt());
+    });
+  const bool fits = net.isVector ? range.size() == 2 && qAbs(qint64(range[0]) - range[1]) == width - 1 : width == 1;
+  if (net.name.isEmpty() || !fits) fail(fields.pathOf("net"), QStringLiteral("does not fit the probe."));
+  if (range.size() == 2) {
+    net.left = range[0];
+    net.right = range[1];
+  }
+  return net;
 }
 
 bool MapReader::enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow) {
@@ -229,6 +256,7 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
     probe.name = inner.text("name");
     probe.positions = numbers(inner, "positions", core.probeBits.size());
     probe.names = valueNames(inner, probe.positions.size());
+    probe.net = declaredNet(inner, probe.positions.size());
     inner.refuseOthers();
     core.probes.append(probe);
   });

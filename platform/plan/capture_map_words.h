@@ -5,8 +5,9 @@
 
 namespace ost {
 
-/// Version 2 names values of enumerated types, version 3 the way to the chip when that is not four pins. A map without
-/// such is written as the version before, so that readers of that one take it, and its hash is theirs.
+/// Version 2 names values of enumerated types, version 3 how the nets of probes are declared and the way to the chip when
+/// that is not four pins. A map without such is written as an older version, so that readers of that one take it, and
+/// its hash is theirs.
 constexpr int kCaptureMapVersion = 3;
 QString captureMapFormat();
 QStringList unitClassWords();  ///< By UnitClass.

@@ -23,11 +23,20 @@ constexpr int kMaxPlanBits = 1 << 20;
 constexpr int kMaxPlanIndexes = 1 << 22;
 constexpr qint64 kMaxPlanSampleBits = 1 << 28;
 
+/// The net that a probe shows, or a part of it, as the source declares it.
+struct DeclaredNet {
+  QStringList scopes;  ///< The instances and generate blocks that hold it, from below the top, without escapes.
+  QString name;        ///< Without its scopes and escapes; empty: the probe is not a part of one net.
+  bool isVector = false;
+  int left = 0, right = 0;  ///< Of a vector: the declared indices of the probe's leftmost and rightmost bits.
+};
+
 /// An entry of the trace list as the user sees it: bits in display order, leftmost (most significant) first.
 struct PlanProbe {
   QString name;
   QVector<int> positions;  ///< Index of each bit in PlanCore::probeBits.
   EnumNames names{};       ///< Of its values, when it is a net of an enumerated type.
+  DeclaredNet net{};       ///< Without a name also in plans out of older capture maps.
 };
 
 /// Hardware class of a unit. Operators change at run time within a class; another class needs a new insertion.

@@ -3,6 +3,7 @@
 
 #include <QFileInfo>
 #include <QHash>
+#include <QRegularExpression>
 
 #include "platform/istdata/trace_tree.h"
 #include "platform/plan/capture_map.h"
@@ -15,6 +16,19 @@ uint qHash(const NetBit& bit, uint seed) {
 }
 
 namespace {
+
+/// A name out of the netlist, where a backslash may protect its first character.
+QString withoutProtection(const QString& key) {
+  return key.startsWith(QLatin1Char('\\')) ? key.mid(1) : key;
+}
+
+/// "lane[1].deep.q" as the generate blocks "lane[1]" and "deep" and the name "q": Yosys puts what a block holds behind
+/// the block's name and a dot. A name with other characters before its dot is an escaped one.
+QStringList splitAtBlocks(const QString& name) {
+  static const QRegularExpression blocks(QStringLiteral("^(?:[A-Za-z_][A-Za-z0-9_$]*(?:\\[-?[0-9]+\\])*\\.)+(?=.)"));
+  const QString front = blocks.match(name).captured();
+  return front.split(QLatin1Char('.'), Qt::SkipEmptyParts) << name.mid(front.size());
+}
 
 /// A list in which every bit stands once.
 class BitList {
@@ -65,6 +79,7 @@ class CorePlanner {
   bool planTrace();
   bool addLeaves(const TraceNode* node, PlanProbe& probe);
   void nameValues(PlanProbe& probe) const;
+  void declareNet(PlanProbe& probe) const;
   bool planUnits();
   bool planUnit(const ResolvedUnit& source, BitList& inputs);
   bool planExpressions();
@@ -150,6 +165,35 @@ void CorePlanner::nameValues(PlanProbe& probe) const {
   probe.names = first->netNames;
 }
 
+/// A probe that bears the name of a net, or of bits of one, shows this; a bus of the user's has a name of its own.
+void CorePlanner::declareNet(PlanProbe& probe) const {
+  const ResolvedSignal& first = *sources_[probe.positions.first()];
+  QVector<int> indices;
+  for (const int position : probe.positions) {
+    const NetBit& bit = plan_.probeBits[position];
+    if (bit.net != first.bit.net || bit.instancePath != first.bit.instancePath) return;
+    // The name of a vector's bit ends with its declared index.
+    indices.append(first.netWidth > 1 ? bit.name.mid(bit.name.lastIndexOf(QLatin1Char('[')) + 1).chopped(1).toInt()
+                                      : 0);
+  }
+  for (int i = 2; i < indices.size(); ++i)
+    if (indices[i] - indices[i - 1] != indices[1] - indices[0]) return;
+  if (indices.size() > 1 && qAbs(indices[1] - indices[0]) != 1) return;
+  const QString last = plan_.probeBits[probe.positions.last()].name;
+  const QString whole = first.netWidth > 1 ? last.left(last.lastIndexOf(QLatin1Char('['))) : last;
+  const QString range = QStringLiteral("[%1:%2]").arg(indices.first()).arg(indices.last());
+  if (probe.name != whole && probe.name != last && probe.name != whole + range) return;
+  for (const QString& instance : instancePathKeys(first.bit.instancePath))
+    probe.net.scopes += splitAtBlocks(withoutProtection(instance));
+  QStringList names(withoutProtection(first.bit.net));
+  if (!first.wholeName) names = splitAtBlocks(names.first());
+  probe.net.name = names.takeLast();
+  probe.net.scopes += names;
+  probe.net.isVector = first.netWidth > 1;
+  probe.net.left = indices.first();
+  probe.net.right = indices.last();
+}
+
 bool CorePlanner::planTrace() {
   for (const ResolvedSignal& signal : resolved_.traced)
     if (signal.width == 1) traced_.insert(signal.node, &signal);
@@ -159,6 +203,7 @@ bool CorePlanner::planTrace() {
     if (!addLeaves(node, probe)) return false;
     if (probe.positions.isEmpty()) continue;
     nameValues(probe);
+    declareNet(probe);
     plan_.probes.append(probe);
   }
   return !plan_.probeBits.isEmpty() || fail(QStringLiteral("its empty trace"));

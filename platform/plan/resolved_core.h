@@ -24,7 +24,8 @@ struct ResolvedSignal {
   int width = 0;     ///< Bits that its name stands for: 1, or 0 when the design has no such net, or more when it grew.
   NetBit bit;        ///< With a width of 1.
   int netWidth = 0;  ///< Of the net that the bit belongs to.
-  EnumNames netNames;  ///< Of the values of that net.
+  EnumNames netNames;      ///< Of the values of that net.
+  bool wholeName = false;  ///< A dot in that net's name is no generate block's.
 };
 
 struct ResolvedUnit {

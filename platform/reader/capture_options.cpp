@@ -3,6 +3,9 @@
 
 #include <algorithm>
 
+#include "platform/text/byte_text.h"
+#include "platform/text/names.h"
+
 namespace ost {
 
 bool wrongValue(const QString& option, const QString& value, const char* must, QString& error) {
@@ -100,14 +103,9 @@ template <int CaptureOptions::*member>
 bool keepCount(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseCount(option, value, options.*member, error);
 }
-template <CaptureFormat format>
+template <OutputFile CaptureOptions::*member>
 bool keepFile(CaptureOptions& options, const QString&, const QString& value, QString&) {
-  const auto at = std::find_if(options.files.begin(), options.files.end(),
-                               [](const AskedFile& asked) { return asked.format >= format; });
-  if (at != options.files.end() && at->format == format)
-    at->file.name = value;
-  else
-    options.files.insert(at, {format, {value}});
+  (options.*member).name = value;
   return true;
 }
 /// Names to choose, or an assignment.
@@ -147,6 +145,13 @@ bool keepPlace(CaptureOptions& options, const QString& option, const QString& va
 bool keepInstruction(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseInstruction(option, value, options.instruction, error);
 }
+bool keepPeriod(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  return parsePeriod(value, options.vcdStyle.period) ||
+         wrongValue(option, value, "a time from fs to ms, for example 10ns or 6.25ns", error);
+}
+bool keepSingleBits(CaptureOptions& options, const QString&, const QString&, QString&) {
+  return options.vcdStyle.singleBits = true;
+}
 bool keepTimeout(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseSeconds(option, value, options.timeoutSeconds, error);
 }
@@ -184,10 +189,18 @@ const Option kOptions[] = {
      kUseWait},
     {"-repeat", "N", "captures N times, into numbered files; 0: until ^C (default: 1)", keepRepeats},
     {nullptr, nullptr, "Output (the file - is the standard output):", nullptr},
-    {"-vcd", "FILE", "value change dump, for a waveform viewer", keepFile<CaptureFormat::Vcd>},
-    {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<CaptureFormat::Csv>},
-    {"-json", "FILE", "all of it as JSON, for a program", keepFile<CaptureFormat::Json>},
+    {"-vcd", "FILE", "value change dump, for a waveform viewer", keepFile<&CaptureOptions::vcd>},
+    {"-gtkw", "FILE", "GTKWave's save file for the -vcd: groups, radices, names of values, marker at the trigger",
+     keepFile<&CaptureOptions::gtkw>},
+    {"-bits", nullptr, "the -vcd has a variable for each bit, for programs that read no vectors", keepSingleBits,
+     kUseWrite},
+    {"-html", "FILE", "a page that shows the waveform in any browser", keepFile<&CaptureOptions::html>},
+    {"-sr", "FILE", "session of sigrok, for PulseView and sigrok-cli", keepFile<&CaptureOptions::sigrok>},
+    {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<&CaptureOptions::csv>},
+    {"-json", "FILE", "all of it as JSON, for a program", keepFile<&CaptureOptions::json>},
     {"-wave", nullptr, "a small waveform on the terminal (default without a file)", raise<&CaptureOptions::wave>},
+    {"-period", "TIME", "of the sample clock, for example 10ns: files for viewers get real time", keepPeriod,
+     kUseWrite},
     {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix, kUseWrite | kUseValues},
     {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange, kUseWrite},
     {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals, kUseWrite},
@@ -245,28 +258,73 @@ const char* problemOfArm(const CaptureOptions& options) {
   return nullptr;
 }
 
-/// The files must differ, and one thing at most goes to the standard output.
-bool checkFiles(const CaptureOptions& options, QString& error) {
-  const auto optionOf = [](const AskedFile& asked) {
-    return QLatin1Char('-') + QLatin1String(formatWord(asked.format));
-  };
-  for (const AskedFile& one : options.files) {
-    const auto isSame = [&](const AskedFile& other) { return other.file.name == one.file.name; };
-    const AskedFile* before = &*std::find_if(options.files.begin(), options.files.end(), isSame);
-    if (before != &one)
-      error = QStringLiteral("\"%1\" and \"%2\" name the same file; give each its own.")
-                  .arg(optionOf(*before), optionOf(one));
-    else if (options.wave && one.file.isStandardOutput())
-      error =
-          QStringLiteral("The waveform of \"-wave\" and a file \"-\" both want the standard output; leave one out.");
-    else if (options.allCores && isEachCores(one.format) && one.file.isStandardOutput())
-      error = QStringLiteral("With \"-all\" each core has a file of its own; give \"%1\" a name.").arg(optionOf(one));
-    if (!error.isEmpty()) return false;
+struct FileKind {
+  FileForm form;
+  const char* option;
+  OutputFile CaptureOptions::*file;
+  bool forEachCore;
+};
+const FileKind kFiles[] = {
+    {FileForm::Vcd, "-vcd", &CaptureOptions::vcd, false},
+    {FileForm::GtkwaveView, "-gtkw", &CaptureOptions::gtkw, false},
+    {FileForm::Csv, "-csv", &CaptureOptions::csv, true},
+    {FileForm::SigrokSession, "-sr", &CaptureOptions::sigrok, true},
+    {FileForm::Page, "-html", &CaptureOptions::html, true},
+    {FileForm::Json, "-json", &CaptureOptions::json, false},
+};
+
+/// Files that exclude one another; an empty text when all can be written.
+QString conflictOf(const CaptureOptions& options) {
+  const QVector<AskedFile> files = askedFiles(options);
+  for (int i = 0; i < files.size(); ++i) {
+    const QLatin1String option(files[i].option);
+    for (int j = 0; j < i; ++j)
+      if (files[i].file.name == files[j].file.name)
+        return QStringLiteral("\"%1\" and \"%2\" name the same file; give each its own.")
+            .arg(QLatin1String(files[j].option), option);
+    if (files[i].file.isStandardOutput() && options.wave)
+      return QStringLiteral("The waveform of \"-wave\" and a file \"-\" both want the standard output; leave one out.");
+    if (files[i].file.isStandardOutput() && options.allCores && files[i].forEachCore)
+      return QStringLiteral("With \"-all\" each core has a file of its own; give \"%1\" a name.").arg(option);
   }
-  return true;
+  if (!options.gtkw.isAsked()) return QString();
+  for (const OutputFile& file : {options.vcd, options.gtkw}) {
+    if (!file.isAsked() || file.isStandardOutput())
+      return QStringLiteral("\"-gtkw\" is for the file of \"-vcd\"; give both, and names to both.");
+    if (oneLine(file.name) != file.name || file.name.contains(QLatin1Char('"')))
+      return QStringLiteral(
+                 "With \"-gtkw\" the names of files have neither quotes nor control characters; "
+                 "give %1 another name.")
+          .arg(quoted(file.name));
+  }
+  return QString();
 }
 
 }  // namespace
+
+QVector<AskedFile> askedFiles(const CaptureOptions& options) {
+  QVector<AskedFile> files;
+  for (const FileKind& kind : kFiles)
+    if ((options.*kind.file).isAsked()) files.append({kind.form, kind.option, options.*kind.file, kind.forEachCore});
+  return files;
+}
+
+bool askForFile(const QString& name, CaptureOptions& options, QString& error) {
+  QStringList ends;
+  for (const FileKind& kind : kFiles) {
+    const QString end = QLatin1Char('.') + QLatin1String(kind.option + 1);
+    ends += end;
+    if (!name.endsWith(end)) continue;
+    (options.*kind.file).name = name;
+    if (kind.form == FileForm::GtkwaveView)
+      options.vcd.name = name.left(name.size() - end.size()) + QLatin1String(".vcd");
+    error = conflictOf(options);
+    return error.isEmpty();
+  }
+  error = QStringLiteral("The form of \"%1\" is not known by its name; it must end in one of %2.")
+              .arg(name, ends.join(QLatin1String(", ")));
+  return false;
+}
 
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error, OptionUse use) {
   for (int i = 0; i < words.size(); ++i) {
@@ -283,8 +341,8 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
     if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
     if (options.help || options.version) return true;
   }
-  error.clear();
-  if (!checkFiles(options, error)) return false;
+  error = conflictOf(options);
+  if (!error.isEmpty()) return false;
   const char* problem = use & (kUseProgram | kUseArm) ? problemOfArm(options) : nullptr;
   if (!problem && (use & (kUseProgram | kUseOpen))) problem = problemOfOpen(options);
   if (problem) error = QLatin1String(problem);

@@ -7,9 +7,10 @@
 #include <QStringList>
 
 #include "platform/jtag/connect_tap.h"
-#include "platform/reader/capture_formats.h"
 #include "platform/reader/capture_view.h"
 #include "platform/reader/hub_link.h"
+#include "platform/reader/output_files.h"
+#include "platform/reader/vcd_writer.h"
 
 namespace ost {
 
@@ -34,10 +35,25 @@ struct CaptureOptions {
   int windows = 0;     ///< 0: as built.
   double timeoutSeconds = 10;
   TapInstruction instruction{0, 0};  ///< Width 0: the capture map's.
-  QList<AskedFile> files;            ///< One of a format, in the order of the formats.
+  OutputFile vcd, csv, gtkw, sigrok, html, json;
+  VcdStyle vcdStyle;  ///< Its period holds for all files.
   ViewChoice view;
   bool wave = false, status = false, info = false;
 };
+
+enum class FileForm { Vcd, GtkwaveView, Csv, SigrokSession, Page, Json };
+
+/// A file that was asked for.
+struct AskedFile {
+  FileForm form;
+  const char* option;
+  OutputFile file;
+  bool forEachCore;  ///< With several cores there is one a core.
+};
+QVector<AskedFile> askedFiles(const CaptureOptions& options);
+/// Asks for a file in the form that the end of its name stands for ("x.csv": that of "-csv"); with one for GTKWave also
+/// for the dump "x.vcd" beside it. False with `error`.
+bool askForFile(const QString& name, CaptureOptions& options, QString& error);
 
 /// Whose words these are: the program takes all options, a sub-command of the Tcl package those that concern it.
 enum OptionUse : unsigned {

@@ -3,11 +3,13 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <new>
 
 #include "platform/jtag/simulation_server.h"
+#include "platform/reader/capture_files.h"
 #include "platform/reader/hub_session.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/wait_line.h"
@@ -72,7 +74,6 @@ class Program {
   int captureRepeatedly();
   /// One capture, written to files with the mark `number`, unless that is 0.
   int captureOnce(int number);
-  QList<OutputFile> filesOf(const AskedFile& asked, int number) const;
   int write(int number);
   QString summary();
   int failExplained(const QString& error) { return fail(session_.explained(error)); }
@@ -85,10 +86,7 @@ bool Program::prepare(QString& error) {
   if (!session_.loadMap(error)) return false;
   if ((options_.status || options_.info) && options_.core.isEmpty()) return true;
   if (!session_.chooseRuns(options_, error)) return false;
-  for (const AskedFile& asked : options_.files)
-    for (const OutputFile& file : filesOf(asked, options_.repeats == 1 ? 0 : 1))
-      if (!file.check(error)) return false;
-  return true;
+  return checkCaptureFiles(options_, session_.coreNames(), error);
 }
 
 int Program::run() {
@@ -147,22 +145,10 @@ int Program::captureOnce(int number) {
   return run.readOut(error) ? write(number) : failExplained(error);
 }
 
-QList<OutputFile> Program::filesOf(const AskedFile& asked, int number) const {
-  QList<OutputFile> files = filesFor(asked, session_.coreNames(), options_.allCores);
-  if (number)
-    for (OutputFile& file : files) file = file.marked(QString::number(number));
-  return files;
-}
-
 int Program::write(int number) {
   CaptureSet shown = session_.captures();
   for (Capture& capture : shown.cores) capture = viewOf(capture, options_.view);
-  QList<OutputText> outputs;
-  bool takesStandardOutput = false;
-  for (const AskedFile& asked : options_.files) {
-    outputs += textsFor(asked.format, filesOf(asked, number), shown);
-    takesStandardOutput = takesStandardOutput || asked.file.isStandardOutput();
-  }
+  const QList<OutputText> outputs = captureFiles(options_, shown, number);
   QString error;
   const bool stored = storeAll(outputs, error);
   const bool showsWave = options_.wave || outputs.isEmpty();
@@ -173,7 +159,8 @@ int Program::write(int number) {
     for (const Capture& capture : shown.cores)
       text += QString::fromLatin1(captureToWave(capture, terminalColumns(kWaveColumns)));
   // What is not data stays out of the way of a file that is the standard output.
-  if (takesStandardOutput)
+  const auto isData = [](const OutputText& output) { return output.file.isStandardOutput(); };
+  if (std::any_of(outputs.begin(), outputs.end(), isData))
     fputs(text.toLatin1().constData(), stderr);
   else if (print(text) != kDone)
     return kFailed;

@@ -17,9 +17,11 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   const QByteArray before = captureMapJson(plan);
   core.units[0].names = {{"RUN", "011"}, {"IDLE", "000"}};
   core.probes.append({"on", {3}, {{"YES", "1"}}});
+  const QByteArray named = captureMapJson(plan);
+  core.probes[1].net = {{"u1", "lane[0]"}, "o.n", true, -3, -3};
   plan.projectHash = planHash(plan);
   const QByteArray json = captureMapJson(plan);
-  EXPECT_TRUE(before.contains("\"version\": 1") && json.contains("\"version\": 2"));  // one that needs it
+  EXPECT_TRUE(before.contains("\"version\": 1") && named.contains("\"version\": 2"));  // one that needs it
   InsertPlan back;
   QString error;
   ASSERT_TRUE(readCaptureMap(json, back, error)) << plain(error);
@@ -30,8 +32,10 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   const struct {
     const char *from, *to, *complaint;
   } table[] = {
-      {"\"version\": 2", "\"version\": 3", "version"},
-      {"\"version\": 2", "\"version\": 1", "has an unknown key"},
+      {"\"version\": 3", "\"version\": 4", "version"},
+      {"\"version\": 3", "\"version\": 1", "has an unknown key"},
+      {"\"version\": 3", "\"version\": 2", "has an unknown key"},
+      {"[-3, -3]", "[-3, -2]", "probes[1].net: does not fit the probe"},
       {"[\"RUN\", \"110\"]", "[\"RUN\", \"11\"]", "names[0]: expected [name, 3 binary digits]"},
       {"\"depth\": 512", "\"depth\": 511", "cores[0].depth"},
       {"\"depth\": 512", "\"deepness\": 512", "cores[0].depth"},

@@ -1,9 +1,13 @@
 // Decoded captures as VCD, waveform and comma-separated text.
-#include <QRegularExpression>
+#include <QProcess>
+#include <QStandardPaths>
 
+#include "platform/reader/capture_page.h"
 #include "platform/reader/capture_search.h"
 #include "platform/reader/capture_view.h"
+#include "platform/reader/gtkwave_view.h"
 #include "platform/reader/json_writer.h"
+#include "platform/reader/sigrok_session.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/vcd_writer.h"
 #include "tests/unit/scratch.h"
@@ -58,7 +62,7 @@ TEST(Capture, FieldsAcrossWordBoundariesAndTheirDigits) {
 TEST(Vcd, ScopesMarkerAndTimeFromTimestamps) {
   Capture capture = counterCapture(1, 12, 5);
   capture.core.probes[0].names = {{"FIVE", "101"}, {"SIX", "011"}};
-  const QString vcd = captureToVcd(capture, "top");
+  const QString vcd = capturesToVcd({capture}, "top");
   EXPECT_TRUE(has(vcd,
                   "$scope module top $end\n$var wire 1 ! en $end\n$var wire 2 \" BUS1 [1:0] $end\n"
                   "$scope module u_a $end\n$scope module u_b $end\n$var wire 3 # n [2:0] $end\n"
@@ -69,12 +73,42 @@ TEST(Vcd, ScopesMarkerAndTimeFromTimestamps) {
   EXPECT_TRUE(vcd.endsWith("\n#23\n") && vcd.count("\n1%\n") == 1 && has(vcd, "\nsSIX $\n")) << plain(vcd);
 }
 
+/// No sample moves for the x between windows. The stamps' upper bits step by one only.
 TEST(Vcd, WindowsAreKeptApart) {
-  Capture capture = counterCapture(3, 4, 1);
+  const struct {
+    int timestampBits, unknown;
+    const char* end;
+  } table[] = {{0, 2, "\n#14\n"}, {4, 2, "\n#23\n"}, {3, 0, "\n#12\n"}};
+  for (const auto& row : table) {
+    Capture capture = counterCapture(3, 4, 1);
+    capture.core.timestampBits = row.timestampBits;
+    const QString vcd = capturesToVcd({capture}, "top");
+    EXPECT_TRUE(has(vcd, "wire 16 % window [15:0] $end"));
+    EXPECT_TRUE(vcd.count("bxxx ") == row.unknown && vcd.count("\n1$\n") == 3 && vcd.endsWith(row.end)) << plain(vcd);
+  }
+}
+
+TEST(Vcd, RealTime) {
+  const struct {
+    const char *period, *timescale, *end;
+  } table[] = {{"10ns", "1 ns", "\n#120\n"},
+               {"6.25ns", "1 ps", "\n#75000\n"},
+               {"2000us", "1 ms", "\n#24\n"},
+               {"10", "", ""},
+               {"0ns", "", ""},
+               {"1.5fs", "", ""},
+               {"1e3ns", "", ""},
+               {"1s", "", ""}};
+  Capture capture = counterCapture(1, 12, 5);
+  capture.core.probes.resize(1);
   capture.core.timestampBits = 0;
-  const QString vcd = captureToVcd(capture, "top");
-  EXPECT_TRUE(has(vcd, "wire 16 % window [15:0] $end"));
-  EXPECT_TRUE(vcd.count("bxxx ") == 2 && vcd.count("\n1$\n") == 3) << plain(vcd);
+  for (const auto& row : table) {
+    VcdStyle style;
+    EXPECT_EQ(parsePeriod(row.period, style.period), *row.end != 0) << row.period;
+    if (!style.period.isKnown()) continue;
+    const QString vcd = capturesToVcd({capture}, "top", style);
+    EXPECT_TRUE(vcd.contains(row.timescale) && vcd.endsWith(row.end)) << plain(vcd);
+  }
 }
 
 /// Each core's samples stand at its own timestamps.
@@ -145,22 +179,31 @@ TEST(View, APartOfTheSignalsAndOfEachWindow) {
   EXPECT_TRUE(has(error, "no signal like \"u_a\""));
 }
 
-TEST(Vcd, NamesAreLegalAndDifferent) {
+/// As declared where the map tells it; by their names in older maps. Equal names get a number.
+TEST(Vcd, NamesAsDeclared) {
+  const struct {
+    PlanProbe probe;
+    const char* declaration;
+  } table[] = {
+      {{"u/off[8:6]", {0, 0, 0}, {}, {{"u"}, "off", true, 8, 6}}, "module u $end\n$var wire 3 * off [8:6] $end"},
+      {{"u/asc", {0, 0}, {}, {{"u"}, "asc", true, 0, 1}}, "$var wire 2 + asc [0:1] $end"},
+      {{"u/fb+1", {0}, {}, {{"u"}, "fb+1"}}, "$var wire 1 , \\fb+1 $end"},
+      {{"u/a.b", {0}, {}, {{"u"}, "a.b"}}, "$var wire 1 - \\a.b $end"},
+      {{"l[0].q", {0}, {}, {{"l[0]"}, "q", true, -3, -3}}, "module l[0] $end\n$var wire 1 ) q [-3] $end"},
+      {{"l[0]", {0, 0}, {}, {{}, "l[0]", true, 7, 6}}, "$var wire 2 ! \\l[0] [7:6] $end"},
+      {{"u+y/n", {0}, {}, {{"u+y"}, "n"}}, "module \\u+y $end\n$var wire 1 ' n $end"},
+      {{"v[3]", {0}}, "$var wire 1 \" v [3] $end"},
+      {{"v[3]", {0}}, "$var wire 1 # v_2 [3] $end"},
+      {{"v[2]", {0, 0}}, "$var wire 2 $ \\v[2] [1:0] $end"},
+      {{"a \xc3\xa9$end", {0}}, "$var wire 1 % a__$end $end"},
+      {{"a$end", {0}}, "$var wire 1 & a$end $end"},
+      {{"g[1].q", {0}}, "module g[1] $end\n$var wire 1 ( q $end"}};
   Capture capture;
-  for (const char* name : {"a b", "a_b", "a$end", "u/x", "9", "g[1].q", "v[3]", "v[2]", "\xc3\xa9", "v[3]"}) {
-    capture.core.probes.append(PlanProbe{name, {capture.core.probeBits.size()}});
-    capture.core.probeBits.append(bitOf("", name));
-  }
-  capture.table = BitTable(capture.core.probeWidth());
-  capture.table.append(QByteArray(capture.core.probeWidth(), 1));
-  capture.windows.append({0, 1, 0});
-  const QString vcd = captureToVcd(capture, "2nd top");
-  const QRegularExpression variable("\\$var wire 1 \\S+ ([A-Za-z_][A-Za-z0-9_]*( \\[\\d+\\])?) \\$end\n");
-  QStringList seen;
-  for (auto match = variable.globalMatch(vcd); match.hasNext();) seen += match.next().captured(1);
-  EXPECT_EQ(vcd.count("$var "), seen.size()) << plain(vcd);
-  EXPECT_EQ(seen.removeDuplicates(), 0) << plain(vcd);
-  EXPECT_TRUE(has(vcd, "$scope module _2nd_top $end"));
+  capture.core.probeBits.append(bitOf("", "n"));
+  for (const auto& row : table) capture.core.probes.append(row.probe);
+  const QString vcd = capturesToVcd({capture}, "2nd top");
+  for (const auto& row : table) EXPECT_TRUE(has(vcd, row.declaration));
+  EXPECT_TRUE(has(vcd, "$scope module \\2nd_top $end"));
 }
 
 TEST(Wave, MarksTheTriggerWithinAHundredColumns) {
@@ -183,6 +226,87 @@ TEST(Csv, OneLineASample) {
   const QList<QByteArray> lines = captureToCsv(capture).split('\n');
   EXPECT_EQ(lines[0], "window,sample,timestamp,u_a/u_b/n[2:0],en,BUS1,TU1");
   EXPECT_EQ(lines[14], "1,2,10,\"FIVE, odd\",0,01,1");
+}
+
+/// What a program prints; skips the test where there is none.
+#define READ_BY(output, program, ...)                                                                 \
+  if (QStandardPaths::findExecutable(program).isEmpty()) GTEST_SKIP() << program " is not installed"; \
+  QProcess process;                                                                                   \
+  process.start(program, QStringList{__VA_ARGS__});                                                   \
+  ASSERT_TRUE(process.waitForFinished(60000)) << program;                                             \
+  const QByteArray output = process.readAllStandardOutput()
+
+/// Two windows of eight samples with names of values.
+Capture namedCapture() {
+  Capture capture = counterCapture(2, 8, 3);
+  capture.core.probes[0].names = {{"FIVE", "101"}, {"<SIX>", "011"}};
+  return capture;
+}
+
+TEST(Viewers, SigrokReadsTheSession) {
+  const Scratch scratch;
+  ClockPeriod period;
+  ASSERT_TRUE(parsePeriod("6.25ns", period));
+  READ_BY(csv, "sigrok-cli", "-i", scratch.write("a.sr", captureToSigrok(namedCapture(), period)), "-O", "csv");
+  EXPECT_TRUE(csv.contains("u_a/u_b/n[2], u_a/u_b/n[1], u_a/u_b/n[0], en, trigger, window, unit_TU1") &&
+              csv.contains("Samplerate: 160 MHz"))
+      << csv.constData();
+  const QByteArray one =
+      "0,0,0,1,0,0,0\n0,0,1,0,0,0,0\n0,1,0,1,0,0,0\n0,1,1,0,1,0,0\n1,0,0,1,0,0,0\n1,0,1,0,0,0,1\n"
+      "1,1,0,1,0,0,0\n1,1,1,0,0,0,0\n";
+  EXPECT_TRUE(csv.endsWith(one + QByteArray(one).replace(",0,0\n", ",1,0\n").replace(",0,1\n", ",1,1\n")))
+      << csv.constData();
+}
+
+TEST(Viewers, SigrokReadsTheBitsOfTheVcd) {
+  const Scratch scratch;
+  Capture capture = counterCapture(1, 8, 3);
+  capture.core.timestampBits = 0;
+  VcdStyle style;
+  style.singleBits = true;
+  const QString file = scratch.write("a.vcd", capturesToVcd({capture}, "top", style));
+  READ_BY(csv, "sigrok-cli", "-i", file, "-I", "vcd", "-O", "csv");
+  EXPECT_TRUE(csv.contains("en, BUS1[1], BUS1[0], n[2], n[1], n[0], trigger, unit_TU1") &&
+              csv.endsWith("\n1,1,0,0,0,0,0,0\n0,0,1,0,0,1,0,0\n1,1,0,0,1,0,0,0\n0,0,1,0,1,1,1,0\n1,1,0,1,0,0,0,0\n"
+                           "0,0,1,1,0,1,0,1\n1,1,0,1,1,0,0,0\n0,0,1,1,1,1,0,0\n"))
+      << csv.constData();
+}
+
+/// GTKWave's own reader of dumps, and the names under which the save file asks for what it has read.
+TEST(Viewers, GtkwaveReadsTheVcd) {
+  const Scratch scratch;
+  Capture capture = namedCapture();
+  capture.core.probes[1].net = {{"u+x"}, "e.n"};
+  capture.core.probes[2].net = {{"l[0]"}, "asc", true, -1, 0};
+  const OutputFile vcd{scratch.write("a.vcd", capturesToVcd({capture}, "top"))}, save{scratch.path("a.gtkw")};
+  READ_BY(back, "sh", "-c", "vcd2fst -v \"$1\" -f \"$1.fst\" >&2 && fst2vcd -f \"$1.fst\"", "sh", vcd.name);
+  if (process.exitCode() == 127) GTEST_SKIP() << "gtkwave is not installed";
+  EXPECT_EQ(back.count("\n#"), scratch.read("a.vcd").count("\n#")) << back.constData();
+  for (const char* part : {"\\u+x $end", "\\e.n $end", "l[0] $end", "asc [-1:0] $end", "n [2:0] $end", "\nsFIVE "})
+    EXPECT_TRUE(has(back, part));
+  const QList<OutputText> view = gtkwaveView({capture}, "top", {}, vcd, save);
+  ASSERT_EQ(view.size(), 2);
+  EXPECT_EQ(view[1].text, "101 FIVE\n110 <SIX>\n");
+  for (const char* part : {"*-2.954196 6 -1", "-top.u_a.u_b\n@2028\n^1 /", "a_filter1.txt\ntop.u_a.u_b.n[2:0]\n",
+                           "@28\ntop.l[0].asc[-1:0]\n", "top.\\u+x.\\e.n\n", "\nostrel.trigger\n"})
+    EXPECT_TRUE(has(view[0].text, part));
+}
+
+TEST(Viewers, ABrowserShowsThePage) {
+  const Scratch scratch;
+  ClockPeriod period;
+  ASSERT_TRUE(parsePeriod("10ns", period));
+  const QByteArray page = captureToPage(namedCapture(), "t</script>", period);
+  EXPECT_LT(page.size(), 300000);
+  const QString file = scratch.write("a.html", page);
+  READ_BY(dom, "chromium", "--headless=new", "--no-sandbox", "--disable-gpu", "--virtual-time-budget=3000",
+          "--user-data-dir=" + scratch.path("profile"), "--dump-dom",
+          "file://" + file + "#b=12&radix=Hex&find=n[2:0]=%3Csix%3E");
+  for (const char* part : {"t&lt;/script&gt;, core c1, 10 ns a clock", "4 of 4 signals, 16 samples, 2 windows.",
+                           "A: window 0, sample 3, 120 ns; B: window 1, sample 1, 240 ns; B - A: 6 samples, 120 ns",
+                           "<div class=\"value\">&lt;SIX&gt;</div>", "class=\"row chosen\" data-drawn=\"16\""})
+    EXPECT_TRUE(has(dom, part));
+  EXPECT_EQ(dom.count("data-drawn=\""), 4);
 }
 
 }  // namespace
