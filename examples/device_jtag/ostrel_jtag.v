@@ -1,5 +1,5 @@
-// The debug hub behind a device's own JTAG primitive, in place of the file of this name that is inserted: what a user
-// writes, around a model of such a primitive.
+// The debug hub behind a device's own JTAG primitive, as a user writes it for "ost_design jtag ostrel_jtag.v", around a
+// model of such a primitive.
 module ostrel_jtag (
     input jtag_tck, jtag_tms, jtag_tdi, tdo, output jtag_tdo, tck, sel, capture, shift, update, tdi
 );

@@ -34,7 +34,6 @@ struct Design::Private {
   bool load(QString& error, const std::function<bool()>& idle);
   bool loadNetlist(QString& error);
   void readRoles();
-  QByteArray fullName(const NameHit& hit, const QByteArray& select) const;
 };
 
 bool Design::Private::load(QString& error, const std::function<bool()>& idle) {
@@ -73,7 +72,7 @@ bool Design::Private::loadNetlist(QString& error) {
   QString reason;
   const Descriptor file = openRegular(plan->files().first(), SourcePlan::kMaxFileBytes, reason);
   if (!file.isOpen()) {
-    error = QString::fromLatin1("Cannot read \"%1\": %2").arg(plan->firstFileAsTyped(), reason);
+    error = QStringLiteral("Cannot read \"%1\": %2").arg(plan->firstFileAsTyped(), reason);
     return false;
   }
   if (!readNameIndex(file.fd(), plan->firstFileAsTyped(), index, error) ||
@@ -81,7 +80,7 @@ bool Design::Private::loadNetlist(QString& error) {
     return false;
   plan->setTop(top().key);
   if (YosysScript::isName(yosysId(top().key))) return true;
-  error = QString::fromLatin1("\"%1\" cannot be the name of the top module").arg(textFromBytes(top().key));
+  error = QStringLiteral("\"%1\" cannot be the name of the top module").arg(textFromBytes(top().key));
   return false;
 }
 
@@ -96,34 +95,6 @@ void Design::Private::readRoles() {
       roles.jtag2wbCore |= word == "jtag2wb_core";
     }
   }
-}
-
-// The plain form where it leads back to the same net, the escaped form otherwise.
-QByteArray Design::Private::fullName(const NameHit& hit, const QByteArray& select) const {
-  const std::string_view net = index.view(hit.net->name);
-  QByteArray plain;
-  const auto append = [&plain](std::string_view text) { plain.append(text.data(), int(text.size())); };
-  for (const InstanceEntry* instance : hit.path) {
-    append(index.view(instance->name));
-    plain += '/';
-  }
-  append(net);
-  plain += select;
-  if (!index.slashNames) {
-    // Without '/' in names only a net that spells its brackets itself can stand in the way.
-    if (select.isEmpty()) return plain;
-    const std::string spelt = std::string(net) + select.toStdString();
-    if (!index.findNet(*hit.module, spelt)) return plain;
-  } else {
-    NameHit back;
-    if (findName(index, std::string_view(plain.constData(), size_t(plain.size())), back, nullptr) &&
-        back.net == hit.net && back.path == hit.path && back.selected == !select.isEmpty()) {
-      return plain;
-    }
-  }
-  QByteArray escaped;
-  for (const InstanceEntry* instance : hit.path) escaped += componentText(index.view(instance->name), true) + '/';
-  return escaped + componentText(net, true) + select;
 }
 
 Design::Design() : d(new Private) {}
@@ -209,15 +180,15 @@ bool Design::resolve(const QString& name, NetSelection& selection, QString& erro
     const qint64 place = index - net.offset;
     found.bits.append(int(net.upto ? net.width - 1 - place : place));
     found.bitNames.append(
-        textFromBytes(d->fullName(hit, net.width == 1 ? QByteArray() : '[' + QByteArray::number(index) + ']')));
+        textFromBytes(fullName(d->index, hit, net.width == 1 ? QByteArray() : '[' + QByteArray::number(index) + ']')));
     if (index == hit.right) break;
   }
   found.isVector = found.bits.size() > 1;
   if (found.bits.size() == net.width && net.width > 1) {
-    found.canonicalName = textFromBytes(d->fullName(hit, QByteArray()));
+    found.canonicalName = textFromBytes(fullName(d->index, hit, QByteArray()));
   } else if (found.isVector) {
-    found.canonicalName =
-        textFromBytes(d->fullName(hit, '[' + QByteArray::number(hit.left) + ':' + QByteArray::number(hit.right) + ']'));
+    found.canonicalName = textFromBytes(
+        fullName(d->index, hit, '[' + QByteArray::number(hit.left) + ':' + QByteArray::number(hit.right) + ']'));
   } else {
     found.canonicalName = found.bitNames.first();
   }
@@ -257,7 +228,7 @@ void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const 
         hit.net = &net;
         QByteArray name;
         if (d->index.slashNames) {
-          name = d->fullName(hit, QByteArray());
+          name = fullName(d->index, hit, QByteArray());
         } else {
           name = (path.isEmpty() ? path : path + '/') + d->index.bytes(net.name);
         }
@@ -297,19 +268,6 @@ QByteArray Design::digest() const {
 
 YosysScript Design::elaborationScript() const {
   return d->plan->hierarchyScript(true).line("proc");
-}
-
-QStringList instancePathKeys(const QString& instancePath) {
-  QStringList keys;
-  const QByteArray path = instancePath.toLatin1();
-  for (int at = 0; at < path.size();) {
-    const bool escaped = path[at] == '\\';
-    const int end = path.indexOf(escaped ? ' ' : '/', at);
-    const QByteArray name = path.mid(at + escaped, (end < 0 ? path.size() : end) - at - escaped);
-    keys.append(textFromBytes(yosysKey(std::string_view(name.constData(), size_t(name.size())))));
-    at = end < 0 ? path.size() : end + 1 + escaped;
-  }
-  return keys;
 }
 
 }  // namespace ost

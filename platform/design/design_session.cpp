@@ -19,7 +19,7 @@ struct DesignSession::Private {
   bool read(const DesignSource& source, const std::function<bool()>& idle, const QString& workingDirectory,
             QString& error) {
     if (reading) {
-      error = QString::fromLatin1("A design is being read already; wait until it is done");
+      error = QStringLiteral("A design is being read already; wait until it is done");
       return false;
     }
     struct Flag {
@@ -51,7 +51,7 @@ bool sameSource(const DesignSource& a, const DesignSource& b) {
 }  // namespace
 
 QString noDesignText() {
-  return QString::fromLatin1("No design is loaded; read it first with ost_design read.");
+  return QStringLiteral("No design is loaded; read it first with ost_design read.");
 }
 
 bool proofModeFromWord(const QByteArray& word, ProofMode& mode) {
@@ -110,7 +110,7 @@ bool DesignSession::readFromEnvironment(QString& error) {
   const bool design = QList<QByteArray>{".json", ".v", ".sv", ".vhd", ".vhdl"}.contains(suffix);
   (design ? source.files : source.fileLists).append(name);
   if (d->read(source, {}, QString(), error)) return true;
-  error = QString::fromLatin1("OST_DESIGN: %1").arg(error);
+  error = QStringLiteral("OST_DESIGN: %1").arg(error);
   return false;
 }
 

@@ -122,6 +122,7 @@ bool Elaboration::surveyOnce(NameIndex& index, QString& error) {
     if (index.modules.empty()) error = QStringLiteral("The sources declare no module");
     return false;
   }
+  hideGhdlNets(index);
   if (!index.complete(QByteArray(), error)) return false;
   noteReadFiles(dependencies);
   for (const ModuleEntry& module : index.modules) names_.insert(sourceName(module.key));

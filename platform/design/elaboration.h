@@ -36,6 +36,7 @@ class Elaboration {
   bool declareBoxes(QString& error);
   bool survey(NameIndex& index, QString& error);
   bool surveyOnce(NameIndex& index, QString& error);
+  void hideGhdlNets(NameIndex& index) const;
   void noteReadFiles(const ScratchFile& dependencies);
   bool readUses(const QVector<QByteArray>& types, QList<UnknownUse>& uses, QString& error);
   bool resolve(const QVector<QByteArray>& types, QString& error);

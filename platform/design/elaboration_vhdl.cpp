@@ -1,6 +1,9 @@
 // VHDL within a reading: GHDL elaborates an entity once for each set of generics and each spelling of its ports, and
 // the instances in Verilog become instances of what it wrote.
+#include <algorithm>
+
 #include "platform/design/elaboration.h"
+#include "platform/design/own_names.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -117,6 +120,18 @@ bool Elaboration::bindVhdl(const VhdlEntity& entity, const QList<UnknownUse>& us
     bindings.append({use.module, use.cell, known.value(key), use.parameters.keys()});
   }
   return true;
+}
+
+/// Nets of modules from VHDL that GHDL named, not the source.
+void Elaboration::hideGhdlNets(NameIndex& index) const {
+  const QSet<QByteArray>& spelt = plan_.vhdl().scan.likeGhdl;
+  for (ModuleEntry& module : index.modules) {
+    if (!module.vhdl) continue;
+    const auto isGhdls = [&](const NetEntry& net) {
+      return isGhdlName(index.view(net.name)) && !spelt.contains(index.bytes(net.name));
+    };
+    module.nets.erase(std::remove_if(module.nets.begin(), module.nets.end(), isGhdls), module.nets.end());
+  }
 }
 
 }  // namespace ost

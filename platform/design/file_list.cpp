@@ -44,12 +44,12 @@ class Reader {
     QByteArray content;
     QString problem;
     if (!readFile(fileFromText(list), kMaxListBytes, content, problem)) {
-      error = QString::fromLatin1("Cannot read the file list \"%1\": %2").arg(list, problem);
+      error = QStringLiteral("Cannot read the file list \"%1\": %2").arg(list, problem);
       return false;
     }
     bytes_ += content.size();
     if (content_.lists.size() >= kMaxLists || bytes_ > kMaxTotalBytes) {
-      error = QString::fromLatin1(
+      error = QStringLiteral(
                   "\"%1\" is one file list too many: at most %2 with 64 MB in all are read, each as "
                   "often as it is named")
                   .arg(list)
@@ -64,11 +64,11 @@ class Reader {
       QList<QByteArray> words;
       QString reason;
       if (line.contains('\0') || !splitLine(line, words)) {
-        reason = QString::fromLatin1("a quote is left open, or it is not text");
+        reason = QStringLiteral("a quote is left open, or it is not text");
       } else if (take(words, reason, error, nesting)) {
         continue;
       }
-      if (error.isEmpty()) error = QString::fromLatin1("%1:%2: %3").arg(list).arg(number).arg(reason);
+      if (error.isEmpty()) error = QStringLiteral("%1:%2: %3").arg(list).arg(number).arg(reason);
       return false;
     }
     return true;
@@ -84,11 +84,11 @@ class Reader {
       const QByteArray& word = words.at(i);
       if (word == "-f") {
         if (++i >= words.size()) {
-          reason = QString::fromLatin1("-f wants a file list after it");
+          reason = QStringLiteral("-f wants a file list after it");
           return false;
         }
         if (nesting >= kMaxNesting) {
-          reason = QString::fromLatin1("file lists are nested deeper than 16 (does one name itself?)");
+          reason = QStringLiteral("file lists are nested deeper than 16 (does one name itself?)");
           return false;
         }
         const QString outer = folder_;

@@ -47,10 +47,6 @@ bool splitSelect(std::string_view text, std::string_view& base, Select& select) 
   return true;
 }
 
-QString text(std::string_view view) {
-  return QString::fromLatin1(view.data(), static_cast<int>(view.size()));
-}
-
 class Finder {
  public:
   Finder(const NameIndex& index, std::string_view whole, NameHit& hit, bool wantReason)
@@ -121,8 +117,9 @@ class Finder {
     for (const Entry& entry : entries) {
       if (!isNameInSource(index_.view(entry.name), typed)) continue;
       if (only && wantReason_ && reason.isEmpty())
-        reason = QString::fromLatin1("\"%1\" may be \"%2\" or \"%3\": name one of them")
-                     .arg(text(whole_), text(index_.view(only->name)), text(index_.view(entry.name)));
+        reason = QStringLiteral("\"%1\" may be \"%2\" or \"%3\": name one of them")
+                     .arg(textFromView(whole_), textFromView(index_.view(only->name)),
+                          textFromView(index_.view(entry.name)));
       if (only) return nullptr;
       only = &entry;
     }
@@ -148,12 +145,12 @@ class Finder {
     if (inside && forward) return true;
     if (!wantReason_ || !reason.isEmpty()) return false;
     if (net.width == 1 && net.offset == 0) {
-      reason = QString::fromLatin1("\"%1\" does not exist: \"%2\" is a single bit")
-                   .arg(text(whole_), text(index_.view(net.name)));
+      reason = QStringLiteral("\"%1\" does not exist: \"%2\" is a single bit")
+                   .arg(textFromView(whole_), textFromView(index_.view(net.name)));
     } else {
-      reason = QString::fromLatin1(inside ? "\"%1\" runs against the declared order: \"%2\" is declared [%3:%4]"
-                                          : "\"%1\" lies outside the net: \"%2\" is declared [%3:%4]")
-                   .arg(text(whole_), text(index_.view(net.name)))
+      reason = textFromBytes(inside ? "\"%1\" runs against the declared order: \"%2\" is declared [%3:%4]"
+                                    : "\"%1\" lies outside the net: \"%2\" is declared [%3:%4]")
+                   .arg(textFromView(whole_), textFromView(index_.view(net.name)))
                    .arg(net.upto ? low : high)
                    .arg(net.upto ? high : low);
     }
@@ -162,27 +159,28 @@ class Finder {
 
   void explain(const ModuleEntry& module, std::string_view rest, std::string_view base) {
     if (index_.hasMemory(module, rest) || (!base.empty() && index_.hasMemory(module, base))) {
-      reason = QString::fromLatin1("\"%1\" is a memory, not a net: name the nets that carry its address and data")
-                   .arg(text(whole_));
+      reason = QStringLiteral("\"%1\" is a memory, not a net: name the nets that carry its address and data")
+                   .arg(textFromView(whole_));
     } else if (const NetEntry* element = elementOf(module, base.empty() ? rest : base)) {
-      reason = QString::fromLatin1("\"%1\" is no net: \"%2\" is an array, name its elements, as in \"%3\"")
-                   .arg(text(whole_), text(base.empty() ? rest : base), text(index_.view(element->name)));
+      reason = QStringLiteral("\"%1\" is no net: \"%2\" is an array, name its elements, as in \"%3\"")
+                   .arg(textFromView(whole_), textFromView(base.empty() ? rest : base),
+                        textFromView(index_.view(element->name)));
     } else if (const NetEntry* structure = structureOf(module, rest)) {
       const qint64 low = structure->offset, high = low + structure->width - 1;
-      reason = QString::fromLatin1(
+      reason = QStringLiteral(
                    "\"%1\" is no net: of a structure only the bits are known; \"%2\" is declared [%3:%4], name those "
                    "of the field")
-                   .arg(text(whole_), text(index_.view(structure->name)))
+                   .arg(textFromView(whole_), textFromView(index_.view(structure->name)))
                    .arg(structure->upto ? low : high)
                    .arg(structure->upto ? high : low);
     } else if (const InstanceEntry* instance = index_.findInstance(module, rest)) {
       const ModuleEntry& inner = index_.modules[size_t(instance->module)];
-      reason = QString::fromLatin1("\"%1\" is an instance, not a net").arg(text(whole_));
+      reason = QStringLiteral("\"%1\" is an instance, not a net").arg(textFromView(whole_));
       if (inner.bodyless) {
-        reason += QString::fromLatin1(" (and a black box: name the nets at its ports, in the module around it)");
+        reason += QStringLiteral(" (and a black box: name the nets at its ports, in the module around it)");
       } else if (!inner.nets.empty()) {
-        reason += QString::fromLatin1(": name one of its nets, as in \"%1/%2\"")
-                      .arg(text(whole_), text(index_.view(inner.nets.front().name)));
+        reason += QStringLiteral(": name one of its nets, as in \"%1/%2\"")
+                      .arg(textFromView(whole_), textFromView(index_.view(inner.nets.front().name)));
       }
     }
   }
@@ -220,14 +218,14 @@ bool findName(const NameIndex& index, std::string_view name, NameHit& hit, QStri
   hit = NameHit();
   if (name.empty() || name.size() > kMaxNameText) {
     if (error)
-      *error = QString::fromLatin1(name.empty() ? "A net's name is empty" : "A net's name is longer than 65535 bytes");
+      *error = textFromBytes(name.empty() ? "A net's name is empty" : "A net's name is longer than 65535 bytes");
     return false;
   }
   Finder finder(index, name, hit, error != nullptr);
   if (finder.find(index.modules[size_t(index.top)], name)) return true;
   if (error) {
-    *error =
-        !finder.reason.isEmpty() ? finder.reason : QString::fromLatin1("The design has no net \"%1\"").arg(text(name));
+    *error = !finder.reason.isEmpty() ? finder.reason
+                                      : QStringLiteral("The design has no net \"%1\"").arg(textFromView(name));
   }
   return false;
 }
@@ -258,22 +256,6 @@ bool isNameInSource(std::string_view kept, std::string_view typed) {
     if (take(typed) != component || (dropped && !anyTaken && kept.empty())) return false;
   }
   return kept.empty() && typed.empty();
-}
-
-QByteArray componentText(std::string_view name, bool escaped) {
-  const QByteArray plain(name.data(), static_cast<int>(name.size()));
-  return escaped ? '\\' + plain + ' ' : plain;
-}
-
-QByteArray joinPath(const NameIndex& index, const std::vector<const InstanceEntry*>& path) {
-  QByteArray joined;
-  for (const InstanceEntry* instance : path) {
-    const std::string_view name = index.view(instance->name);
-    const bool escaped = index.slashNames && (name.find('/') != std::string_view::npos || name[0] == '\\');
-    if (!joined.isEmpty()) joined += '/';
-    joined += componentText(name, escaped);
-  }
-  return joined;
 }
 
 }  // namespace ost

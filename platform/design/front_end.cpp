@@ -33,9 +33,9 @@ QString endText(const QString& name, const char* wayOut, const ChildEnd& end, co
   switch (end.how) {
     case ChildEnd::NotStarted:
       if (end.code == ENOENT)
-        return QStringLiteral("The program \"%1\" was not found; %2.").arg(name, QString::fromLatin1(wayOut));
+        return QStringLiteral("The program \"%1\" was not found; %2.").arg(name, textFromBytes(wayOut));
       return QStringLiteral("The program \"%1\" could not be started: %2; %3.")
-          .arg(name, systemReason(end.code), QString::fromLatin1(wayOut));
+          .arg(name, systemReason(end.code), textFromBytes(wayOut));
     case ChildEnd::NotPrepared:
     case ChildEnd::NoFolder:
       return QStringLiteral("The program \"%1\" could not be started: %2.").arg(name, systemReason(end.code));
@@ -53,7 +53,7 @@ QString endText(const QString& name, const char* wayOut, const ChildEnd& end, co
       return QStringLiteral("The program \"%1\" ended by signal %2 (%3); its memory limit was %4 MB (-memory).")
           .arg(name)
           .arg(end.code)
-          .arg(QString::fromLatin1(strsignal(end.code)))
+          .arg(textFromBytes(strsignal(end.code)))
           .arg(limits.memoryLimitBytes >> 20);
     case ChildEnd::Exited:
       break;
@@ -78,12 +78,12 @@ bool runFrontEnd(const char* program, const char* wayOut, const QList<QByteArray
   const ChildEnd end = runChild(job);
   output = end.output;
   if (end.how == ChildEnd::Exited && end.code == 0) return true;
-  error = oneLine(endText(QString::fromLatin1(program), wayOut, end, limits));
+  error = oneLine(endText(textFromBytes(program), wayOut, end, limits));
   return false;
 }
 
 bool isOnPath(const char* program) {
-  return !QStandardPaths::findExecutable(QString::fromLatin1(program)).isEmpty();
+  return !QStandardPaths::findExecutable(textFromBytes(program)).isEmpty();
 }
 
 }  // namespace ost

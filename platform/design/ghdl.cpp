@@ -11,11 +11,11 @@ namespace ost {
 namespace {
 
 QRegularExpression pattern(const QByteArray& text) {
-  return QRegularExpression(QString::fromLatin1(text), QRegularExpression::MultilineOption);
+  return QRegularExpression(textFromBytes(text), QRegularExpression::MultilineOption);
 }
 
 QByteArray escaped(const QByteArray& name) {
-  return QRegularExpression::escape(QString::fromLatin1(name)).toLatin1();
+  return QRegularExpression::escape(textFromBytes(name)).toLatin1();
 }
 
 QList<VhdlModule> splitModules(const QByteArray& verilog) {
@@ -191,12 +191,12 @@ void renameInstances(VhdlModule& module, const QByteArray& type, const QByteArra
 }
 
 void spellPorts(VhdlModule& module, const QList<QByteArray>& ports) {
-  QString text = QString::fromLatin1(module.text);
+  QString text = textFromBytes(module.text);
   for (const QByteArray& port : ports) {
     // Whole words in any case, but those behind a dot, which are ports of instances.
     QRegularExpression word = pattern("(?<![\\w.$])" + escaped(port) + "(?![\\w$])");
     word.setPatternOptions(QRegularExpression::CaseInsensitiveOption);
-    text.replace(word, QString::fromLatin1(port));
+    text.replace(word, textFromBytes(port));
   }
   module.text = text.toLatin1();
 }

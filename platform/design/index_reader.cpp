@@ -4,11 +4,13 @@
 #include <unistd.h>
 
 #include <QHash>
-#include <algorithm>
 #include <limits>
 
+#include "platform/design/enum_types.h"
+#include "platform/design/file_stream.h"
 #include "platform/design/ghdl.h"
 #include "platform/design/name_index.h"
+#include "platform/design/own_names.h"
 #include "platform/text/byte_text.h"
 #include "platform/text/json_memory.h"
 
@@ -18,48 +20,13 @@ namespace {
 constexpr int kMaxJsonDepth = 64;
 constexpr rapidjson::SizeType kMaxNameLength = 65535;
 constexpr int kMaxWidth = 1 << 24;
-constexpr int kMaxEnumNames = 4096;  // Of a type with more, the values stay numbers.
-
-// A RapidJSON input stream over a descriptor.
-class FileStream {
- public:
-  typedef char Ch;
-  explicit FileStream(int fd) : fd_(fd), buffer_(1 << 16) { refill(); }
-  Ch Peek() const { return at_ < have_ ? buffer_[at_] : '\0'; }
-  Ch Take() {
-    const Ch c = Peek();
-    if (at_ < have_ && ++at_ == have_) refill();
-    return c;
-  }
-  size_t Tell() const { return before_ + at_; }
-  bool atEnd() const { return at_ >= have_; }
-
-  // For streams that are written in place; never called.
-  Ch* PutBegin() { return nullptr; }
-  void Put(Ch) {}
-  void Flush() {}
-  size_t PutEnd(Ch*) { return 0; }
-
- private:
-  void refill() {
-    before_ += have_;
-    at_ = 0;
-    ssize_t got;
-    do got = ::read(fd_, buffer_.data(), buffer_.size());
-    while (got < 0 && errno == EINTR);
-    have_ = got > 0 ? static_cast<size_t>(got) : 0;
-  }
-  int fd_;
-  std::vector<char> buffer_;
-  size_t at_ = 0, have_ = 0, before_ = 0;
-};
 
 // Where the reader stands: the levels of {"modules": {M: {section: {item: {key: [..]}}}}}.
 enum Level { kRoot = 1, kModules, kModule, kSection, kItem, kItemValue };
 
 class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> {
  public:
-  explicit Handler(NameIndex& index) : index_(index) {}
+  explicit Handler(NameIndex& index) : index_(index), enums_(index.enumTypes) {}
 
   QString problem;  ///< Set when a callback returned false.
   bool sawModules = false;
@@ -97,7 +64,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
         offset_ = 0;
         upto_ = hidden_ = wholeName_ = false;
         type_.clear();
-        enumNames_.clear();
+        enums_.beginNet();
         return true;
       case kItem:
         key_ = keyOf(std::string_view(text, length));
@@ -174,24 +141,19 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
   ModuleEntry& module() { return index_.modules.back(); }
 
   bool fail(const char* text) {
-    problem = QString::fromLatin1(text);
+    problem = textFromBytes(text);
     if (!index_.modules.empty()) {
-      problem += QString::fromLatin1(" (module \"%1\"").arg(textFromBytes(module().key));
+      problem += QStringLiteral(" (module \"%1\"").arg(textFromBytes(module().key));
       if (depth_ >= kItem && !item_.empty()) {
-        problem += QString::fromLatin1(", \"%1\"").arg(QString::fromLatin1(item_.data(), int(item_.size())));
+        problem += QStringLiteral(", \"%1\"").arg(textFromView(item_));
       }
       problem += QLatin1Char(')');
     }
     return false;
   }
 
-  static bool isName(std::string_view name) {
-    return std::none_of(name.begin(), name.end(),
-                        [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == 0x7f; });
-  }
-
   bool beginModule(const QByteArray& key) {
-    if (key.isEmpty() || !isName(std::string_view(key.constData(), size_t(key.size()))))
+    if (key.isEmpty() || !isPrintableName(std::string_view(key.constData(), size_t(key.size()))))
       return fail("a module's name is empty, or holds a blank or a control character");
     if (known_.contains(key)) return fail("a module stands twice");
     known_.insert(key, true);
@@ -210,7 +172,10 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     if (depth_ == kSection && section_ == kAttributes) return attribute(value);
     if (depth_ == kSection && section_ != kUnread) return fail("an entry is not an object");
     if (depth_ == kItemValue && collecting()) return bit(value);
-    if (depth_ == kItemValue && section_ == kNets && key_ == kItemAttributes) return netAttribute(value);
+    if (depth_ == kItemValue && section_ == kNets && key_ == kItemAttributes) {
+      if (value.kind == Scalar::Text) netAttribute(value.text);
+      return true;
+    }
     if (depth_ != kItem) return true;
     if (section_ == kNets) {
       switch (key_) {
@@ -236,7 +201,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     if (section_ == kCells && key_ == kType) {
       if (value.kind != Scalar::Text || value.text.empty()) return fail("a cell's \"type\" is not a name");
       if (value.text.size() > kMaxNameLength) return fail("a cell's \"type\" is longer than 65535 bytes");
-      if (!isName(value.text)) return fail("a cell's \"type\" holds a blank or a control character");
+      if (!isPrintableName(value.text)) return fail("a cell's \"type\" holds a blank or a control character");
       type_.assign(value.text);
     }
     return true;
@@ -276,50 +241,13 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     return dash != std::string_view::npos && columnAt(place.size()) - columnAt(dash) > int(item_.size());
   }
 
-  /// Yosys keeps an enumerated type as one attribute a value: "enum_value_101" is the name, after a backslash.
-  bool netAttribute(const Scalar& value) {
-    if (attribute_ == "src" && value.kind == Scalar::Text && item_.find('.') != std::string::npos)
-      wholeName_ = isWrittenWhole(value.text);
-    const std::string_view prefix = "enum_value_", name = attribute_;
-    if (name.substr(0, prefix.size()) != prefix || value.kind != Scalar::Text || value.text.size() < 2 ||
-        value.text[0] != '\\' || enumNames_.size() > kMaxEnumNames)
-      return true;
-    QByteArray bits(name.data() + prefix.size(), int(name.size() - prefix.size()));
-    if (bits.count('0') + bits.count('1') != bits.size() || !isName(value.text)) return true;
-    std::reverse(bits.begin(), bits.end());
-    const std::string_view text = value.text.substr(1);
-    enumNames_.append({QString::fromLatin1(text.data(), int(text.size())), bits});
-    return true;
-  }
-
-  /// The number of the type that the net's attributes tell of; -1 when there is none, or it does not fit.
-  int enumType() {
-    if (enumNames_.isEmpty() || enumNames_.size() > kMaxEnumNames) return -1;
-    for (const EnumName& entry : qAsConst(enumNames_))
-      if (entry.bits.size() != width_) return -1;
-    QByteArray key;
-    for (const EnumName& entry : qAsConst(enumNames_)) key += entry.bits + entry.name.toLatin1() + '\n';
-    const auto known = enumTypeNumber_.constFind(key);
-    if (known != enumTypeNumber_.constEnd()) return *known;
-    const int number = int(index_.enumTypes.size());
-    index_.enumTypes.push_back(enumNames_);
-    enumTypeNumber_.insert(key, number);
-    return number;
+  void netAttribute(std::string_view text) {
+    if (attribute_ == "src" && item_.find('.') != std::string::npos) wholeName_ = isWrittenWhole(text);
+    enums_.take(attribute_, text);
   }
 
   static bool isTrue(const Scalar& value) {
     return value.kind == Scalar::Number ? value.number != 0 : isSetAttribute(value.text);
-  }
-
-  /// Arguments, results and variables of a call, which Yosys names `function$func$file:line$number.x`.
-  static bool isFunctionHelper(std::string_view name) {
-    size_t at = name.find("$func$");
-    if (at == std::string_view::npos) return false;
-    for (at = name.find('$', at + 6); at != std::string_view::npos; at = name.find('$', at + 1)) {
-      const size_t end = name.find_first_not_of("0123456789", at + 1);
-      if (end != std::string_view::npos && end > at + 1 && name[end] == '.') return true;
-    }
-    return false;
   }
 
   // The name as the source spells it, in the common text. Yosys guards some public names with a backslash.
@@ -331,7 +259,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
     }
     if (name.empty()) return fail("a name is empty");
     module().unnamedBlocks |= name.find("genblk") != std::string_view::npos;
-    if (!isName(name)) return fail("a name holds a blank or a control character");
+    if (!isPrintableName(name)) return fail("a name holds a blank or a control character");
     index_.slashNames |= name.find('/') != std::string_view::npos;
     index_.slashNames |= name[0] == '\\';
     if (size_t(index_.text.size()) + name.size() > size_t(std::numeric_limits<int>::max()) - 64) {
@@ -352,7 +280,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
       net.offset = offset_;
       net.upto = upto_;
       net.wholeName = wholeName_;
-      net.enumType = enumType();
+      net.enumType = enums_.typeOf(width_);
       if (!keepName(net.name)) return false;
       module().nets.push_back(net);
     } else if (section_ == kCells) {
@@ -379,14 +307,14 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
 
   NameIndex& index_;
   QHash<QByteArray, bool> known_;
-  QHash<QByteArray, int> typeNumber_, enumTypeNumber_;
+  QHash<QByteArray, int> typeNumber_;
   QByteArray rootKey_;
   bool inModules_ = false;
   int depth_ = 0, arrays_ = 0;
   Section section_ = kUnread;
   ItemKey key_ = kOther;
   std::string item_, type_, attribute_;
-  EnumNames enumNames_;  ///< Of the net that is being read.
+  EnumTypes enums_;
   int width_ = -1;
   qint32 offset_ = 0;
   bool upto_ = false, hidden_ = false, wholeName_ = false;
@@ -396,7 +324,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
 
 bool readNameIndex(int fd, const QString& fileName, NameIndex& index, QString& error) {
   if (lseek(fd, 0, SEEK_SET) != 0) {
-    error = QString::fromLatin1("Cannot read \"%1\"").arg(fileName);
+    error = QStringLiteral("Cannot read \"%1\"").arg(fileName);
     return false;
   }
   FileStream stream(fd);
@@ -407,14 +335,14 @@ bool readNameIndex(int fd, const QString& fileName, NameIndex& index, QString& e
   if (result.IsError()) {
     const QString what = result.Code() == rapidjson::kParseErrorTermination
                              ? handler.problem
-                             : QString::fromLatin1(rapidjson::GetParseError_En(result.Code()));
-    error = QString::fromLatin1("\"%1\" is not a usable Yosys JSON netlist: %2, at byte %3")
+                             : textFromBytes(rapidjson::GetParseError_En(result.Code()));
+    error = QStringLiteral("\"%1\" is not a usable Yosys JSON netlist: %2, at byte %3")
                 .arg(fileName, what)
                 .arg(qulonglong(result.Offset()));
     return false;
   }
   if (!handler.sawModules || index.modules.empty()) {
-    error = QString::fromLatin1("\"%1\" holds no module").arg(fileName);
+    error = QStringLiteral("\"%1\" holds no module").arg(fileName);
     return false;
   }
   index.text.squeeze();

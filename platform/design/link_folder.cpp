@@ -11,6 +11,7 @@
 #include <ctime>
 
 #include "platform/system/files.h"
+#include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
@@ -38,10 +39,10 @@ void removeIfLeft(const QString& path) {
 /// Where the next folder goes, once those that were left are gone.
 QString freshTemplate() {
   const QDir temporary(QDir::tempPath());
-  const QString prefix = QString::fromLatin1(kNamePrefix);
+  const QString prefix = textFromBytes(kNamePrefix);
   for (const QString& name : temporary.entryList({prefix + QLatin1Char('*')}, QDir::Dirs | QDir::NoSymLinks))
     removeIfLeft(temporary.filePath(name));
-  return temporary.filePath(prefix + QString::fromLatin1("XXXXXX"));
+  return temporary.filePath(prefix + QStringLiteral("XXXXXX"));
 }
 
 }  // namespace

@@ -88,13 +88,13 @@ bool NameIndex::complete(const QByteArray& wantedTop, QString& error) {
               [this](NameRef a, NameRef b) { return view(a) < view(b); });
     const auto twice = std::adjacent_find(module.nets.begin(), module.nets.end(), same);
     if (twice != module.nets.end()) {
-      error = QString::fromLatin1("The module %1 declares the net %2 twice")
-                  .arg(quoted(module.key), quoted(bytes(twice->name)));
+      error =
+          QStringLiteral("The module %1 declares the net %2 twice").arg(quoted(module.key), quoted(bytes(twice->name)));
       return false;
     }
     const auto again = std::adjacent_find(module.instances.begin(), module.instances.end(), same);
     if (again != module.instances.end()) {
-      error = QString::fromLatin1("The module %1 holds the instance %2 twice")
+      error = QStringLiteral("The module %1 holds the instance %2 twice")
                   .arg(quoted(module.key), quoted(bytes(again->name)));
       return false;
     }
@@ -120,16 +120,15 @@ bool NameIndex::chooseTop(const QByteArray& wantedTop, QString& error) {
     if (!instantiated[i] && !module.bodyless) roots.append(int(i));
   }
   if (!wantedTop.isEmpty()) {
-    error =
-        QString::fromLatin1("The design has no module %1 to be the top; name another with -top").arg(quoted(wantedTop));
+    error = QStringLiteral("The design has no module %1 to be the top; name another with -top").arg(quoted(wantedTop));
     return false;
   }
   const QVector<int>& choice = marked.isEmpty() ? roots : marked;
   if (choice.size() != 1) {
     QStringList names;
     for (const int i : choice.mid(0, 5)) names.append(quoted(modules[size_t(i)].key));
-    error = choice.isEmpty() ? QString::fromLatin1("The design has no top module; name one with -top")
-                             : QString::fromLatin1(
+    error = choice.isEmpty() ? QStringLiteral("The design has no top module; name one with -top")
+                             : QStringLiteral(
                                    "The design has %1 modules that could be the top (%2); name one with "
                                    "-top")
                                    .arg(choice.size())
@@ -153,7 +152,7 @@ bool NameIndex::count(QString& error) {
       const InstanceEntry& instance = module.instances[stack.back().second++];
       const size_t child = size_t(instance.module);
       if (state[child] == 1) {
-        error = QString::fromLatin1("The module %1 contains itself, through its instance %2")
+        error = QStringLiteral("The module %1 contains itself, through its instance %2")
                     .arg(quoted(modules[child].key), quoted(bytes(instance.name)));
         return false;
       }
@@ -174,9 +173,8 @@ bool NameIndex::count(QString& error) {
       height[size_t(number)] = std::max(height[size_t(number)], height[size_t(instance.module)] + 1);
     }
     if (height[size_t(number)] > kMaxDepth) {
-      error = QString::fromLatin1("The hierarchy is deeper than %1 levels, at module %2")
-                  .arg(kMaxDepth)
-                  .arg(quoted(module.key));
+      error =
+          QStringLiteral("The hierarchy is deeper than %1 levels, at module %2").arg(kMaxDepth).arg(quoted(module.key));
       return false;
     }
     state[size_t(number)] = 2;

@@ -113,6 +113,9 @@ bool isNameInSource(std::string_view kept, std::string_view typed);
 QByteArray joinPath(const NameIndex& index, const std::vector<const InstanceEntry*>& path);
 /// The name, escaped where `escaped` asks for it.
 QByteArray componentText(std::string_view name, bool escaped);
+/// The net's name from the top, with `select` ("[3]") behind it: the plain form where it leads back to the same net,
+/// the escaped form otherwise.
+QByteArray fullName(const NameIndex& index, const NameHit& hit, const QByteArray& select);
 
 /// Up to `count` names near `name`, best first.
 QStringList nearestNames(const NameIndex& index, const QByteArray& name, int count);

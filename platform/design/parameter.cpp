@@ -3,6 +3,7 @@
 
 #include <QRegularExpression>
 
+#include "platform/text/byte_text.h"
 #include "platform/text/names.h"
 
 namespace ost {
@@ -38,7 +39,7 @@ bool parseNumber(const QByteArray& typed, ParameterValue& value) {
   static const QRegularExpression decimal(QStringLiteral("\\A[+-]?[0-9][0-9_]*\\z")),
       based(QStringLiteral("\\A([1-9][0-9]{0,4})?'[sS]?(?:([bB])([01xXzZ?_]+)|([oO])([0-7xXzZ?_]+)|"
                            "([hH])([0-9a-fA-FxXzZ?_]+)|([dD])([0-9_]+))\\z"));
-  const QString text = QString::fromLatin1(typed);
+  const QString text = textFromBytes(typed);
   if (decimal.match(text).hasMatch()) {
     bool fits = false;
     const qint64 number = QByteArray(typed).replace('_', "").toLongLong(&fits);
@@ -86,11 +87,11 @@ bool parseTopParameter(const QString& assignment, TopParameter& parameter, QStri
     parameter.verilog = typed;
     return true;
   }
-  if (real.match(QString::fromLatin1(typed)).hasMatch()) {
+  if (real.match(textFromBytes(typed)).hasMatch()) {
     error = QStringLiteral(
                 "The value \"%2\" of the parameter \"%1\" is a real number or out of range; Yosys elaborates with "
                 "integers of up to 64 bits, sized numbers (8'hff) and strings only.")
-                .arg(name, QString::fromLatin1(typed));
+                .arg(name, textFromBytes(typed));
     return false;
   }
   const bool quotes = typed.size() >= 2 && typed.startsWith('"') && typed.endsWith('"');
@@ -101,7 +102,7 @@ bool parseTopParameter(const QString& assignment, TopParameter& parameter, QStri
     error = QStringLiteral(
                 "The value \"%2\" of the parameter \"%1\" is neither a number (5, -5, 8'hff) nor a string; write a "
                 "string in double quotes, without quotes, backslashes and control characters in it.")
-                .arg(name, QString::fromLatin1(typed));
+                .arg(name, textFromBytes(typed));
     return false;
   }
   parameter.value = {true, typed};
@@ -143,7 +144,7 @@ bool genericText(const ParameterValue& value, const QByteArray& type, QByteArray
   }
   static const QRegularExpression range(QStringLiteral("\\(\\s*(\\d+)\\s+(?:downto|to)\\s+(\\d+)\\s*\\)"));
   if (mark.endsWith("vector") || mark.endsWith("unsigned") || mark.endsWith("signed")) {
-    const QRegularExpressionMatch match = range.match(QString::fromLatin1(type));
+    const QRegularExpressionMatch match = range.match(textFromBytes(type));
     const int width = match.hasMatch() ? qAbs(match.captured(1).toInt() - match.captured(2).toInt()) + 1 : -1;
     text = width < 0 ? value.text : fitted(value.text, width, '0');
     return true;

@@ -156,7 +156,7 @@ bool SourcePlan::takeFile(const QString& typed, const QByteArray& library, QStri
   files_.append(absolute);
   if (library != "work" || isVhdl(absolute)) {
     vhdl_.files.append({library, absolute});
-    rewrites_.append(qMakePair(QFile::encodeName(absolute), typed.toLatin1()));
+    names_.show(QFile::encodeName(absolute), typed);
     return true;
   }
   return addScriptName(absolute, typed, entry, replaced, error);
@@ -240,7 +240,7 @@ QList<QByteArray> SourcePlan::macroWords() const {
 
 bool SourcePlan::replaceSystemVerilog(const QByteArray& verilog, QString& error) {
   File file;
-  file.scriptName = keep(verilog, ".v", QStringLiteral("the Verilog of sv2v"), error);
+  file.scriptName = names_.keep(verilog, ".v", QStringLiteral("the Verilog of sv2v"), error);
   if (file.scriptName.isEmpty()) return false;
   scriptFiles_.erase(
       std::remove_if(scriptFiles_.begin(), scriptFiles_.end(), [](const File& one) { return one.systemVerilog; }),
@@ -252,7 +252,7 @@ bool SourcePlan::replaceSystemVerilog(const QByteArray& verilog, QString& error)
 bool SourcePlan::addBoxes(const QByteArray& verilog, bool systemVerilog, QString& error) {
   File file;
   file.systemVerilog = systemVerilog;
-  file.scriptName = keep(verilog, ".v", QStringLiteral("the declarations of black boxes"), error);
+  file.scriptName = names_.keep(verilog, ".v", QStringLiteral("the declarations of black boxes"), error);
   boxes_.append(file);
   return !file.scriptName.isEmpty();
 }
@@ -260,46 +260,17 @@ bool SourcePlan::addBoxes(const QByteArray& verilog, bool systemVerilog, QString
 bool SourcePlan::addVhdl(const QByteArray& verilog, const QByteArray& entity, const QList<VhdlBinding>& bindings,
                          QString& error) {
   const QByteArray name =
-      keep(verilog, ".v", QStringLiteral("the Verilog of \"%1\"").arg(textFromBytes(entity)), error);
+      names_.keep(verilog, ".v", QStringLiteral("the Verilog of \"%1\"").arg(textFromBytes(entity)), error);
   vhdlRounds_.append({name, bindings});
   return !name.isEmpty();
 }
 
-QByteArray SourcePlan::link(const QString& target, const char* kind, const QByteArray& suffix, QString& error) {
-  if (!links_) links_.reset(new LinkFolder);
-  const QByteArray name = kind + QByteArray::number(linked_.size()) + suffix, real = QFile::encodeName(target);
-  const QByteArray path = links_->path() + '/' + name;
-  errno = EINVAL;
-  if (!YosysScript::isPlainFile(links_->path()) || !links_->add(name, real)) {
-    error = QStringLiteral("Cannot link \"%1\" into the temporary folder \"%2\": %3; set TMPDIR to another folder")
-                .arg(textFromFile(target), textFromFile(QDir::tempPath()), systemReason(errno));
-    return QByteArray();
-  }
-  linked_.append(qMakePair(path, real));
-  return path;
-}
-
-/// A file of the content in the private folder; `shown` stands for it in errors. Empty on failure.
-QByteArray SourcePlan::keep(const QByteArray& content, const QByteArray& suffix, const QString& shown, QString& error) {
-  if (!links_) links_.reset(new LinkFolder);
-  const QByteArray name = "text" + QByteArray::number(linked_.size()) + suffix, path = links_->path() + '/' + name;
-  errno = EINVAL;
-  if (!YosysScript::isPlainFile(links_->path()) || !links_->write(name, content)) {
-    error = QStringLiteral("Cannot write into the temporary folder \"%1\": %2; set TMPDIR to another folder.")
-                .arg(textFromFile(QDir::tempPath()), systemReason(errno));
-    return QByteArray();
-  }
-  linked_.append(qMakePair(path, QByteArray()));
-  rewrites_.append(qMakePair(path, shown.toLatin1()));
-  return path;
-}
-
 bool SourcePlan::addIncludeDir(const QString& directory, const QString& typed, QString& error) {
   QByteArray name = QFile::encodeName(directory);
-  if (!YosysScript::isPlainFile(name)) name = link(directory, "dir", QByteArray(), error);
+  if (!YosysScript::isPlainFile(name)) name = names_.link(directory, "dir", QByteArray(), error);
   if (name.isEmpty()) return false;
   includeDirs_.append(name);
-  rewrites_.append(qMakePair(name, typed.toLatin1()));
+  names_.show(name, typed);
   return true;
 }
 
@@ -312,40 +283,15 @@ bool SourcePlan::addScriptName(const QString& file, const QString& typed, File& 
   if (!content.isEmpty() || !YosysScript::isPlainFile(entry.scriptName)) {
     const QString folder = QFileInfo(file).absolutePath();
     const char* kind = entry.systemVerilog ? ".sv" : netlist_ ? ".json" : ".v";
-    entry.ownIncludeDir = link(folder, "dir", QByteArray(), error);
-    entry.scriptName = content.isEmpty() ? link(file, "file", kind, error) : keep(content, kind, typed, error);
+    entry.ownIncludeDir = names_.link(folder, "dir", QByteArray(), error);
+    entry.scriptName =
+        content.isEmpty() ? names_.link(file, "file", kind, error) : names_.keep(content, kind, typed, error);
     if (entry.ownIncludeDir.isEmpty() || entry.scriptName.isEmpty()) return false;
-    rewrites_.append(qMakePair(entry.ownIncludeDir, textFromFile(folder).toLatin1()));
+    names_.show(entry.ownIncludeDir, textFromFile(folder));
   }
-  rewrites_.append(qMakePair(entry.scriptName, typed.toLatin1()));
+  names_.show(entry.scriptName, typed);
   scriptFiles_.append(entry);
   return true;
-}
-
-QByteArray SourcePlan::inUsersWords(QByteArray text) const {
-  QList<QPair<QByteArray, QByteArray>> rewrites = rewrites_;
-  std::stable_sort(rewrites.begin(), rewrites.end(),
-                   [](const auto& a, const auto& b) { return a.first.size() > b.first.size(); });
-  for (const auto& rewrite : qAsConst(rewrites)) {
-    for (int at = text.indexOf(rewrite.first); at >= 0; at = text.indexOf(rewrite.first, at)) {
-      const int after = at + rewrite.first.size();
-      const char next = after < text.size() ? text.at(after) : ' ';
-      const bool whole = !((next >= 'a' && next <= 'z') || (next >= 'A' && next <= 'Z') ||
-                           (next >= '0' && next <= '9') || next == '_' || next == '.');
-      if (whole) text.replace(at, rewrite.first.size(), rewrite.second);
-      at += whole ? rewrite.second.size() : 1;
-    }
-  }
-  return text;
-}
-
-QString SourcePlan::realFile(const QByteArray& name) const {
-  QByteArray real = name;
-  for (const auto& link : linked_) {
-    if (real == link.first && link.second.isEmpty()) return QString();
-    if (real == link.first || real.startsWith(link.first + '/')) real.replace(0, link.first.size(), link.second);
-  }
-  return QDir::cleanPath(QDir(workingDirectory_).absoluteFilePath(QFile::decodeName(real)));
 }
 
 }  // namespace ost

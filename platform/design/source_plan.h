@@ -1,6 +1,5 @@
 // What a DesignSource comes to: the files with their options once file lists are read, what turned out to be missing
-// from them, and the Yosys script that reads it all. File names that Yosys' script language cannot hold, and texts of
-// our own, are reached through a private folder.
+// from them, and the Yosys script that reads it all.
 #pragma once
 
 #include <QByteArray>
@@ -11,8 +10,8 @@
 
 #include "platform/design/design.h"
 #include "platform/design/ghdl.h"
-#include "platform/design/link_folder.h"
 #include "platform/design/parameter.h"
+#include "platform/design/script_files.h"
 #include "platform/design/verilog_scan.h"
 #include "platform/design/yosys_script.h"
 
@@ -86,9 +85,9 @@ class SourcePlan {
   /// Prints the sources as they are after their macros, into the open file of that index.
   YosysScript preprocessScript(int openFile) const;
   /// `text` of Yosys with the names that the scripts use turned back into what the user typed.
-  QByteArray inUsersWords(QByteArray text) const;
+  QByteArray inUsersWords(const QByteArray& text) const { return names_.inUsersWords(text); }
   /// The absolute file that a name out of Yosys means; empty for one of our own.
-  QString realFile(const QByteArray& name) const;
+  QString realFile(const QByteArray& name) const { return names_.realFile(name, workingDirectory_); }
 
  private:
   struct File {
@@ -106,8 +105,6 @@ class SourcePlan {
   bool takeVhdlLibraries(QString& error);
   bool takeFile(const QString& typed, const QByteArray& library, QString& error);
   bool lookInto(const QString& absolute, const QString& typed, File& entry, QByteArray& replaced, QString& error);
-  QByteArray link(const QString& target, const char* kind, const QByteArray& suffix, QString& error);
-  QByteArray keep(const QByteArray& content, const QByteArray& suffix, const QString& shown, QString& error);
   bool addScriptName(const QString& file, const QString& typed, File& entry, const QByteArray& content, QString& error);
   bool addIncludeDir(const QString& directory, const QString& typed, QString& error);
   bool mayBeDeferred() const { return !top_.isEmpty(); }
@@ -130,11 +127,9 @@ class SourcePlan {
   QList<VhdlRound> vhdlRounds_;
   QList<QByteArray> cellLibraries_;
   QSet<QByteArray> leftUnknown_;
-  QList<QByteArray> includeDirs_;                  ///< As the script names them.
-  QStringList libraryDirs_;                        ///< Absolute.
-  QList<QPair<QByteArray, QByteArray>> rewrites_;  ///< Script name, name as typed; long ones first.
-  QList<QPair<QByteArray, QByteArray>> linked_;    ///< Link, what it stands for.
-  std::unique_ptr<LinkFolder> links_;
+  QList<QByteArray> includeDirs_;  ///< As the script names them.
+  QStringList libraryDirs_;        ///< Absolute.
+  ScriptFiles names_;
 };
 
 }  // namespace ost

@@ -83,7 +83,7 @@ int directionByName(const QByteArray& name) {
       QStringLiteral("OUT|\\A(O|Q|Y|Z|DO|LOCK(ED)?)[0-9]*\\z|_O\\z|O[0-9]*\\z|\\AO_|LOCKED|VALID|READY")),
       input(QStringLiteral("IN\\z|IN[0-9_]|\\A(I|D|A|B|C|S|R|T|CE|CLK|RST|RESET|EN|OE|DI)[0-9]*\\z|_I\\z|\\AI_|RST|"
                            "RESET|PWRDWN|PWRDN"));
-  const QString upper = QString::fromLatin1(name).toUpper();
+  const QString upper = textFromBytes(name).toUpper();
   return int(output.match(upper).hasMatch()) - int(input.match(upper).hasMatch());
 }
 
@@ -174,7 +174,7 @@ QByteArray boxDeclaration(const QByteArray& type, const QList<UnknownUse>& uses,
     if (doubtful)
       notes.append(QStringLiteral("The port \"%1\" of the black box \"%2\" is taken as an %3, which its use leaves in "
                                   "doubt; declare the module with its ports where that is wrong.")
-                       .arg(textFromBytes(p.key()), textFromBytes(type), QString::fromLatin1(direction)));
+                       .arg(textFromBytes(p.key()), textFromBytes(type), textFromBytes(direction)));
   }
   for (const QByteArray& name : parameters) body += "  parameter " + identifier(name) + " = 0;\n";
   return "(* blackbox *) module " + identifier(type) + "(" + list + ");\n" + body + "endmodule\n";

@@ -3,6 +3,8 @@
 
 #include <ctype.h>
 
+#include "platform/design/own_names.h"
+
 namespace ost {
 namespace {
 
@@ -87,6 +89,7 @@ void scanVhdl(const QByteArray& text, VhdlScan& scan) {
   const auto lower = [&words](int i) { return i >= 0 && i < words.size() ? words[i].lower : QByteArray(); };
   for (int i = 0; i < words.size(); ++i) {
     if (lower(i) == ":" || lower(i) == "." || lower(i) == "component") scan.words.insert(lower(i + 1));
+    if (isGhdlName(words[i].lower.toStdString())) scan.likeGhdl.insert(words[i].lower);
     if (lower(i) != "entity" || lower(i + 2) != "is") continue;
     VhdlEntity entity;
     entity.name = words[i + 1].spelt;

@@ -21,7 +21,8 @@ struct VhdlEntity {
 
 struct VhdlScan {
   QList<VhdlEntity> entities;
-  QSet<QByteArray> words;  ///< Every identifier that stands behind a colon, "component" or a dot, in lower case.
+  QSet<QByteArray> words;     ///< Every identifier that stands behind a colon, "component" or a dot, in lower case.
+  QSet<QByteArray> likeGhdl;  ///< Every identifier that isGhdlName(), in lower case.
 };
 
 /// Adds what a text declares. Entities of a text that is not VHDL are simply not found.

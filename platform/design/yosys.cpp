@@ -26,12 +26,12 @@ QByteArray yosysProgram() {
 QString startError(int code) {
   const QString program = textFromBytes(yosysProgram());
   if (code == ENOENT) {
-    return QString::fromLatin1(
+    return QStringLiteral(
                "Yosys was not found (program \"%1\"): install the Debian package \"yosys\", or name the program in the "
                "environment variable OST_YOSYS")
         .arg(program);
   }
-  return QString::fromLatin1(
+  return QStringLiteral(
              "Yosys could not be started (program \"%1\"): %2; check the Debian package \"yosys\" or the environment "
              "variable OST_YOSYS")
       .arg(program, systemReason(code));
@@ -40,8 +40,8 @@ QString startError(int code) {
 /// Nothing wrong with the program: there was no room to start any.
 QString preparationError(int code) {
   const bool files = code == EMFILE || code == ENFILE;
-  return QString::fromLatin1("Yosys could not be started: %1%2")
-      .arg(systemReason(code), QString::fromLatin1(files ? "; close some, or allow more with \"ulimit -n\"" : ""));
+  return QStringLiteral("Yosys could not be started: %1%2")
+      .arg(systemReason(code), textFromBytes(files ? "; close some, or allow more with \"ulimit -n\"" : ""));
 }
 
 // Yosys' first error line without its "ERROR:" mark, or empty. Its form is "file:line: ERROR: text" or "ERROR: text".
@@ -73,7 +73,7 @@ QString lastModule(const YosysJob& job) {
 QString endError(const ChildEnd& end, const YosysJob& job) {
   const bool noMemory = end.firstError.contains("bad_alloc") || end.lastError.contains("bad_alloc");
   if (noMemory) {
-    return QString::fromLatin1(
+    return QStringLiteral(
                "Yosys needed more than its memory limit of %1 MB: allow it more, or treat the module that grows as a "
                "black box%2")
         .arg(job.memoryLimitBytes >> 20)
@@ -83,28 +83,27 @@ QString endError(const ChildEnd& end, const YosysJob& job) {
     case ChildEnd::NotPrepared:
       return preparationError(end.code);
     case ChildEnd::NoFolder:
-      return QString::fromLatin1("Yosys could not be started in the folder \"%1\": %2")
+      return QStringLiteral("Yosys could not be started in the folder \"%1\": %2")
           .arg(textFromFile(job.workingDirectory), systemReason(end.code));
     case ChildEnd::NotStarted:
       return startError(end.code);
     case ChildEnd::TooMuchOutput:
-      return QString::fromLatin1(
-                 "The program \"%1\" prints without end and was stopped: it is not Yosys; check OST_YOSYS")
+      return QStringLiteral("The program \"%1\" prints without end and was stopped: it is not Yosys; check OST_YOSYS")
           .arg(textFromBytes(yosysProgram()));
     case ChildEnd::Lost:
-      return QString::fromLatin1("How Yosys ended is not known: the process that watches it was killed");
+      return QStringLiteral("How Yosys ended is not known: the process that watches it was killed");
     case ChildEnd::OutOfTime:
-      return QString::fromLatin1(
+      return QStringLiteral(
                  "Yosys was stopped at its time limit of %1 s: allow it more, or treat the module that takes so long "
                  "as a black box%2")
           .arg(job.timeLimitSeconds)
           .arg(lastModule(job));
     case ChildEnd::Cancelled:
-      return QString::fromLatin1("Cancelled while Yosys was running");
+      return QStringLiteral("Cancelled while Yosys was running");
     case ChildEnd::Killed:
-      return QString::fromLatin1("Yosys ended by signal %1 (%2) before it was done; its memory limit was %3 MB%4")
+      return QStringLiteral("Yosys ended by signal %1 (%2) before it was done; its memory limit was %3 MB%4")
           .arg(end.code)
-          .arg(QString::fromLatin1(strsignal(end.code)))
+          .arg(textFromBytes(strsignal(end.code)))
           .arg(job.memoryLimitBytes >> 20)
           .arg(lastModule(job));
     case ChildEnd::Exited:
@@ -112,11 +111,11 @@ QString endError(const ChildEnd& end, const YosysJob& job) {
   }
   const QByteArray line = firstErrorLine(end);
   if (!line.isEmpty()) return textFromBytes(line);
-  if (end.code == 0) return QString::fromLatin1("Yosys ended before its script did; check OST_YOSYS");
+  if (end.code == 0) return QStringLiteral("Yosys ended before its script did; check OST_YOSYS");
   const QByteArray last = end.firstError.trimmed().split('\n').last().left(500);
-  return QString::fromLatin1("Yosys failed with exit status %1%2")
+  return QStringLiteral("Yosys failed with exit status %1%2")
       .arg(end.code)
-      .arg(last.isEmpty() ? QString() : QString::fromLatin1(": ") + textFromBytes(last));
+      .arg(last.isEmpty() ? QString() : QStringLiteral(": ") + textFromBytes(last));
 }
 
 }  // namespace
@@ -170,7 +169,7 @@ QString yosysVersion(QString& error) {
     error = end.how == ChildEnd::NotStarted ? startError(end.code)
             : end.how == ChildEnd::NotPrepared
                 ? preparationError(end.code)
-                : QString::fromLatin1("The program \"%1\" does not answer as Yosys does: check OST_YOSYS")
+                : QStringLiteral("The program \"%1\" does not answer as Yosys does: check OST_YOSYS")
                       .arg(textFromBytes(job.program));
     return QString();
   }

@@ -110,8 +110,8 @@ YosysScript& YosysScript::fileAfter(const char* option, const QByteArray& absolu
 
 YosysScript& YosysScript::refuse(const char* what, const QByteArray& piece) {
   if (problem_.isEmpty())
-    problem_ = QString::fromLatin1("The %1 \"%2\" cannot be passed to Yosys; use another")
-                   .arg(QString::fromLatin1(what), textFromBytes(piece));
+    problem_ = QStringLiteral("The %1 \"%2\" cannot be passed to Yosys; use another")
+                   .arg(textFromBytes(what), textFromBytes(piece));
   return *this;
 }
 

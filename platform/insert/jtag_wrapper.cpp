@@ -50,7 +50,7 @@ class Wrapper {
       return false;
     }
     YosysJob job;
-    job.script.line("read_verilog -nodpi").openFile(0).line("write_json").openFile(1);
+    job.script.line("read_verilog -nodpi -lib").openFile(0).line("write_json").openFile(1);
     job.files = {source.fd(), netlist.fd()};
     job.timeLimitSeconds = kSeconds;
     const YosysResult run = runYosys(job);

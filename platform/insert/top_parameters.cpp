@@ -27,11 +27,29 @@ QByteArray literal(const ParameterValue& value) {
   return QByteArray::number(value.text.size()) + "'b" + value.text;
 }
 
-/// The lines to be added; empty without parameters.
-QByteArray declarations(const NetlistBits& netlist) {
+struct TopParameterText {
+  QByteArray key;  ///< As the netlist names it.
+  QByteArray declaration, check;
+};
+
+TopParameterText textOf(const QByteArray& key, const ParameterValue& parameter) {
+  const QByteArray name = '\\' + key + ' ', value = literal(parameter);
+  // With a range a value that sets it is cut to the same bits: -3 set to a parameter of 8 bits has 32.
+  const QByteArray range =
+      parameter.isText ? QByteArray() : '[' + QByteArray::number(parameter.text.size() - 1) + ":0] ";
+  return {key, "  parameter " + range + name + "= " + value + ";\n",
+          "    if (" + name + "!== " + value + ") begin\n      $display(\"%m: the parameter " +
+              QByteArray(key).replace('"', "\\\"") +
+              " is fixed in the instrumented design; insert again with the value that is wanted.\");\n"
+              "      $finish;\n    end\n"};
+}
+
+/// In the order of the source, so that values given by position meet the same parameters; those of a netlist that came
+/// as JSON by name.
+QList<TopParameterText> readParameters(const NetlistBits& netlist) {
   JsonCursor cursor(netlist.text.text(), netlist.text.module(netlist.text.top()).body);
   std::string_view section, key;
-  QList<QByteArray> lines, checks;
+  QList<TopParameterText> parameters;
   cursor.enterObject();
   while (cursor.nextMember(section)) {
     if (section != "parameter_default_values") {
@@ -41,26 +59,29 @@ QByteArray declarations(const NetlistBits& netlist) {
     cursor.enterObject();
     while (cursor.nextMember(key)) {
       QByteArray written;
-      if (cursor.peek() != '"' || !cursor.readString(written)) {
+      if (cursor.peek() == '"' && cursor.readString(written))
+        parameters.append(textOf(unescapeJson(key), netlistParameter(written)));
+      else
         cursor.skipValue();
-        continue;
-      }
-      const ParameterValue parameter = netlistParameter(written);
-      const QByteArray name = '\\' + unescapeJson(key) + ' ', value = literal(parameter);
-      // With a range a value that sets it is cut to the same bits: -3 set to a parameter of 8 bits has 32.
-      const QByteArray range =
-          parameter.isText ? QByteArray() : '[' + QByteArray::number(parameter.text.size() - 1) + ":0] ";
-      // Yosys writes the last one first.
-      lines.prepend("  parameter " + range + name + "= " + value + ";\n");
-      checks.prepend("    if (" + name + "!== " + value + ") begin\n      $display(\"%m: the parameter " +
-                     name.mid(1).trimmed().replace('"', "\\\"") +
-                     " is fixed in the instrumented design; insert again with the value that is wanted.\");\n"
-                     "      $finish;\n    end\n");
     }
   }
-  if (lines.isEmpty()) return QByteArray();
-  return lines.join() + "  // synthesis translate_off\n  initial begin\n" + checks.join() +
-         "  end\n  // synthesis translate_on\n";
+  const auto place = [&order = netlist.topParameters](const TopParameterText& parameter) {
+    return unsigned(order.indexOf(parameter.key));  // -1, of one that is not known, is last
+  };
+  std::stable_sort(parameters.begin(), parameters.end(),
+                   [&](const auto& a, const auto& b) { return place(a) < place(b); });
+  return parameters;
+}
+
+/// The lines to be added; empty without parameters.
+QByteArray declarations(const NetlistBits& netlist) {
+  QByteArray lines, checks;
+  for (const TopParameterText& parameter : readParameters(netlist)) {
+    lines += parameter.declaration;
+    checks += parameter.check;
+  }
+  if (lines.isEmpty()) return lines;
+  return lines + "  // synthesis translate_off\n  initial begin\n" + checks + "  end\n  // synthesis translate_on\n";
 }
 
 /// Behind the header of the module in a Verilog text of Yosys; -1 when it is not there.

@@ -8,4 +8,8 @@ void say(const QString& line) {
   tcl_cmdex::TclMsgOutput(tcl_cmdex::currentInterpreter(), (line + QLatin1Char('\n')).toLatin1().constData(), 0);
 }
 
+void sayNotes() {
+  for (const QString& note : DesignSession::instance().design()->notes()) say(note);
+}
+
 }  // namespace ost

@@ -65,7 +65,10 @@ bool IstComData::LoadDesign(QString& message) {
     ost::BusyTask busy(d->busyTasks);
     loaded = !qEnvironmentVariableIsEmpty("OST_DESIGN") && session.readFromEnvironment(error) && session.design();
   }
-  if (loaded) return true;
+  if (loaded) {
+    ost::sayNotes();
+    return true;
+  }
   // The command layer shows no text for a new project, and the message for one that is opened: the details go to the
   // console once, the message only says what failed.
   const bool none = error.isEmpty();

@@ -43,7 +43,10 @@ bool IstComData::Private::bringDesignUpToDate(QString& error) {
   }
   if (!followsDesign || !design->isStale()) return true;
   ost::say(QStringLiteral("The design has changed on disk; reading it again."));
-  if (session.refresh(error)) return true;
+  if (session.refresh(error)) {
+    ost::sayNotes();
+    return true;
+  }
   error = QStringLiteral("The design has changed on disk and could not be read again: %1").arg(error);
   return false;
 }

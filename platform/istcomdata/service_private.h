@@ -101,6 +101,8 @@ class BusyTask {
 
 /// Prints a line on the console of the interpreter that runs the command.
 void say(const QString& line);
+/// What the user should know of the reading of the design that is loaded.
+void sayNotes();
 
 /// Resolves a name against the loaded design. False, with the nearest names, when it is no net; without a design the
 /// error says how to load one.

@@ -3,6 +3,7 @@
 
 #include <set>
 
+#include "platform/design/name_index.h"
 #include "platform/design/yosys.h"
 #include "platform/netlist/netlist_bits.h"
 #include "platform/system/scratch_file.h"
@@ -32,26 +33,43 @@ QVector<int> clockOf(const KnownCell& known, CellKind kind, int bit) {
   return {};
 }
 
+/// Lines as in `  parameter \\WIDTH 8`.
+QList<QByteArray> parameterOrder(const QByteArray& head) {
+  const QByteArray start = "  parameter \\";
+  QList<QByteArray> names;
+  for (const QByteArray& line : head.split('\n')) {
+    const QByteArray name = line.mid(start.size()).split(' ').first();
+    if (line.startsWith(start)) names.append(yosysKey(std::string_view(name.constData(), size_t(name.size()))));
+  }
+  return names;
+}
+
 }  // namespace
 
 Netlist::Netlist() : d(new NetlistBits) {}
 Netlist::~Netlist() = default;
 
 std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& error, const std::function<bool()>& idle) {
-  ScratchFile scratch;
-  if (!scratch.open(error)) return nullptr;
+  ScratchFile scratch, head;
+  if (!scratch.open(error) || !head.open(error)) return nullptr;
   YosysJob job;
   job.script = design.elaborationScript();
   job.script.line("write_json").openFile(0);
-  job.files = {scratch.fd()};
+  // The JSON sorts parameters by name; only the head of the module in Yosys' own format keeps the source's order.
+  job.script.line("dump -n -o").openFile(1).selected(yosysId(design.topKey().toLatin1()));
+  job.files = {scratch.fd(), head.fd()};
   job.workingDirectory = design.workingDirectory();
   job.timeLimitSeconds = design.source().timeLimitSeconds;
   job.memoryLimitBytes = design.source().memoryLimitBytes;
   job.idle = idle;
   const YosysResult run = runYosys(job);
-  if (run.ok) return read(scratch.fd(), design.topKey(), error);
-  error = run.error;
-  return nullptr;
+  if (!run.ok) {
+    error = run.error;
+    return nullptr;
+  }
+  const std::shared_ptr<const Netlist> netlist = read(scratch.fd(), design.topKey(), error);
+  if (netlist) netlist->d->topParameters = parameterOrder(head.content());
+  return netlist;
 }
 
 std::shared_ptr<const Netlist> Netlist::read(int file, const QString& topKey, QString& error) {

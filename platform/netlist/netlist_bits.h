@@ -24,6 +24,7 @@ struct KnownCell {
 
 struct NetlistBits {
   NetlistText text;
+  QList<QByteArray> topParameters;  ///< Of the top, in the order of the source; empty for a netlist given as JSON.
   mutable std::map<int, std::unique_ptr<ModuleIndex>> indexes;
   mutable std::unordered_map<size_t, KnownCell> largeCells;
   mutable KnownCell smallCell;

@@ -25,7 +25,7 @@ constexpr int kListStep = 1024;
 constexpr size_t kEntryBytes = 1024;  ///< Of a net in the list, generously.
 
 int failWithoutDesign(Tcl_Interp* interp) {
-  return failWith(interp, QString::fromLatin1("no design is loaded: read one with \"ost_design read FILE ...\""),
+  return failWith(interp, QStringLiteral("no design is loaded: read one with \"ost_design read FILE ...\""),
                   "OST DESIGN NONE");
 }
 
@@ -47,16 +47,23 @@ int runRead(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   if (!isFree(interp)) return TCL_ERROR;
   DesignSession& session = DesignSession::instance();
   QString error;
-  tcl_cmdex::ProgressLine progress("Reading the design");
-  if (!session.read(source, error, [&progress] { return progress.tick(); }))
-    return failWith(interp, error, "OST DESIGN READ");
-  if (const std::shared_ptr<const Design> design = session.design())
-    Tcl_SetObjResult(interp, tclFromText(design->topModule()));
+  const std::shared_ptr<const Design> before = session.design();
+  {
+    tcl_cmdex::ProgressLine progress("Reading the design");
+    if (!session.read(source, error, [&progress] { return progress.tick(); }))
+      return failWith(interp, error, "OST DESIGN READ");
+  }
+  const std::shared_ptr<const Design> design = session.design();
+  if (!design) return TCL_OK;
+  if (design != before)
+    for (const QString& note : design->notes())
+      tcl_cmdex::TclMsgOutput(interp, (note + QLatin1Char('\n')).toLatin1().constData(), 0);
+  Tcl_SetObjResult(interp, tclFromText(design->topModule()));
   return TCL_OK;
 }
 
 int runInfo(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
-  if (objc != 2) return failUsage(interp, QString::fromLatin1("wrong # args"), "info");
+  if (objc != 2) return failUsage(interp, QStringLiteral("wrong # args"), "info");
   const std::shared_ptr<const Design> design = DesignSession::instance().design();
   if (!design) return failWithoutDesign(interp);
   TclList list, files, roles, boxes, notes;
@@ -93,9 +100,9 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     const QString word = textFromTcl(objv[i]);
     const bool isGlob = word == QLatin1String("-glob");
     if (!isGlob && word != QLatin1String("-regexp")) {
-      return failUsage(interp, QString::fromLatin1("unknown option \"%1\"").arg(word), "nets");
+      return failUsage(interp, QStringLiteral("unknown option \"%1\"").arg(word), "nets");
     }
-    if (i + 1 >= objc) return failUsage(interp, QString::fromLatin1("missing value for \"%1\"").arg(word), "nets");
+    if (i + 1 >= objc) return failUsage(interp, QStringLiteral("missing value for \"%1\"").arg(word), "nets");
     if (isGlob) {
       glob = Tcl_GetString(objv[i + 1]);
     } else {
@@ -105,13 +112,12 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   const std::shared_ptr<const Design> design = DesignSession::instance().design();
   if (!design) return failWithoutDesign(interp);
   if (expression && !Tcl_GetRegExpFromObj(interp, expression, TCL_REG_ADVANCED)) {
-    return failWith(interp, QString::fromLatin1("bad value for -regexp: ") + textFromTcl(Tcl_GetObjResult(interp)),
+    return failWith(interp, QStringLiteral("bad value for -regexp: ") + textFromTcl(Tcl_GetObjResult(interp)),
                     "OST VALUE -regexp");
   }
   if (design->netCount() > kMostListedNets) {
     return failWith(
-        interp,
-        QString::fromLatin1("the design has %1 nets over all instances, too many to list").arg(design->netCount()),
+        interp, QStringLiteral("the design has %1 nets over all instances, too many to list").arg(design->netCount()),
         "OST DESIGN SIZE");
   }
   TclList list;
@@ -142,14 +148,14 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
 }
 
 int runClose(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
-  if (objc != 2) return failUsage(interp, QString::fromLatin1("wrong # args"), "close");
+  if (objc != 2) return failUsage(interp, QStringLiteral("wrong # args"), "close");
   if (!isFree(interp)) return TCL_ERROR;
   DesignSession::instance().close();
   return TCL_OK;
 }
 
 int runProve(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-  if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "prove");
+  if (objc > 3) return failUsage(interp, QStringLiteral("wrong # args"), "prove");
   DesignSession& session = DesignSession::instance();
   ProofMode mode = ProofMode::Off;
   QString error;
@@ -192,10 +198,10 @@ int runJtag(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
 }
 
 int runHelp(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-  if (objc > 3) return failUsage(interp, QString::fromLatin1("wrong # args"), "help");
+  if (objc > 3) return failUsage(interp, QStringLiteral("wrong # args"), "help");
   const std::string help = designHelp(objc == 3 ? Tcl_GetString(objv[2]) : "");
   if (help.empty()) {
-    return failUsage(interp, QString::fromLatin1("no sub-command \"%1\"").arg(textFromTcl(objv[2])), "help");
+    return failUsage(interp, QStringLiteral("no sub-command \"%1\"").arg(textFromTcl(objv[2])), "help");
   }
   Tcl_SetObjResult(interp, Tcl_NewStringObj(help.data(), int(help.size())));
   return TCL_OK;
@@ -215,10 +221,9 @@ int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   for (const SubCommand& entry : kSubCommands) {
     if (word == entry.name) return entry.run(interp, objc, objv);
   }
-  Tcl_SetObjResult(interp,
-                   tclFromText(QString::fromLatin1("unknown sub-command \"%1\": must be close, help, info, jtag, "
-                                                   "nets, prove, or read")
-                                   .arg(textFromTcl(objv[1]))));
+  Tcl_SetObjResult(interp, tclFromText(QStringLiteral("unknown sub-command \"%1\": must be close, help, info, jtag, "
+                                                      "nets, prove, or read")
+                                           .arg(textFromTcl(objv[1]))));
   Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
   return TCL_ERROR;
 }

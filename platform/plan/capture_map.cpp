@@ -99,15 +99,14 @@ void MapWriter::valueNames(const EnumNames& names) {
 
 /// The oldest version that holds all that the plan has.
 int versionFor(const InsertPlan& plan) {
-  if (plan.jtag.way != JtagWay::Pins) return 3;
-  int version = 1;
+  int version = plan.jtag.way != JtagWay::Pins ? 3 : 1;
   for (const PlanCore& core : plan.cores) {
     for (const PlanProbe& probe : core.probes) {
-      if (!probe.net.name.isEmpty()) return 3;
-      if (!probe.names.isEmpty()) version = 2;
+      if (!probe.net.name.isEmpty()) return 4;
+      if (!probe.names.isEmpty()) version = qMax(version, 2);
     }
     for (const PlanUnit& unit : core.units)
-      if (!unit.names.isEmpty()) version = 2;
+      if (!unit.names.isEmpty()) version = qMax(version, 2);
   }
   return version;
 }

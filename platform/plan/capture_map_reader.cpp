@@ -128,7 +128,7 @@ EnumNames MapReader::valueNames(JsonFields& fields, int width) {
 
 DeclaredNet MapReader::declaredNet(JsonFields& fields, int width) {
   DeclaredNet net;
-  if (version_ < 3 || !fields.has("net")) return net;
+  if (version_ < 4 || !fields.has("net")) return net;
   net.name = fields.text("net");
   list(fields, "scopes", kMaxScopes, [&](const QJsonValue& value, const QString& path) {
     count(indexes_, kMaxPlanIndexes, path);

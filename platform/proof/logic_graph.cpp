@@ -16,10 +16,15 @@ uint64_t mix(uint64_t hash, uint64_t value) {
 
 }  // namespace
 
-LogicGraph::LogicGraph() : table_(1 << 10) {
+LogicGraph::LogicGraph(std::function<void()> served) : table_(1 << 10), served_(std::move(served)) {
   nodes_.push_back({0, 0, 0, Constant, false, false});
   nodes_.push_back({1, 0, 0, Constant, true, false});
   nodes_.push_back({2, 0, 0, Constant, true, true});
+}
+
+void LogicGraph::serve() {
+  steps_ = 0;
+  if (served_) served_();
 }
 
 bool LogicGraph::mayBeUnknown(const Edges& edges) const {
@@ -27,6 +32,7 @@ bool LogicGraph::mayBeUnknown(const Edges& edges) const {
 }
 
 Edge LogicGraph::add(Kind kind, const Edge* inputs, size_t count, uint64_t data, bool unknown, bool floats) {
+  work(count + 8);
   if (nodes_.size() * 2 > table_.size()) grow();
   uint64_t hash = mix(kind, data);
   for (size_t i = 0; i < count; ++i) hash = mix(hash, inputs[i]);

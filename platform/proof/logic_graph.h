@@ -6,6 +6,7 @@
 #include <stddef.h>
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace ost {
@@ -38,8 +39,13 @@ class LogicGraph {
     bool mayBeUnknown, mayFloat;
   };
 
-  LogicGraph();
+  /// `served` is called from time to time while there is work; it may throw to end it.
+  explicit LogicGraph(std::function<void()> served = {});
 
+  /// Counts steps of work: a node is one.
+  void work(size_t steps) {
+    if ((steps_ += steps) >= kStepsBetweenServices) serve();
+  }
   Edge leaf(int number);
   Edge invert(Edge a) { return mayFloat(a) || a == kUnknown ? invertDigital(digital(a)) : a ^ 1; }
   Edge andOf(Edges inputs);
@@ -62,14 +68,18 @@ class LogicGraph {
   size_t size() const { return nodes_.size(); }
 
  private:
+  static constexpr size_t kStepsBetweenServices = 1 << 18;  ///< Some milliseconds.
   static Edge invertDigital(Edge a) { return a == kUnknown ? a : a ^ 1; }
   Edge add(Kind kind, const Edge* inputs, size_t count, uint64_t data = 0, bool unknown = false, bool floats = false);
   void grow();
+  void serve();
   bool sameSelect(Edge branch, Edge select, Edge& ifSet, Edge& ifClear) const;
 
   std::vector<Node> nodes_;
   Edges children_;
   std::vector<uint32_t> table_;  ///< Node indexes by hash; 0 is free.
+  std::function<void()> served_;
+  size_t steps_ = 0;
 };
 
 }  // namespace ost

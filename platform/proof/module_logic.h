@@ -21,6 +21,8 @@ struct LeafTable {
 /// "state[2]"; a net of one bit by its name alone.
 QByteArray bitName(const QByteArray& net, int position, int width);
 
+bool isMemoryRead(const QByteArray& type);
+
 /// What a register, a latch or a cut net does, of one bit. Clocks and resets are active when 1, clocks on their rising
 /// edge.
 struct StateFunction {

@@ -34,6 +34,8 @@ class Proof {
         ProofReport& report, QString& error)
       : plan_(plan), design_(design), original_(original), hooks_(hooks), report_(report), error_(error) {
     clock_.start();
+    // Who has cancelled once is not asked again.
+    if (hooks_.idle) hooks_.idle = [this, idle = hooks.idle] { return !(cancelled_ = cancelled_ || !idle()); };
   }
 
   bool run(const ProofFiles& files);
@@ -64,7 +66,8 @@ class Proof {
   const InsertPlan& plan_;
   const Design& design_;
   const NetlistBits& original_;
-  const ProofHooks& hooks_;
+  ProofHooks hooks_;
+  bool cancelled_ = false;
   ProofReport& report_;
   QString& error_;
   QElapsedTimer clock_;
@@ -204,14 +207,14 @@ bool Proof::compareModules() {
   const int limit = design_.source().timeLimitSeconds;
   for (size_t i = 0; i < order.size(); ++i) {
     const QString name = shown(written_.text.module(order[i]));
-    if (hooks_.idle && !hooks_.idle()) {
-      error_ = QStringLiteral("The proof was cancelled.");
-      return false;
-    }
     if (hooks_.stage)
       hooks_.stage(QStringLiteral("Proving module %1 of %2 (%3)").arg(i + 1).arg(order.size()).arg(name));
     ModuleVerdict verdict{ProofOutcome::Undecided, QStringLiteral("the time limit of %1 s is over").arg(limit)};
     if (clock_.elapsed() / 1000 < limit) verdict = compareOne(order[i]);
+    if (hooks_.idle && !hooks_.idle()) {
+      error_ = QStringLiteral("The proof was cancelled.");
+      return false;
+    }
     if (verdict.outcome == ProofOutcome::Different)
       return fail(QStringLiteral("module %1: %2.").arg(name, verdict.text));
     if (verdict.outcome == ProofOutcome::Proved)

@@ -52,6 +52,7 @@ uint64_t Refinement::functionValue(const LogicGraph::Node& node,
 
 void Refinement::simulate(const std::vector<uint32_t>& nodes, const std::function<uint64_t(uint32_t)>& source,
                           std::unordered_map<uint32_t, uint64_t>& values) const {
+  graph_.work(nodes.size() * 4);
   for (const uint32_t index : nodes) {
     const LogicGraph::Node& node = graph_.node(index * 2);
     const Edge* inputs = graph_.inputs(node);
@@ -192,10 +193,6 @@ ProofOutcome Refinement::check(const std::vector<ComparePoint>& points, const So
   std::vector<std::pair<int, Edge>> left;
   bool doubtful = false;
   for (size_t i = 0; i < points.size(); ++i) {
-    if (limits.idle && !limits.idle()) {
-      reason = QStringLiteral("cancelled");
-      return ProofOutcome::Undecided;
-    }
     const Edge different = difference(points[i]);
     if (different == kFalse || holdsForAll(different)) continue;
     bool sure = false;

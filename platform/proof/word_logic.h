@@ -18,6 +18,9 @@ struct WordCell {
   std::function<QByteArray(const char* parameter)> bits;
 };
 
+/// The word with more or fewer bits, by its sign when it has one.
+Edges extend(Edges a, size_t width, bool isSigned);
+
 class WordLogic {
  public:
   WordLogic(LogicGraph& graph, RailSplitter& rails) : graph_(graph), rails_(rails) {}

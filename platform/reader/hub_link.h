@@ -7,7 +7,7 @@
 namespace ost {
 
 /// IDCODE of the hub's own TAP (platform/rtl/ostrel_jtag.v).
-constexpr quint32 kHubIdcode = 0x1057AB1F;
+constexpr quint32 kHubIdcode = 0x1057AAFF;
 
 class HubLink {
  public:

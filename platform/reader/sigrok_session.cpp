@@ -15,12 +15,12 @@ struct Channel {
   std::function<bool(int row, int window)> level;
 };
 
-/// Names are lines of a settings file.
+/// Names are values in a settings file, where a backslash escapes.
 QByteArray channelName(const QString& text) {
   QByteArray name = text.toLatin1();
   for (char& c : name)
     if (uchar(c) < ' ' || c == 127) c = '_';
-  return name;
+  return name.replace('\\', "\\\\");
 }
 
 QVector<Channel> channelsOf(const Capture& capture) {

@@ -81,6 +81,7 @@ void writeExpression(QByteArray& out, const PlanCore& core, const CoreLayout& la
             {"CHAIN_BITS", number(inChain ? e.tableBits : 1)}},
            name + "_table",
            {{"clk", c + "clk"},
+            {"run", "~" + c + "clear"},
             {"hits", hits},
             {"row", name + "_row"},
             {"config_bits", inChain ? slice(c + "config", e.tableOffset, e.tableBits) : QByteArray("1'b0")},

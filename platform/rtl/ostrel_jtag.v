@@ -1,6 +1,6 @@
 // The JTAG side of the debug hub: a TAP on four pins of its own with one user data register.
-// To use a device's own JTAG primitive, replace this one file: keep the module's name and ports, leave the pins jtag_*
-// unused, and drive the user register's signals from the primitive (see docs/debug-core.md, "JTAG side").
+// Behind a device's own JTAG primitive another module of this name takes its place, without the pins (ost_design jtag;
+// docs/boards.md).
 `default_nettype none
 
 module ostrel_jtag (
@@ -18,7 +18,8 @@ module ostrel_jtag (
     input  wire tdo       // The bit that the next shift edge shifts out.
 );
   localparam [3:0] IDCODE = 4'b0001, USER = 4'b0010;
-  localparam [31:0] IDCODE_VALUE = 32'h1057AB1F;
+  // A maker's number that no one can have: its seven low bits are the standard's mark for "more follows" (JEP106).
+  localparam [31:0] IDCODE_VALUE = 32'h1057AAFF;
 
   localparam [3:0] RESET = 4'h0, IDLE = 4'h1, SELECT_DR = 4'h2, CAPTURE_DR = 4'h3, SHIFT_DR = 4'h4, EXIT1_DR = 4'h5,
                    PAUSE_DR = 4'h6, EXIT2_DR = 4'h7, UPDATE_DR = 4'h8, SELECT_IR = 4'h9, CAPTURE_IR = 4'hA,

@@ -9,6 +9,7 @@ module ostrel_table #(
     parameter integer CHAIN_BITS = 2  // STEPS << UNITS with STORE = 0, else 1.
 ) (
     input  wire                  clk,
+    input  wire                  run,          // A memory is read in runs only, and written only between them.
     input  wire [UNITS-1:0]      hits,
     output wire [STEPS-1:0]      row,          // One clock after hits.
     input  wire [CHAIN_BITS-1:0] config_bits,  // With STORE = 0: row after row; constant during a run.
@@ -35,13 +36,13 @@ module ostrel_table #(
       end
       always @(posedge clk) row_q <= selected;
       assign row = row_q;
-      wire unused = &{1'b0, tck, write, write_address, write_row};
+      wire unused = &{1'b0, tck, write, write_address, write_row, run};
     end else begin : memory
       ostrel_memory #(
           .WIDTH(STEPS), .WORDS(1 << UNITS), .ADDRESS_BITS(UNITS), .DISTRIBUTED(STORE == 1 ? 1 : 0)
       ) rows (
           .write_clk(tck), .write(write), .write_address(write_address), .write_data(write_row),
-          .read_clk(clk), .read(1'b1), .read_address(hits), .read_data(row)
+          .read_clk(clk), .read(run), .read_address(hits), .read_data(row)
       );
       wire unused = &{1'b0, config_bits};
     end

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QFile>
 #include <QString>
+#include <string_view>
 
 namespace ost {
 
@@ -18,6 +19,9 @@ inline QString textFromUnicode(const QString& unicode) {
 }
 inline QString textFromBytes(const QByteArray& bytes) {
   return QString::fromLatin1(bytes);
+}
+inline QString textFromView(std::string_view bytes) {
+  return QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size()));
 }
 /// The file that a name typed in Tcl means, and the reverse.
 inline QString fileFromText(const QString& text) {

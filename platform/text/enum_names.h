@@ -16,9 +16,12 @@ struct EnumName {
 /// Each name once, in the order of the values; empty for a net of no such type.
 using EnumNames = QVector<EnumName>;
 
-/// The value of a name, or null.
+/// The value of a name, or null. Names of a type in a package are kept as in `pkg::IDLE`, and found as `IDLE`, too.
 inline const EnumName* findEnumName(const EnumNames& names, const QString& name) {
-  const auto found = std::find_if(names.begin(), names.end(), [&](const EnumName& e) { return e.name == name; });
+  const auto isMeant = [&, end = QLatin1String("::") + name](const EnumName& e) {
+    return e.name == name || e.name.endsWith(end);
+  };
+  const auto found = std::find_if(names.begin(), names.end(), isMeant);
   return found == names.end() ? nullptr : &*found;
 }
 

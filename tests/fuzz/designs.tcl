@@ -118,6 +118,7 @@ proc spoilt {file text} {
   if {[catch {
     beside::roundTrip $::work $file top
     beside::runTool $::work/trip.build iverilog -g2005 -t null $::work/trip.v
+    if {"ERROR" in [beside::verilatorKinds $::work/trip.lint [list $::work/trip.v] top]} { error lint }
   }]} { incr ::count(byYosys); return {"" ""} }
   return [list lint $text]
 }

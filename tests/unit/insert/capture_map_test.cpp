@@ -26,15 +26,22 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   QString error;
   ASSERT_TRUE(readCaptureMap(json, back, error)) << plain(error);
   EXPECT_EQ(captureMapJson(back), json);
+  // The way to the chip, with its instruction: no part of the hash.
+  plan.jtag.way = JtagWay::Bscane2;
+  plan.jtag.chain = 3;
+  const QByteArray way = captureMapJson(plan);
+  EXPECT_TRUE(readCaptureMap(way, back, error) && has(way, "\"instructionCode\": 34") && !way.contains("tck"))
+      << plain(error);
+  EXPECT_EQ(captureMapJson(back), way);
   // A map may not ask for much more memory than it takes itself.
   const QByteArray shown = '[' + QByteArray("0,").repeated((1 << 20) - 1) + "0]";
   const QByteArray many = shown + QByteArray("}, {\"name\": \"b\", \"positions\": " + shown).repeated(4);
   const struct {
     const char *from, *to, *complaint;
   } table[] = {
-      {"\"version\": 3", "\"version\": 4", "version"},
-      {"\"version\": 3", "\"version\": 1", "has an unknown key"},
-      {"\"version\": 3", "\"version\": 2", "has an unknown key"},
+      {"\"version\": 4", "\"version\": 5", "version"},
+      {"\"version\": 4", "\"version\": 1", "has an unknown key"},
+      {"\"version\": 4", "\"version\": 3", "has an unknown key"},
       {"[-3, -3]", "[-3, -2]", "probes[1].net: does not fit the probe"},
       {"[\"RUN\", \"110\"]", "[\"RUN\", \"11\"]", "names[0]: expected [name, 3 binary digits]"},
       {"\"depth\": 512", "\"depth\": 511", "cores[0].depth"},

@@ -75,8 +75,9 @@ TEST(Insertion, MakesUniqueOnlyWhatIsProbedDifferently) {
   EXPECT_EQ(typeOf(one, "u_right") + typeOf(two, "u_left") + typeOf("tricky", "u_store"), "leafleafstore");
   // What the user wrote into the source stays in the output.
   EXPECT_TRUE(has(verilog, "ASYNC_REG = \"TRUE\"") && has(verilog, "ram_style = \"block\""));
-  // A bench that sets the top's parameters still compiles, and hears of another value.
-  EXPECT_TRUE(has(verilog, "parameter [31:0] \\STEP = 2;\n") && has(verilog, "if (\\MODE !== \"a\\\"b\") begin"));
+  // A bench that sets the top's parameters, by name or place, still compiles, and hears of another value.
+  EXPECT_TRUE(has(verilog, "STEP = 2;\n  parameter \\MODE = \"a\\\"b\";\n  parameter [31:0] \\TAIL = 1;\n") &&
+              has(verilog, "if (\\MODE !== \"a\\\"b\") begin"));
   // The pins avoid the user's ostrel_tck, and the map says so.
   InsertPlan map;
   QString error;

@@ -25,6 +25,12 @@ TEST(OutputFolder, ReplacesItsOwnAndRefusesForeignOnes) {
   EXPECT_EQ(scratch.read("out/a.v"), "two");
   EXPECT_EQ(scratch.entries(), QStringList("out"));
 
+  // A file of ours that somebody changed is theirs.
+  scratch.write("out/a.v", "edited");
+  EXPECT_FALSE(replace(scratch.path("out"), "three", error));
+  EXPECT_TRUE(has(error, "\"a.v\" was changed after the insertion wrote it"));
+  scratch.write("out/a.v", "two");
+
   scratch.write("out/.notes", "mine");
   scratch.write("file", "mine");
   const struct {

@@ -60,7 +60,7 @@ module corner (input c1, input c2, input [7:0] x, inout pin, inout zin, output r
   end
 endmodule
 
-module tricky #(parameter STEP = 2, parameter MODE = "a\"b") (
+module tricky #(parameter STEP = 2, parameter MODE = "a\"b", parameter TAIL = 1) (
     input clk, input rst, input [7:0] stimulus, inout io, output io_seen, output through, inout bare, output bare_seen,
     output [3:0] a, output [3:0] b, output [6:0] wide, output reg [0:7] turned, output [15:0] word,
     output reg [1:0] slow_count, output reg held, inout [1:0] pins, output [3:0] ends,

@@ -97,7 +97,7 @@ TEST(UnitValueTest, DigitsBecomeBitsLeastSignificantFirstOrAreRefused) {
       {"==", "Oct", "8", 4, nullptr, nullptr},
       {"==", "Dec", QString(200000, '9'), 4096, nullptr, nullptr},
   };
-  const EnumNames names = {{"IDLE", "0010"}, {"A", "0101"}, {"B", "0000"}, {"BEE", "0011"}};
+  const EnumNames names = {{"IDLE", "0010"}, {"p::A", "0101"}, {"B", "0000"}, {"BEE", "0011"}};
   for (const auto& row : table) {
     SCOPED_TRACE(text(QString("%1 %2 %3").arg(row.op, row.radix, row.digits.left(50))));
     Operator op;

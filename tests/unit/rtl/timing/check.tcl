@@ -14,7 +14,7 @@ while {[gets $in line] >= 0} {
 close $in
 close $out
 
-read_liberty [file join [file dirname [info script]] cells.lib]
+read_liberty cells.lib
 read_verilog flat.v
 link_design core_top
 set clocks {}

@@ -1,0 +1,108 @@
+// Compares the memories of both sides: sizes, contents, and each write port bit by bit.
+#include <algorithm>
+
+#include "platform/proof/comparison.h"
+
+namespace ost {
+
+/// The writes to one bit of all words. Their order matters where one wins over the other.
+bool Comparison::compareWrites(const ModuleMemory& original, const ModuleMemory& written, int bit) {
+  const QString name = QStringLiteral("the memory %1 (bit %2)").arg(quotedName(original.name)).arg(bit);
+  std::vector<MemoryWrite> from = original_.writes(original, bit), to = written_.writes(written, bit);
+  // A place that one side does not have writes nothing there.
+  const auto fill = [](std::vector<MemoryWrite>& writes, const std::vector<MemoryWrite>& other) {
+    while (writes.size() < other.size()) {
+      writes.push_back(other[writes.size()]);
+      writes.back().enable = kFalse;
+    }
+  };
+  fill(from, to);
+  fill(to, from);
+  std::vector<size_t> partner(from.size());
+  std::iota(partner.begin(), partner.end(), size_t(0));
+  const auto same = [](const MemoryWrite& a, const MemoryWrite& b) {
+    return a.clock == b.clock && a.enable == b.enable && a.data == b.data && a.address == b.address;
+  };
+  // Places that are the same in another order; what is left over is compared in the order it has.
+  std::vector<bool> taken(to.size());
+  std::vector<size_t> open;
+  for (size_t i = 0; i < from.size(); ++i) {
+    size_t k = same(from[i], to[i]) && !taken[i] ? i : 0;
+    while (k < to.size() && (taken[k] || !same(from[i], to[k]))) ++k;
+    if (k == to.size()) {
+      open.push_back(i);
+      continue;
+    }
+    taken[k] = true;
+    partner[i] = k;
+  }
+  size_t next = 0;
+  for (const size_t i : open) {
+    while (taken[next]) ++next;
+    taken[next] = true;
+    partner[i] = next;
+  }
+  for (size_t i = 0; i < from.size(); ++i) {
+    const MemoryWrite &one = from[i], &other = to[partner[i]];
+    for (size_t k = i + 1; k < from.size(); ++k) {
+      if (one.enable == kFalse || other.enable == kFalse || from[k].enable == kFalse || to[partner[k]].enable == kFalse)
+        continue;
+      if (!original_.hasPriority(original, from[k].port, one.port)) continue;
+      const int late = to[partner[k]].port, early = other.port;
+      if (late < early || !written_.hasPriority(written, late, early))
+        return undecided(QStringLiteral("%1 is written in another order").arg(name));
+    }
+    compare(QStringLiteral("the clock of a write to %1").arg(name), one.clock, other.clock);
+    compare(QStringLiteral("the enable of a write to %1").arg(name), one.enable, other.enable);
+    compare(QStringLiteral("the data of a write to %1").arg(name), one.data, other.data, one.enable);
+    for (size_t k = 0; k < std::max(one.address.size(), other.address.size()); ++k)
+      compare(QStringLiteral("the address of a write to %1").arg(name),
+              k < one.address.size() ? one.address[k] : kFalse, k < other.address.size() ? other.address[k] : kFalse,
+              one.enable);
+  }
+  return true;
+}
+
+bool Comparison::compareMemory(const ModuleMemory& original, const ModuleMemory& written) {
+  const QString name = quotedName(original.name);
+  if (original.words != written.words || original.width != written.width || original.offset != written.offset)
+    return differs(QStringLiteral("the memory %1 has another size").arg(name));
+  for (size_t word = 0; word < original.contents.size(); ++word)
+    for (int i = 0; i < original.contents[word].size(); ++i) {
+      const char wanted = original.contents[word][i];
+      const char found =
+          word < written.contents.size() ? written.contents[word].isEmpty() ? 'x' : written.contents[word][i] : 'x';
+      if (wanted != 'x' && wanted != found)
+        return differs(QStringLiteral("the memory %1 begins with other contents").arg(name));
+    }
+  for (int bit = 0; bit < original.width; ++bit)
+    if (!compareWrites(original, written, bit)) return false;
+  return true;
+}
+
+/// What is never written is a function of its address; a write that is never enabled may have been dropped.
+void Comparison::findTables() {
+  for (auto& [name, memory] : original_.memories()) {
+    const auto found = written_.memories().find(name);
+    memory.isTable = memory.writes.empty() && (found == written_.memories().end() || found->second.writes.empty());
+  }
+  for (auto& [name, memory] : written_.memories()) {
+    const auto found = original_.memories().find(name);
+    memory.isTable = found == original_.memories().end() ? memory.writes.empty() : found->second.isTable;
+  }
+}
+
+/// Tables were compared with what they are read for.
+bool Comparison::compareMemories() {
+  for (const auto& [name, memory] : original_.memories()) {
+    const auto found = written_.memories().find(name);
+    const bool read = found != written_.memories().end() && !found->second.writes.empty();
+    if (read && memory.writes.empty())
+      return differs(QStringLiteral("the memory %1 is written, which in the original it is not").arg(quotedName(name)));
+    if (!memory.writes.empty() && found != written_.memories().end() && !compareMemory(memory, found->second))
+      return false;
+  }
+  return true;
+}
+
+}  // namespace ost

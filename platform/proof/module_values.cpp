@@ -1,0 +1,170 @@
+// Evaluates the bits of a module from their drivers on, and cuts loops open.
+#include <algorithm>
+
+#include "platform/proof/module_logic.h"
+
+namespace ost {
+namespace {
+
+constexpr Edge kInProgress = kNoEdge - 1;
+
+}  // namespace
+
+int ModuleLogic::stateAt(int bit) const {
+  const auto found = stateAt_.find(bit);
+  return found == stateAt_.end() ? -1 : found->second;
+}
+
+int ModuleLogic::stateBehind(int bit) const {
+  if (isConstantBit(bit) || size_t(bit) >= driver_.size()) return -1;
+  const auto behind = [this](const Driver& driver) {
+    if (driver.kind != Driver::CellOutput || typeOf(cells_[size_t(driver.cell)]) != "$pos") return -1;
+    return stateAt(bits(cells_[size_t(driver.cell)], "A").value(driver.position, kBitX));
+  };
+  const Driver& driver = driver_[size_t(bit)];
+  if (driver.kind != Driver::Several) return behind(driver);
+  int found = -1;
+  for (const Driver& one : several_[size_t(driver.cell)]) found = std::max(found, behind(one));
+  return found;
+}
+
+void ModuleLogic::connect() {
+  value_.assign(size_t(highestBit_) + 1, kNoEdge);
+  driver_.resize(value_.size());
+}
+
+void ModuleLogic::cutBit(int bit, const QByteArray& net, int position) {
+  if (isConstantBit(bit) || stateAt_.count(bit)) return;
+  StateBit state{-1, bit, bit};
+  state.leaf = graph_.leaf(leaves_.number("net " + net + '[' + QByteArray::number(position) + ']'));
+  stateAt_.emplace(bit, int(states_.size()));
+  states_.push_back(state);
+  value_[size_t(bit)] = state.leaf;
+}
+
+void ModuleLogic::cut(const QByteArray& name, int position) {
+  const ModuleNet* found = net(name);
+  if (found && position < found->bits.size()) cutBit(found->bits[position], name, position);
+}
+
+/// Cuts a net that is named on both sides out of the loop that ends with `bit`.
+bool ModuleLogic::openLoop(const std::vector<int>& path, int bit) {
+  const auto start = std::find(path.begin(), path.end(), bit);
+  if (nameAt_.empty())
+    for (const ModuleNet& net : nets_)
+      for (int i = 0; i < net.bits.size(); ++i)
+        if (!nameAt_.contains(net.bits[i]) && (!mayCut || mayCut(net.name, i))) nameAt_.insert(net.bits[i], {&net, i});
+  for (auto at = start; at != path.end(); ++at) {
+    if (value_[size_t(*at)] != kInProgress || !nameAt_.contains(*at)) continue;
+    const auto [net, position] = nameAt_.value(*at);
+    newCuts_.append({net->name, position});
+    cutBit(*at, net->name, position);
+    return true;
+  }
+  refuse(QStringLiteral("it has a loop of logic in which no net has a name of the source's"));
+  return false;
+}
+
+void ModuleLogic::inputsOf(const Driver& driver, QVector<int>& inputs) const {
+  if (driver.kind == Driver::Several)
+    for (const Driver& one : several_[size_t(driver.cell)]) inputsOf(one, inputs);
+  if (driver.kind != Driver::CellOutput) return;
+  const Cell& cell = cells_[size_t(driver.cell)];
+  for (int i = cell.firstPort; i < cell.firstPort + cell.ports; ++i) {
+    const Port& port = ports_[size_t(i)];
+    const QByteArray& name = texts_[port.name];
+    if (name == "Y" || name == "DATA") continue;
+    for (int k = port.first; k < port.first + port.count; ++k) inputs.append(pool_[size_t(k)]);
+  }
+}
+
+Edge ModuleLogic::value(int bit) {
+  if (bit == kBitX) return kUnknown;
+  if (bit == kBitZ) return kFloating;
+  if (isConstantBit(bit)) return Edge(bit);
+  if (value_[size_t(bit)] == kNoEdge) compute(bit);
+  return value_[size_t(bit)];
+}
+
+Edges ModuleLogic::values(const QVector<int>& bits) {
+  Edges result;
+  for (const int bit : bits) result.push_back(value(bit));
+  return result;
+}
+
+/// Depth first without recursion: a chain of logic may be as long as the module.
+void ModuleLogic::compute(int bit) {
+  std::vector<int> waiting{bit}, path;
+  QVector<int> inputs;
+  while (!waiting.empty()) {
+    const int current = waiting.back();
+    const Edge known = value_[size_t(current)];
+    const bool onPath = !path.empty() && path.back() == current;
+    if (onPath ? known != kInProgress : known != kNoEdge) {
+      waiting.pop_back();
+      if (onPath) path.pop_back();
+      continue;
+    }
+    if (!onPath) {
+      value_[size_t(current)] = kInProgress;
+      path.push_back(current);
+    }
+    const Driver& driver = driver_[size_t(current)];
+    inputs.clear();
+    inputsOf(driver, inputs);
+    bool ready = true;
+    for (const int input : inputs) {
+      if (isConstantBit(input)) continue;
+      if (value_[size_t(input)] == kInProgress && !openLoop(path, input)) value_[size_t(input)] = kUnknown;
+      if (value_[size_t(input)] != kNoEdge) continue;
+      waiting.push_back(input);
+      ready = false;
+    }
+    // A net that was cut just now has its value, and what it is driven by is asked for later.
+    if (!ready || value_[size_t(current)] != kInProgress) continue;
+    if (driver.kind == Driver::CellOutput) {
+      const Edges results = evaluateCell(driver.cell);
+      const QVector<int> outputs = outputsOf(cells_[size_t(driver.cell)]);
+      for (int i = 0; i < outputs.size(); ++i) {
+        if (isConstantBit(outputs[i])) continue;
+        const Driver& other = driver_[size_t(outputs[i])];
+        Edge& value = value_[size_t(outputs[i])];
+        const bool mine = other.kind == Driver::CellOutput && other.cell == driver.cell && other.position == i;
+        if (mine && (value == kNoEdge || outputs[i] == current))
+          value = size_t(i) < results.size() ? results[size_t(i)] : kUnknown;
+      }
+    }
+    if (value_[size_t(current)] == kInProgress) value_[size_t(current)] = computed(driver);
+  }
+}
+
+/// Of a driver whose inputs have their values.
+Edge ModuleLogic::computed(const Driver& driver) {
+  if (driver.kind == Driver::None) return kFloating;
+  if (driver.kind == Driver::Leaf) return Edge(driver.position);
+  if (driver.kind == Driver::State) return states_[size_t(driver.cell)].leaf;
+  if (driver.kind == Driver::CellOutput) {
+    const Edges results = evaluateCell(driver.cell);
+    return size_t(driver.position) < results.size() ? results[size_t(driver.position)] : kUnknown;
+  }
+  Edges all;
+  for (const Driver& one : several_[size_t(driver.cell)]) all.push_back(computed(one));
+  return graph_.resolve(all);
+}
+
+QVector<int> ModuleLogic::outputsOf(const Cell& cell) const {
+  return bits(cell, isMemoryRead(typeOf(cell)) ? "DATA" : "Y");
+}
+
+Edges ModuleLogic::evaluateCell(int index) {
+  const Cell& cell = cells_[size_t(index)];
+  if (isMemoryRead(typeOf(cell))) return readMemory(cell);
+  WordCell word;
+  word.type = typeOf(cell);
+  word.port = [this, &cell](const char* port) { return values(bits(cell, port)); };
+  word.number = [this, &cell](const char* name) { return number(cell, name); };
+  word.bits = [this, &cell](const char* name) { return parameter(cell, name); };
+  return words_.evaluate(word);
+}
+
+}  // namespace ost
