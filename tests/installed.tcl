@@ -4,6 +4,7 @@ lassign $argv prefix source folder
 lappend auto_path $prefix/lib
 package require ost_tclwrapper
 package require ost_platform
+package require ost_capture
 
 ost_design read -top steps [file normalize $source]
 file delete -force $folder

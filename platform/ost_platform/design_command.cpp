@@ -11,23 +11,6 @@
 
 namespace ost {
 
-QString textFromTcl(Tcl_Obj* value) {
-  int length = 0;
-  const char* bytes = Tcl_GetStringFromObj(value, &length);
-  return QString::fromLatin1(bytes, length);
-}
-
-Tcl_Obj* tclFromText(const QString& wire) {
-  const QByteArray bytes = wire.toLatin1();
-  return Tcl_NewStringObj(bytes.constData(), bytes.size());
-}
-
-int failWith(Tcl_Interp* interp, const QString& message, const char* errorCode) {
-  Tcl_SetObjResult(interp, tclFromText(message));
-  Tcl_SetObjErrorCode(interp, Tcl_NewStringObj(errorCode, -1));
-  return TCL_ERROR;
-}
-
 int failUsage(Tcl_Interp* interp, const QString& message, const char* subCommand) {
   const std::string help = designHelp(subCommand);
   const QString usage = QString::fromStdString(help.substr(0, help.find('\n')));
@@ -58,21 +41,6 @@ bool isFree(Tcl_Interp* interp) {
   return false;
 }
 
-/// A Tcl list under construction.
-class TclList {
- public:
-  TclList() { Tcl_IncrRefCount(list_); }
-  ~TclList() { Tcl_DecrRefCount(list_); }
-  TclList(const TclList&) = delete;
-  TclList& operator=(const TclList&) = delete;
-  void add(Tcl_Obj* element) { Tcl_ListObjAppendElement(nullptr, list_, element); }
-  void add(const char* word) { add(Tcl_NewStringObj(word, -1)); }
-  operator Tcl_Obj*() const { return list_; }
-
- private:
-  Tcl_Obj* const list_ = Tcl_NewListObj(0, nullptr);
-};
-
 int runRead(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   DesignSource source;
   if (!parseReadWords(interp, objc, objv, source)) return TCL_ERROR;
@@ -99,10 +67,6 @@ int runInfo(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
   const std::shared_ptr<const Design> design = DesignSession::instance().design();
   if (!design) return failWithoutDesign(interp);
   TclList list, files, roles, boxes, notes;
-  const auto add = [&list](const char* name, Tcl_Obj* value) {
-    list.add(name);
-    list.add(value);
-  };
   for (const QString& file : design->dependencies()) files.add(tclFromText(file));
   for (const QString& module : design->blackBoxes()) boxes.add(tclFromText(module));
   for (const QString& note : design->notes()) notes.add(tclFromText(note));
@@ -115,16 +79,16 @@ int runInfo(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
     if (role.held) roles.add(role.name);
   }
   QString noYosys;
-  add("top", tclFromText(design->topModule()));
-  add("files", files);
-  add("modules", Tcl_NewIntObj(design->moduleCount()));
-  add("instances", Tcl_NewIntObj(design->instanceCount()));
-  add("nets", Tcl_NewWideIntObj(design->netCount()));
-  add("bits", Tcl_NewWideIntObj(design->netBitCount()));
-  add("roles", roles);
-  add("blackboxes", boxes);
-  add("notes", notes);
-  add("yosys", tclFromText(yosysVersion(noYosys)));
+  list.add("top", tclFromText(design->topModule()));
+  list.add("files", files);
+  list.add("modules", Tcl_NewIntObj(design->moduleCount()));
+  list.add("instances", Tcl_NewIntObj(design->instanceCount()));
+  list.add("nets", Tcl_NewWideIntObj(design->netCount()));
+  list.add("bits", Tcl_NewWideIntObj(design->netBitCount()));
+  list.add("roles", roles);
+  list.add("blackboxes", boxes);
+  list.add("notes", notes);
+  list.add("yosys", tclFromText(yosysVersion(noYosys)));
   Tcl_SetObjResult(interp, list);
   return TCL_OK;
 }

@@ -1,12 +1,11 @@
 // The command `ost_design` and what its sources share.
 #pragma once
 
-#include <tcl.h>
-
 #include <QString>
 #include <string>
 
 #include "platform/design/design.h"
+#include "platform/tclcmdex/tcl_values.h"
 
 namespace ost {
 
@@ -22,13 +21,7 @@ bool parseReadWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignS
 /// The same for the words of `ost_design jtag`; a wrapper's name is made absolute.
 bool parseJtagWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignSource& source);
 
-/// The bytes of a Tcl value as byte text, and back.
-QString textFromTcl(Tcl_Obj* value);
-Tcl_Obj* tclFromText(const QString& wire);
-
-/// Sets result and errorCode (a list) and returns TCL_ERROR.
-int failWith(Tcl_Interp* interp, const QString& message, const char* errorCode);
-/// The same for wrong words of a sub-command: `message`, then its usage; errorCode `OST USAGE ost_design <sub>`.
+/// The error for wrong words of a sub-command: `message`, then its usage; errorCode `OST USAGE ost_design <sub>`.
 int failUsage(Tcl_Interp* interp, const QString& message, const char* subCommand);
 
 }  // namespace ost

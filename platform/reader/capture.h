@@ -51,6 +51,14 @@ struct Capture {
   QByteArray probeBits(int row, const PlanProbe& probe) const;
 };
 
+/// What one run of one or several cores gave.
+struct CaptureSet {
+  QString topModule;
+  QString projectName;
+  QByteArray projectHash;  ///< As in InsertPlan.
+  QVector<Capture> cores;
+};
+
 /// What views show of a probe's `bits`: the name of the value where its type has one, else digits.
 QByteArray valueText(const PlanProbe& probe, const QByteArray& bits, Radix radix);
 

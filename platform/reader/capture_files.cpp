@@ -5,6 +5,7 @@
 
 #include "platform/reader/capture_page.h"
 #include "platform/reader/gtkwave_view.h"
+#include "platform/reader/json_writer.h"
 #include "platform/reader/sigrok_session.h"
 #include "platform/reader/text_views.h"
 
@@ -37,8 +38,9 @@ QList<PlannedFile> plannedFiles(const CaptureOptions& options, const QStringList
 
 }  // namespace
 
-QList<OutputText> captureFiles(const CaptureOptions& options, const QVector<Capture>& captures,
-                               const QString& topModule, int number) {
+QList<OutputText> captureFiles(const CaptureOptions& options, const CaptureSet& set, int number) {
+  const QVector<Capture>& captures = set.cores;
+  const QString& topModule = set.topModule;
   QStringList cores;
   for (const Capture& capture : captures) cores += capture.core.name;
   const ClockPeriod& period = options.vcdStyle.period;
@@ -62,6 +64,9 @@ QList<OutputText> captureFiles(const CaptureOptions& options, const QVector<Capt
         break;
       case FileForm::Page:
         files.append({file, captureToPage(captures[planned.core], topModule, period)});
+        break;
+      case FileForm::Json:
+        files.append({file, capturesToJson(set)});
         break;
     }
   }

@@ -1,6 +1,8 @@
 // Options as a table of words; their checks.
 #include "platform/reader/capture_options.h"
 
+#include <algorithm>
+
 #include "platform/text/byte_text.h"
 #include "platform/text/names.h"
 
@@ -52,9 +54,12 @@ bool parseInstruction(const QString& option, const QString& value, TapInstructio
 }
 
 bool parseSeconds(const QString& option, const QString& value, double& seconds, QString& error) {
+  const bool milli = value.endsWith(QLatin1String("ms"));
+  const int unit = milli ? 2 : value.endsWith(QLatin1Char('s')) ? 1 : 0;
   bool isNumber = false;
-  seconds = value.toDouble(&isNumber);
-  return (isNumber && seconds > 0 && seconds <= 1e6) || wrongValue(option, value, "a number of seconds above 0", error);
+  seconds = value.left(value.size() - unit).toDouble(&isNumber) * (milli ? 0.001 : 1);
+  return (isNumber && seconds > 0 && seconds <= 1e6) ||
+         wrongValue(option, value, "a number of seconds above 0, for example 5, 5s or 200ms", error);
 }
 
 /// "tcp:PORT"; 0 for any free port.
@@ -82,6 +87,7 @@ struct Option {
   const char* value;  ///< What follows, as the help calls it; null for a flag.
   const char* help;
   Take take;
+  unsigned uses = 0;  ///< Of OptionUse, besides the program's.
 };
 
 template <QString CaptureOptions::*member>
@@ -153,41 +159,51 @@ bool keepTimeout(CaptureOptions& options, const QString& option, const QString& 
 /// All options in the order of the help; a row without a name is a heading.
 const Option kOptions[] = {
     {"-map", "FILE", "capture map that was written with the instrumented design; required",
-     keepText<&CaptureOptions::mapFile>},
+     keepText<&CaptureOptions::mapFile>, kUseOpen},
     {"-connect", "SERVER",
      "JTAG server: fifo:DIR, tcp:HOST:PORT, unix:PATH, xvc:HOST:PORT or openocd:HOST:PORT[/TAP]; required without "
      "-launch",
-     keepServer},
-    {"-launch", "COMMAND", "starts a simulation of the design and connects to it", keepText<&CaptureOptions::command>},
-    {"-core", "NAME", "the core; required when the design has several", keepText<&CaptureOptions::core>},
+     keepServer, kUseOpen},
+    {"-launch", "COMMAND", "starts a simulation of the design and connects to it", keepText<&CaptureOptions::command>,
+     kUseOpen},
+    {"-core", "NAME", "the core; required when the design has several", keepText<&CaptureOptions::core>,
+     kUseArm | kUseValues | kUseFind | kUseCore},
     {"-all", nullptr, "captures with all cores; all are armed before any is waited for",
-     raise<&CaptureOptions::allCores>},
+     raise<&CaptureOptions::allCores>, kUseArm},
     {nullptr, nullptr, "Run:", nullptr},
     {"-position", "N|N%", "samples before the trigger, or their share of the window (default: half a window)",
-     keepText<&CaptureOptions::position>},
-    {"-set", "UNIT=VALUE", "another value of a trigger unit, in the unit's radix; repeatable", keepChange},
-    {"-op", "UNIT=OPERATOR", "another operator that the unit's hardware has; repeatable", keepChange},
-    {"-te", "NAME[,NAME...]", "the trigger expressions to enable (default: all)", keepExpressions},
-    {"-te", "NAME=EXPRESSION", "another expression that fits into the hardware of NAME; repeatable", keepExpressions},
-    {"-now", nullptr, "triggers at the first possible sample, whatever the units see", raise<&CaptureOptions::now>},
+     keepText<&CaptureOptions::position>, kUseArm},
+    {"-set", "UNIT=VALUE", "another value of a trigger unit, in the unit's radix; repeatable", keepChange,
+     kUseArm | kUseFind},
+    {"-op", "UNIT=OPERATOR", "another operator that the unit's hardware has; repeatable", keepChange,
+     kUseArm | kUseFind},
+    {"-te", "NAME[,NAME...]", "the trigger expressions to enable (default: all)", keepExpressions, kUseArm},
+    {"-te", "NAME=EXPRESSION", "another expression that fits into the hardware of NAME; repeatable", keepExpressions,
+     kUseArm},
+    {"-now", nullptr, "triggers at the first possible sample, whatever the units see", raise<&CaptureOptions::now>,
+     kUseArm},
     {"-count", "N", "events up to and including the trigger (default: as built)",
-     keepCount<&CaptureOptions::eventCount>},
-    {"-windows", "N", "windows to capture (default: as built)", keepCount<&CaptureOptions::windows>},
-    {"-timeout", "SECONDS", "how long to wait for the trigger after arming (default: 10)", keepTimeout},
+     keepCount<&CaptureOptions::eventCount>, kUseArm},
+    {"-windows", "N", "windows to capture (default: as built)", keepCount<&CaptureOptions::windows>, kUseArm},
+    {"-timeout", "SECONDS", "seconds (or 5s, 200ms) to wait for the trigger after arming (default: 10)", keepTimeout,
+     kUseWait},
     {"-repeat", "N", "captures N times, into numbered files; 0: until ^C (default: 1)", keepRepeats},
     {nullptr, nullptr, "Output (the file - is the standard output):", nullptr},
     {"-vcd", "FILE", "value change dump, for a waveform viewer", keepFile<&CaptureOptions::vcd>},
     {"-gtkw", "FILE", "GTKWave's save file for the -vcd: groups, radices, names of values, marker at the trigger",
      keepFile<&CaptureOptions::gtkw>},
-    {"-bits", nullptr, "the -vcd has a variable for each bit, for programs that read no vectors", keepSingleBits},
+    {"-bits", nullptr, "the -vcd has a variable for each bit, for programs that read no vectors", keepSingleBits,
+     kUseWrite},
     {"-html", "FILE", "a page that shows the waveform in any browser", keepFile<&CaptureOptions::html>},
     {"-sr", "FILE", "session of sigrok, for PulseView and sigrok-cli", keepFile<&CaptureOptions::sigrok>},
     {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<&CaptureOptions::csv>},
+    {"-json", "FILE", "all of it as JSON, for a program", keepFile<&CaptureOptions::json>},
     {"-wave", nullptr, "a small waveform on the terminal (default without a file)", raise<&CaptureOptions::wave>},
-    {"-period", "TIME", "of the sample clock, for example 10ns: files for viewers get real time", keepPeriod},
-    {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix},
-    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange},
-    {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals},
+    {"-period", "TIME", "of the sample clock, for example 10ns: files for viewers get real time", keepPeriod,
+     kUseWrite},
+    {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix, kUseWrite | kUseValues},
+    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange, kUseWrite},
+    {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals, kUseWrite},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
     {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
@@ -198,33 +214,64 @@ const Option kOptions[] = {
     {"--version", nullptr, "the version", raise<&CaptureOptions::version>},
     {nullptr, nullptr, "JTAG chain:", nullptr},
     {"-ir", "WIDTH:CODE", "instruction that selects the debug hub, of all devices as one number (default: the map's)",
-     keepInstruction},
+     keepInstruction, kUseOpen},
     {"-bypass", "AHEAD:BEHIND", "other devices in the chain, between TDI and the hub and between the hub and TDO",
-     keepPlace},
+     keepPlace, kUseOpen},
     {nullptr, nullptr, "Simulation:", nullptr},
-    {"-log", "FILE", "what the simulation of -launch prints", keepText<&CaptureOptions::logFile>},
+    {"-log", "FILE", "what the simulation of -launch prints", keepText<&CaptureOptions::logFile>, kUseOpen},
 };
 
-const Option* findOption(const QString& word) {
+bool belongsTo(const Option& option, OptionUse use) {
+  return option.name && (use == kUseProgram || (option.uses & use));
+}
+
+const Option* findOption(const QString& word, OptionUse use) {
   for (const Option& option : kOptions)
-    if (option.name && word == QLatin1String(option.name)) return &option;
+    if (belongsTo(option, use) && word == QLatin1String(option.name)) return &option;
   return nullptr;
 }
 
-}  // namespace
-
-QVector<AskedFile> askedFiles(const CaptureOptions& options) {
-  QVector<AskedFile> files = {{FileForm::Vcd, "-vcd", options.vcd, false},
-                              {FileForm::GtkwaveView, "-gtkw", options.gtkw, false},
-                              {FileForm::Csv, "-csv", options.csv, true},
-                              {FileForm::SigrokSession, "-sr", options.sigrok, true},
-                              {FileForm::Page, "-html", options.html, true}};
-  files.erase(std::remove_if(files.begin(), files.end(), [](const AskedFile& one) { return !one.file.isAsked(); }),
-              files.end());
-  return files;
+QString wordsOf(const Option& option) {
+  const QString name = QLatin1String(option.name);
+  return option.value ? name + QLatin1Char(' ') + QLatin1String(option.value) : name;
 }
 
-namespace {
+const char* problemOfOpen(const CaptureOptions& options) {
+  const bool launches = !options.command.isEmpty();
+  if (options.hasServer && launches) return "\"-connect\" and \"-launch\" exclude each other; give one of them.";
+  if (options.servePort >= 0 && !launches)
+    return "\"-serve\" offers a simulation to others; give its command with \"-launch\".";
+  if (!options.logFile.isEmpty() && !launches)
+    return "\"-log\" stores what a simulation prints; give its command with \"-launch\".";
+  if (options.servePort < 0 && (options.mapFile.isEmpty() || !(options.hasServer || launches)))
+    return "\"-map\" and one of \"-connect\" and \"-launch\" are required; \"ost_capture -help\" explains them.";
+  return nullptr;
+}
+
+const char* problemOfArm(const CaptureOptions& options) {
+  if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
+    return "\"-now\" looks at no expression; leave \"-te\" and \"-count\" out.";
+  if (options.allCores && !options.core.isEmpty())
+    return "\"-core\" and \"-all\" exclude each other; give one of them.";
+  if (options.allCores && !options.expressions.isEmpty())
+    return "\"-te\" chooses expressions of one core; name it with \"-core\" instead of \"-all\".";
+  return nullptr;
+}
+
+struct FileKind {
+  FileForm form;
+  const char* option;
+  OutputFile CaptureOptions::*file;
+  bool forEachCore;
+};
+const FileKind kFiles[] = {
+    {FileForm::Vcd, "-vcd", &CaptureOptions::vcd, false},
+    {FileForm::GtkwaveView, "-gtkw", &CaptureOptions::gtkw, false},
+    {FileForm::Csv, "-csv", &CaptureOptions::csv, true},
+    {FileForm::SigrokSession, "-sr", &CaptureOptions::sigrok, true},
+    {FileForm::Page, "-html", &CaptureOptions::html, true},
+    {FileForm::Json, "-json", &CaptureOptions::json, false},
+};
 
 /// Files that exclude one another; an empty text when all can be written.
 QString conflictOf(const CaptureOptions& options) {
@@ -255,10 +302,34 @@ QString conflictOf(const CaptureOptions& options) {
 
 }  // namespace
 
-bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error) {
+QVector<AskedFile> askedFiles(const CaptureOptions& options) {
+  QVector<AskedFile> files;
+  for (const FileKind& kind : kFiles)
+    if ((options.*kind.file).isAsked()) files.append({kind.form, kind.option, options.*kind.file, kind.forEachCore});
+  return files;
+}
+
+bool askForFile(const QString& name, CaptureOptions& options, QString& error) {
+  QStringList ends;
+  for (const FileKind& kind : kFiles) {
+    const QString end = QLatin1Char('.') + QLatin1String(kind.option + 1);
+    ends += end;
+    if (!name.endsWith(end)) continue;
+    (options.*kind.file).name = name;
+    if (kind.form == FileForm::GtkwaveView)
+      options.vcd.name = name.left(name.size() - end.size()) + QLatin1String(".vcd");
+    error = conflictOf(options);
+    return error.isEmpty();
+  }
+  error = QStringLiteral("The form of \"%1\" is not known by its name; it must end in one of %2.")
+              .arg(name, ends.join(QLatin1String(", ")));
+  return false;
+}
+
+bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error, OptionUse use) {
   for (int i = 0; i < words.size(); ++i) {
     const QString& word = words[i];
-    const Option* option = findOption(word == QLatin1String("--help") ? QStringLiteral("-help") : word);
+    const Option* option = findOption(word == QLatin1String("--help") ? QStringLiteral("-help") : word, use);
     if (!option) {
       error = QStringLiteral("There is no option \"%1\"; \"ost_capture -help\" lists the options.").arg(word);
       return false;
@@ -270,26 +341,19 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
     if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
     if (options.help || options.version) return true;
   }
-  const bool launches = !options.command.isEmpty();
   error = conflictOf(options);
   if (!error.isEmpty()) return false;
-  const char* problem = nullptr;
-  if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
-    problem = "\"-now\" looks at no expression; leave \"-te\" and \"-count\" out.";
-  else if (options.allCores && !options.core.isEmpty())
-    problem = "\"-core\" and \"-all\" exclude each other; give one of them.";
-  else if (options.allCores && !options.expressions.isEmpty())
-    problem = "\"-te\" chooses expressions of one core; name it with \"-core\" instead of \"-all\".";
-  else if (options.hasServer && launches)
-    problem = "\"-connect\" and \"-launch\" exclude each other; give one of them.";
-  else if (options.servePort >= 0 && !launches)
-    problem = "\"-serve\" offers a simulation to others; give its command with \"-launch\".";
-  else if (!options.logFile.isEmpty() && !launches)
-    problem = "\"-log\" stores what a simulation prints; give its command with \"-launch\".";
-  else if (options.servePort < 0 && (options.mapFile.isEmpty() || !(options.hasServer || launches)))
-    problem = "\"-map\" and one of \"-connect\" and \"-launch\" are required; \"ost_capture -help\" explains them.";
+  const char* problem = use & (kUseProgram | kUseArm) ? problemOfArm(options) : nullptr;
+  if (!problem && (use & (kUseProgram | kUseOpen))) problem = problemOfOpen(options);
   if (problem) error = QLatin1String(problem);
   return !problem;
+}
+
+QString optionsUsage(OptionUse use) {
+  QString text;
+  for (const Option& option : kOptions)
+    if (belongsTo(option, use)) text += QStringLiteral(" ?%1?").arg(wordsOf(option));
+  return text;
 }
 
 QString captureUsage() {
@@ -303,9 +367,7 @@ QString captureUsage() {
       text += QLatin1String(option.help) + QLatin1Char('\n');
       continue;
     }
-    QString words = QLatin1String(option.name);
-    if (option.value) words += QLatin1Char(' ') + QLatin1String(option.value);
-    text += QStringLiteral("  %1 %2\n").arg(words, -24).arg(QLatin1String(option.help));
+    text += QStringLiteral("  %1 %2\n").arg(wordsOf(option), -24).arg(QLatin1String(option.help));
   }
   return text + QStringLiteral("Exit status: 0 done, 1 failed, 2 wrong command line, 3 no trigger in time.\n");
 }

@@ -35,13 +35,13 @@ struct CaptureOptions {
   int windows = 0;     ///< 0: as built.
   double timeoutSeconds = 10;
   TapInstruction instruction{0, 0};  ///< Width 0: the capture map's.
-  OutputFile vcd, csv, gtkw, sigrok, html;
+  OutputFile vcd, csv, gtkw, sigrok, html, json;
   VcdStyle vcdStyle;  ///< Its period holds for all files.
   ViewChoice view;
   bool wave = false, status = false, info = false;
 };
 
-enum class FileForm { Vcd, GtkwaveView, Csv, SigrokSession, Page };
+enum class FileForm { Vcd, GtkwaveView, Csv, SigrokSession, Page, Json };
 
 /// A file that was asked for.
 struct AskedFile {
@@ -51,9 +51,28 @@ struct AskedFile {
   bool forEachCore;  ///< With several cores there is one a core.
 };
 QVector<AskedFile> askedFiles(const CaptureOptions& options);
+/// Asks for a file in the form that the end of its name stands for ("x.csv": that of "-csv"); with one for GTKWave also
+/// for the dump "x.vcd" beside it. False with `error`.
+bool askForFile(const QString& name, CaptureOptions& options, QString& error);
+
+/// Whose words these are: the program takes all options, a sub-command of the Tcl package those that concern it.
+enum OptionUse : unsigned {
+  kUseProgram = 1,
+  kUseOpen = 2,
+  kUseArm = 4,
+  kUseWait = 8,
+  kUseWrite = 16,
+  kUseValues = 32,
+  kUseFind = 64,
+  kUseCore = 128,  ///< Of a capture's other sub-commands, which concern one core.
+};
 
 /// False with one text that names the word and the way out.
-bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error);
+bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error,
+                         OptionUse use = kUseProgram);
+
+/// The options of a sub-command, as its usage shows them: " ?-position N|N%? ?-now?".
+QString optionsUsage(OptionUse use);
 
 /// Sets `error` to the text for a word that an option cannot take; always false.
 bool wrongValue(const QString& option, const QString& value, const char* must, QString& error);

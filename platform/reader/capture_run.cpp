@@ -2,7 +2,6 @@
 #include "platform/reader/capture_run.h"
 
 #include "platform/reader/wait_line.h"
-#include "platform/system/deadline.h"
 #include "platform/system/interrupt.h"
 
 namespace ost {
@@ -22,39 +21,53 @@ bool CaptureRun::arm(QString& error) {
   return true;
 }
 
-bool CaptureRun::look(CoreRun& run, double seconds, QString& error) {
-  const WaitResult result = reader_.waitUntilDone(run.core, {seconds, 0}, error);
-  run.isDone = result == WaitResult::Done;
-  return result != WaitResult::Failed;
+void CaptureRun::beginWait(double timeoutSeconds) {
+  timeoutSeconds_ = timeoutSeconds;
+  deadline_ = Deadline(timeoutSeconds);
+  connection_.setTimeLimit(timeoutSeconds + qMax(timeoutSeconds, kLeastGraceSeconds));
 }
 
-CaptureRun::End CaptureRun::wait(WaitLine& line, QString& error) {
-  connection_.setTimeLimit(timeoutSeconds_ + qMax(timeoutSeconds_, kLeastGraceSeconds));
-  const Deadline deadline(timeoutSeconds_);
-  for (;;) {
-    bool allDone = true;
-    for (CoreRun& run : runs_) {
-      if (run.isDone) continue;
-      const bool works = look(run, qMin(kLookSeconds / runs_.size(), qMax(0.0, deadline.left())), error);
-      waitedSeconds_ = timeoutSeconds_ - deadline.left();
-      if (!works) return deadline.isOver() ? End::OutOfTime : End::Failed;
-      if (run.isDone) continue;
-      CoreStatus status;
-      if (allDone && line.isSeen()) {
-        if (!reader_.status(run.core, status, error)) return deadline.isOver() ? End::OutOfTime : End::Failed;
-        line.show(QStringLiteral("%1; %2 s of %3 s")
-                      .arg(progressText(run.settings, status))
-                      .arg(waitedSeconds_, 0, 'f', 1)
-                      .arg(timeoutSeconds_));
-      }
-      allDone = false;
-    }
-    if (allDone) break;
-    if (isInterrupted()) return End::Interrupted;
-    if (deadline.isOver()) return End::OutOfTime;
+CaptureRun::End CaptureRun::look(double seconds, QString& error) {
+  bool allDone = true;
+  for (CoreRun& run : runs_) {
+    if (run.isDone) continue;
+    const WaitLimit limit = {qMin(seconds / runs_.size(), qMax(0.0, deadline_.left())), 0};
+    const WaitResult result = reader_.waitUntilDone(run.core, limit, error);
+    waitedSeconds_ = timeoutSeconds_ - deadline_.left();
+    if (result == WaitResult::Failed) return endOfFailure();
+    run.isDone = result == WaitResult::Done;
+    allDone = allDone && run.isDone;
   }
+  if (!allDone) return deadline_.isOver() ? End::OutOfTime : End::NotYet;
   connection_.liftTimeLimit();
   return End::Done;
+}
+
+bool CaptureRun::progress(QString& text, QString& error) {
+  for (const CoreRun& run : runs_) {
+    if (run.isDone) continue;
+    CoreStatus status;
+    if (!reader_.status(run.core, status, error)) return false;
+    text = QStringLiteral("%1; %2 s of %3 s")
+               .arg(progressText(run.settings, status))
+               .arg(waitedSeconds_, 0, 'f', 1)
+               .arg(timeoutSeconds_);
+    break;
+  }
+  return true;
+}
+
+CaptureRun::End CaptureRun::wait(double timeoutSeconds, WaitLine& line, QString& error) {
+  beginWait(timeoutSeconds);
+  for (;;) {
+    const End end = look(kLookSeconds, error);
+    if (end == End::Done || end == End::Failed || !error.isEmpty()) return end;
+    if (isInterrupted()) return End::Interrupted;
+    if (end == End::OutOfTime) return end;
+    QString text;
+    if (line.isSeen() && !progress(text, error)) return endOfFailure();
+    line.show(text);
+  }
 }
 
 bool CaptureRun::explain(End end, const QString& error, QString& text) {

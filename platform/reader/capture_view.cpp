@@ -27,16 +27,15 @@ bool matches(const QString& text, const QString& glob) {
   return next == glob.size();
 }
 
-bool isShown(const PlanProbe& probe, const ViewChoice& view) {
-  const auto fits = [&](const QString& glob) { return matches(probe.name, glob); };
-  return view.signalGlobs.isEmpty() || std::any_of(view.signalGlobs.begin(), view.signalGlobs.end(), fits);
-}
-
 }  // namespace
 
-bool checkView(const RunSettings& settings, const ViewChoice& view, QString& error) {
-  const PlanCore& core = settings.core();
-  const int first = -settings.position(), last = core.windowSamples - 1 - settings.position();
+bool fitsGlobs(const QString& name, const QStringList& globs) {
+  const auto fits = [&](const QString& glob) { return matches(name, glob); };
+  return globs.isEmpty() || std::any_of(globs.begin(), globs.end(), fits);
+}
+
+bool checkView(const PlanCore& core, int position, const ViewChoice& view, QString& error) {
+  const int first = -position, last = core.windowSamples - 1 - position;
   if (view.hasRange && (view.from > view.to || view.to < first || view.from > last)) {
     error = QStringLiteral("The range %1:%2 has no sample of the core \"%3\", whose windows reach from %4 to %5.")
                 .arg(view.from)
@@ -46,8 +45,8 @@ bool checkView(const RunSettings& settings, const ViewChoice& view, QString& err
                 .arg(last);
     return false;
   }
-  if (std::any_of(core.probes.begin(), core.probes.end(), [&](const PlanProbe& one) { return isShown(one, view); }))
-    return true;
+  const auto shown = [&](const PlanProbe& one) { return fitsGlobs(one.name, view.signalGlobs); };
+  if (std::any_of(core.probes.begin(), core.probes.end(), shown)) return true;
   error = QStringLiteral("The core \"%1\" captures no signal like \"%2\"; \"-info\" lists what it captures.")
               .arg(core.name, view.signalGlobs.join(QLatin1String("\", \"")));
   return false;
@@ -56,7 +55,7 @@ bool checkView(const RunSettings& settings, const ViewChoice& view, QString& err
 Capture viewOf(Capture capture, const ViewChoice& view) {
   if (view.hasRadix) capture.core.displayRadix = view.radix;
   QVector<PlanProbe>& probes = capture.core.probes;
-  const auto hidden = [&](const PlanProbe& one) { return !isShown(one, view); };
+  const auto hidden = [&](const PlanProbe& one) { return !fitsGlobs(one.name, view.signalGlobs); };
   probes.erase(std::remove_if(probes.begin(), probes.end(), hidden), probes.end());
   for (CaptureWindow& window : capture.windows) {
     if (!view.hasRange) break;

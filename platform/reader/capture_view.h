@@ -4,7 +4,6 @@
 #include <QStringList>
 
 #include "platform/reader/capture.h"
-#include "platform/reader/run_settings.h"
 
 namespace ost {
 
@@ -16,8 +15,11 @@ struct ViewChoice {
   QStringList signalGlobs;  ///< Empty: all. "*" stands for any characters, "?" for one.
 };
 
-/// False with `error` when nothing of the run's capture would be left.
-bool checkView(const RunSettings& settings, const ViewChoice& view, QString& error);
+/// False with `error` when nothing would be left of a capture by `core` with `position` samples before the trigger.
+bool checkView(const PlanCore& core, int position, const ViewChoice& view, QString& error);
+
+/// Whether `name` fits one of the globs; without globs, any name does.
+bool fitsGlobs(const QString& name, const QStringList& globs);
 
 /// The part of `capture` that is to be shown.
 Capture viewOf(Capture capture, const ViewChoice& view);

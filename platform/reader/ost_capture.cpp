@@ -9,16 +9,12 @@
 #include <new>
 
 #include "platform/jtag/simulation_server.h"
-#include "platform/plan/capture_map.h"
 #include "platform/reader/capture_files.h"
-#include "platform/reader/capture_run.h"
-#include "platform/reader/hub_way.h"
-#include "platform/reader/run_options.h"
+#include "platform/reader/hub_session.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/wait_line.h"
 #include "platform/system/files.h"
 #include "platform/system/interrupt.h"
-#include "platform/text/byte_text.h"
 #include "platform/trigger/unit_value.h"
 
 namespace ost {
@@ -47,18 +43,6 @@ bool prepareDescriptors() {
   return signal(SIGXFSZ, SIG_IGN) != SIG_ERR;
 }
 
-bool loadMap(const QString& name, InsertPlan& plan, QString& error) {
-  QByteArray json;
-  QString reason;
-  if (!readFile(fileFromText(name), kMaxCaptureMapBytes, json, reason)) {
-    error = QStringLiteral("Cannot read the capture map \"%1\": %2.").arg(name, reason);
-    return false;
-  }
-  if (readCaptureMap(json, plan, reason)) return true;
-  error = QStringLiteral("The capture map \"%1\" is damaged: %2").arg(name, reason);
-  return false;
-}
-
 QString infoText(const InsertPlan& plan) {
   QString text = QStringLiteral("design %1, project %2, hash %3: the hardware agrees with the capture map\n")
                      .arg(plan.topModule, plan.projectName, QString::fromLatin1(plan.projectHash));
@@ -80,7 +64,7 @@ QString infoText(const InsertPlan& plan) {
 /// A run of the program: what was asked for, with what stands behind it.
 class Program {
  public:
-  explicit Program(const CaptureOptions& options) : options_(options), way_(options) {}
+  explicit Program(const CaptureOptions& options) : options_(options), session_(options) {}
   int run();
 
  private:
@@ -91,62 +75,42 @@ class Program {
   /// One capture, written to files with the mark `number`, unless that is 0.
   int captureOnce(int number);
   int write(int number);
-  QString summary() const;
+  QString summary();
+  int failExplained(const QString& error) { return fail(session_.explained(error)); }
 
   const CaptureOptions& options_;
-  InsertPlan plan_;
-  QVector<CoreRun> runs_;
-  HubWay way_;
-  std::unique_ptr<HubLink> hub_;
-  std::unique_ptr<CoreReader> reader_;
+  HubSession session_;
 };
 
 bool Program::prepare(QString& error) {
-  if (!loadMap(options_.mapFile, plan_, error)) return false;
-  if (plan_.cores.isEmpty()) error = QStringLiteral("The capture map has no core; insert the cores again.");
-  if (options_.instruction.width == 0 && plan_.jtag.instructionWidth() == 0 && error.isEmpty())
-    error = QStringLiteral(
-        "The design was inserted with a JTAG wrapper of its own, so its instruction is not known; add -ir WIDTH:CODE.");
-  const bool capturing = !options_.status && !options_.info;
-  if (!error.isEmpty() || (!capturing && options_.core.isEmpty())) return error.isEmpty();
-  const QVector<int> cores = chooseCores(plan_, options_, error);
-  QStringList names;
-  for (const int core : cores) {
-    names += plan_.cores[core].name;
-    RunSettings settings(plan_.cores[core]);
-    if (!applyRunOptions(options_, settings, error) || !checkView(settings, options_.view, error)) return false;
-    runs_.append({core, settings, false, Capture()});
-  }
-  return !cores.isEmpty() && checkCaptureFiles(options_, names, error);
+  if (!session_.loadMap(error)) return false;
+  if ((options_.status || options_.info) && options_.core.isEmpty()) return true;
+  if (!session_.chooseRuns(options_, error)) return false;
+  return checkCaptureFiles(options_, session_.coreNames(), error);
 }
 
 int Program::run() {
   QString error;
   if (!prepare(error)) return fail(error);
   if (!catchInterrupts()) return fail(QStringLiteral("Cannot watch for ^C: %1.").arg(systemReason(errno)));
-  const int status = way_.open(error) ? withHub() : fail(error);
-  return way_.close(error) ? status : fail(error);
+  const int status = session_.open(error) ? withHub() : fail(error);
+  return session_.close(error) ? status : fail(error);
 }
 
 int Program::withHub() {
-  TapInstruction instruction = options_.instruction;
-  if (instruction.width == 0) instruction = {plan_.jtag.instructionWidth(), plan_.jtag.instructionCode()};
-  hub_ = std::make_unique<HubLink>(way_.tap(), instruction);
-  reader_ = std::make_unique<CoreReader>(*hub_, plan_);
-  QString error;
-  if (!reader_->identify(error)) return fail(way_.explained(error));
-  if (options_.info && print(infoText(plan_)) != kDone) return kFailed;
+  if (options_.info && print(infoText(session_.plan())) != kDone) return kFailed;
   if (options_.status) return showStatus();
   return options_.info ? int(kDone) : captureRepeatedly();
 }
 
 int Program::showStatus() {
   QString text, error;
-  for (int i = 0; i < plan_.cores.size(); ++i) {
-    if (!options_.core.isEmpty() && plan_.cores[i].name != options_.core) continue;
+  const QVector<PlanCore>& cores = session_.plan().cores;
+  for (int i = 0; i < cores.size(); ++i) {
+    if (!options_.core.isEmpty() && cores[i].name != options_.core) continue;
     CoreStatus status;
-    if (!reader_->status(i, status, error)) return fail(way_.explained(error));
-    text += QStringLiteral("core %1: %2\n").arg(plan_.cores[i].name, statusSummary(plan_.cores[i], status));
+    if (!session_.reader().status(i, status, error)) return failExplained(error);
+    text += QStringLiteral("core %1: %2\n").arg(cores[i].name, statusSummary(cores[i], status));
   }
   return print(text);
 }
@@ -165,26 +129,26 @@ int Program::captureRepeatedly() {
 }
 
 int Program::captureOnce(int number) {
-  CaptureRun run(*reader_, way_.connection(), runs_, options_.timeoutSeconds);
+  CaptureRun& run = session_.run();
   QString error;
-  if (!run.arm(error)) return fail(way_.explained(error));
+  if (!run.arm(error)) return failExplained(error);
   WaitLine line;
-  const CaptureRun::End end = run.wait(line, error);
+  const CaptureRun::End end = run.wait(options_.timeoutSeconds, line, error);
   line.clear();
-  if (end == CaptureRun::End::Failed) return fail(way_.explained(error));
+  if (end == CaptureRun::End::Failed) return failExplained(error);
   if (end != CaptureRun::End::Done) {
     QString text;
     const bool known = run.explain(end, error, text);
     if (known && end == CaptureRun::End::Interrupted && options_.repeats == 0 && number > 1) return kDone;
     return fail(text, known ? kNoTrigger : kFailed);
   }
-  return run.readOut(error) ? write(number) : fail(way_.explained(error));
+  return run.readOut(error) ? write(number) : failExplained(error);
 }
 
 int Program::write(int number) {
-  QVector<Capture> shown;
-  for (const CoreRun& run : runs_) shown.append(viewOf(run.capture, options_.view));
-  const QList<OutputText> outputs = captureFiles(options_, shown, plan_.topModule, number);
+  CaptureSet shown = session_.captures();
+  for (Capture& capture : shown.cores) capture = viewOf(capture, options_.view);
+  const QList<OutputText> outputs = captureFiles(options_, shown, number);
   QString error;
   const bool stored = storeAll(outputs, error);
   const bool showsWave = options_.wave || outputs.isEmpty();
@@ -192,7 +156,7 @@ int Program::write(int number) {
   if (!stored && !showsWave) return kFailed;
   QString text = summary();
   if (showsWave)
-    for (const Capture& capture : shown)
+    for (const Capture& capture : shown.cores)
       text += QString::fromLatin1(captureToWave(capture, terminalColumns(kWaveColumns)));
   // What is not data stays out of the way of a file that is the standard output.
   const auto isData = [](const OutputText& output) { return output.file.isStandardOutput(); };
@@ -203,13 +167,13 @@ int Program::write(int number) {
   return stored ? kDone : kFailed;
 }
 
-QString Program::summary() const {
+QString Program::summary() {
   QString text;
-  for (const CoreRun& run : runs_)
+  for (const CoreRun& run : session_.runs())
     text += QStringLiteral("core %1: %2 window(s) of %3 samples, %4 before the trigger; %5 TCK cycles, %6 repeats\n")
                 .arg(run.settings.core().name, QString::number(run.capture.windows.size()),
                      QString::number(run.settings.core().windowSamples), QString::number(run.settings.position()),
-                     QString::number(hub_->cycles()), QString::number(hub_->retries()));
+                     QString::number(session_.hub().cycles()), QString::number(session_.hub().retries()));
   return text;
 }
 

@@ -3,8 +3,10 @@
 #include <QStandardPaths>
 
 #include "platform/reader/capture_page.h"
+#include "platform/reader/capture_search.h"
 #include "platform/reader/capture_view.h"
 #include "platform/reader/gtkwave_view.h"
+#include "platform/reader/json_writer.h"
 #include "platform/reader/sigrok_session.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/vcd_writer.h"
@@ -120,20 +122,60 @@ TEST(Vcd, SeveralCoresShareAnAxis) {
   EXPECT_TRUE(has(vcd, "\n#5\nx!\n"));
 }
 
+TEST(Json, EachWindowOfEachSignalAndUnit) {
+  Capture capture = counterCapture(2, 2, 1);
+  capture.core.probes = {capture.core.probes[0]};
+  capture.core.probes[0].names = {{"FIVE", "101"}};
+  EXPECT_EQ(capturesToJson({"t\"op", "p", "0f", {capture}}),
+            R"({"version":1,"top":"t\"op","project":"p","hash":"0f","cores":[{"name":"c1","sampleClock":"",)"
+            R"("windows":[{"samples":2,"trigger":1},{"samples":2,"trigger":1}],"timestampBits":4,)"
+            R"("timestamps":[[0,2],[4,6]],"signals":[{"name":"u_a/u_b/n[2:0]","width":3,"names":{"FIVE":5},)"
+            R"("values":[[0,1],[2,3]]}],"units":[{"name":"TU1","states":[[0,0],[0,0]]}]}]})"
+            "\n");
+}
+
+TEST(Search, StepsCountsAndRestarts) {
+  Capture capture = counterCapture(1, 24, 8);  // n counts modulo 8, the trigger at sample 8
+  capture.core.windowSamples = 24;
+  capture.core.triggerBits = capture.core.probeBits.mid(0, 3) << bitOf("", "other");
+  capture.core.triggerBits[3].net = "other";
+  for (const int i : {0, 1, 2}) capture.core.probeBits[i].bit = capture.core.triggerBits[i].bit = i;
+  PlanUnit odd, high, hidden;
+  odd.name = "odd", odd.inputs = {0}, odd.value = odd.mask = "1";
+  high.name = "high", high.op = Operator::Greater, high.width = 3, high.inputs = {0, 1, 2}, high.value = "101";
+  hidden = odd, hidden.name = "hidden", hidden.inputs = {3};
+  const struct {
+    const char* expression;
+    SearchRange range;
+    QVector<int> samples;  ///< Empty: refused.
+  } table[] = {
+      {"high", {0, -8, 15}, {-2, -1, 6, 7, 14, 15}}, {"odd*3", {0, 0, 15}, {5, 11}}, {"high->odd", {0, 0, 15}, {7, 15}},
+      {"high->high->!high", {0, 0, 15}, {8}},        {"hidden", {0, 0, 15}, {}},     {"odd &", {0, 0, 15}, {}}};
+  for (const auto& row : table) {
+    QVector<int> samples;
+    QString error;
+    capture.core.units = {odd, high, hidden};
+    capture.core.includeTrigger = false;
+    EXPECT_EQ(findSamples(capture, capture.core.units, row.expression, row.range, samples, error),
+              !row.samples.isEmpty());
+    EXPECT_EQ(samples, row.samples) << row.expression << ": " << plain(error);
+  }
+}
+
 TEST(View, APartOfTheSignalsAndOfEachWindow) {
   ViewChoice view;
   view.signalGlobs = QStringList{"u_?/*n[*", "none"};
   view.hasRange = true;
   view.from = -1;
   view.to = 20;
-  RunSettings settings(counterCapture(1, 8, 3).core);
+  const PlanCore core = counterCapture(1, 8, 3).core;
   QString error;
-  EXPECT_TRUE(checkView(settings, view, error)) << plain(error);
+  EXPECT_TRUE(checkView(core, core.windowSamples / 2, view, error)) << plain(error);
   const QList<QByteArray> lines = captureToCsv(viewOf(counterCapture(2, 8, 3), view)).split('\n');
   EXPECT_TRUE(lines.size() == 14 && lines[0] == "window,sample,timestamp,u_a/u_b/n[2:0],TU1") << lines[0].constData();
   EXPECT_EQ(lines[7], "1,-1,4,010,0");
   view.signalGlobs = QStringList("u_a");
-  EXPECT_FALSE(checkView(settings, view, error));
+  EXPECT_FALSE(checkView(core, core.windowSamples / 2, view, error));
   EXPECT_TRUE(has(error, "no signal like \"u_a\""));
 }
 
