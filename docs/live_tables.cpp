@@ -1,5 +1,5 @@
-// Prints tables of the program for the documentation: `live_tables options`, the options that `ost_trace trc_option` and
-// `ost_trace trig_option` take (the help leaves some of them out), and `live_tables rules`, the design rules.
+// Prints tables of the program for the documentation: `live_tables options`, the options that `ost_trace trc_option`
+// and `ost_trace trig_option` take (the help leaves some of them out), and `live_tables rules`, the design rules.
 #include <iomanip>
 #include <iostream>
 #include <string>

@@ -2,9 +2,9 @@
 // an insertion replaces. What a single module holds besides is read only when it is asked for (module_index.h).
 //
 // platform/design/index_reader.cpp reads netlists, too, as a stream. Both are as quick, but neither can do the other's
-// work without the heap of a tree (34 MB for a netlist of 26 MB, here 0.1 to 4 MB): the stream checks a stranger's file,
-// which may change or shrink while it is read and so must not be mapped, and keeps names only; this one needs the places
-// of all pieces in the text, which is Yosys' own. docs/performance.md has the figures.
+// work without the heap of a tree (34 MB for a netlist of 26 MB, here 0.1 to 4 MB): the stream checks a stranger's
+// file, which may change or shrink while it is read and so must not be mapped, and keeps names only; this one needs the
+// places of all pieces in the text, which is Yosys' own. docs/performance.md has the figures.
 #pragma once
 
 #include <QByteArray>

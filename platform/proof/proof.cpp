@@ -11,8 +11,8 @@
 
 #include "platform/design/name_index.h"
 #include "platform/design/yosys.h"
-#include "platform/routing/probe_routing.h"
 #include "platform/proof/module_compare.h"
+#include "platform/routing/probe_routing.h"
 #include "platform/system/files.h"
 #include "platform/system/scratch_file.h"
 #include "platform/text/byte_text.h"
