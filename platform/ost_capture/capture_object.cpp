@@ -3,7 +3,9 @@
 
 #include <algorithm>
 
+#include "platform/reader/asked_files.h"
 #include "platform/reader/capture_files.h"
+#include "platform/reader/option_values.h"
 #include "platform/reader/run_options.h"
 #include "platform/system/memory.h"
 

@@ -3,6 +3,7 @@
 
 #include <QSet>
 
+#include "platform/reader/asked_files.h"
 #include "platform/reader/capture_page.h"
 #include "platform/reader/gtkwave_view.h"
 #include "platform/reader/json_writer.h"

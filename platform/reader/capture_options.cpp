@@ -1,83 +1,12 @@
 // Options as a table of words; their checks.
 #include "platform/reader/capture_options.h"
 
-#include <algorithm>
-
-#include "platform/text/byte_text.h"
-#include "platform/text/names.h"
+#include "platform/reader/asked_files.h"
+#include "platform/reader/option_values.h"
 
 namespace ost {
 
-bool wrongValue(const QString& option, const QString& value, const char* must, QString& error) {
-  error = QStringLiteral("Bad value \"%1\" for \"%2\"; it must be %3.").arg(value, option, QLatin1String(must));
-  return false;
-}
-
 namespace {
-
-bool parseCount(const QString& option, const QString& value, int& count, QString& error) {
-  bool isNumber = false;
-  count = value.toInt(&isNumber);
-  return (isNumber && count >= 1) || wrongValue(option, value, "a number of at least 1", error);
-}
-
-/// A number from 0 on.
-bool parseRepeats(const QString& option, const QString& value, int& count, QString& error) {
-  bool isNumber = false;
-  count = value.toInt(&isNumber);
-  return (isNumber && count >= 0) || wrongValue(option, value, "a number of captures, or 0", error);
-}
-
-bool parseRange(const QString& option, const QString& value, ViewChoice& view, QString& error) {
-  const int colon = value.indexOf(QLatin1Char(':'));
-  bool fromGood = false, toGood = false;
-  view.from = value.left(colon).toInt(&fromGood);
-  view.to = value.mid(colon + 1).toInt(&toGood);
-  view.hasRange = colon > 0 && fromGood && toGood && view.from <= view.to;
-  return view.hasRange ||
-         wrongValue(option, value, "FROM:TO, samples counted from the trigger, for example -20:99", error);
-}
-
-bool parseRadix(const QString& option, const QString& value, ViewChoice& view, QString& error) {
-  view.hasRadix = radixFromText(value, view.radix);
-  return view.hasRadix || wrongValue(option, value, "Bin, Oct, Dec or Hex", error);
-}
-
-bool parseInstruction(const QString& option, const QString& value, TapInstruction& instruction, QString& error) {
-  const int colon = value.indexOf(QLatin1Char(':'));
-  bool widthGood = false, codeGood = false;
-  instruction.width = value.left(colon).toInt(&widthGood);
-  instruction.code = value.mid(colon + 1).toUInt(&codeGood, 0);
-  const bool good = colon > 0 && widthGood && codeGood && instruction.width >= 2 && instruction.width <= 32 &&
-                    (quint64(instruction.code) >> instruction.width) == 0;
-  return good || wrongValue(option, value, "WIDTH:CODE, for example 4:2 or 6:0x23", error);
-}
-
-bool parseSeconds(const QString& option, const QString& value, double& seconds, QString& error) {
-  const bool milli = value.endsWith(QLatin1String("ms"));
-  const int unit = milli ? 2 : value.endsWith(QLatin1Char('s')) ? 1 : 0;
-  bool isNumber = false;
-  seconds = value.left(value.size() - unit).toDouble(&isNumber) * (milli ? 0.001 : 1);
-  return (isNumber && seconds > 0 && seconds <= 1e6) ||
-         wrongValue(option, value, "a number of seconds above 0, for example 5, 5s or 200ms", error);
-}
-
-/// "tcp:PORT"; 0 for any free port.
-bool parseServe(const QString& option, const QString& value, int& port, QString& error) {
-  bool isNumber = false;
-  port = value.startsWith(QLatin1String("tcp:")) ? value.mid(4).toInt(&isNumber) : -1;
-  return (isNumber && port >= 0 && port <= 65535) || wrongValue(option, value, "tcp:PORT, for example tcp:3335", error);
-}
-
-bool parsePlace(const QString& option, const QString& value, ChainPlace& place, QString& error) {
-  const int colon = value.indexOf(QLatin1Char(':'));
-  bool aheadGood = false, behindGood = false;
-  place.ahead = value.left(colon).toInt(&aheadGood);
-  place.behind = value.mid(colon + 1).toInt(&behindGood);
-  const bool good = colon > 0 && aheadGood && behindGood && qMin(place.ahead, place.behind) >= 0 &&
-                    qMax(place.ahead, place.behind) <= 1000;
-  return good || wrongValue(option, value, "AHEAD:BEHIND, two numbers of devices", error);
-}
 
 /// What an option does with the word after it, which is empty for a flag. False with `error`.
 using Take = bool (*)(CaptureOptions& options, const QString& option, const QString& value, QString& error);
@@ -258,73 +187,7 @@ const char* problemOfArm(const CaptureOptions& options) {
   return nullptr;
 }
 
-struct FileKind {
-  FileForm form;
-  const char* option;
-  OutputFile CaptureOptions::*file;
-  bool forEachCore;
-};
-const FileKind kFiles[] = {
-    {FileForm::Vcd, "-vcd", &CaptureOptions::vcd, false},
-    {FileForm::GtkwaveView, "-gtkw", &CaptureOptions::gtkw, false},
-    {FileForm::Csv, "-csv", &CaptureOptions::csv, true},
-    {FileForm::SigrokSession, "-sr", &CaptureOptions::sigrok, true},
-    {FileForm::Page, "-html", &CaptureOptions::html, true},
-    {FileForm::Json, "-json", &CaptureOptions::json, false},
-};
-
-/// Files that exclude one another; an empty text when all can be written.
-QString conflictOf(const CaptureOptions& options) {
-  const QVector<AskedFile> files = askedFiles(options);
-  for (int i = 0; i < files.size(); ++i) {
-    const QLatin1String option(files[i].option);
-    for (int j = 0; j < i; ++j)
-      if (files[i].file.name == files[j].file.name)
-        return QStringLiteral("\"%1\" and \"%2\" name the same file; give each its own.")
-            .arg(QLatin1String(files[j].option), option);
-    if (files[i].file.isStandardOutput() && options.wave)
-      return QStringLiteral("The waveform of \"-wave\" and a file \"-\" both want the standard output; leave one out.");
-    if (files[i].file.isStandardOutput() && options.allCores && files[i].forEachCore)
-      return QStringLiteral("With \"-all\" each core has a file of its own; give \"%1\" a name.").arg(option);
-  }
-  if (!options.gtkw.isAsked()) return QString();
-  for (const OutputFile& file : {options.vcd, options.gtkw}) {
-    if (!file.isAsked() || file.isStandardOutput())
-      return QStringLiteral("\"-gtkw\" is for the file of \"-vcd\"; give both, and names to both.");
-    if (oneLine(file.name) != file.name || file.name.contains(QLatin1Char('"')))
-      return QStringLiteral(
-                 "With \"-gtkw\" the names of files have neither quotes nor control characters; "
-                 "give %1 another name.")
-          .arg(quoted(file.name));
-  }
-  return QString();
-}
-
 }  // namespace
-
-QVector<AskedFile> askedFiles(const CaptureOptions& options) {
-  QVector<AskedFile> files;
-  for (const FileKind& kind : kFiles)
-    if ((options.*kind.file).isAsked()) files.append({kind.form, kind.option, options.*kind.file, kind.forEachCore});
-  return files;
-}
-
-bool askForFile(const QString& name, CaptureOptions& options, QString& error) {
-  QStringList ends;
-  for (const FileKind& kind : kFiles) {
-    const QString end = QLatin1Char('.') + QLatin1String(kind.option + 1);
-    ends += end;
-    if (!name.endsWith(end)) continue;
-    (options.*kind.file).name = name;
-    if (kind.form == FileForm::GtkwaveView)
-      options.vcd.name = name.left(name.size() - end.size()) + QLatin1String(".vcd");
-    error = conflictOf(options);
-    return error.isEmpty();
-  }
-  error = QStringLiteral("The form of \"%1\" is not known by its name; it must end in one of %2.")
-              .arg(name, ends.join(QLatin1String(", ")));
-  return false;
-}
 
 bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QString& error, OptionUse use) {
   for (int i = 0; i < words.size(); ++i) {

@@ -41,20 +41,6 @@ struct CaptureOptions {
   bool wave = false, status = false, info = false;
 };
 
-enum class FileForm { Vcd, GtkwaveView, Csv, SigrokSession, Page, Json };
-
-/// A file that was asked for.
-struct AskedFile {
-  FileForm form;
-  const char* option;
-  OutputFile file;
-  bool forEachCore;  ///< With several cores there is one a core.
-};
-QVector<AskedFile> askedFiles(const CaptureOptions& options);
-/// Asks for a file in the form that the end of its name stands for ("x.csv": that of "-csv"); with one for GTKWave also
-/// for the dump "x.vcd" beside it. False with `error`.
-bool askForFile(const QString& name, CaptureOptions& options, QString& error);
-
 /// Whose words these are: the program takes all options, a sub-command of the Tcl package those that concern it.
 enum OptionUse : unsigned {
   kUseProgram = 1,
@@ -73,9 +59,6 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
 
 /// The options of a sub-command, as its usage shows them: " ?-position N|N%? ?-now?".
 QString optionsUsage(OptionUse use);
-
-/// Sets `error` to the text for a word that an option cannot take; always false.
-bool wrongValue(const QString& option, const QString& value, const char* must, QString& error);
 
 /// The help text, with every option.
 QString captureUsage();

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "platform/reader/option_values.h"
+
 namespace ost {
 namespace {
 
