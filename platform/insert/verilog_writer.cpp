@@ -95,8 +95,9 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n"
       // A choice by constants alone would be written as a function of constants, in which Yosys takes no branch with a
       // "?" when it reads it. Where the constant is 'x' nothing matches, as in a case of Verilog.
-      "select -set decided t:$pmux w:* %co1:+$pmux[S] %d\npmuxtree @decided\nopt_expr -keepdc\n"
-      "select -set decided t:$mux w:* %co1:+$mux[S] %d\nopt_expr -mux_undef @decided\nopt_expr -keepdc\nopt_clean\n"
+      "select -set before t:$mux\nselect -set decided t:$pmux w:* %co1:+$pmux[S] %d\npmuxtree @decided\n"
+      "opt_expr -keepdc\nselect -set decided t:$mux @before %d w:* %co1:+$mux[S] %d\n"
+      "opt_expr -mux_undef -keepdc @decided\nopt_expr -keepdc\nopt_clean\n"
       "setattr -unset keep @instances\nsetattr -unset keep t:$pos\n"
       // Yosys writes their bits under wrong names when the net does not begin at bit 0, and single ones rightly.
       "simplemap t:$dffsr t:$dffsre t:$dlatchsr t:$sr");
