@@ -128,7 +128,7 @@ class ModuleLogic {
   Edge computed(const Driver& driver);
   Edges evaluateCell(int index);
   Edges readMemory(const Cell& cell);
-  bool openLoop(const std::vector<int>& path, int bit);
+  void openLoop(const std::vector<int>& path, int bit);
   void cutBit(int bit, const QByteArray& net, int position);
 
   Edge pin(const Cell& cell, const char* port, int position, Edge missing);

@@ -48,7 +48,7 @@ void ModuleLogic::cut(const QByteArray& name, int position) {
 }
 
 /// Cuts a net that is named on both sides out of the loop that ends with `bit`.
-bool ModuleLogic::openLoop(const std::vector<int>& path, int bit) {
+void ModuleLogic::openLoop(const std::vector<int>& path, int bit) {
   const auto start = std::find(path.begin(), path.end(), bit);
   if (nameAt_.empty())
     for (const ModuleNet& net : nets_)
@@ -59,10 +59,9 @@ bool ModuleLogic::openLoop(const std::vector<int>& path, int bit) {
     const auto [net, position] = nameAt_.value(*at);
     newCuts_.append({net->name, position});
     cutBit(*at, net->name, position);
-    return true;
+    return;
   }
   refuse(QStringLiteral("it has a loop of logic in which no net has a name of the source's"));
-  return false;
 }
 
 void ModuleLogic::inputsOf(const Driver& driver, QVector<int>& inputs) const {
@@ -115,7 +114,11 @@ void ModuleLogic::compute(int bit) {
     bool ready = true;
     for (const int input : inputs) {
       if (isConstantBit(input)) continue;
-      if (value_[size_t(input)] == kInProgress && !openLoop(path, input)) value_[size_t(input)] = kUnknown;
+      if (value_[size_t(input)] == kInProgress) {
+        openLoop(path, input);
+        // Cut elsewhere, or not at all: what is made of this is not used, since the next round begins with the cut.
+        if (value_[size_t(input)] == kInProgress) value_[size_t(input)] = kUnknown;
+      }
       if (value_[size_t(input)] != kNoEdge) continue;
       waiting.push_back(input);
       ready = false;
