@@ -30,3 +30,14 @@ foreach {found what} [list \
   [file exists $docs/boards.md] "the pages that are not written by the build are missing"] {
   if {!$found} { error $what }
 }
+
+# Each command has its manual page where man looks, or below a prefix that it does not know; no page makes roff complain.
+set where [expr {[string match /usr* $prefix] ? "" : "-M $prefix/share/man"}]
+foreach {section names} {3tcl {ost_project ost_core ost_trace ost_tu ost_te ost_serdes ost_design ost_capture} 1 ost_capture 7 ost_rules} {
+  foreach name $names {
+    set page [exec man {*}$where -w $section $name]
+    if {![string match $prefix/* $page]} {error "man finds $page"}
+    if {[auto_execok groff] ne ""} {exec groff -ww -man -Tutf8 $page >/dev/null}
+    if {[auto_execok mandoc] ne ""} {exec mandoc -Tlint -Wwarning $page}
+  }
+}
