@@ -97,7 +97,9 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
       // "?" when it reads it. Where the constant is 'x' nothing matches, as in a case of Verilog.
       "select -set before t:$mux\nselect -set decided t:$pmux w:* %co1:+$pmux[S] %d\npmuxtree @decided\n"
       "opt_expr -keepdc\nselect -set decided t:$mux @before %d w:* %co1:+$mux[S] %d\n"
-      "opt_expr -mux_undef -keepdc @decided\nopt_expr -keepdc\nopt_clean\n"
+      "opt_expr -mux_undef -keepdc @decided\nopt_expr -keepdc\n"
+      // A latch with a constant enable would be an `always @*` that waits for a change of what never changes.
+      "select -set decided t:$dlatch w:* %co1:+$dlatch[EN] %d\nopt_dff -nodffe -nosdff -keepdc @decided\nopt_clean\n"
       "setattr -unset keep @instances\nsetattr -unset keep t:$pos\n"
       // Yosys writes their bits under wrong names when the net does not begin at bit 0, and single ones rightly.
       "simplemap t:$dffsr t:$dffsre t:$dlatchsr t:$sr");
