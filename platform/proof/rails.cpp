@@ -4,6 +4,12 @@
 #include <algorithm>
 
 namespace ost {
+namespace {
+
+// Marks of bits of a function's result.
+constexpr int kFunctionValue = 1 << 29, kFunctionIsUnknown = 1 << 30;
+
+}  // namespace
 
 std::vector<uint32_t> RailSplitter::cone(const Edges& roots) const {
   std::vector<uint32_t> waiting, nodes;
@@ -93,8 +99,12 @@ Rails RailSplitter::ofNode(uint32_t index) {
     case LogicGraph::Digital:
       return {either(in[0].one, in[0].floating), either(in[0].zero, in[0].floating), kFalse};
     default: {
-      const Edge value = graph_.leaf(nextLeaf_++), unknown = graph_.leaf(nextLeaf_++);
-      invented_[value >> 1] = invented_[unknown >> 1] = true;
+      // What it gives, and whether it is unknown, are two more functions of the same arguments.
+      const LogicGraph::Node list = graph_.node(graph_.inputs(node)[0]);
+      const Edges arguments(graph_.inputs(list), graph_.inputs(list) + list.count);
+      const int symbol = int(node.data >> 32), bit = int(node.data & ~uint32_t(0));
+      const Edge value = graph_.function(symbol, arguments, bit | kFunctionValue);
+      const Edge unknown = graph_.function(symbol, arguments, bit | kFunctionIsUnknown);
       return {either(value, unknown), either(graph_.invert(value), unknown), kFalse};
     }
   }
