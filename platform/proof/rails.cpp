@@ -84,12 +84,17 @@ Rails RailSplitter::ofNode(uint32_t index) {
       return sum;
     }
     case LogicGraph::Mux: {
+      const Rails &select = in[0], &set = in[1], &clear = in[2];
       const auto choose = [&](Edge Rails::*rail) {
         if (!graph_.mayBeUnknown(graph_.inputs(graph_.node(index * 2))[0]))
-          return graph_.mux(in[0].one, in[1].*rail, in[2].*rail);
-        return either(both(in[0].one, in[1].*rail), both(in[0].zero, in[2].*rail));
+          return graph_.mux(select.one, set.*rail, clear.*rail);
+        return either(both(select.one, set.*rail), both(select.zero, clear.*rail));
       };
-      return {choose(&Rails::one), choose(&Rails::zero), choose(&Rails::floating)};
+      // By an unknown select nothing floats: it is unknown, too.
+      const Edge doubtful = both(select.one, select.zero);
+      const Edge unknown = both(doubtful, either(set.floating, clear.floating));
+      return {either(choose(&Rails::one), unknown), either(choose(&Rails::zero), unknown),
+              both(choose(&Rails::floating), graph_.invert(doubtful))};
     }
     case LogicGraph::Majority:
       return {graph_.majority(in[0].one, in[1].one, in[2].one), graph_.majority(in[0].zero, in[1].zero, in[2].zero),
