@@ -302,7 +302,10 @@ QByteArray Design::digest() const {
 }
 
 YosysScript Design::elaborationScript() const {
-  return d->plan->hierarchyScript(true).line("proc");
+  // The steps of `proc`. Ahead of a latch its search for one would make an ordinary driver of a tri-state.
+  return d->plan->hierarchyScript(true).line(
+      "proc_clean\nproc_rmdead\nproc_prune\nproc_init\nproc_arst\nproc_rom\nproc_mux\ntribuf\n"
+      "proc_dlatch\nproc_dff\nproc_memwr\nproc_clean\nopt_expr -keepdc");
 }
 
 }  // namespace ost
