@@ -8,6 +8,7 @@
 #include <mutex>
 
 #include "platform/design/elaboration.h"
+#include "platform/design/mapped_cells.h"
 #include "platform/design/name_index.h"
 #include "platform/design/source_plan.h"
 #include "platform/design/source_stamp.h"
@@ -267,7 +268,10 @@ QByteArray Design::digest() const {
 }
 
 YosysScript Design::elaborationScript() const {
-  return d->plan->hierarchyScript(true).line("proc");
+  QList<QByteArray> boxes = d->index.unknownTypes.toList();
+  for (const ModuleEntry& module : d->index.modules)
+    if (module.used && module.bodyless) boxes.append(module.key);
+  return plainCellsScript(d->plan->hierarchyScript(true), d->plan->isNetlist(), boxes);
 }
 
 }  // namespace ost

@@ -92,13 +92,15 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   job.script.line(
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
+      // Yosys takes names of this form for its own and drops them; in what it wrote earlier they are the only ones.
+      "select -set numbered w:_*_ a:keep %d\nsetattr -set keep 1 @numbered\n"
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n"
       // A choice by constants alone would be written as a function of constants, in which Yosys takes no branch with a
       // "?" when it reads it. Where the constant is 'x' nothing matches, as in a case of Verilog.
       "select -set before t:$mux\nselect -set decided t:$pmux w:* %co1:+$pmux[S] %d\npmuxtree @decided\n"
       "opt_expr -keepdc\nselect -set decided t:$mux @before %d w:* %co1:+$mux[S] %d\n"
       "opt_expr -mux_undef -keepdc @decided\nopt_expr -keepdc\nopt_clean\n"
-      "setattr -unset keep @instances\nsetattr -unset keep t:$pos\n"
+      "setattr -unset keep @instances\nsetattr -unset keep @numbered\nsetattr -unset keep t:$pos\n"
       // Yosys writes their bits under wrong names when the net does not begin at bit 0, and single ones rightly.
       "simplemap t:$dffsr t:$dffsre t:$dlatchsr t:$sr");
   // Yosys' own bookkeeping attributes are removed; those of the user's source stay.
