@@ -8,6 +8,7 @@
 #include <mutex>
 
 #include "platform/design/elaboration.h"
+#include "platform/design/mapped_cells.h"
 #include "platform/design/name_index.h"
 #include "platform/design/source_plan.h"
 #include "platform/design/source_stamp.h"
@@ -302,10 +303,10 @@ QByteArray Design::digest() const {
 }
 
 YosysScript Design::elaborationScript() const {
-  // The steps of `proc`. Ahead of a latch its search for one would make an ordinary driver of a tri-state.
-  return d->plan->hierarchyScript(true).line(
-      "proc_clean\nproc_rmdead\nproc_prune\nproc_init\nproc_arst\nproc_rom\nproc_mux\ntribuf\n"
-      "proc_dlatch\nproc_dff\nproc_memwr\nproc_clean\nopt_expr -keepdc");
+  QList<QByteArray> boxes = d->index.unknownTypes.toList();
+  for (const ModuleEntry& module : d->index.modules)
+    if (module.used && module.bodyless) boxes.append(module.key);
+  return plainCellsScript(d->plan->hierarchyScript(true), d->plan->isNetlist(), boxes);
 }
 
 }  // namespace ost
