@@ -4,6 +4,7 @@
 #include <climits>
 
 #include "platform/plan/capture_map.h"
+#include "platform/plan/capture_map_instances.h"
 #include "platform/plan/capture_map_words.h"
 #include "platform/text/byte_text.h"
 #include "platform/text/json_fields.h"
@@ -267,6 +268,10 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   list(fields, "expressions", kMaxPlanExpressions, [&](const QJsonValue& entry, const QString& place) {
     core.expressions.append(expression(entry, place, core.units.size()));
   });
+  if (version_ >= 5 && fields.has("instances"))
+    list(fields, "instances", kMaxPlanBits, [&](const QJsonValue& entry, const QString& place) {
+      core.instances.append(readInstance(entry, place, core.probeBits.size(), indexes_, fault_));
+    });
   if (core.readSampleBits() > kMaxPlanSampleBits)
     fail(fields.pathOf("depth"), QStringLiteral("is for more than %1 bits of samples.").arg(kMaxPlanSampleBits));
   fields.refuseOthers();
@@ -304,7 +309,7 @@ bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
   list(fields, "cores", kMaxPlanCores,
        [&](const QJsonValue& value, const QString& path) { result.cores.append(core(value, path)); });
   fields.refuseOthers();
-  if (fault_.none() && planHash(result) != result.projectHash)
+  if (fault_.none() && planHash(result, version_) != result.projectHash)
     fault_.text = QStringLiteral("hash: does not fit the contents; the file was edited or damaged.");
   if (!fault_.none()) {
     error = QStringLiteral("The capture map is not usable: %1").arg(fault_.text);
