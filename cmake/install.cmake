@@ -49,7 +49,8 @@ if(OST_PLATFORM)
   set(package_from_program ${package_from_bin})
   configure_file(platform/ost_shell/ostsh.in installed_ostsh @ONLY)
   install(PROGRAMS ${CMAKE_BINARY_DIR}/installed_ostsh DESTINATION ${CMAKE_INSTALL_BINDIR} RENAME ostsh)
-  install(FILES platform/jtag/sim/ostrel_jtag_sim.v DESTINATION ${CMAKE_INSTALL_DATADIR}/ost_tclwrapper)
+  install(FILES platform/jtag/sim/ostrel_jtag_sim.v platform/jtag/sim/ostrel_jtag_sim.h
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/ost_tclwrapper)
   # A page of the build replaces the page of the sources that it was made from.
   install(DIRECTORY docs/ ${CMAKE_BINARY_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}
     FILES_MATCHING PATTERN "*.md" PATTERN CMakeFiles EXCLUDE)
