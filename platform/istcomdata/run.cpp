@@ -29,6 +29,7 @@ void sayEstimate(const ost::InsertPlan& plan) {
                  .arg(e.memoryBits));
   };
   for (const ost::PlanCore& core : plan.cores) line(QLatin1String("Core ") + core.name, ost::estimateCore(core));
+  if (plan.wishbone) line(QStringLiteral("Wishbone master"), ost::estimateWishbone(*plan.wishbone));
   line(QStringLiteral("JTAG hub"), ost::estimateHub(plan));
 }
 
