@@ -263,6 +263,17 @@ void MapWriter::serdes(const PlanSerdes& serdes, int number) {
   this->number("core", number);
   key("clock");
   bit(serdes.clock);
+  if (serdes.hasReset) {
+    key("reset");
+    bit(serdes.reset);
+  }
+  list("watched", serdes.clocks + serdes.levels, [this](const PlanWatched& one) {
+    writer_.StartObject();
+    text("word", one.word);
+    key("net");
+    bit(one.net);
+    writer_.EndObject();
+  });
   writer_.EndObject();
 }
 

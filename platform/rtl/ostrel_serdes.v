@@ -27,6 +27,7 @@ module ostrel_serdes #(
     parameter integer ROW_BITS = 4,     // clog2(2 + CLOCKS + LEVELS)
     parameter integer EDGE_BITS = 3,    // Bits of the edges of a level in a round: clog2((ROWS + 1) / 2 + 1).
     parameter integer INDEX_BITS = 9,
+    parameter integer HUB_ADDRESS_BITS = 1,
     parameter [127:0] INFO = 128'd0     // This core's half of the self-description.
 ) (
     // Design side. In a simulation all but the clocks is 0 or 1 (see ostrel_known).
@@ -37,12 +38,22 @@ module ostrel_serdes #(
 
     // Hub side, see ostrel_hub.
     input  wire                                tck,
+    input  wire                                tdi,
     input  wire                                select,
     input  wire                                op_status,
     input  wire                                op_info,
+    input  wire                                op_read,
+    input  wire                                op_config,
+    input  wire                                op_table,
+    input  wire                                op_arm,
+    input  wire                                op_stop,
+    input  wire                                data,
     input  wire [7:0]                          tag,    // Of STATUS: bit 1 asks for a look, bit 0 numbers it, bit 2: and
                                                        // the counts of levels start anew.
+    input  wire [HUB_ADDRESS_BITS-1:0]         address,
     input  wire [INDEX_BITS-1:0]               index,
+    input  wire                                load,
+    input  wire                                fetch,
     input  wire                                execute,
     output wire                                permit,
     output wire                                word_last,
@@ -224,6 +235,8 @@ module ostrel_serdes #(
   assign word_last = select & index == STATUS_LAST[INDEX_BITS-1:0];
   assign block_end = select;
   assign flags = {fresh, 3'b000, asked};
+  wire unused = &{1'b0, tdi, op_read, op_config, op_table, op_arm, op_stop, data, address, load, fetch, tag[7:3],
+                  index, clocks, levels};
 
   // ---- Crossings of levels
 
