@@ -221,6 +221,17 @@ void MapWriter::serdes(const PlanSerdes& serdes, int number) {
   this->number("core", number);
   key("clock");
   bit(serdes.clock);
+  if (serdes.hasReset) {
+    key("reset");
+    bit(serdes.reset);
+  }
+  list("watched", serdes.clocks + serdes.levels, [this](const PlanWatched& one) {
+    begin();
+    text("word", one.word);
+    key("net");
+    bit(one.net);
+    end();
+  });
   end();
 }
 

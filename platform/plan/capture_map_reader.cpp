@@ -329,6 +329,17 @@ PlanSerdes MapReader::serdes(const QJsonValue& value, int number) {
   PlanSerdes serdes;
   fields.number("core", number, number);
   serdes.clock = bit(fields.value("clock"), fields.pathOf("clock"));
+  serdes.hasReset = fields.has("reset");
+  if (serdes.hasReset) serdes.reset = bit(fields.value("reset"), fields.pathOf("reset"));
+  list(fields, "watched", kMaxSerdesSignals, [&](const QJsonValue& entry, const QString& path) {
+    JsonFields inner(entry, path, fault_);
+    const PlanWatched one = {bit(inner.value("net"), inner.pathOf("net")), inner.text("word")};
+    if (!isSerdesWord(one.word)) fail(inner.pathOf("word"), QStringLiteral("is not a word."));
+    (one.word == QLatin1String(kSerdesClockWord) ? serdes.clocks : serdes.levels).append(one);
+    inner.refuseOthers();
+  });
+  if (serdes.clocks.isEmpty() && serdes.levels.isEmpty())
+    fail(fields.pathOf("watched"), QStringLiteral("nothing is watched."));
   fields.refuseOthers();
   return serdes;
 }
