@@ -241,6 +241,7 @@ void MapWriter::wishbone(const PlanWishbone& wishbone, int number) {
   flag("bigEndian", wishbone.isBigEndian);
   this->number("addressBits", wishbone.addressBits);
   flag("connected", wishbone.isConnected);
+  if (!wishbone.isConnected) text("ports", wishbone.portPrefix);
   if (wishbone.isConnected) {
     text("instance", wishbone.instance);
     key("clock");
@@ -304,6 +305,7 @@ QByteArray planHash(const InsertPlan& plan) {
   hashed.projectHash.clear();
   hashed.pins = JtagPins();
   hashed.jtag = PlanJtag();
+  if (hashed.wishbone) hashed.wishbone->portPrefix.clear();
   return QCryptographicHash::hash(captureMapJson(hashed), QCryptographicHash::Sha256).toHex().left(16);
 }
 
