@@ -14,6 +14,9 @@ constexpr int kTableRowsPerFrame = 1024;
 /// about 5000 cycles of TCK in all, so a sample clock up to a thousand times slower than TCK is still seen.
 constexpr int kLooks = 12;
 
+/// Configurations of one arming that may be lost on the line.
+constexpr int kLoads = 3;
+
 int idleCycles(int look) {
   return look < 7 ? 8 << look : 1024;
 }
@@ -103,22 +106,32 @@ bool CoreReader::load(int core, const RunSettings& settings, QString& error) {
   return true;
 }
 
+bool CoreReader::sendArm(const HubCommand& arm, HubReply& reply, QString& error) {
+  const int statusBits = CoreLayout(plan_.cores[arm.core]).statusBits;
+  QByteArray bits;
+  if (!hub_.send(arm, QByteArray(), error) || !hub_.scanReply(kBlockOverhead + statusBits, bits, error)) return false;
+  if (readBlock(bits, 0, statusBits, arm, reply)) return true;
+  // Lost on the line, or spoilt by a status that changed inside it.
+  return hub_.recover(error) && commandStatus(arm.core, reply, error);
+}
+
 bool CoreReader::arm(int core, const RunSettings& settings, QString& error) {
-  HubReply reply;
-  const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
   if (!stop(core, error)) return false;
   // A frame that is damaged on the line leaves the core unconfigured, even after a good reply to an earlier copy, so
-  // the configuration is loaded again when ARM is refused.
-  for (int attempt = 0; attempt < 3; ++attempt) {
-    if (!load(core, settings, error) || !commandStatus(core, reply, error)) return false;
+  // the configuration is loaded again when it is gone.
+  HubReply reply;
+  int loads = 0;
+  for (int attempt = 0; attempt < HubLink::kAttempts; ++attempt) {
+    if (attempt == 0 || reply.flags.refused || !reply.flags.configured) {
+      if (++loads > kLoads) break;
+      if (!load(core, settings, error)) return false;
+    }
+    if (!commandStatus(core, reply, error)) return false;
     HubCommand command;
     command.core = core;
     command.op = HubOp::Arm;
     command.tag = (parseStatus(plan_.cores[core], reply).tag + 1) & 0xFF;
-    if (!hub_.command(command, QByteArray(), statusBits, statusBits, reply, error)) return false;
-    if (!reply.flags.refused) return true;
-    // An ARM whose reply was lost was sent again and refused because the run has started.
-    if (!commandStatus(core, reply, error)) return false;
+    if (!sendArm(command, reply, error)) return false;
     if (reply.flags.armed && parseStatus(plan_.cores[core], reply).tag == command.tag) return true;
   }
   return refuse(error,

@@ -35,6 +35,8 @@ class CoreReader {
 
  private:
   bool commandStatus(int core, HubReply& reply, QString& error);
+  /// Sends ARM once, and STATUS instead of a second time. `reply` is that of either.
+  bool sendArm(const HubCommand& arm, HubReply& reply, QString& error);
   bool load(int core, const RunSettings& settings, QString& error);
   bool loadOne(const HubCommand& command, const QByteArray& payload, int replyBits, QString& error);
   bool readWords(int core, int tag, int count, BitTable& words, QString& error);

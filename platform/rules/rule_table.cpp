@@ -9,7 +9,6 @@ const std::vector<RuleRow>& ruleTable() {
   static const std::vector<RuleRow> table = {
       {R::NoCoreEnabled, E, "No core is enabled",
        "ost_core add <name>, or name existing cores in ost_project run -insert_core <name>"},
-      {R::SerdesNotSupported, E, "The project has a serdes core: not supported yet", "ost_core del_serdes"},
       {R::TooManyCores, E, "More than 256 cores are enabled: the hub has no number for the next",
        "name at most 256 cores in ost_project run -insert_core <name>, or trace the signals of several in one core"},
       {R::TooManyNets, E,
@@ -101,6 +100,28 @@ const std::vector<RuleRow>& ruleTable() {
        "give the module the ports of a classic slave, or mark those of one bus with (* ostrel_wishbone = \"slave\" *)"},
       {R::WishboneClock, E, "The marked Wishbone slave has no clock, or one that does not run",
        "mark the port with (* ostrel_wishbone = \"clock\" *) and connect a clock to it"},
+
+      {R::SerdesNoBlock, E, "The project has a serdes core, and no module is marked as a serdes block",
+       "mark the module with (* ostrel_role = \"dcu\" *), or ost_core del_serdes"},
+      {R::SerdesSeveralBlocks, W, "The serdes core watches several blocks",
+       "mark one module that the design has once to watch it alone"},
+      {R::SerdesNothingWatched, E, "A serdes block marks no net to watch",
+       "mark nets or ports of its module with (* ostrel_watch = \"lock\" *) and the like"},
+      {R::SerdesTooManySignals, E, "The serdes blocks mark more than 254 bits to watch",
+       "remove the attribute ostrel_watch from some nets"},
+      {R::SerdesWord, E, "The attribute ostrel_watch of a net is not a word",
+       "give it a letter and then letters, digits, _, - and ., 32 characters at most"},
+      {R::SerdesNoClock, E, "The serdes core has no sample clock", "ost_serdes set clk=<net>"},
+      {R::SerdesClockNet, E, "The sample clock of the serdes core is not in the design, or wider than a bit",
+       "ost_serdes set clk=<net>"},
+      {R::SerdesResetNet, E, "The reset of the serdes core is not in the design, or wider than a bit",
+       "ost_serdes set rst=<net>, or rst=VLO for none"},
+      {R::SerdesClockNotRunning, E, "The sample clock of the serdes core is constant or has no driver",
+       "ost_serdes set clk=<net>"},
+      {R::SerdesSignalIdle, W, "A net that the serdes core watches is constant or has no driver",
+       "drive the net in the design, or remove its attribute ostrel_watch"},
+      {R::SerdesPathTaken, E, "The design uses the serdes' JTAG path itself, and the project has a serdes core",
+       "ost_core del_serdes, or remove the role \"j2w\""},
   };
   return table;
 }
