@@ -7,6 +7,7 @@
 
 #include "platform/istdata/trace_tree.h"
 #include "platform/rules/core_check.h"
+#include "platform/rules/wishbone_target.h"
 #include "platform/trigger/unit_value.h"
 #include "tests/unit/read_design.h"
 
@@ -51,6 +52,10 @@ module top(input clk, input clk2, input [3:0] din, output reg [3:0] count, outpu
   inner u_deep(.ck(renamed_clk), .d(din[1]), .q(deep));
 endmodule
 )";
+
+QByteArray replaced(QByteArray text, const char* from, const char* to) {
+  return text.replace(from, to);
+}
 
 /// Read once for all tests.
 const DesignAndNetlist& board() {
@@ -98,7 +103,11 @@ void change(Project& project, const QString& word, const QString& value) {
       {"core", [&] { addGoodCore(project, value); }},
       {"cores", [&] { times([&](int i) { addGoodCore(project, QString("c_%1").arg(i)); }); }},
       {"no_core", [&] { project.cores.clear(); }},
-      {"wishbone", [&] { project.wishbone.reset(new mero::ostrel::istWishboneMaster); }},
+      {"wishbone",
+       [&] {
+         project.wishbone.reset(new mero::ostrel::istWishboneMaster);
+         project.wishboneConnected = value == "connected";
+       }},
       {"serdes", [&] { project.serdes.reset(new mero::ostrel::istSerdesCore); }},
       {"off", [&] { core.enabled = false; }},
       {"clock", [&] { o.sampleClock = value; }},
@@ -144,7 +153,11 @@ const struct {
     {"no_core", {1}},
     {"off", {1}},
     {"clock=; off; core=c2", {}},  // faults of a core that is not enabled do not count
-    {"wishbone; serdes", {2, 3}},
+    {"wishbone", {}},
+    {"wishbone; no_core", {}},
+    {"wishbone; off", {1}},
+    {"wishbone; cores=255", {4}},
+    {"wishbone=connected", {70}},
     {"cores=255", {}},
     {"cores=256", {4}},
     {"clock=", {10}},
@@ -261,6 +274,50 @@ TEST(DesignRuleReport, CountsTheFindingsOfARuleAfterTheTwentieth) {
   EXPECT_EQ(report.count("DRC-14 error: core c1: gone (look)\n"), 20);
   EXPECT_TRUE(has(report, "DRC-14 error: 3 more of this rule\nDRC-62"));
   EXPECT_TRUE(has(report, "Design rules: 23 errors, 1 warning.\n"));
+}
+
+TEST(WishboneSlave, IsFoundByItsMarksAndPorts) {
+  const QByteArray ports =
+      "input clk, input wb_cyc_i, wb_stb_i, wb_we_i, input [5:2] wb_adr_i, input [31:0] wb_dat_i, output [31:0] "
+      "wb_dat_o, "
+      "output wb_ack_o";
+  const QByteArray mark = "(* ostrel_wishbone = \"slave\" *) ", role = "(* ostrel_role = \"dcu, jtag2wb\" *) ";
+  const QByteArray one = "s u1(.clk(clk));", two = one + " s u2(.clk(clk));";
+  const struct {
+    QByteArray role, ports, instances;
+    WishboneFault::Kind kind;
+    const char* text;  ///< Of the fault, or the instance's name with the bits of the address.
+  } table[] = {
+      {"", ports, one, WishboneFault::NoSlave, "no instance in the top"},
+      {role, ports, one, WishboneFault::None, "u1:6"},
+      {role, ports, two, WishboneFault::SeveralSlaves, "\"u1\" and \"u2\""},
+      {role, ports, one + mark + "s u2(.clk(clk));", WishboneFault::None, "u2:6"},
+      {role, replaced(ports, "[5:2]", "[7:0]"), one, WishboneFault::None, "u1:8"},
+      {"", replaced(ports, "[5:2]", "[3:0]"), "(* ostrel_wishbone = \"slave, words\" *) " + one, WishboneFault::None,
+       "u1:6"},
+      {role, replaced(ports, "[5:2]", "[8:3]"), one, WishboneFault::Ports, "must begin with bit 0 or 2"},
+      {role, replaced(ports, "wb_ack_o", "wb_ack"), one, WishboneFault::Ports, "lacks the port \"wb_ack_o\""},
+      {role, replaced(ports, "input [31:0]", "input [15:0]"), one, WishboneFault::Ports, "has 16 bits, 32 are wanted"},
+      {role, replaced(ports, "output wb_ack_o", "input wb_ack_o"), one, WishboneFault::Ports, "is no output"},
+      {role, ports + ", output wb_stall_o", one, WishboneFault::Ports, "pipelined"},
+      {role, ports + ", input b_cyc_i", one, WishboneFault::Ports, "several slave ports"},
+      {role, "input clk", one, WishboneFault::Ports, "no port whose name ends"},
+      {role, replaced(ports, "clk", "tick"), "s u1(.tick(clk));", WishboneFault::Clock, "has no clock"},
+      {role, replaced(ports, "input clk", "(* ostrel_wishbone = \"clock\" *) input tick"), "s u1(.tick(clk));",
+       WishboneFault::None, "u1:6"},
+      {role, ports, "s u1(.clk(1'b0));", WishboneFault::Clock, "is constant or has no driver"},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.text);
+    const QByteArray text =
+        row.role + "module s(" + row.ports + "); endmodule\nmodule top(input clk);\n" + row.instances + "\nendmodule\n";
+    const DesignAndNetlist read(Scratch().write("top.v", text));
+    PlanWishbone wishbone;
+    const WishboneFault fault = findWishboneSlave(read.netlist->bits(), wishbone);
+    EXPECT_EQ(fault.kind, row.kind) << plain(fault.text);
+    const QString found = fault.kind ? fault.text : wishbone.instance + ':' + QString::number(wishbone.addressBits);
+    EXPECT_TRUE(has(found, row.text)) << plain(found);
+  }
 }
 
 }  // namespace
