@@ -7,7 +7,6 @@
 
 #include "platform/istdata/trace_tree.h"
 #include "platform/rules/core_check.h"
-#include "platform/rules/wishbone_target.h"
 #include "platform/trigger/unit_value.h"
 #include "tests/unit/read_design.h"
 
@@ -238,7 +237,7 @@ TEST(DesignRules, EachProjectBreaksExactlyItsRules) {
   large.cores[1].timestampBits = 300000;
   checkPlan(large, limits);
   EXPECT_EQ(numbersOf(limits.findings()), (std::multiset<int>{5, 5, 55, 55}));
-  seen.insert({5, 55});
+  seen.insert({5, 55, 71, 72, 73});  // The last ones: WishboneSlave.
   for (const RuleRow& row : ruleTable()) EXPECT_TRUE(seen.count(int(row.rule))) << "no row for rule " << int(row.rule);
 }
 
@@ -285,37 +284,40 @@ TEST(WishboneSlave, IsFoundByItsMarksAndPorts) {
   const QByteArray one = "s u1(.clk(clk));", two = one + " s u2(.clk(clk));";
   const struct {
     QByteArray role, ports, instances;
-    WishboneFault::Kind kind;
+    int rule;          ///< 0: none.
     const char* text;  ///< Of the fault, or the instance's name with the bits of the address.
   } table[] = {
-      {"", ports, one, WishboneFault::NoSlave, "no instance in the top"},
-      {role, ports, one, WishboneFault::None, "u1:6"},
-      {role, ports, two, WishboneFault::SeveralSlaves, "\"u1\" and \"u2\""},
-      {role, ports, one + mark + "s u2(.clk(clk));", WishboneFault::None, "u2:6"},
-      {role, replaced(ports, "[5:2]", "[7:0]"), one, WishboneFault::None, "u1:8"},
-      {"", replaced(ports, "[5:2]", "[3:0]"), "(* ostrel_wishbone = \"slave, words\" *) " + one, WishboneFault::None,
+      {"", ports, one, 70, "no instance in the top"},
+      {role, ports, one, 0, "u1:6"},
+      {role, ports, two, 71, "\"u1\" and \"u2\""},
+      {role, ports, one + mark + "s u2(.clk(clk));", 0, "u2:6"},
+      {role, replaced(ports, "[5:2]", "[7:0]"), one, 0, "u1:8"},
+      {"", replaced(ports, "[5:2]", "[3:0]"), "(* ostrel_wishbone = \"slave, words\" *) " + one, 0, "u1:6"},
+      {role, replaced(ports, "[5:2]", "[8:3]"), one, 72, "must begin with bit 0 or 2"},
+      {role, replaced(ports, "wb_ack_o", "wb_ack"), one, 72, "lacks the port \"wb_ack_o\""},
+      {role, replaced(ports, "input [31:0]", "input [15:0]"), one, 72, "has 16 bits, 32 are wanted"},
+      {role, replaced(ports, "output wb_ack_o", "input wb_ack_o"), one, 72, "is no output"},
+      {role, ports + ", output wb_stall_o", one, 72, "pipelined"},
+      {role, ports + ", input b_cyc_i", one, 72, "several slave ports"},
+      {role, "input clk", one, 72, "no port whose name ends"},
+      {role, replaced(ports, "clk", "tick"), "s u1(.tick(clk));", 73, "has no clock"},
+      {role, replaced(ports, "input clk", "(* ostrel_wishbone = \"clock\" *) input tick"), "s u1(.tick(clk));", 0,
        "u1:6"},
-      {role, replaced(ports, "[5:2]", "[8:3]"), one, WishboneFault::Ports, "must begin with bit 0 or 2"},
-      {role, replaced(ports, "wb_ack_o", "wb_ack"), one, WishboneFault::Ports, "lacks the port \"wb_ack_o\""},
-      {role, replaced(ports, "input [31:0]", "input [15:0]"), one, WishboneFault::Ports, "has 16 bits, 32 are wanted"},
-      {role, replaced(ports, "output wb_ack_o", "input wb_ack_o"), one, WishboneFault::Ports, "is no output"},
-      {role, ports + ", output wb_stall_o", one, WishboneFault::Ports, "pipelined"},
-      {role, ports + ", input b_cyc_i", one, WishboneFault::Ports, "several slave ports"},
-      {role, "input clk", one, WishboneFault::Ports, "no port whose name ends"},
-      {role, replaced(ports, "clk", "tick"), "s u1(.tick(clk));", WishboneFault::Clock, "has no clock"},
-      {role, replaced(ports, "input clk", "(* ostrel_wishbone = \"clock\" *) input tick"), "s u1(.tick(clk));",
-       WishboneFault::None, "u1:6"},
-      {role, ports, "s u1(.clk(1'b0));", WishboneFault::Clock, "is constant or has no driver"},
+      {role, ports, "s u1(.clk(1'b0));", 73, "is constant or has no driver"},
   };
   for (const auto& row : table) {
     SCOPED_TRACE(row.text);
     const QByteArray text =
         row.role + "module s(" + row.ports + "); endmodule\nmodule top(input clk);\n" + row.instances + "\nendmodule\n";
     const DesignAndNetlist read(Scratch().write("top.v", text));
-    PlanWishbone wishbone;
-    const WishboneFault fault = findWishboneSlave(read.netlist->bits(), wishbone);
-    EXPECT_EQ(fault.kind, row.kind) << plain(fault.text);
-    const QString found = fault.kind ? fault.text : wishbone.instance + ':' + QString::number(wishbone.addressBits);
+    Project project;
+    project.wishbone.reset(new mero::ostrel::istWishboneMaster);
+    project.wishboneConnected = true;
+    const DesignCheck check = checkDesignRules(project, *read.design, read.netlist.get());
+    EXPECT_EQ(numbersOf(check.findings), row.rule ? std::multiset<int>({row.rule}) : std::multiset<int>());
+    const QString found =
+        check.plan ? check.plan->wishbone->instance + ':' + QString::number(check.plan->wishbone->addressBits)
+                   : check.findings.value(0).text;
     EXPECT_TRUE(has(found, row.text)) << plain(found);
   }
 }
