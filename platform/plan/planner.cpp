@@ -282,12 +282,14 @@ bool CorePlanner::planExpressions() {
 }  // namespace
 
 bool planInsertion(const mero::ostrel::istProject& project, const Design& design,
-                   const std::vector<ResolvedCore>& cores, InsertPlan& plan, QString& error) {
+                   const std::vector<ResolvedCore>& cores, const std::optional<PlanWishbone>& wishbone,
+                   InsertPlan& plan, QString& error) {
   InsertPlan result;
   result.projectName = project.fileName.isEmpty()
                            ? QStringLiteral("untitled")
                            : textFromFile(QFileInfo(fileFromText(project.fileName)).completeBaseName());
   result.topModule = design.topModule();
+  result.wishbone = wishbone;
   for (const ResolvedCore& core : cores) {
     QString fault;
     result.cores.append(PlanCore());

@@ -26,6 +26,9 @@ class Constraints {
   void clock();
   void pins();
   void core(int index);
+  void wishbone();
+  /// Where the bits of a reply arrive.
+  QList<QByteArray> reply() const;
 
   const InsertPlan& plan_;
   const QByteArray top_;
@@ -70,6 +73,12 @@ void Constraints::pins() {
   out_ += "set_output_delay -clock ostrel_tck -min 0 " + output;
 }
 
+QList<QByteArray> Constraints::reply() const {
+  return {all("hub/crc"), plan_.jtag.way == JtagWay::Pins ? one("jtag/jtag_tdo")
+                          : plan_.jtag.isPrimitive()      ? QByteArray("jtag/primitive_i")
+                                                          : QByteArray("jtag/*")};
+}
+
 void Constraints::core(int index) {
   const PlanCore& core = plan_.cores[index];
   const CoreLayout layout(core);
@@ -102,14 +111,25 @@ void Constraints::core(int index) {
   }
 
   out_ += "# the snapshot, which is stable while it is sent, and the samples of a run that is done\n";
-  QList<QByteArray> reply{all("hub/crc")};
-  reply += plan_.jtag.way == JtagWay::Pins ? one("jtag/jtag_tdo")
-           : plan_.jtag.isPrimitive()      ? QByteArray("jtag/primitive_i")
-                                           : QByteArray("jtag/*");
   QList<QByteArray> status{all(inside + "snapshot")};
   if (core.windows <= 1) status += all(inside + "one_window.oldest");
-  crossing(status, reply);
+  crossing(status, reply());
   crossing({all(inside + "samples/*words")}, {all(inside + "samples/read_data")});
+}
+
+void Constraints::wishbone() {
+  const QByteArray inside = "wb/";
+  out_ += "\n# The Wishbone master: the start of a transfer and its end\n";
+  crossing({one(inside + "go")}, {one(inside + "sync_go/first")});
+  crossing({one(inside + "over")}, {one(inside + "sync_over/first")});
+  out_ += "# what is transferred, which changes only between transfers\n";
+  QList<QByteArray> described{one(inside + "we"), one(inside + "over"), all(inside + "incoming/*words")};
+  for (const char* name : {"word_address", "sel", "word", "state"}) described += all(inside + name);
+  crossing({all(inside + "config_q")}, described);
+  crossing({all(inside + "outgoing/*words")}, {all(inside + "outgoing/read_data")});
+  out_ += "# how the transfer has ended, and the words that were read\n";
+  crossing({all(inside + "ending"), all(inside + "word")}, reply());
+  crossing({all(inside + "incoming/*words")}, {all(inside + "incoming/read_data")});
 }
 
 QByteArray Constraints::text() {
@@ -117,6 +137,7 @@ QByteArray Constraints::text() {
   clock();
   pins();
   for (int i = 0; i < plan_.cores.size(); ++i) core(i);
+  if (plan_.wishbone) wishbone();
   return out_;
 }
 

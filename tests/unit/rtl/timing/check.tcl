@@ -18,7 +18,7 @@ read_liberty cells.lib
 read_verilog flat.v
 link_design core_top
 set clocks {}
-foreach port [get_ports c*_clk] {
+foreach port [get_ports {c*_clk wb_clk}] {
   create_clock -name [get_property $port full_name] -period 10 $port
   lappend clocks [get_property $port full_name]
 }
