@@ -132,8 +132,13 @@ InsertPlan planFromText(const QByteArray& text) {
     plan.cores.last().name = QStringLiteral("C%1").arg(plan.cores.size());
     plan.cores.last().windowSamples = 0;
   };
-  begin();
   for (const QByteArray& word : text.simplified().split(' ')) {
+    if (word.startsWith("wb=")) {
+      plan.wishbone.emplace();
+      plan.wishbone->addressBits = word.mid(3).toInt();
+      continue;
+    }
+    if (plan.cores.isEmpty()) begin();
     if (word == "core")
       begin();
     else
@@ -169,6 +174,9 @@ QByteArray topVerilog(const InsertPlan& plan) {
   }
   for (const DebugPort& port : debugModulePorts(plan)) {
     QByteArray net = port.name;
+    if (port.role == DebugPort::WishboneClock || port.role == DebugPort::WishboneBus)
+      ports += QByteArray(port.output ? ",\n  output [" : ",\n  input [") + QByteArray::number(port.width - 1) +
+               ":0] " + net;
     if (port.role == DebugPort::Probe || port.role == DebugPort::Trigger) {
       const PlanCore& core = plan.cores[port.core];
       net = bits("c" + QByteArray::number(port.core) + "_in",

@@ -1,6 +1,7 @@
 // Plans from a line of words, for tests and measurements of the core without a design:
 //
 //   "probes=32 depth=1024 unit=match:0:32 expr=0"      one core; the word "core" begins a further one
+//   "wb=32"                                            a Wishbone master of 32 address bits, with or without cores
 //
 //   probes=N depth=N windows=N ws=N ts=N event=N        numbers of the plan; ws defaults to depth / windows
 //   incl dram nodram se=high|low te=high|low out=PULSE outlow

@@ -19,6 +19,7 @@ const QVector<SubCommand<HubObject>>& HubObject::table() {
       {"read", "", OptionUse(), 0, 0, method<&HubObject::read>},
       {"status", "", OptionUse(), 0, 0, method<&HubObject::status>},
       {"wait", "?-command PREFIX?", kUseWait, 0, -1, method<&HubObject::wait>},
+      {"wb", WishboneCommand::kUsage, OptionUse(), 1, -1, method<&HubObject::wb>},
   };
   return table;
 }
@@ -109,6 +110,24 @@ int HubObject::read(const SubCall& call) {
                      capture_error::kState);
   if (!session_->run().readOut(error)) return failBroken(call, error);
   return CaptureObject::create(interp_, session_->captures());
+}
+
+/// Between the looks of a wait, too: a transfer does not disturb a run.
+int HubObject::wb(const SubCall& call) {
+  WishboneCommand command;
+  QVector<quint32> numbers;
+  QString error;
+  if (!parseWishboneCommand(call.words, command, error)) return call.failUsage(error);
+  if (!session_->plan().wishbone) {
+    session_->runWishbone(command, numbers, error);
+    return call.fail(error, capture_error::kValue);
+  }
+  if (!session_->runWishbone(command, numbers, error))
+    return call.fail(session_->explained(error), capture_error::kBus);
+  TclList list;
+  for (const quint32 number : numbers) list.add(tclFromText(wishboneNumber(command, number)));
+  Tcl_SetObjResult(interp_, list);
+  return TCL_OK;
 }
 
 int HubObject::close(const SubCall& call) {

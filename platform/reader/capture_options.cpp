@@ -81,6 +81,13 @@ bool keepPeriod(CaptureOptions& options, const QString& option, const QString& v
 bool keepSingleBits(CaptureOptions& options, const QString&, const QString&, QString&) {
   return options.vcdStyle.singleBits = true;
 }
+/// Takes all words up to the next option: they come joined by line feeds, which no word of a command line needs.
+bool keepWishbone(CaptureOptions& options, const QString&, const QString& value, QString& error) {
+  WishboneCommand command;
+  if (!parseWishboneCommand(value.split(QLatin1Char('\n')), command, error)) return false;
+  options.wishbone.append(command);
+  return true;
+}
 bool keepTimeout(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseSeconds(option, value, options.timeoutSeconds, error);
 }
@@ -135,6 +142,11 @@ const Option kOptions[] = {
     {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals, kUseWrite},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
+    {"-wb", "COMMAND...",
+     "over the Wishbone master: read ADDRESS ?COUNT?, write ADDRESS DATA..., load FILE ADDRESS, dump ADDRESS COUNT "
+     "FILE; "
+     "read8, write8, read16 and write16 for bytes and halfwords; repeatable",
+     keepWishbone},
     {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
     {"-serve", "ADDRESS",
      "offers the simulation of -launch as a remote-bitbang server on this computer: tcp:PORT; 0 is any free port",
@@ -158,6 +170,10 @@ const Option* findOption(const QString& word, OptionUse use) {
   for (const Option& option : kOptions)
     if (belongsTo(option, use) && word == QLatin1String(option.name)) return &option;
   return nullptr;
+}
+
+bool isOptionWord(const QString& word) {
+  return word.size() > 1 && word.startsWith(QLatin1Char('-'));
 }
 
 QString wordsOf(const Option& option) {
@@ -201,7 +217,10 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
       error = QStringLiteral("The value of \"%1\" is missing; \"ost_capture -help\" lists the options.").arg(word);
       return false;
     }
-    if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
+    QString value = option->value ? words[i] : QString();
+    if (option->take == keepWishbone)
+      while (i + 1 < words.size() && !isOptionWord(words[i + 1])) value += QLatin1Char('\n') + words[++i];
+    if (!option->take(options, word, value, error)) return false;
     if (options.help || options.version) return true;
   }
   error = conflictOf(options);

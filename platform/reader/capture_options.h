@@ -11,6 +11,7 @@
 #include "platform/reader/hub_link.h"
 #include "platform/reader/output_files.h"
 #include "platform/reader/vcd_writer.h"
+#include "platform/reader/wishbone_command.h"
 
 namespace ost {
 
@@ -38,6 +39,7 @@ struct CaptureOptions {
   OutputFile vcd, csv, gtkw, sigrok, html, json;
   VcdStyle vcdStyle;  ///< Its period holds for all files.
   ViewChoice view;
+  QVector<WishboneCommand> wishbone;  ///< In order of appearance.
   bool wave = false, status = false, info = false;
 };
 

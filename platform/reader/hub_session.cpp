@@ -3,6 +3,7 @@
 
 #include "platform/plan/capture_map.h"
 #include "platform/reader/run_options.h"
+#include "platform/reader/wishbone_reader.h"
 #include "platform/system/files.h"
 #include "platform/text/byte_text.h"
 
@@ -48,6 +49,16 @@ bool HubSession::open(QString& error) {
   if (reader_->identify(error)) return true;
   error = explained(error);
   return false;
+}
+
+bool HubSession::runWishbone(const WishboneCommand& command, QVector<quint32>& read, QString& error) {
+  if (!plan_.wishbone) {
+    error = QStringLiteral(
+        "The design has no Wishbone master; add one with ost_core add_wishbone and insert the cores again.");
+    return false;
+  }
+  WishboneReader reader(*hub_, plan_, options_.timeoutSeconds);
+  return runWishboneCommand(command, reader, read, error);
 }
 
 bool HubSession::close(QString& error) {

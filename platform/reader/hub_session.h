@@ -28,6 +28,8 @@ class HubSession {
   QStringList coreNames() const;  ///< Of the runs.
   HubLink& hub() { return *hub_; }
   CoreReader& reader() { return *reader_; }
+  /// Carries out a command for the Wishbone master; `read` gets what it reads.
+  bool runWishbone(const WishboneCommand& command, QVector<quint32>& read, QString& error);
   CaptureRun& run() { return *run_; }
   /// What the runs have read.
   CaptureSet captures() const;

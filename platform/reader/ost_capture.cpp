@@ -13,6 +13,7 @@
 #include "platform/reader/hub_session.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/wait_line.h"
+#include "platform/reader/wishbone_reader.h"
 #include "platform/system/files.h"
 #include "platform/system/interrupt.h"
 #include "platform/trigger/unit_value.h"
@@ -58,6 +59,13 @@ QString infoText(const InsertPlan& plan) {
     for (const PlanExpression& expression : core.expressions)
       text += QStringLiteral("  expression %1: %2\n").arg(expression.name, expression.text);
   }
+  if (plan.wishbone)
+    text += QStringLiteral("Wishbone master: %1 address bits, %2-endian, %3\n")
+                .arg(plan.wishbone->addressBits)
+                .arg(plan.wishbone->isBigEndian ? QLatin1String("big") : QLatin1String("little"),
+                     plan.wishbone->isConnected ? QStringLiteral("connected to %1, clock %2")
+                                                      .arg(plan.wishbone->instance, plan.wishbone->clock.name)
+                                                : QStringLiteral("at the ports %1*").arg(plan.wishbone->portPrefix));
   return text;
 }
 
@@ -71,6 +79,7 @@ class Program {
   bool prepare(QString& error);
   int withHub();
   int showStatus();
+  int useWishbone();
   int captureRepeatedly();
   /// One capture, written to files with the mark `number`, unless that is 0.
   int captureOnce(int number);
@@ -84,6 +93,7 @@ class Program {
 
 bool Program::prepare(QString& error) {
   if (!session_.loadMap(error)) return false;
+  if (!options_.wishbone.isEmpty()) return true;
   if ((options_.status || options_.info) && options_.core.isEmpty()) return true;
   if (!session_.chooseRuns(options_, error)) return false;
   return checkCaptureFiles(options_, session_.coreNames(), error);
@@ -99,6 +109,7 @@ int Program::run() {
 
 int Program::withHub() {
   if (options_.info && print(infoText(session_.plan())) != kDone) return kFailed;
+  if (!options_.wishbone.isEmpty()) return useWishbone();
   if (options_.status) return showStatus();
   return options_.info ? int(kDone) : captureRepeatedly();
 }
@@ -113,6 +124,20 @@ int Program::showStatus() {
     text += QStringLiteral("core %1: %2\n").arg(cores[i].name, statusSummary(cores[i], status));
   }
   return print(text);
+}
+
+int Program::useWishbone() {
+  for (const WishboneCommand& command : options_.wishbone) {
+    QVector<quint32> numbers;
+    QString text, error;
+    const bool good = session_.runWishbone(command, numbers, error);
+    for (int i = 0; i < numbers.size(); ++i)
+      text += QStringLiteral("%1: %2\n")
+                  .arg(hexAddress(command.address + quint32(i * command.size)), wishboneNumber(command, numbers[i]));
+    if (!text.isEmpty() && print(text) != kDone) return kFailed;
+    if (!good) return failExplained(error);
+  }
+  return kDone;
 }
 
 int Program::captureRepeatedly() {

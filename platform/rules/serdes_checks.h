@@ -7,8 +7,9 @@
 
 namespace ost {
 
-/// `netlist` may be null, see checkDesignRules().
-void checkSerdes(const mero::ostrel::istSerdesCore& serdes, const Design& design, const Netlist* netlist,
-                 FindingList& findings);
+/// The project's serdes core as planned, when it has one; of use only without an error. `netlist` may be null, see
+/// checkDesignRules().
+std::optional<PlanSerdes> checkSerdes(const mero::ostrel::istProject& project, const Design& design,
+                                      const Netlist* netlist, FindingList& findings);
 
 }  // namespace ost
