@@ -76,3 +76,6 @@ option {ost_te -max_event_count} {`ostrel_expression` COUNT_BITS: a counter of a
     {sim.oracle}
 
 option {ost_project -insert_core} {the `ostrel_core` instances of `ostrel_debug`; all cores without it} - {hardware-insert_core}
+
+option {ost_serdes clk} {port `sd_clk`: the clock of `ostrel_serdes` but for what is on TCK or on a watched clock} - {sim.scenes}
+option {ost_serdes rst} {port `sd_rst`: holds changes and counts of levels at 0; without it (VLO) a constant} - {sim.scenes}
