@@ -7,6 +7,7 @@
 
 #include "platform/istdata/trace_tree.h"
 #include "platform/plan/capture_map.h"
+#include "platform/plan/resolved_serdes.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -281,14 +282,14 @@ bool CorePlanner::planExpressions() {
 }  // namespace
 
 bool planInsertion(const mero::ostrel::istProject& project, const Design& design,
-                   const std::vector<ResolvedCore>& cores, const OtherCores& others, InsertPlan& plan, QString& error) {
+                   const std::vector<ResolvedCore>& cores, const std::optional<PlanWishbone>& wishbone,
+                   InsertPlan& plan, QString& error) {
   InsertPlan result;
   result.projectName = project.fileName.isEmpty()
                            ? QStringLiteral("untitled")
                            : textFromFile(QFileInfo(fileFromText(project.fileName)).completeBaseName());
   result.topModule = design.topModule();
-  result.wishbone = others.wishbone;
-  result.serdes = others.serdes;
+  result.wishbone = wishbone;
   for (const ResolvedCore& core : cores) {
     QString fault;
     result.cores.append(PlanCore());
@@ -300,6 +301,7 @@ bool planInsertion(const mero::ostrel::istProject& project, const Design& design
             .arg(core.core->name, fault);
     return false;
   }
+  if (project.serdes) result.serdes = planSerdes(resolveSerdes(*project.serdes, design));
   result.projectHash = planHash(result);
   plan = result;
   return true;

@@ -26,7 +26,9 @@ class Constraints {
   void clock();
   void pins();
   void core(int index);
+  void wishbone();
   void serdes();
+  /// Where the bits of a reply arrive.
   QList<QByteArray> reply() const;
   QByteArray cells(const QList<QByteArray>& names) const;
 
@@ -74,6 +76,12 @@ void Constraints::pins() {
   out_ += "set_output_delay -clock ostrel_tck -min 0 " + output;
 }
 
+QList<QByteArray> Constraints::reply() const {
+  return {all("hub/crc"), plan_.jtag.way == JtagWay::Pins ? one("jtag/jtag_tdo")
+                          : plan_.jtag.isPrimitive()      ? QByteArray("jtag/primitive_i")
+                                                          : QByteArray("jtag/*")};
+}
+
 void Constraints::core(int index) {
   const PlanCore& core = plan_.cores[index];
   const CoreLayout layout(core);
@@ -112,13 +120,6 @@ void Constraints::core(int index) {
   crossing({all(inside + "samples/*words")}, {all(inside + "samples/read_data")});
 }
 
-/// What takes the bits of a reply.
-QList<QByteArray> Constraints::reply() const {
-  return {all("hub/crc"), plan_.jtag.way == JtagWay::Pins ? one("jtag/jtag_tdo")
-                          : plan_.jtag.isPrimitive()      ? QByteArray("jtag/primitive_i")
-                                                          : QByteArray("jtag/*")};
-}
-
 void Constraints::serdes() {
   const PlanSerdes& plan = *plan_.serdes;
   out_ += "\n# Serdes core: requests for a look, and back\n";
@@ -136,11 +137,27 @@ void Constraints::serdes() {
   if (!levels.isEmpty()) out_ += "set_false_path -to " + cells(levels) + '\n';
 }
 
+void Constraints::wishbone() {
+  const QByteArray inside = "wb/";
+  out_ += "\n# The Wishbone master: the start of a transfer and its end\n";
+  crossing({one(inside + "go")}, {one(inside + "sync_go/first")});
+  crossing({one(inside + "over")}, {one(inside + "sync_over/first")});
+  out_ += "# what is transferred, which changes only between transfers\n";
+  QList<QByteArray> described{one(inside + "we"), one(inside + "over"), all(inside + "incoming/*words")};
+  for (const char* name : {"word_address", "sel", "word", "state"}) described += all(inside + name);
+  crossing({all(inside + "config_q")}, described);
+  crossing({all(inside + "outgoing/*words")}, {all(inside + "outgoing/read_data")});
+  out_ += "# how the transfer has ended, and the words that were read\n";
+  crossing({all(inside + "ending"), all(inside + "word")}, reply());
+  crossing({all(inside + "incoming/*words")}, {all(inside + "incoming/read_data")});
+}
+
 QByteArray Constraints::text() {
   out_ = "# Generated: the timing of the debug core. The sample clocks are the design's own and constrained there.\n";
   clock();
   pins();
   for (int i = 0; i < plan_.cores.size(); ++i) core(i);
+  if (plan_.wishbone) wishbone();
   if (plan_.serdes) serdes();
   return out_;
 }

@@ -19,9 +19,11 @@ void checkProject(const mero::ostrel::istProject& project, size_t enabled, Findi
     findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("it has no core"));
   else if (enabled == 0 && !project.cores.empty())
     findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("none of its cores is enabled"));
-  if (enabled > size_t(kMaxPlanCores))
+  // The Wishbone master and the serdes core have numbers on the hub, too.
+  const size_t numbers = enabled + (project.wishbone ? 1 : 0) + (project.serdes ? 1 : 0);
+  if (numbers > size_t(kMaxPlanCores))
     findings.add(DesignRule::TooManyCores, object,
-                 QStringLiteral("%1 of its cores are enabled, at most %2 can be read").arg(enabled).arg(kMaxPlanCores));
+                 QStringLiteral("%1 of its cores are enabled, at most %2 can be read").arg(numbers).arg(kMaxPlanCores));
 }
 
 /// The master as the project has it; connected, with the slave that the design marks for it.
@@ -116,9 +118,8 @@ DesignCheck checkDesignRules(const mero::ostrel::istProject& project, const Desi
   Pulse pulse(idle);
   checkProject(project, enabled.size(), findings);
   checkTriggerOutputs(enabled, design, findings);
-  OtherCores others;
-  others.wishbone = checkWishbone(project, netlist, findings);
-  others.serdes = checkSerdes(project, design, netlist, findings);
+  if (project.serdes) checkSerdes(*project.serdes, design, netlist, findings);
+  const std::optional<PlanWishbone> wishbone = checkWishbone(project, netlist, findings);
   std::vector<ResolvedCore> cores;
   cores.reserve(enabled.size());
   qint64 totalBits = 0;
@@ -142,7 +143,7 @@ DesignCheck checkDesignRules(const mero::ostrel::istProject& project, const Desi
   DesignCheck result;
   InsertPlan plan;
   const bool planned = pulse.beat() && !hasErrors(findings.findings()) &&
-                       planInsertion(project, design, cores, others, plan, result.fault);
+                       planInsertion(project, design, cores, wishbone, plan, result.fault);
   if (planned) checkPlan(plan, findings);
   result.findings = findings.findings();
   if (planned && !hasErrors(result.findings)) result.plan = std::make_shared<const InsertPlan>(std::move(plan));

@@ -9,7 +9,7 @@
 namespace ost {
 
 /// The numbers are stable: a rule that goes leaves a gap. 01: project, 10: sampling, 20: units, 30: expressions,
-/// 40: names, 50: memory, 60: drivers and clocks, 70: the Wishbone master, 80: the serdes core.
+/// 40: names, 50: memory, 60: drivers and clocks, 70: the Wishbone master, 80: serdes core.
 enum class DesignRule {
   NoCoreEnabled = 1,
   TooManyCores = 4,

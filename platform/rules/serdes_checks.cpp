@@ -69,10 +69,9 @@ void checkDrivers(const ResolvedSerdes& resolved, const Netlist& netlist, Findin
 
 }  // namespace
 
-std::optional<PlanSerdes> checkSerdes(const mero::ostrel::istProject& project, const Design& design,
-                                      const Netlist* netlist, FindingList& findings) {
-  if (!project.serdes) return {};
-  const ResolvedSerdes resolved = resolveSerdes(*project.serdes, design);
+void checkSerdes(const mero::ostrel::istSerdesCore& serdes, const Design& design, const Netlist* netlist,
+                 FindingList& findings) {
+  const ResolvedSerdes resolved = resolveSerdes(serdes, design);
   if (design.roles().j2w)
     findings.add(DesignRule::SerdesPathTaken, object(), QStringLiteral("a module of the design has the role \"j2w\""));
   checkBlocks(resolved, findings);
@@ -82,7 +81,6 @@ std::optional<PlanSerdes> checkSerdes(const mero::ostrel::istProject& project, c
     checkBit(resolved.clock, "sample clock", DesignRule::SerdesClockNet, design, findings);
   if (!resolved.reset.name.isEmpty()) checkBit(resolved.reset, "reset", DesignRule::SerdesResetNet, design, findings);
   if (netlist) checkDrivers(resolved, *netlist, findings);
-  return planSerdes(resolved);
 }
 
 }  // namespace ost

@@ -7,9 +7,8 @@
 
 namespace ost {
 
-/// The project's serdes core as planned, when it has one; of use only without an error. `netlist` may be null, see
-/// checkDesignRules().
-std::optional<PlanSerdes> checkSerdes(const mero::ostrel::istProject& project, const Design& design,
-                                      const Netlist* netlist, FindingList& findings);
+/// `netlist` may be null, see checkDesignRules().
+void checkSerdes(const mero::ostrel::istSerdesCore& serdes, const Design& design, const Netlist* netlist,
+                 FindingList& findings);
 
 }  // namespace ost

@@ -60,7 +60,7 @@ module tb;
     wait (cycles >= 7 * 40000);
     drop(1);
     #500 stopped = 1;
-    wait (cycles >= 8 * 40000) stopped = 0;
+    wait (cycles >= 9 * 40000) stopped = 0;
   end
   serdes dut (.clk(clk), .rst(rst), .lock(lock), .los(los), .fault(fault), .recovered(rx), .sent(tx), .busy(),
               .ostrel_tck(tck), .ostrel_tms(tms), .ostrel_tdi(tdi), .ostrel_tdo(tdo));
@@ -146,7 +146,7 @@ void play(SerdesScene& scene) {
   scene.look(6, "lock 1 0, ready 1 0, rx_fault[1] 0 0, rx_fault[0] 0* many, rx_los 0 0");
   scene.fails(7, "\"clk\" of the serdes core is not running");
   // The look that failed was taken as soon as the clock was back; counts stay.
-  scene.look(8, "lock 1 1, ready 1 1, rx_fault[1] 0 0, rx_fault[0] 0 many, rx_los 0 0");
+  scene.look(9, "lock 1 1, ready 1 1, rx_fault[1] 0 0, rx_fault[0] 0 many, rx_los 0 0");
   scene.end();
 }
 
