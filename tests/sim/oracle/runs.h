@@ -100,5 +100,7 @@ void playScenes(const Settings& settings, Totals& totals);
 void unknownLevels(const Settings& settings, Totals& totals);
 /// A serdes block that loses lock, has glitches, stopped clocks and resets, seen by the serdes core.
 void serdesBlock(const Settings& settings);
+/// The Wishbone master, without an insertion.
+void wishboneMaster(const Settings& settings, Totals& totals);
 
 }  // namespace oracle

@@ -303,6 +303,11 @@ void readOutCost(const Settings& settings, Totals& totals) {
 
 void playScenes(const Settings& settings, Totals& totals) {
   try {
+    wishboneMaster(settings, totals);
+  } catch (const Difference& difference) {
+    throw Difference{"Wishbone master: " + difference.text};
+  }
+  try {
     unknownLevels(settings, totals);
   } catch (const Difference& difference) {
     throw Difference{"unknown levels: " + difference.text};
