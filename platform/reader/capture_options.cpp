@@ -148,6 +148,10 @@ const Option kOptions[] = {
      "read8, write8, read16 and write16 for bytes and halfwords; repeatable",
      keepWishbone},
     {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
+    {"-serdes", nullptr, "what the serdes core sees of its block; to \"-json\" where that is given",
+     raise<&CaptureOptions::serdes>},
+    {"-clear", nullptr, "with \"-serdes\": its counts start anew after they were read", raise<&CaptureOptions::clear>,
+     kUseSerdes},
     {"-serve", "ADDRESS",
      "offers the simulation of -launch to programs on this computer, as a remote-bitbang server (tcp:PORT) or as a "
      "virtual cable (xvc:PORT); 0 is any free port",
@@ -194,6 +198,14 @@ const char* problemOfOpen(const CaptureOptions& options) {
   return nullptr;
 }
 
+const char* problemOfSerdes(const CaptureOptions& options) {
+  if (options.clear && !options.serdes) return "\"-clear\" is for \"-serdes\"; give both.";
+  if (!options.serdes) return nullptr;
+  for (const AskedFile& file : askedFiles(options))
+    if (file.form != FileForm::Json) return "\"-serdes\" captures no samples; of the files only \"-json\" is for it.";
+  return nullptr;
+}
+
 const char* problemOfArm(const CaptureOptions& options) {
   if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
     return "\"-now\" looks at no expression; leave \"-te\" and \"-count\" out.";
@@ -227,6 +239,7 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
   error = conflictOf(options);
   if (!error.isEmpty()) return false;
   const char* problem = use & (kUseProgram | kUseArm) ? problemOfArm(options) : nullptr;
+  if (!problem && (use & kUseProgram)) problem = problemOfSerdes(options);
   if (!problem && (use & (kUseProgram | kUseOpen))) problem = problemOfOpen(options);
   if (problem) error = QLatin1String(problem);
   return !problem;

@@ -42,6 +42,7 @@ struct CaptureOptions {
   ViewChoice view;
   QVector<WishboneCommand> wishbone;  ///< In order of appearance.
   bool wave = false, status = false, info = false;
+  bool serdes = false, clear = false;  ///< A look at the serdes core; and its counts start anew.
 };
 
 /// Whose words these are: the program takes all options, a sub-command of the Tcl package those that concern it.
@@ -53,7 +54,8 @@ enum OptionUse : unsigned {
   kUseWrite = 16,
   kUseValues = 32,
   kUseFind = 64,
-  kUseCore = 128,  ///< Of a capture's other sub-commands, which concern one core.
+  kUseCore = 128,    ///< Of a capture's other sub-commands, which concern one core.
+  kUseSerdes = 256,  ///< Of a look at the serdes core.
 };
 
 /// False with one text that names the word and the way out.

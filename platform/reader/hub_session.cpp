@@ -25,6 +25,16 @@ bool HubSession::loadMap(QString& error) {
   return error.isEmpty();
 }
 
+bool HubSession::hasSerdes(QString& error) const {
+  if (!plan_.serdes)
+    error = QStringLiteral("The design has no serdes core; add one with ost_core add_serdes and insert again.");
+  return plan_.serdes.has_value();
+}
+
+bool HubSession::readSerdes(bool restart, SerdesLook& look, QString& error) {
+  return hasSerdes(error) && SerdesReader(*hub_, plan_).read(restart, look, error);
+}
+
 bool HubSession::chooseRuns(const CaptureOptions& options, QString& error) {
   QVector<CoreRun> runs;
   for (const int core : chooseCores(plan_, options, error)) {

@@ -312,6 +312,11 @@ void playScenes(const Settings& settings, Totals& totals) {
   } catch (const Difference& difference) {
     throw Difference{"unknown levels: " + difference.text};
   }
+  try {
+    serdesBlock(settings);
+  } catch (const Difference& difference) {
+    throw Difference{"serdes block: " + difference.text};
+  }
   Scenes scenes(settings, totals);
   const struct {
     const char* name;
