@@ -22,7 +22,7 @@ if {$option(-work) eq "" || [array size option] != 7} {
 set work [file normalize $option(-work)/[pid]]
 set patience 20
 file mkdir $work
-array set count {designs 0 refused 0 bits 0 unknown 0 excused 0 moved 0 undecided 0 byYosys 0 columns 0 lint 0 slowest 0}
+array set count {designs 0 refused 0 bits 0 unknown 0 excused 0 vague 0 moved 0 undecided 0 byYosys 0 columns 0 lint 0 slowest 0}
 
 # What the commands print; a transform of stdout while one of them runs.
 namespace eval console {
@@ -93,6 +93,7 @@ proc check {source probes {only ""}} {
   if {[catch {quietly makeProject $probes} text]} { return [list run $text] }
   ost_design prove $::option(-proof)
   set refused ""
+  set ::undecided ""
   if {[catch {quietly ost_project run -save} text]} {
     # Nets that the design rules refuse (nobody drives them) are left out.
     set bad {}
@@ -110,7 +111,7 @@ proc check {source probes {only ""}} {
     set ::undecided [regexp -inline -line {^Undecided: module.*} $console::text]
   }
   if {$only eq "proof" && $refused eq ""} { return {"" ""} }
-  return [judge $file $refused $only]
+  return [judge $file $refused $only [expr {$::option(-proof) eq "on" && $refused eq "" && $::undecided eq ""}]]
 }
 
 # The verdict on what cannot be read: the text, unless Yosys alone writes the design so, too.
@@ -122,7 +123,7 @@ proc spoilt {file text} {
   }]} { incr ::count(byYosys); return {"" ""} }
   return [list lint $text]
 }
-proc judge {file refused only} {
+proc judge {file refused only proved} {
   global work count
   if {[catch {beside::output $work/case_debug} output]} { return [list run "the output cannot be read: $output"] }
   if {$only in {"" lint}} {
@@ -133,12 +134,12 @@ proc judge {file refused only} {
   }
   set bench [beside::bench top [dict get $output ports] {ca cb} {rn 0 rs 1} 1]
   if {[catch {
-    beside::judge $work $output [list -g2005 $file] $bench field_tb.dut {field_tb.dut.ca field_tb.dut.cb} 400
+    beside::judge $work $output [list -g2005 $file] $bench field_tb.dut {field_tb.dut.ca field_tb.dut.cb} 400 $proved
   } result]} {
     if {[string match *source.build* $result]} { return [list refused $result] }
     return [spoilt $file $result]
   }
-  foreach key {bits unknown excused moved columns byYosys} { incr count($key) [dict get $result $key] }
+  foreach key {bits unknown excused vague moved columns byYosys} { incr count($key) [dict get $result $key] }
   if {[dict get $result rows] < 400} { return [list simulation "only [dict get $result rows] rows were recorded"] }
   if {[dict get $result differences] ne {} && ![dict get $result byYosys]} {
     return [list simulation "row, net, source, instrumented: [lindex [dict get $result differences] 0]"]
@@ -205,7 +206,7 @@ for {set seed $option(-seed)} {$seed < $option(-seed) + $option(-cases)} {incr s
   set source [random_design::make $seed]
   set verdict [check $source choose]
   incr count(designs)
-  if {$undecided ne ""} { puts "designs: seed $seed: $undecided"; set undecided "" }
+  if {$undecided ne ""} { puts "designs: seed $seed: $undecided" }
   set count(slowest) [expr {max($count(slowest), [clock milliseconds] - $start)}]
   if {[lindex $verdict 0] eq "refused"} { incr count(refused) }
   if {[lindex $verdict 0] in {"" refused}} continue
@@ -215,7 +216,7 @@ for {set seed $option(-seed)} {$seed < $option(-seed) + $option(-cases)} {incr s
 quietly catch {ost_project close -force}
 puts "designs: $count(designs) designs from seed $option(-seed) in [expr {([clock milliseconds] - $begun) / 1000}] s, the slowest\
   $count(slowest) ms: $failed failed, $count(undecided) undecided, $count(refused) refused by Yosys or Icarus; $count(bits) bits compared ($count(unknown) of them x in the\
-  source, $count(excused) as in Yosys alone, $count(byYosys) designs that Yosys alone spoils), $count(moved) of $count(columns)\
+  source, $count(excused) as in Yosys alone, $count(vague) x as proved, $count(byYosys) designs that Yosys alone spoils), $count(moved) of $count(columns)\
   columns moved; $count(lint) kinds of new warnings"
 if {!$failed} { file delete -force $work }
 exit [expr {$failed > 0}]

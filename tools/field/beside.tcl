@@ -203,8 +203,8 @@ proc beside::simulate {folder name args} {
 
 # Simulates the source and the instrumented design and compares what they did, as `compare` does. Where they differ, the
 # source once through Yosys, without an insertion, is simulated too: what it does alike is not the insertion's doing.
-# `bench` holds the top as `dut`; `events` are the moments of the record, in names below `dut`.
-proc beside::judge {folder output words bench dut events rows} {
+# `bench` holds the top as `dut`; `events` are the moments of the record, in names below `dut`. `proved`: see compare.
+proc beside::judge {folder output words bench dut events rows {proved 0}} {
   lassign [columns $output $dut] names source netlist instrumented
   set common [list $events $rows]
   set width [llength $names]
@@ -212,13 +212,13 @@ proc beside::judge {folder output words bench dut events rows} {
   set standard [lsearch -inline $words -g20*]
   simulate $folder debug [concat $standard [dict get $output files]] $bench $width $instrumented {*}$common
   set records [list [file join $folder source.rec] [file join $folder debug.rec]]
-  set result [compare $names {*}$records]
+  set result [compare $names $proved {*}$records]
   dict set result byYosys 0
   if {[dict get $result differences] eq {}} { return $result }
   if {[catch {
     roundTrip $folder $words [dict get $output map top]
     simulate $folder trip [list $standard [file join $folder trip.v]] $bench $width $netlist {*}$common
-    set result [compare $names {*}$records [file join $folder trip.rec]]
+    set result [compare $names $proved {*}$records [file join $folder trip.rec]]
     dict set result byYosys 0
   }]} {
     # Yosys writes some x and z so that nobody reads it.
@@ -228,10 +228,11 @@ proc beside::judge {folder output words bench dut events rows} {
 }
 
 # Compares two records row by row. A bit that is x in the first may be anything in the second. With a third record, a bit
-# that differs from the first but equals the third is excused. A dict: rows, bits, unknown (bits), moved (columns that changed),
-# excused, differences (at most ten of {row column first second}).
-proc beside::compare {names first second {third ""}} {
-  set result [dict create rows 0 bits 0 unknown 0 moved 0 excused 0 differences {}]
+# that differs from the first but equals the third is excused. With `proved` so is one that is x in the second: a source takes
+# a branch of its own where a condition is x, the proof knows that the netlists have the same x. A dict: rows, bits, unknown (bits),
+# moved (columns that changed), excused, vague (excused by the proof), differences (at most ten of {row column first second}).
+proc beside::compare {names proved first second {third ""}} {
+  set result [dict create rows 0 bits 0 unknown 0 moved 0 excused 0 vague 0 differences {}]
   set others [expr {$third eq "" ? {} : [split [readFile $third] \n]}]
   set moved [dict create]
   set before ""
@@ -258,6 +259,7 @@ proc beside::compare {names first second {third ""}} {
       set y [string index $b $i]
       if {$x eq $y || $x eq "x"} continue
       if {$c ne "" && ([string index $c $i] eq $y || [string index $c $i] eq "x")} { dict incr result excused; continue }
+      if {$proved && $y eq "x"} { dict incr result vague; continue }
       if {[llength [dict get $result differences]] < 10} {
         dict lappend result differences [list $row [lindex $names $i] $x $y]
       }
