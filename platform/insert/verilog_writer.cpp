@@ -113,6 +113,8 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   job.script.line(
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
+      // Yosys takes names of this form for its own and drops them; in what it wrote earlier they are the only ones.
+      "select -set numbered w:_*_ a:keep %d\nsetattr -set keep 1 @numbered\n"
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n");
   job.script.line(kDecideChoices).line("opt_expr -keepdc\ntechmap -map").openFile(3).words(" t:$tribuf");
   // A latch with a constant enable would be an `always @*` that waits for a change of what never changes.
@@ -123,7 +125,7 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   job.script.line(kDecideChoices);
   // Yosys writes the bits of these under wrong names when the net does not begin at bit 0, and single ones rightly.
   job.script.line(
-      "opt_clean\nsetattr -unset keep @instances\nsetattr -unset keep t:$pos\n"
+      "opt_clean\nsetattr -unset keep @instances\nsetattr -unset keep @numbered\nsetattr -unset keep t:$pos\n"
       "simplemap t:$dffsr t:$dffsre t:$dlatchsr t:$sr");
   // Yosys' own bookkeeping attributes are removed; those of the user's source stay.
   job.script.line("setattr").words(kBookkeeping).line("setattr -mod").words(kBookkeeping);

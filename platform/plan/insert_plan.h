@@ -7,8 +7,12 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include <optional>
 
 #include "platform/netlist/net_bit.h"
+#include "platform/plan/probed_instance.h"
+#include "platform/plan/serdes_plan.h"
+#include "platform/plan/wishbone_plan.h"
 #include "platform/text/enum_names.h"
 #include "platform/trigger/trigger_words.h"
 
@@ -93,6 +97,7 @@ struct PlanCore {
   QVector<NetBit> probeBits;    ///< Each traced bit once; index 0 is bit 0 of the sample word's probe field.
   QVector<PlanProbe> probes;    ///< In trace order, buses flattened to their own name; references point at shared bits.
   QVector<NetBit> triggerBits;  ///< Each bit that a unit compares, once.
+  QVector<ProbedInstance> instances;  ///< That can be replayed. Not part of the hash.
 
   Radix displayRadix = Radix::Bin;  ///< The core's DefaultRadix, in which a reader shows vectors.
 
@@ -165,10 +170,21 @@ struct PlanJtag {
 struct InsertPlan {
   QString projectName;  ///< Base name of the project file, or "untitled".
   QString topModule;
-  QByteArray projectHash;  ///< 16 hex digits over the plan itself; built into the hardware and the capture map.
+  QByteArray projectHash;  ///< 16 hex digits, of planHash(); built into the hardware and the capture map.
   JtagPins pins;           ///< Chosen by the insertion, which avoids names of the design; not part of the hash.
   PlanJtag jtag;           ///< Not part of the hash.
   QVector<PlanCore> cores;
+  std::optional<PlanWishbone> wishbone;
+  std::optional<PlanSerdes> serdes;
+
+  /// Numbers on the hub: the logic-analyzer cores from 0, then the Wishbone master, then the serdes core, as far as
+  /// they are there.
+  int wishboneNumber() const { return cores.size(); }
+  int serdesNumber() const { return wishboneNumber() + (wishbone ? 1 : 0); }
+  int hubCores() const { return serdesNumber() + (serdes ? 1 : 0); }
 };
+
+/// What a core of the hub is, as its self-description says.
+enum class CoreKind { LogicAnalyzer = 1, WishboneMaster = 2, SerdesCore = 3 };
 
 }  // namespace ost
