@@ -4,40 +4,28 @@
 # minimised, and left behind with the words that repeat it.
 #
 #   tools/in_build BUILD tclsh tests/fuzz/designs.tcl -work FOLDER ?-cases N? ?-seconds N? ?-seed N? ?-minimise SECONDS? ?-proof on|off?
-#     ?-file DESIGN.v?
+#     ?-tamper N? ?-file DESIGN.v?
+#
+# With -tamper, N single faults are put into what each design is written as (tools/field/tamper.tcl); OST_YOSYS is
+# tools/field/given_yosys then.
 package require ost_platform
 package require ost_tclwrapper
 set here [file dirname [file normalize [info script]]]
 source [file join $here random_design.tcl]
-source [file join $here .. .. tools field beside.tcl]
+source [file join $here .. .. tools field tamper.tcl]
 set beside::patience 60
 
-array set option {-work "" -cases 1000000 -seconds 1000000 -seed 1 -file "" -minimise 120 -proof on}
+array set option {-work "" -cases 1000000 -seconds 1000000 -seed 1 -file "" -minimise 120 -proof on -tamper 0}
 array set option $argv
-if {$option(-work) eq "" || [array size option] != 7} {
+if {$option(-work) eq "" || [array size option] != 8} {
   puts stderr "usage: designs.tcl -work FOLDER ?-cases N? ?-seconds N? ?-seed N? ?-minimise SECONDS? ?-proof on|off?\
-    ?-file DESIGN.v?"
+    ?-tamper N? ?-file DESIGN.v?"
   exit 2
 }
 set work [file normalize $option(-work)/[pid]]
 set patience 20
 file mkdir $work
 array set count {designs 0 refused 0 bits 0 unknown 0 excused 0 vague 0 moved 0 undecided 0 byYosys 0 columns 0 lint 0 slowest 0}
-
-# What the commands print; a transform of stdout while one of them runs.
-namespace eval console {
-  variable text ""
-  proc initialize args { return {initialize finalize write} }
-  proc finalize args {}
-  proc write {channel bytes} { append ::console::text $bytes; return "" }
-  namespace export *
-  namespace ensemble create
-}
-proc quietly {args} {
-  set console::text ""
-  chan push stdout console
-  try { uplevel 1 $args } finally { chan pop stdout }
-}
 
 proc without {list unwanted} {
   return [lmap item $list { if {$item in $unwanted} continue; set item }]
@@ -57,12 +45,6 @@ proc chooseProbes {} {
     set nets [lreplace $nets $at $at]
   }
   return $chosen
-}
-
-# Of what a run printed, the lines of its error.
-proc complaint {text} {
-  set lines [regexp -all -inline -line {^(?:ERROR|DRC-\d+ error).*} $console::text]
-  return [expr {$lines eq {} ? $text : [join $lines \n]}]
 }
 
 # A project over the design that is loaded. Probes that are not there (any more) are left out.
@@ -209,6 +191,9 @@ for {set seed $option(-seed)} {$seed < $option(-seed) + $option(-cases)} {incr s
   if {$undecided ne ""} { puts "designs: seed $seed: $undecided" }
   set count(slowest) [expr {max($count(slowest), [clock milliseconds] - $start)}]
   if {[lindex $verdict 0] eq "refused"} { incr count(refused) }
+  if {[lindex $verdict 0] eq "" && $option(-tamper)} {
+    tamper::campaign "seed $seed" {loudly ost_project run -save} $work/case_debug $work/tamper $option(-tamper) $seed 5000
+  }
   if {[lindex $verdict 0] in {"" refused}} continue
   incr failed
   fails "seed $seed" $source $verdict
@@ -218,5 +203,7 @@ puts "designs: $count(designs) designs from seed $option(-seed) in [expr {([cloc
   $count(slowest) ms: $failed failed, $count(undecided) undecided, $count(refused) refused by Yosys or Icarus; $count(bits) bits compared ($count(unknown) of them x in the\
   source, $count(excused) as in Yosys alone, $count(vague) x as proved, $count(byYosys) designs that Yosys alone spoils), $count(moved) of $count(columns)\
   columns moved; $count(lint) kinds of new warnings"
+if {$option(-tamper)} { puts "designs: faults: [tamper::report]" }
+incr failed $tamper::count(different)
 if {!$failed} { file delete -force $work }
 exit [expr {$failed > 0}]

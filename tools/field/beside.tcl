@@ -186,6 +186,39 @@ proc beside::bench {top ports clocks resets seed} {
   return "$text  $top dut ([join $connections {, }]);\nendmodule\n"
 }
 
+# What field.tcl in the folder says, over what the design's ports suggest.
+proc beside::settings {folder output rows} {
+  set clocks {}
+  set resets {}
+  foreach port [dict get $output ports] {
+    lassign $port direction name range width
+    if {$direction ne "input" || $width != 1} continue
+    if {[regexp -nocase {clk|clock|(^|_)ck(_|$)} $name]} { lappend clocks $name; continue }
+    if {[regexp -nocase {rst|reset} $name]} {
+      lappend resets $name [expr {![regexp -nocase {(_n|_ni|_b|n|_l)$|^n} $name]}]
+    }
+  }
+  foreach core [dict get $output map cores] {
+    lassign [dict get $core sampleClock] name instance net
+    if {$instance eq "" && $net ni $clocks && $net in [lmap port [dict get $output ports] { lindex $port 1 }]} {
+      lappend clocks $net
+      set resets [dict remove $resets $net]
+    }
+  }
+  set bench [expr {[file exists [file join $folder tb.v]] ? "tb.v" : ""}]
+  set result [dict create clocks $clocks resets $resets bench $bench rows $rows halfTck 2 dut "" patience 60]
+  set own [file join $folder field.tcl]
+  if {[file exists $own]} {
+    set safe [interp create -safe]
+    $safe eval [readFile $own]
+    foreach name [dict keys $result] {
+      if {[$safe eval [list info exists $name]]} { dict set result $name [$safe eval [list set $name]] }
+    }
+    interp delete $safe
+  }
+  return $result
+}
+
 # Compiles `words` (options and files of Icarus) with the bench and a watch into NAME.vvp, its record being NAME.rec.
 proc beside::build {folder name words bench width paths events rows} {
   set base [file join $folder $name]
