@@ -113,6 +113,8 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   job.script.line(
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
+      // What drives an inout stays apart from it: others drive the pad, too.
+      "setattr -set keep 1 i:* o:* %i %ci1:+$pos[Y] t:$pos %i\n"
       // Yosys takes names of this form for its own and drops them; in what it wrote earlier they are the only ones.
       "select -set numbered w:_*_ a:keep %d\nsetattr -set keep 1 @numbered\n"
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n");

@@ -23,7 +23,7 @@ if {$option(-work) eq "" || [array size option] != 8} {
   exit 2
 }
 set work [file normalize $option(-work)/[pid]]
-set patience 20
+set patience 60
 file mkdir $work
 array set count {designs 0 refused 0 bits 0 unknown 0 excused 0 vague 0 moved 0 undecided 0 byYosys 0 columns 0 lint 0 slowest 0}
 

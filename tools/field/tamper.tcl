@@ -149,7 +149,8 @@ proc tamper::campaign {name insert folder work faults seed rows} {
   set ::env(OST_WRITTEN) $written
   file delete $written
   uplevel #0 $insert
-  file copy -force $folder $work/untampered
+  file delete -force $work/untampered
+  file copy $folder $work/untampered
   set output [beside::output $folder]
   set finished [beside::readFile [dict get $output verilog]]
   set lines [split [beside::readFile $written] \n]
@@ -171,15 +172,15 @@ proc tamper::campaign {name insert folder work faults seed rows} {
     } elseif {[regexp -nocase {undecided: (module|[1-9])} $said]} {
       set outcome undecided
     }
-    incr i
-    incr count($outcome)
-    if {$outcome eq "refused"} continue
     set verdict ""
     if {$outcome eq "accepted"} {
       set faulty [beside::readFile [dict get $output verilog]]
+      # What only simulators cannot read is none, either.
       if {[catch {simulated $work $output $finished $faulty $bench field_tb.dut $events $rows} differences]} {
-        set verdict "unshown ($differences)"
-      } elseif {$differences ne {}} {
+        incr count(unreadable)
+        continue
+      }
+      if {$differences ne {}} {
         set verdict "different (row, net, sound, faulty: [lindex $differences 0])"
       } else {
         regexp {^module (\S+?) ?\(} [lindex $lines $first] -> module
@@ -189,6 +190,9 @@ proc tamper::campaign {name insert folder work faults seed rows} {
       }
       incr count([lindex [split $verdict] 0])
     }
+    incr i
+    incr count($outcome)
+    if {$outcome eq "refused"} continue
     puts "tamper: $name: $kind in line [expr {$at + 1}]: \"$before\" -> \"$after\": $outcome $verdict"
     flush stdout
   }
