@@ -114,7 +114,7 @@ proc judge {file refused only proved} {
     # What Verilator has not learnt yet is no fault of the text.
     if {"ERROR" in $new && "ERRORUNSUPPORTED" ni $new} { return [spoilt $file "Verilator finds an error"] }
   }
-  set bench [beside::bench top [dict get $output ports] {ca cb} {rn 0 rs 1} 1]
+  set bench [beside::bench top [dict get $output ports] {ca cb} {rn 0 rs 1} 1 1]
   if {[catch {
     beside::judge $work $output [list -g2005 $file] $bench field_tb.dut {field_tb.dut.ca field_tb.dut.cb} 400 $proved
   } result]} {
