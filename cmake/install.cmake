@@ -46,6 +46,9 @@ if(OST_PLATFORM)
   file(RELATIVE_PATH package_from_bin /${CMAKE_INSTALL_BINDIR} /${package_folder})
   set_target_properties(ost_capture PROPERTIES INSTALL_RPATH $ORIGIN/${package_from_bin})
   install(TARGETS ost_capture DESTINATION ${CMAKE_INSTALL_BINDIR})
+  set(package_from_program ${package_from_bin})
+  configure_file(platform/ost_shell/ostsh.in installed_ostsh @ONLY)
+  install(PROGRAMS ${CMAKE_BINARY_DIR}/installed_ostsh DESTINATION ${CMAKE_INSTALL_BINDIR} RENAME ostsh)
   install(FILES platform/jtag/sim/ostrel_jtag_sim.v platform/jtag/sim/ostrel_jtag_sim.h
     DESTINATION ${CMAKE_INSTALL_DATADIR}/ost_tclwrapper)
   # A page of the build replaces the page of the sources that it was made from.

@@ -10,6 +10,7 @@
 #include "platform/design/elaboration.h"
 #include "platform/design/mapped_cells.h"
 #include "platform/design/name_index.h"
+#include "platform/design/serdes_blocks.h"
 #include "platform/design/source_plan.h"
 #include "platform/design/source_stamp.h"
 #include "platform/system/files.h"
@@ -88,8 +89,7 @@ bool Design::Private::loadNetlist(QString& error) {
 void Design::Private::readRoles() {
   for (const ModuleEntry& module : index.modules) {
     if (!module.used || module.roles.isEmpty()) continue;
-    QByteArray words = module.roles;
-    for (const QByteArray& word : words.replace(',', ' ').split(' ')) {
+    for (const QByteArray& word : roleWords(module)) {
       roles.dcu |= word == "dcu";
       roles.j2w |= word == "j2w";
       roles.jtag2wb |= word == "jtag2wb";
@@ -282,6 +282,10 @@ void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const 
       entering = false;
     }
   }
+}
+
+QVector<SerdesBlock> Design::serdesBlocks(int most) const {
+  return findSerdesBlocks(d->index, most);
 }
 
 QStringList Design::dependencies() const {

@@ -93,7 +93,10 @@ YosysScript plainCellsScript(const YosysScript& hierarchy, bool isNetlist, const
     script.line(
         "select -set ost_instances t:* t:$* %d t:$paramod* %u\nselect -set ost_pads i:* o:* %i\n"
         "select -set ost_pads @ost_pads @ost_instances %co1 w:* %i\ninsbuf @ost_pads\nsetattr -set keep 1 t:$_BUF_");
-  script.line("proc");
+  // The steps of `proc`. Ahead of a latch its search for one would make an ordinary driver of a tri-state.
+  script.line(
+      "proc_clean\nproc_rmdead\nproc_prune\nproc_init\nproc_arst\nproc_rom\nproc_mux\ntribuf\n"
+      "proc_dlatch\nproc_dff\nproc_memwr\nproc_clean\nopt_expr -keepdc");
   // Verilog has no buffer but "+", which makes an x of a z: what may float is connected as before.
   if (!isNetlist)
     script.line(

@@ -30,6 +30,7 @@ void sayEstimate(const ost::InsertPlan& plan) {
   };
   for (const ost::PlanCore& core : plan.cores) line(QLatin1String("Core ") + core.name, ost::estimateCore(core));
   if (plan.wishbone) line(QStringLiteral("Wishbone master"), ost::estimateWishbone(*plan.wishbone));
+  if (plan.serdes) line(QStringLiteral("Serdes core"), ost::estimateSerdes(*plan.serdes));
   line(QStringLiteral("JTAG hub"), ost::estimateHub(plan));
 }
 
