@@ -81,9 +81,10 @@ bool IstComData::DRC(QString& message) {
   const bool hasNetlist = d->loadNetlist(*design, error);
   for (const auto& core : d->project->cores) core->trace->compact();
   bool cancelled = false;
+  tcl_cmdex::ProgressLine progress("Checking the design rules");
   const ost::DesignCheck check =
       ost::checkDesignRules(*d->project, *design, hasNetlist ? d->netlist.get() : nullptr,
-                            [&cancelled] { return !(cancelled = cancelled || !tcl_cmdex::servePendingEvents()); });
+                            [&cancelled, &progress] { return !(cancelled = cancelled || !progress.tick()); });
   if (cancelled) return false;
   message = ost::designRuleReport(check.findings);
   if (!hasNetlist) message += QStringLiteral("ERROR: %1\n").arg(error);
