@@ -36,6 +36,9 @@ struct CaptureOptions {
   double timeoutSeconds = 10;
   TapInstruction instruction{0, 0};  ///< Width 0: the capture map's.
   OutputFile vcd, csv, gtkw, sigrok, html, json;
+  QString replay;  ///< The instance of which `replayFile` gets a test bench,
+  OutputFile replayFile;
+  int window = 0;     ///< and the window that it replays.
   VcdStyle vcdStyle;  ///< Its period holds for all files.
   ViewChoice view;
   bool wave = false, status = false, info = false;
@@ -50,6 +53,7 @@ enum OptionUse : unsigned {
   kUseWrite = 16,
   kUseValues = 32,
   kUseFind = 64,
+  kUseReplay = 256,
   kUseCore = 128,  ///< Of a capture's other sub-commands, which concern one core.
 };
 
