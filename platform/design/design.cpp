@@ -8,7 +8,9 @@
 #include <mutex>
 
 #include "platform/design/elaboration.h"
+#include "platform/design/mapped_cells.h"
 #include "platform/design/name_index.h"
+#include "platform/design/serdes_blocks.h"
 #include "platform/design/source_plan.h"
 #include "platform/design/source_stamp.h"
 #include "platform/system/files.h"
@@ -87,8 +89,7 @@ bool Design::Private::loadNetlist(QString& error) {
 void Design::Private::readRoles() {
   for (const ModuleEntry& module : index.modules) {
     if (!module.used || module.roles.isEmpty()) continue;
-    QByteArray words = module.roles;
-    for (const QByteArray& word : words.replace(',', ' ').split(' ')) {
+    for (const QByteArray& word : roleWords(module)) {
       roles.dcu |= word == "dcu";
       roles.j2w |= word == "j2w";
       roles.jtag2wb |= word == "jtag2wb";
@@ -211,6 +212,51 @@ QStringList Design::nearest(const QString& name, int count) const {
   return nearestNames(d->index, name.toLatin1(), count);
 }
 
+namespace {
+
+/// Visits the nets of `hit.module` in the instance at `hit.path`. False when `visit` has returned false.
+bool forEachNetOf(const NameIndex& index, NameHit& hit, const std::function<bool(const NetName&)>& visit) {
+  const QByteArray path = joinPath(index, hit.path);
+  for (const NetEntry& net : hit.module->nets) {
+    hit.net = &net;
+    QByteArray name;
+    if (index.slashNames) {
+      name = fullName(index, hit, QByteArray());
+    } else {
+      name = (path.isEmpty() ? path : path + '/') + index.bytes(net.name);
+    }
+    if (!visit(NetName{textFromBytes(name), net.width})) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool Design::levelAt(const QString& path, DesignLevel& level) const {
+  NameHit hit;
+  hit.module = &d->top();
+  for (const QString& component : instancePathKeys(path)) {
+    const QByteArray key = component.toLatin1();
+    const std::string_view name(key.constData(), size_t(key.size()));
+    const InstanceEntry* instance = d->index.findInstance(*hit.module, name[0] == '\\' ? name.substr(1) : name);
+    if (!instance) return false;
+    hit.path.push_back(instance);
+    hit.module = &d->index.modules[size_t(instance->module)];
+  }
+  const ModuleEntry& module = *hit.module;
+  forEachNetOf(d->index, hit, [&level](const NetName& net) {
+    level.nets.push_back(net);
+    return true;
+  });
+  for (const InstanceEntry& instance : module.instances) {
+    hit.path.push_back(&instance);
+    level.instances.push_back({textFromBytes(joinPath(d->index, hit.path)),
+                               textFromBytes(sourceName(d->index.modules[size_t(instance.module)].key))});
+    hit.path.pop_back();
+  }
+  return true;
+}
+
 void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const {
   struct Level {
     const ModuleEntry* module;
@@ -223,17 +269,7 @@ void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const 
     Level& level = stack.back();
     if (entering) {
       hit.module = level.module;
-      const QByteArray path = joinPath(d->index, hit.path);
-      for (const NetEntry& net : level.module->nets) {
-        hit.net = &net;
-        QByteArray name;
-        if (d->index.slashNames) {
-          name = fullName(d->index, hit, QByteArray());
-        } else {
-          name = (path.isEmpty() ? path : path + '/') + d->index.bytes(net.name);
-        }
-        if (!visit(NetName{textFromBytes(name), net.width})) return;
-      }
+      if (!forEachNetOf(d->index, hit, visit)) return;
     }
     if (level.nextInstance < level.module->instances.size()) {
       const InstanceEntry& instance = level.module->instances[level.nextInstance++];
@@ -246,6 +282,10 @@ void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const 
       entering = false;
     }
   }
+}
+
+QVector<SerdesBlock> Design::serdesBlocks(int most) const {
+  return findSerdesBlocks(d->index, most);
 }
 
 QStringList Design::dependencies() const {
@@ -267,7 +307,10 @@ QByteArray Design::digest() const {
 }
 
 YosysScript Design::elaborationScript() const {
-  return d->plan->hierarchyScript(true).line("proc");
+  QList<QByteArray> boxes = d->index.unknownTypes.toList();
+  for (const ModuleEntry& module : d->index.modules)
+    if (module.used && module.bodyless) boxes.append(module.key);
+  return plainCellsScript(d->plan->hierarchyScript(true), d->plan->isNetlist(), boxes);
 }
 
 }  // namespace ost

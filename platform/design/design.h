@@ -9,6 +9,7 @@
 #include <QVector>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "framework/ist_com_data.h"
 #include "platform/design/yosys_script.h"
@@ -80,12 +81,34 @@ struct NetName {
   int width;     ///< Bits.
 };
 
+/// What one level of the hierarchy holds, under its full names.
+struct DesignLevel {
+  struct Instance {
+    QString path;
+    QString module;  ///< As the source declares it.
+  };
+  std::vector<Instance> instances;  ///< Of modules of the design only.
+  std::vector<NetName> nets;
+};
+
 /// Design flags from the module attribute (* ostrel_role = "..." *): the roles found anywhere in the hierarchy.
 struct DesignRoles {
   bool dcu = false;          ///< "dcu": the design holds a serdes block that the serdes core can watch.
   bool j2w = false;          ///< "j2w": the design uses the serdes' JTAG path itself.
   bool jtag2wb = false;      ///< "jtag2wb": the design offers a JTAG-to-Wishbone connection.
   bool jtag2wbCore = false;  ///< "jtag2wb_core": it holds a JTAG-to-Wishbone core of its own.
+};
+
+/// A net that its module marks with the attribute (* ostrel_watch = "..." *).
+struct WatchedNet {
+  QString name;  ///< From the top; resolve() takes it.
+  QString word;  ///< The attribute's text: "clock", "lock", ...; "signal" when it has none.
+};
+
+/// An instance of a module with the role "dcu".
+struct SerdesBlock {
+  QString name;  ///< From the top; the top's own name when that is the block.
+  QVector<WatchedNet> nets;
 };
 
 class ISTCOMDATA_API Design {
@@ -105,6 +128,8 @@ class ISTCOMDATA_API Design {
   QStringList blackBoxes() const;    ///< Modules without a body that the hierarchy uses.
   const QStringList& notes() const;  ///< What the user should know of the reading, a sentence each.
   const DesignRoles& roles() const;
+  /// The serdes blocks of the hierarchy, `most` at most.
+  QVector<SerdesBlock> serdesBlocks(int most) const;
   int moduleCount() const;    ///< Modules that the hierarchy uses.
   int instanceCount() const;  ///< Instances below the top.
   qint64 netCount() const;    ///< Public nets over all instances.
@@ -121,6 +146,9 @@ class ISTCOMDATA_API Design {
   QStringList nearest(const QString& name, int count = 3) const;
   /// Calls `visit` for every net of the hierarchy in a stable order until it returns false.
   void forEachNet(const std::function<bool(const NetName&)>& visit) const;
+
+  /// What the instance at `path` (as NetSelection::instancePath) holds. False when there is none.
+  bool levelAt(const QString& path, DesignLevel& level) const;
 
   /// Names (byte text) of all files that took part, include files among them where Yosys tells them.
   QStringList dependencies() const;

@@ -22,6 +22,13 @@ const char kBookkeeping[] =
     " -unset parallel_case -unset cells_not_processed -unset always_comb -unset always_ff -unset always_latch"
     " -unset ostrel_vhdl";
 
+/// A choice by constants alone would be written as a function of constants, in which Yosys takes no branch with a "?"
+/// when it reads it. Where the constant is 'x' nothing matches, as in a case of Verilog.
+const char kDecideChoices[] =
+    "select -set before t:*\nselect -set decided t:$pmux w:* %co1:+$pmux[S] %d\npmuxtree @decided\n"
+    "select -set made t:* @before %d\nopt_expr -keepdc @made\n"
+    "select -set decided t:$mux @before %d w:* %co1:+$mux[S] %d\nopt_expr -mux_undef -keepdc @decided";
+
 /// Yosys does not report a failed write: a text that does not end with a module has been cut short.
 bool endsWithModule(QFile& file) {
   const qint64 tail = 64;
@@ -92,14 +99,19 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   job.script.line(
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
-      "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n"
-      // A choice by constants alone would be written as a function of constants, in which Yosys takes no branch with a
-      // "?" when it reads it. Where the constant is 'x' nothing matches, as in a case of Verilog.
-      "select -set before t:$mux\nselect -set decided t:$pmux w:* %co1:+$pmux[S] %d\npmuxtree @decided\n"
-      "opt_expr -keepdc\nselect -set decided t:$mux @before %d w:* %co1:+$mux[S] %d\n"
-      "opt_expr -mux_undef -keepdc @decided\nopt_expr -keepdc\nopt_clean\n"
-      "setattr -unset keep @instances\nsetattr -unset keep t:$pos\n"
-      // Yosys writes their bits under wrong names when the net does not begin at bit 0, and single ones rightly.
+      // Yosys takes names of this form for its own and drops them; in what it wrote earlier they are the only ones.
+      "select -set numbered w:_*_ a:keep %d\nsetattr -set keep 1 @numbered\n"
+      "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n");
+  job.script.line(kDecideChoices);
+  // A latch with a constant enable would be an `always @*` that waits for a change of what never changes.
+  job.script.line(
+      "opt_expr -keepdc\nselect -set decided t:$dlatch w:* %co1:+$dlatch[EN] %d\n"
+      "opt_dff -nodffe -nosdff -keepdc @decided\nopt_clean");
+  // Again, for what the first has made constant.
+  job.script.line(kDecideChoices);
+  // Yosys writes the bits of these under wrong names when the net does not begin at bit 0, and single ones rightly.
+  job.script.line(
+      "opt_clean\nsetattr -unset keep @instances\nsetattr -unset keep @numbered\nsetattr -unset keep t:$pos\n"
       "simplemap t:$dffsr t:$dffsre t:$dlatchsr t:$sr");
   // Yosys' own bookkeeping attributes are removed; those of the user's source stay.
   job.script.line("setattr").words(kBookkeeping).line("setattr -mod").words(kBookkeeping);

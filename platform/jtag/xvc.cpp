@@ -37,7 +37,10 @@ bool XvcPort::open(QString& error) {
 bool XvcPort::run(const QByteArray& tms, const QByteArray& tdi, QByteArray* tdo, QString& error) {
   tms_ += tms;
   tdi_ += tdi;
-  if (!tdo && tms_.size() < kKeepAtMost && !connection_.isBroken()) return true;
+  // Idle cycles, and the moves behind them, are requests of their own: openFPGALoader 0.10, over FTDI cables, keeps TMS
+  // up behind a single 1 between many 0 of a request, and loses what TDO says in the first bits behind a change of TMS.
+  const bool isIdle = !tms.contains(1), wasIdle = std::exchange(wasIdle_, isIdle);
+  if (!tdo && !isIdle && !wasIdle && tms_.size() < kKeepAtMost && !connection_.isBroken()) return true;
   return shiftKept(tdo, error, tms.size());
 }
 

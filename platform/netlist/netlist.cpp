@@ -27,7 +27,7 @@ QVector<int> clockOf(const KnownCell& known, CellKind kind, int bit) {
   const QByteArray enables = cell.parameters.value("RD_CLK_ENABLE");
   const auto [place, end] = known.outputs.find(bit);
   if (place == end || clocks.isEmpty()) return {};
-  const int readPort = place->position / std::max(1, data.size() / clocks.size());
+  const int readPort = place->position / std::max(1, int(data.size() / clocks.size()));
   if (readPort < clocks.size() && readPort < enables.size() && enables[enables.size() - 1 - readPort] == '1')
     return {clocks[readPort]};
   return {};

@@ -4,7 +4,6 @@
 #include "platform/design/design_session.h"
 #include "platform/design/yosys.h"
 #include "platform/insert/jtag_wrapper.h"
-#include "platform/netlist/instance_outline.h"
 #include "platform/system/memory.h"
 #include "platform/tclcmdex/host.h"
 #include "platform/tclcmdex/progress_line.h"
@@ -19,19 +18,11 @@ int failUsage(Tcl_Interp* interp, const QString& message, const char* subCommand
   return failWith(interp, message + QLatin1Char('\n') + usage, code.c_str());
 }
 
-namespace {
-
-constexpr qint64 kMostListedNets = 20000000;
-constexpr int kListStep = 1024;
-constexpr size_t kEntryBytes = 1024;  ///< Of a net in the list, generously.
-
 int failWithoutDesign(Tcl_Interp* interp) {
   return failWith(interp, QStringLiteral("no design is loaded: read one with \"ost_design read FILE ...\""),
                   "OST DESIGN NONE");
 }
 
-/// Refuses what would change the design under a command that works with it: this one was called by an event that the
-/// other serves, or by what its output meets.
 bool isFree(Tcl_Interp* interp) {
   const bool reading = DesignSession::instance().isReading();
   if (!reading && tcl_cmdex::dispatchDepth() <= 1) return true;
@@ -41,6 +32,12 @@ bool isFree(Tcl_Interp* interp) {
            "OST DESIGN BUSY");
   return false;
 }
+
+namespace {
+
+constexpr qint64 kMostListedNets = 20000000;
+constexpr int kListStep = 1024;
+constexpr size_t kEntryBytes = 1024;  ///< Of a net in the list, generously.
 
 int runRead(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   DesignSource source;
@@ -148,56 +145,6 @@ int runNets(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   return failed ? TCL_ERROR : TCL_OK;
 }
 
-/// The name of a net in an instance, which leads back to it.
-QString nameOfNet(const Design& design, const NetBit& net) {
-  const QString path = net.instancePath.isEmpty() ? QString() : net.instancePath + QLatin1Char('/');
-  NetSelection found;
-  QString ignored;
-  const bool leadsBack = design.resolve(path + net.net, found, ignored) && found.net == net.net &&
-                         found.instancePath == net.instancePath && found.bits.size() == found.netWidth;
-  return path + (leadsBack ? net.net : QLatin1Char('\\') + net.net + QLatin1Char(' '));
-}
-
-int runPorts(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-  enum { kInputs = 1, kOutputs = 2, kClocks = 4, kRegisters = 8 };
-  const QStringList options = {QStringLiteral("-inputs"), QStringLiteral("-outputs"), QStringLiteral("-clocks"),
-                               QStringLiteral("-registers")};
-  if (objc < 3) return failUsage(interp, QStringLiteral("wrong # args"), "ports");
-  int wanted = 0;
-  for (int i = 3; i < objc; ++i) {
-    const QString word = textFromTcl(objv[i]);
-    if (!options.contains(word)) return failUsage(interp, QStringLiteral("unknown option \"%1\"").arg(word), "ports");
-    wanted |= 1 << options.indexOf(word);
-  }
-  if (wanted == 0) wanted = kInputs | kOutputs;
-  const std::shared_ptr<const Design> design = DesignSession::instance().design();
-  if (!design) return failWithoutDesign(interp);
-  if (!isFree(interp)) return TCL_ERROR;
-  QString error;
-  tcl_cmdex::ProgressLine progress("Elaborating the full netlist");
-  const std::shared_ptr<const Netlist> netlist = netlistOf(*design, error, [&progress] { return progress.tick(); });
-  if (!netlist) return failWith(interp, error, "OST DESIGN READ");
-  const QString path = textFromTcl(objv[2]);
-  InstanceOutline outline;
-  if (!outlineInstance(*netlist, path, outline))
-    return failWith(interp,
-                    QStringLiteral("there is no instance \"%1\" in the design; \"ost_design nets -glob *\" shows the "
-                                   "names of instances before those of their nets")
-                        .arg(path),
-                    "OST DESIGN NONE");
-  TclList list;
-  for (const InstancePort& port : outline.ports) {
-    const bool isInput = port.direction != NetlistPort::Output && !port.isClock;
-    const int kinds =
-        (isInput ? kInputs : 0) | (port.direction != NetlistPort::Input ? kOutputs : 0) | (port.isClock ? kClocks : 0);
-    if (kinds & wanted) list.add(tclFromText(nameOfNet(*design, {path, textFromBytes(port.name), 0, QString()})));
-  }
-  if (wanted & kRegisters)
-    for (const NetBit& net : outline.registers) list.add(tclFromText(nameOfNet(*design, net)));
-  Tcl_SetObjResult(interp, list);
-  return TCL_OK;
-}
-
 int runClose(Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
   if (objc != 2) return failUsage(interp, QStringLiteral("wrong # args"), "close");
   if (!isFree(interp)) return TCL_ERROR;
@@ -263,8 +210,9 @@ struct SubCommand {
   int (*run)(Tcl_Interp*, int, Tcl_Obj* const[]);
 };
 
-const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo},   {"jtag", runJtag},
-                                   {"nets", runNets},   {"ports", runPorts}, {"prove", runProve}, {"read", runRead}};
+const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo},
+                                   {"jtag", runJtag},   {"level", runLevel}, {"nets", runNets},
+                                   {"ports", runPorts}, {"prove", runProve}, {"read", runRead}};
 
 int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   const std::string word = objc > 1 ? Tcl_GetString(objv[1]) : "help";
@@ -273,7 +221,7 @@ int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     if (word == entry.name) return entry.run(interp, objc, objv);
   }
   Tcl_SetObjResult(interp, tclFromText(QStringLiteral("unknown sub-command \"%1\": must be close, help, info, jtag, "
-                                                      "nets, ports, prove, or read")
+                                                      "level, nets, ports, prove, or read")
                                            .arg(textFromTcl(objv[1]))));
   Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
   return TCL_ERROR;

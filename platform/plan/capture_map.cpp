@@ -38,6 +38,8 @@ class MapWriter : private JsonLines {
   void triggerOut(const PlanCore& core);
   void core(const PlanCore& core);
   void jtag(const InsertPlan& plan);
+  void wishbone(const PlanWishbone& wishbone, int number);
+  void serdes(const PlanSerdes& serdes, int number);
 
   const int version_;
 };
@@ -190,6 +192,49 @@ void MapWriter::jtag(const InsertPlan& plan) {
   text("tdo", plan.pins.tdo);
 }
 
+void MapWriter::wishbone(const PlanWishbone& wishbone, int number) {
+  key("wishbone");
+  begin();
+  this->number("core", number);
+  flag("bigEndian", wishbone.isBigEndian);
+  this->number("addressBits", wishbone.addressBits);
+  flag("connected", wishbone.isConnected);
+  if (wishbone.isConnected) {
+    text("instance", wishbone.instance);
+    key("clock");
+    bit(wishbone.clock);
+    this->number("addressOffset", wishbone.addressOffset);
+    list("pins", wishbone.pins, [this](const WishbonePin& pin) {
+      line([&] {
+        bytes(wishboneSignalWords()[int(pin.signal)].toLatin1());
+        bytes(pin.port.toLatin1());
+        integer(pin.width);
+      });
+    });
+  }
+  end();
+}
+
+void MapWriter::serdes(const PlanSerdes& serdes, int number) {
+  key("serdes");
+  begin();
+  this->number("core", number);
+  key("clock");
+  bit(serdes.clock);
+  if (serdes.hasReset) {
+    key("reset");
+    bit(serdes.reset);
+  }
+  list("watched", serdes.clocks + serdes.levels, [this](const PlanWatched& one) {
+    begin();
+    text("word", one.word);
+    key("net");
+    bit(one.net);
+    end();
+  });
+  end();
+}
+
 /// Takes away what the hardware does not depend on.
 void clearShown(PlanCore& core) {
   core.displayRadix = Radix::Bin;
@@ -217,6 +262,8 @@ QByteArray MapWriter::write(const InsertPlan& plan) {
   jtag(plan);
   end();
   list("cores", plan.cores, [this](const PlanCore& entry) { core(entry); });
+  if (plan.wishbone) wishbone(*plan.wishbone, plan.wishboneNumber());
+  if (plan.serdes) serdes(*plan.serdes, plan.serdesNumber());
   end();
   return result() + '\n';
 }

@@ -9,7 +9,8 @@
 namespace ost {
 
 /// Version 2 names values of enumerated types, version 3 the way to the chip when that is not four pins, version 4
-/// tells how the nets of probes are declared, version 5 which instances can be replayed. New maps are of version 5.
+/// tells how the nets of probes are declared, version 5 which instances can be replayed, and has a Wishbone master and
+/// a serdes core. New maps are of version 5.
 constexpr int kCaptureMapVersion = 5;
 /// The last version whose hash covers everything, what is only shown, too.
 constexpr int kLastWhollyHashedVersion = 4;

@@ -75,11 +75,12 @@ int hubIndexBits(const InsertPlan& plan) {
     const CoreLayout layout(core);
     bits = std::max({bits, bitsFor(layout.wordBits), bitsFor(layout.statusBits), bitsFor(layout.rowBits)});
   }
+  if (plan.serdes) bits = std::max(bits, bitsFor(plan.serdes->statusBits()));
   return bits;
 }
 
 int hubAddressBits(const InsertPlan& plan) {
-  int bits = 1;
+  int bits = plan.wishbone ? kWishboneIndexBits : 1;
   for (const PlanCore& core : plan.cores) {
     const CoreLayout layout(core);
     bits = std::max({bits, layout.addressBits, layout.tableAddressBits});

@@ -7,6 +7,7 @@
 #include "platform/istdata/trace_tree.h"
 #include "platform/plan/capture_map.h"
 #include "platform/plan/generate_blocks.h"
+#include "platform/plan/resolved_serdes.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -285,6 +286,7 @@ bool planInsertion(const mero::ostrel::istProject& project, const Design& design
             .arg(core.core->name, fault);
     return false;
   }
+  if (project.serdes) result.serdes = planSerdes(resolveSerdes(*project.serdes, design));
   result.projectHash = planHash(result);
   plan = result;
   return true;

@@ -48,26 +48,32 @@ int InstanceFinder::captured(const PlacedBit& bit) const {
 }
 
 bool InstanceFinder::addPorts(PlacedBit place, ProbedInstance& result) const {
-  const std::set<BitSource> clocks = clocksOf(netlist_, place);
   bool hasOutput = false;
+  std::set<BitSource> inputs;
   for (const NetlistPort& port : netlist_.text.module(place.module).portList) {
     if (port.direction == NetlistPort::InOut) return false;
     ReplayPort replayed = {textFromBytes(port.name), port.direction == NetlistPort::Output, {}};
     for (auto bit = port.bits.rbegin(); bit != port.bits.rend(); ++bit) {
       place.bit = *bit;
       int found = captured(place);
-      if (replayed.isOutput && found == kReplayClock) found = kReplayX;
-      hasOutput = hasOutput || (replayed.isOutput && found >= 0);
-      const bool isOtherClock = found != kReplayClock && !replayed.isOutput && clocks.count(sourceOf(netlist_, place));
-      LocalDriver driver;
-      const bool isMissing = !replayed.isOutput && found == kReplayX &&
-                             !isConstantBit(netlist_.source(place, driver).bit) && driver.kind != LocalDriver::None;
-      if (isOtherClock || isMissing) return false;
+      if (replayed.isOutput) {
+        if (found == kReplayClock) found = kReplayX;
+        hasOutput = hasOutput || found >= 0;
+      } else if (found != kReplayClock) {
+        LocalDriver driver;
+        const PlacedBit source = netlist_.source(place, driver);
+        const bool isDriven = !isConstantBit(source.bit) && driver.kind != LocalDriver::None;
+        if (isDriven && found == kReplayX) return false;
+        if (isDriven) inputs.insert({source.path, source.bit});
+      }
       replayed.bits.append(found);
     }
     result.ports.append(replayed);
   }
-  return hasOutput;
+  if (!hasOutput) return false;
+  // Looked for last, as it takes all cells below.
+  const std::set<BitSource> clocks = clocksOf(netlist_, place);
+  return std::none_of(inputs.begin(), inputs.end(), [&](const BitSource& input) { return clocks.count(input) > 0; });
 }
 
 QStringList InstanceFinder::scopesOf(const PlacedBit& instance, const PlacedBit& inner, const QByteArray& name) const {

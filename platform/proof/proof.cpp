@@ -107,8 +107,14 @@ bool Proof::readBack(const ProofFiles& files) {
   if (!boxes.isEmpty()) job.script.line("read_json").openFile(3);
   // A memory stays one, whether its addresses have become constants or not.
   job.script.line("read_verilog -nodpi -lib").openFile(2).line("read_verilog -nodpi -nomem2reg").openFile(1);
-  // The order of a case is what the Verilog says, not a promise that it makes no difference.
-  job.script.line("hierarchy -auto-top\nattrmap -remove parallel_case=1\nproc\nwrite_json").openFile(0);
+  // The order of a case is what the Verilog says, not a promise that it makes no difference. Ahead of a latch `proc`
+  // replaces branches that are 'x' or 'z' by another one: it does not see the choices of the Verilog. What it would
+  // simplify is left to the comparison.
+  job.script
+      .line(
+          "hierarchy -auto-top\nattrmap -remove parallel_case=1\nchtype -set $__ostrel_mux t:$mux\nproc -noopt\n"
+          "chtype -set $mux t:$__ostrel_mux\nwrite_json")
+      .openFile(0);
   job.files = {result.fd(), written[0].fd(), written[1].fd(), boxFile.fd()};
   job.timeLimitSeconds = secondsLeft();
   job.memoryLimitBytes = design_.source().memoryLimitBytes;

@@ -10,7 +10,18 @@
 namespace ost {
 namespace {
 
+QVector<NetBit> serdesNets(const PlanSerdes& serdes, DebugPort::Role role) {
+  if (role == DebugPort::SerdesClock) return {serdes.clock};
+  if (role == DebugPort::SerdesReset) return {serdes.reset};
+  QVector<NetBit> nets;
+  for (const PlanWatched& one : role == DebugPort::SerdesWatchedClocks ? serdes.clocks : serdes.levels)
+    nets.append(one.net);
+  return nets;
+}
+
 QVector<NetBit> netsOf(const InsertPlan& plan, const DebugPort& port) {
+  if (port.role == DebugPort::WishboneClock) return {plan.wishbone->clock};
+  if (port.role >= DebugPort::SerdesClock) return serdesNets(*plan.serdes, port.role);
   if (port.core < 0) return {};
   const PlanCore& core = plan.cores[port.core];
   switch (port.role) {

@@ -5,6 +5,7 @@
 
 #include "platform/plan/planner.h"
 #include "platform/rules/core_check.h"
+#include "platform/rules/serdes_checks.h"
 
 namespace ost {
 
@@ -12,9 +13,10 @@ namespace {
 
 void checkProject(const mero::ostrel::istProject& project, size_t enabled, FindingList& findings) {
   const QString object = QStringLiteral("project");
-  if (project.cores.empty())
+  const bool hasOther = project.wishbone || project.serdes;
+  if (project.cores.empty() && !hasOther)
     findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("it has no core"));
-  else if (enabled == 0)
+  else if (enabled == 0 && !project.cores.empty())
     findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("none of its cores is enabled"));
   if (enabled > size_t(kMaxPlanCores))
     findings.add(DesignRule::TooManyCores, object,
@@ -22,9 +24,6 @@ void checkProject(const mero::ostrel::istProject& project, size_t enabled, Findi
   if (project.wishbone)
     findings.add(DesignRule::WishboneNotSupported, object,
                  QStringLiteral("a Wishbone master cannot be inserted: not supported yet"));
-  if (project.serdes)
-    findings.add(DesignRule::SerdesNotSupported, object,
-                 QStringLiteral("a serdes core cannot be inserted: not supported yet"));
 }
 
 /// What the top module has of that name: "a net", "an instance", or empty.
@@ -104,6 +103,7 @@ DesignCheck checkDesignRules(const mero::ostrel::istProject& project, const Desi
   Pulse pulse(idle);
   checkProject(project, enabled.size(), findings);
   checkTriggerOutputs(enabled, design, findings);
+  if (project.serdes) checkSerdes(*project.serdes, design, netlist, findings);
   std::vector<ResolvedCore> cores;
   cores.reserve(enabled.size());
   qint64 totalBits = 0;

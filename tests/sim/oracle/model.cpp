@@ -99,7 +99,7 @@ Expected expectedCapture(const Core& core, const RunChoice& choice, const Record
     if (choice.enabled[i]) sequences.append(Sequence(core.expressions[i]));
   QVector<ExpectedSample> window;  ///< All samples since the window's first.
   int triggerIndex = -1, events = 0, samples = 0;
-  const int rows = endRow < 0 ? record.rows.size() : std::min(endRow, record.rows.size());
+  const int rows = endRow < 0 ? record.rows.size() : std::min(endRow, int(record.rows.size()));
   for (int row = armRow; row < rows; ++row) {
     const bool sampled =
         core.sampleEnable.isEmpty() || record.is(core.sampleEnableLow ? '0' : '1', row, core.sampleEnable);

@@ -58,7 +58,7 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   const struct {
     const char *from, *to, *complaint;
   } table[] = {
-      {"\"version\": 5", "\"version\": 6", "version"},
+      {"\"version\": 5", "\"version\": 9", "version"},
       {"\"version\": 5", "\"version\": 1", "has an unknown key"},
       {"\"version\": 5", "\"version\": 3", "has an unknown key"},
       {"\"version\": 5", "\"version\": 4", "has an unknown key \"instances\""},
