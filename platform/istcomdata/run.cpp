@@ -54,11 +54,8 @@ bool IstComData::Private::bringDesignUpToDate(QString& error) {
 }
 
 bool IstComData::Private::loadNetlist(const ost::Design& design, QString& error) {
-  if (netlist && netlistDigest == design.digest()) return true;
   tcl_cmdex::ProgressLine progress("Elaborating the full netlist");
-  netlist = ost::Netlist::load(design, error, [&progress] { return progress.tick(); });
-  netlistDigest = netlist ? design.digest() : QByteArray();
-  if (!netlist && error.isEmpty()) error = QStringLiteral("The design's netlist could not be made.");
+  netlist = ost::netlistOf(design, error, [&progress] { return progress.tick(); });
   return netlist != nullptr;
 }
 

@@ -62,6 +62,11 @@ bool keepChange(CaptureOptions& options, const QString& option, const QString& v
   options.changes.append({option, value});
   return true;
 }
+bool keepWindow(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  bool isNumber = false;
+  options.window = value.toInt(&isNumber);
+  return (isNumber && options.window >= 0) || wrongValue(option, value, "a window, counted from 0", error);
+}
 bool keepServer(CaptureOptions& options, const QString&, const QString& value, QString& error) {
   return options.hasServer = parseServerAddress(value, options.server, error);
 }
@@ -134,11 +139,15 @@ const Option kOptions[] = {
     {"-sr", "FILE", "session of sigrok, for PulseView and sigrok-cli", keepFile<&CaptureOptions::sigrok>},
     {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<&CaptureOptions::csv>},
     {"-json", "FILE", "all of it as JSON, for a program", keepFile<&CaptureOptions::json>},
+    {"-replay", "INSTANCE", "a test bench that replays a probed instance on the source of its module; needs -out",
+     keepText<&CaptureOptions::replay>},
+    {"-out", "FILE", "the Verilog file of -replay", keepFile<&CaptureOptions::replayFile>},
+    {"-window", "N", "the window of -replay, counted from 0 (default: 0)", keepWindow, kUseReplay},
     {"-wave", nullptr, "a small waveform on the terminal (default without a file)", raise<&CaptureOptions::wave>},
     {"-period", "TIME", "of the sample clock, for example 10ns: files for viewers get real time", keepPeriod,
      kUseWrite},
     {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix, kUseWrite | kUseValues},
-    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange, kUseWrite},
+    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange, kUseWrite | kUseReplay},
     {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals, kUseWrite},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
