@@ -154,10 +154,12 @@ class Generator {
     unit.name = QString("TU%1").arg(index + 1);
     unit.op = pick(ops);
     unit.radix = unit.op == ".SC." ? "bin" : pick(radices);
-    const int names = unit.op == ".SC." ? 1 : 1 + below(2);
+    // Some are wider than what one stage of the pipeline compares.
+    const bool wide = chance(10);
+    const int names = unit.op == ".SC." ? 1 : (wide ? 3 : 1) + below(2);
     for (int i = 0; i < names; ++i) {
       QString word;
-      const QStringList bits = select(dut, word, unit.op == ".SC." ? 1 : 8);
+      const QStringList bits = select(dut, word, unit.op == ".SC." ? 1 : wide ? 16 : 8);
       if (unit.op == ".SC." && bits.size() > 1) {
         word = bits[0];
         unit.bits = QStringList{bits[0]};
@@ -243,7 +245,7 @@ class Generator {
       Expression expression;
       expression.name = QString("TE%1").arg(core.expressions.size() + 1);
       expression.ebr = chance(40);
-      const int steps = chance(50) ? 1 : 2 + below(2);
+      const int steps = chance(50) ? 1 : 2 + below(chance(20) ? 5 : 2);
       for (int s = 0; s < steps; ++s) expression.steps += {makeTerm(core.units, 2), chance(60) ? 1 : 2 + below(3)};
       while (expression.maxSteps < steps || chance(20)) expression.maxSteps *= expression.maxSteps < 8 ? 2 : 1;
       int most = 1;
