@@ -4,7 +4,7 @@ JOBS ?= $(shell nproc)
 SECONDS ?= 60
 SEEDS ?= 200
 
-.PHONY: help build release test oracle mutants demo bench asan fuzz field clean
+.PHONY: help build release deb test oracle mutants demo bench asan fuzz field clean
 
 help:
 	@echo "make build   build the package into build/dev (usable as TCLLIBPATH=build/dev/lib)"
@@ -16,7 +16,8 @@ help:
 	@echo "make asan    run the tests on a build with address and undefined-behaviour checks"
 	@echo "make fuzz    feed generated words, damaged files and random designs to the same build; SECONDS=n (60), SEED=n (the day's)"
 	@echo "make field   insert into the designs below DESIGNS=folder, prove, simulate and capture; FIELD='-rows n -timeout s'"
-	@echo "make release build for installing: cmake --install build/release --prefix FOLDER"
+	@echo "make release build for installing: sudo cmake --install build/release [--prefix FOLDER]"
+	@echo "make deb     the same as a Debian package in build/release; OST_MAINTAINER='name <address>'"
 	@echo "make clean   remove build/"
 
 build: build/dev.product
@@ -30,6 +31,9 @@ build/%.product build/%.built:
 	@mkdir -p build
 	@cmake --preset $* -DOST_WERROR=$(OST_WERROR) >build/$*.log 2>&1 || { cat build/$*.log; exit 1; }
 	@cmake --build --preset $* -j $(JOBS) $(TARGET)
+
+deb: build/release.product
+	@cd build/release && cmake $(if $(OST_MAINTAINER),-DOST_MAINTAINER='$(OST_MAINTAINER)') . >/dev/null && cpack -G DEB
 
 test: build/dev.built
 	@ctest --preset dev -j 2

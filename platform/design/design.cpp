@@ -211,6 +211,51 @@ QStringList Design::nearest(const QString& name, int count) const {
   return nearestNames(d->index, name.toLatin1(), count);
 }
 
+namespace {
+
+/// Visits the nets of `hit.module` in the instance at `hit.path`. False when `visit` has returned false.
+bool forEachNetOf(const NameIndex& index, NameHit& hit, const std::function<bool(const NetName&)>& visit) {
+  const QByteArray path = joinPath(index, hit.path);
+  for (const NetEntry& net : hit.module->nets) {
+    hit.net = &net;
+    QByteArray name;
+    if (index.slashNames) {
+      name = fullName(index, hit, QByteArray());
+    } else {
+      name = (path.isEmpty() ? path : path + '/') + index.bytes(net.name);
+    }
+    if (!visit(NetName{textFromBytes(name), net.width})) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool Design::levelAt(const QString& path, DesignLevel& level) const {
+  NameHit hit;
+  hit.module = &d->top();
+  for (const QString& component : instancePathKeys(path)) {
+    const QByteArray key = component.toLatin1();
+    const std::string_view name(key.constData(), size_t(key.size()));
+    const InstanceEntry* instance = d->index.findInstance(*hit.module, name[0] == '\\' ? name.substr(1) : name);
+    if (!instance) return false;
+    hit.path.push_back(instance);
+    hit.module = &d->index.modules[size_t(instance->module)];
+  }
+  const ModuleEntry& module = *hit.module;
+  forEachNetOf(d->index, hit, [&level](const NetName& net) {
+    level.nets.push_back(net);
+    return true;
+  });
+  for (const InstanceEntry& instance : module.instances) {
+    hit.path.push_back(&instance);
+    level.instances.push_back({textFromBytes(joinPath(d->index, hit.path)),
+                               textFromBytes(sourceName(d->index.modules[size_t(instance.module)].key))});
+    hit.path.pop_back();
+  }
+  return true;
+}
+
 void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const {
   struct Level {
     const ModuleEntry* module;
@@ -223,17 +268,7 @@ void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const 
     Level& level = stack.back();
     if (entering) {
       hit.module = level.module;
-      const QByteArray path = joinPath(d->index, hit.path);
-      for (const NetEntry& net : level.module->nets) {
-        hit.net = &net;
-        QByteArray name;
-        if (d->index.slashNames) {
-          name = fullName(d->index, hit, QByteArray());
-        } else {
-          name = (path.isEmpty() ? path : path + '/') + d->index.bytes(net.name);
-        }
-        if (!visit(NetName{textFromBytes(name), net.width})) return;
-      }
+      if (!forEachNetOf(d->index, hit, visit)) return;
     }
     if (level.nextInstance < level.module->instances.size()) {
       const InstanceEntry& instance = level.module->instances[level.nextInstance++];

@@ -9,6 +9,7 @@
 #include <QVector>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "framework/ist_com_data.h"
 #include "platform/design/yosys_script.h"
@@ -80,6 +81,16 @@ struct NetName {
   int width;     ///< Bits.
 };
 
+/// What one level of the hierarchy holds, under its full names.
+struct DesignLevel {
+  struct Instance {
+    QString path;
+    QString module;  ///< As the source declares it.
+  };
+  std::vector<Instance> instances;  ///< Of modules of the design only.
+  std::vector<NetName> nets;
+};
+
 /// Design flags from the module attribute (* ostrel_role = "..." *): the roles found anywhere in the hierarchy.
 struct DesignRoles {
   bool dcu = false;          ///< "dcu": the design holds a serdes block that the serdes core can watch.
@@ -121,6 +132,9 @@ class ISTCOMDATA_API Design {
   QStringList nearest(const QString& name, int count = 3) const;
   /// Calls `visit` for every net of the hierarchy in a stable order until it returns false.
   void forEachNet(const std::function<bool(const NetName&)>& visit) const;
+
+  /// What the instance at `path` (as NetSelection::instancePath) holds. False when there is none.
+  bool levelAt(const QString& path, DesignLevel& level) const;
 
   /// Names (byte text) of all files that took part, include files among them where Yosys tells them.
   QStringList dependencies() const;

@@ -9,6 +9,7 @@
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
 #include "platform/proof/proof.h"
+#include "platform/report/run_report.h"
 #include "platform/rtl/constraints.h"
 #include "platform/text/byte_text.h"
 
@@ -45,7 +46,8 @@ class Insertion {
   bool instrument(const NetlistBits& netlist, const ProbeRouting& routing);
   bool prove(std::shared_ptr<const Netlist> netlist);
   QByteArray fileList() const;
-  void sayBlackBoxes(const NetlistBits& netlist) const;
+  bool report(const QStringList& blackBoxes);
+  void sayBlackBoxes(const QStringList& blackBoxes) const;
 
   InsertPlan plan_;
   const Design& design_;
@@ -55,8 +57,9 @@ class Insertion {
   OutputFolder folder_;
   QElapsedTimer clock_;
   QList<QPair<QString, QByteArray>> generated_;  ///< The core's files and the debug module, in reading order.
-  QString verilog_, json_, sdc_, xdc_;
+  QString base_, verilog_, json_, sdc_, xdc_;
   QByteArray debugInstance_;
+  QStringList proofLines_;
   QString proved_;  ///< The proof's counts, for a line's end.
 };
 
@@ -75,6 +78,7 @@ void Insertion::nameFiles() {
     return false;
   };
   while (clashes(name + QStringLiteral(".v"))) name += QStringLiteral("_top");
+  base_ = name;
   verilog_ = name + QStringLiteral(".v");
   json_ = name + QStringLiteral(".json");
   sdc_ = name + QStringLiteral(".sdc");
@@ -88,12 +92,23 @@ QByteArray Insertion::fileList() const {
   return list + QFile::encodeName(verilog_) + '\n';
 }
 
-void Insertion::sayBlackBoxes(const NetlistBits& netlist) const {
+QStringList blackBoxesOf(const NetlistBits& netlist) {
   QStringList names;
   for (const NetlistModule& module : netlist.text.modules())
     if (module.blackBox) names.append(textFromBytes(module.name));
-  if (names.isEmpty()) return;
-  say(QStringLiteral("Black boxes, whose sources are not in files.f: %1.").arg(names.join(QStringLiteral(", "))));
+  return names;
+}
+
+void Insertion::sayBlackBoxes(const QStringList& blackBoxes) const {
+  if (blackBoxes.isEmpty()) return;
+  say(QStringLiteral("Black boxes, whose sources are not in files.f: %1.").arg(blackBoxes.join(QStringLiteral(", "))));
+}
+
+bool Insertion::report(const QStringList& blackBoxes) {
+  const ReportDocument document =
+      reportOf(plan_, design_, {request_.outputDirectory, base_, request_.findings, proofLines_, blackBoxes});
+  return folder_.write(QStringLiteral("report.txt"), reportAsText(document), error_) &&
+         folder_.write(QStringLiteral("report.html"), reportAsPage(document), error_);
 }
 
 bool Insertion::instrument(const NetlistBits& netlist, const ProbeRouting& routing) {
@@ -116,6 +131,7 @@ bool Insertion::prove(std::shared_ptr<const Netlist> netlist) {
   say(QStringLiteral("Proving that the design is unchanged."));
   if (!proveUnchanged(plan_, design_, netlist, files, {hooks_.stage, hooks_.idle}, report, error_)) return false;
   for (const QString& line : report.lines) say(line);
+  proofLines_ = report.lines;
   proved_ =
       QStringLiteral("; modules proved: %1, undecided: %2").arg(report.modulesProved).arg(report.undecided.size());
   if (request_.proof != ProofMode::Strict || report.undecided.isEmpty()) return true;
@@ -129,7 +145,14 @@ bool Insertion::prove(std::shared_ptr<const Netlist> netlist) {
 
 bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   nameFiles();
-  QStringList files{verilog_, json_, sdc_, xdc_, QStringLiteral("files.f"), QStringLiteral("capture_map.json")};
+  QStringList files{verilog_,
+                    json_,
+                    sdc_,
+                    xdc_,
+                    QStringLiteral("files.f"),
+                    QStringLiteral("capture_map.json"),
+                    QStringLiteral("report.txt"),
+                    QStringLiteral("report.html")};
   for (const auto& entry : generated_) files.append(entry.first);
   if (!folder_.begin(files, error_) || !serve()) return false;
 
@@ -172,8 +195,9 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
   }
   if (!folder_.write(QStringLiteral("capture_map.json"), map, error_)) return false;
   if (!folder_.write(QStringLiteral("files.f"), fileList(), error_)) return false;
-  if (!serve() || !folder_.commit(error_)) return false;
-  sayBlackBoxes(data);
+  const QStringList blackBoxes = blackBoxesOf(data);
+  if (!report(blackBoxes) || !serve() || !folder_.commit(error_)) return false;
+  sayBlackBoxes(blackBoxes);
   say(QStringLiteral("Wrote \"%1\" in %2 s.")
           .arg(textFromUnicode(request_.outputDirectory))
           .arg(double(clock_.elapsed()) / 1000, 0, 'f', 1));

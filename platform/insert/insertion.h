@@ -18,7 +18,8 @@ struct InsertionHooks {
 struct InsertionRequest {
   QString outputDirectory;  ///< File name (Unicode), replaced as a whole after success.
   ProofMode proof = ProofMode::Off;
-  QString project;  ///< File name of the project without its folder, see OutputFolder; empty when there is none.
+  QStringList findings;  ///< Lines of the design-rule check, for the report.
+  QString project;       ///< File name of the project without its folder, see OutputFolder; empty when there is none.
 };
 
 /// Writes the instrumented design, the core's Verilog, file list and capture map. On failure nothing in the output

@@ -29,6 +29,7 @@ void sayEstimate(const ost::InsertPlan& plan) {
                  .arg(e.memoryBits));
   };
   for (const ost::PlanCore& core : plan.cores) line(QLatin1String("Core ") + core.name, ost::estimateCore(core));
+  if (plan.wishbone) line(QStringLiteral("Wishbone master"), ost::estimateWishbone(*plan.wishbone));
   line(QStringLiteral("JTAG hub"), ost::estimateHub(plan));
 }
 
@@ -87,7 +88,7 @@ bool IstComData::DRC(QString& message) {
   if (!hasNetlist) message += QStringLiteral("ERROR: %1\n").arg(error);
   if (!check.fault.isEmpty()) message += QStringLiteral("ERROR: %1\n").arg(check.fault);
   if (!hasNetlist || !check.plan) return false;
-  d->checked = {design, state, check.plan};
+  d->checked = {design, state, check.plan, message.split(QLatin1Char('\n'), Qt::SkipEmptyParts)};
   return true;
 }
 
@@ -113,7 +114,8 @@ bool IstComData::Private::insert(QString& directory, QString& proved, QString& e
   sayEstimate(plan);
   // Two projects can mean one folder, an untitled one and "untitled.ost" for example.
   const QString file = QFileInfo(ost::fileFromText(project->fileName)).fileName();
-  const ost::InsertionRequest request{directory, proof, file.isEmpty() ? QStringLiteral("(untitled)") : file};
+  const ost::InsertionRequest request{directory, proof, passed.findings,
+                                      file.isEmpty() ? QStringLiteral("(untitled)") : file};
   tcl_cmdex::ProgressLine progress("Inserting");
   const ost::InsertionHooks hooks{
       [&progress](const QString& line) { progress.say(line.toLatin1().toStdString()); },

@@ -40,6 +40,7 @@ class IstComData::Private {
     std::weak_ptr<const ost::Design> design;
     QByteArray project;  ///< Its state(); empty when nothing passed.
     std::shared_ptr<const ost::InsertPlan> plan;
+    QStringList findings;  ///< Lines of the check.
   } checked;
 
   /// The full netlist of the design with this digest; null when there is none yet.

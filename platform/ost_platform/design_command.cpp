@@ -18,16 +18,16 @@ int failUsage(Tcl_Interp* interp, const QString& message, const char* subCommand
   return failWith(interp, message + QLatin1Char('\n') + usage, code.c_str());
 }
 
+int failWithoutDesign(Tcl_Interp* interp) {
+  return failWith(interp, QStringLiteral("no design is loaded: read one with \"ost_design read FILE ...\""),
+                  "OST DESIGN NONE");
+}
+
 namespace {
 
 constexpr qint64 kMostListedNets = 20000000;
 constexpr int kListStep = 1024;
 constexpr size_t kEntryBytes = 1024;  ///< Of a net in the list, generously.
-
-int failWithoutDesign(Tcl_Interp* interp) {
-  return failWith(interp, QStringLiteral("no design is loaded: read one with \"ost_design read FILE ...\""),
-                  "OST DESIGN NONE");
-}
 
 /// Refuses what would change the design under a command that works with it: this one was called by an event that the
 /// other serves, or by what its output meets.
@@ -212,8 +212,8 @@ struct SubCommand {
   int (*run)(Tcl_Interp*, int, Tcl_Obj* const[]);
 };
 
-const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo}, {"jtag", runJtag},
-                                   {"nets", runNets},   {"prove", runProve}, {"read", runRead}};
+const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp}, {"info", runInfo},   {"jtag", runJtag},
+                                   {"level", runLevel}, {"nets", runNets}, {"prove", runProve}, {"read", runRead}};
 
 int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   const std::string word = objc > 1 ? Tcl_GetString(objv[1]) : "help";
@@ -222,7 +222,7 @@ int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     if (word == entry.name) return entry.run(interp, objc, objv);
   }
   Tcl_SetObjResult(interp, tclFromText(QStringLiteral("unknown sub-command \"%1\": must be close, help, info, jtag, "
-                                                      "nets, prove, or read")
+                                                      "level, nets, prove, or read")
                                            .arg(textFromTcl(objv[1]))));
   Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
   return TCL_ERROR;

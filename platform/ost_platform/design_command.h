@@ -15,6 +15,12 @@ int designCommand(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[
 /// Help on a sub-command, or on all of them when `subCommand` is empty; empty when there is no such sub-command.
 std::string designHelp(const std::string& subCommand);
 
+/// `ost_design level ?PATH?`
+int runLevel(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
+
+/// The error of a command that needs a design.
+int failWithoutDesign(Tcl_Interp* interp);
+
 /// Reads the words of `ost_design read` from objv[2] on. On failure the interpreter holds the error.
 bool parseReadWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignSource& source);
 

@@ -25,6 +25,9 @@ const HelpEntry kHelp[] = {
      "ostrel_jtag,\n"
      "which is used as it is. -period is TCK's, for the constraints. The options of \"ost_design read\" of the same\n"
      "names hold until this command is used."},
+    {"level", "ost_design level ?PATH?",
+     "Returns what one level of the hierarchy holds, the top or the instance at PATH, as names and values: instances,\n"
+     "a list of {path module}, and nets, a list of {name width}."},
     {"nets", "ost_design nets ?-glob PATTERN? ?-regexp PATTERN?",
      "Returns a list of {name width}, one for each net of each instance. Names that do not fit the patterns are left\n"
      "out: -glob as in \"string match\", -regexp as in \"regexp\"."},

@@ -77,6 +77,8 @@ class MapWriter {
   void triggerOut(const PlanCore& core);
   void core(const PlanCore& core);
   void jtag(const InsertPlan& plan);
+  void wishbone(const PlanWishbone& wishbone, int number);
+  void serdes(const PlanSerdes& serdes, int number);
 
   rapidjson::StringBuffer buffer_;
   rapidjson::PrettyWriter<rapidjson::StringBuffer> writer_;
@@ -99,6 +101,7 @@ void MapWriter::valueNames(const EnumNames& names) {
 
 /// The oldest version that holds all that the plan has.
 int versionFor(const InsertPlan& plan) {
+  if (plan.wishbone || plan.serdes) return 5;
   int version = plan.jtag.way != JtagWay::Pins ? 3 : 1;
   for (const PlanCore& core : plan.cores) {
     for (const PlanProbe& probe : core.probes) {
@@ -231,6 +234,38 @@ void MapWriter::jtag(const InsertPlan& plan) {
   text("tdo", plan.pins.tdo);
 }
 
+void MapWriter::wishbone(const PlanWishbone& wishbone, int number) {
+  key("wishbone");
+  writer_.StartObject();
+  this->number("core", number);
+  flag("bigEndian", wishbone.isBigEndian);
+  this->number("addressBits", wishbone.addressBits);
+  flag("connected", wishbone.isConnected);
+  if (wishbone.isConnected) {
+    text("instance", wishbone.instance);
+    key("clock");
+    bit(wishbone.clock);
+    this->number("addressOffset", wishbone.addressOffset);
+    list("pins", wishbone.pins, [this](const WishbonePin& pin) {
+      line([&] {
+        bytes(wishboneSignalWords()[int(pin.signal)].toLatin1());
+        bytes(pin.port.toLatin1());
+        writer_.Int(pin.width);
+      });
+    });
+  }
+  writer_.EndObject();
+}
+
+void MapWriter::serdes(const PlanSerdes& serdes, int number) {
+  key("serdes");
+  writer_.StartObject();
+  this->number("core", number);
+  key("clock");
+  bit(serdes.clock);
+  writer_.EndObject();
+}
+
 QByteArray MapWriter::write(const InsertPlan& plan) {
   writer_.StartObject();
   text("format", captureMapFormat());
@@ -244,6 +279,8 @@ QByteArray MapWriter::write(const InsertPlan& plan) {
   jtag(plan);
   writer_.EndObject();
   list("cores", plan.cores, [this](const PlanCore& entry) { core(entry); });
+  if (plan.wishbone) wishbone(*plan.wishbone, plan.wishboneNumber());
+  if (plan.serdes) serdes(*plan.serdes, plan.serdesNumber());
   writer_.EndObject();
   return QByteArray(buffer_.GetString(), int(buffer_.GetSize())) + '\n';
 }

@@ -47,6 +47,8 @@ class MapReader {
   void triggerOut(JsonFields& fields, PlanCore& core);
   PlanCore core(const QJsonValue& value, const QString& path);
   void jtag(JsonFields& fields, InsertPlan& plan);
+  PlanWishbone wishbone(const QJsonValue& value, int number);
+  PlanSerdes serdes(const QJsonValue& value, int number);
 
   /// Counts an entry of a kind that the map may have `most` of.
   void count(int& entries, int most, const QString& path) {
@@ -292,6 +294,40 @@ void MapReader::jtag(JsonFields& fields, InsertPlan& plan) {
   inner.refuseOthers();
 }
 
+PlanWishbone MapReader::wishbone(const QJsonValue& value, int number) {
+  JsonFields fields(value, QStringLiteral("wishbone"), fault_);
+  PlanWishbone wishbone;
+  fields.number("core", number, number);
+  wishbone.isBigEndian = fields.flag("bigEndian");
+  wishbone.addressBits = fields.number("addressBits", 2, 32);
+  wishbone.isConnected = fields.flag("connected");
+  if (wishbone.isConnected) {
+    wishbone.instance = fields.text("instance");
+    wishbone.clock = bit(fields.value("clock"), fields.pathOf("clock"));
+    wishbone.addressOffset = fields.number("addressOffset", 0, 2);
+    list(fields, "pins", wishboneSignalWords().size(), [&](const QJsonValue& entry, const QString& path) {
+      const QJsonArray parts = entry.toArray();
+      const int signal = wishboneSignalWords().indexOf(parts.at(0).toString());
+      const int width = parts.at(2).toInt();
+      if (parts.size() != 3 || signal < 0 || parts[1].toString().isEmpty() || width < 1 || width > 32)
+        fail(path, QStringLiteral("expected [signal, port, width]."));
+      else
+        wishbone.pins.append({WishboneSignal(signal), textFromUnicode(parts[1].toString()), width});
+    });
+  }
+  fields.refuseOthers();
+  return wishbone;
+}
+
+PlanSerdes MapReader::serdes(const QJsonValue& value, int number) {
+  JsonFields fields(value, QStringLiteral("serdes"), fault_);
+  PlanSerdes serdes;
+  fields.number("core", number, number);
+  serdes.clock = bit(fields.value("clock"), fields.pathOf("clock"));
+  fields.refuseOthers();
+  return serdes;
+}
+
 bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
   JsonFields fields(root, QString(), fault_);
   fields.word("format", {captureMapFormat()});
@@ -303,6 +339,9 @@ bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
   jtag(fields, result);
   list(fields, "cores", kMaxPlanCores,
        [&](const QJsonValue& value, const QString& path) { result.cores.append(core(value, path)); });
+  if (version_ >= 5 && fields.has("wishbone"))
+    result.wishbone = wishbone(fields.value("wishbone"), result.wishboneNumber());
+  if (version_ >= 5 && fields.has("serdes")) result.serdes = serdes(fields.value("serdes"), result.serdesNumber());
   fields.refuseOthers();
   if (fault_.none() && planHash(result) != result.projectHash)
     fault_.text = QStringLiteral("hash: does not fit the contents; the file was edited or damaged.");

@@ -81,7 +81,7 @@ int hubIndexBits(const InsertPlan& plan) {
 }
 
 int hubAddressBits(const InsertPlan& plan) {
-  int bits = 1;
+  int bits = plan.wishbone ? kWishboneIndexBits : 1;
   for (const PlanCore& core : plan.cores) {
     const CoreLayout layout(core);
     bits = std::max({bits, layout.addressBits, layout.tableAddressBits});

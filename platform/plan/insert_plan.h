@@ -7,8 +7,11 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include <optional>
 
 #include "platform/netlist/net_bit.h"
+#include "platform/plan/serdes_plan.h"
+#include "platform/plan/wishbone_plan.h"
 #include "platform/text/enum_names.h"
 #include "platform/trigger/trigger_words.h"
 
@@ -171,6 +174,17 @@ struct InsertPlan {
   JtagPins pins;           ///< Chosen by the insertion, which avoids names of the design; not part of the hash.
   PlanJtag jtag;           ///< Not part of the hash.
   QVector<PlanCore> cores;
+  std::optional<PlanWishbone> wishbone;
+  std::optional<PlanSerdes> serdes;
+
+  /// Numbers on the hub: the logic-analyzer cores from 0, then the Wishbone master, then the serdes core, as far as
+  /// they are there.
+  int wishboneNumber() const { return cores.size(); }
+  int serdesNumber() const { return wishboneNumber() + (wishbone ? 1 : 0); }
+  int hubCores() const { return serdesNumber() + (serdes ? 1 : 0); }
 };
+
+/// What a core of the hub is, as its self-description says.
+enum class CoreKind { LogicAnalyzer = 1, WishboneMaster = 2, SerdesCore = 3 };
 
 }  // namespace ost

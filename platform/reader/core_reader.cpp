@@ -8,14 +8,14 @@
 namespace ost {
 namespace {
 
-constexpr int kInfoBits = 256;
-constexpr quint32 kMagic = 0x52545350;
-constexpr int kContractVersion = 1;
 constexpr int kBlocksPerScan = 32;
 constexpr int kTableRowsPerFrame = 1024;
 /// Status reads before the sample clock counts as stopped, with the idle cycles between them doubling from 8 to 1024:
 /// about 5000 cycles of TCK in all, so a sample clock up to a thousand times slower than TCK is still seen.
 constexpr int kLooks = 12;
+
+/// Configurations of one arming that may be lost on the line.
+constexpr int kLoads = 3;
 
 int idleCycles(int look) {
   return look < 7 ? 8 << look : 1024;
@@ -26,75 +26,7 @@ bool refuse(QString& error, const QString& text) {
   return false;
 }
 
-/// One of the fields that must agree.
-bool agrees(const QString& coreName, const char* what, quint64 hardware, quint64 map, QString& error) {
-  if (hardware == map) return true;
-  return refuse(error,
-                QStringLiteral("The capture map does not match the loaded design: %1%2 is %3 in the hardware and %4 "
-                               "in the map; use the capture map that was written with this design.")
-                    .arg(QLatin1String(what), coreName.isEmpty() ? QString() : QStringLiteral(" of core ") + coreName,
-                         QString::number(hardware), QString::number(map)));
-}
-
 }  // namespace
-
-bool CoreReader::identify(QString& error) {
-  if (!hub_.open(error)) return false;
-  for (int core = 0; core < plan_.cores.size(); ++core) {
-    const PlanCore& planned = plan_.cores[core];
-    const CoreLayout layout(planned);
-    HubCommand command;
-    command.op = HubOp::Info;
-    command.core = core;
-    HubReply reply;
-    if (!hub_.command(command, QByteArray(), kInfoBits, layout.statusBits, reply, error)) {
-      return core > 0 || !hub_.isUnusable()
-                 ? false
-                 : refuse(error, QStringLiteral("A JTAG TAP responds, but no debug core behind it does; check that the "
-                                                "instrumented design is loaded and the line is undisturbed."));
-    }
-    if (reply.flags.refused)
-      return refuse(error,
-                    QStringLiteral("The loaded design has no core number %1 (\"%2\"); use the capture map that was "
-                                   "written with this design.")
-                        .arg(core)
-                        .arg(planned.name));
-    auto field = [&](int first, int last) { return bitsNumber(reply.payload, first, last - first + 1); };
-    const quint64 hash = plan_.projectHash.toULongLong(nullptr, 16);
-    if (!agrees({}, "the magic number", field(0, 31), kMagic, error) ||
-        !agrees({}, "the version of the contract", field(32, 47), kContractVersion, error))
-      return false;
-    if (field(64, 127) != hash)
-      return refuse(
-          error, QStringLiteral("The loaded design was built from another project: its hash is %1, the capture map's "
-                                "%2; use the capture map that was written with this design.")
-                     .arg(field(64, 127), 16, 16, QLatin1Char('0'))
-                     .arg(hash, 16, 16, QLatin1Char('0')));
-    const struct {
-      const char* what;
-      int first, last;
-      int map;
-    } fields[] = {
-        {"the number of cores", 48, 63, plan_.cores.size()},
-        {"the kind", 128, 135, 1},
-        {"the address width", 136, 143, layout.addressBits},
-        {"the word width", 144, 159, layout.wordBits},
-        {"the block size", 160, 167, layout.blockBits},
-        {"the timestamp width", 168, 175, planned.timestampBits},
-        {"the number of probe bits", 176, 191, planned.probeWidth()},
-        {"the configuration's length", 192, 223, layout.chainBits},
-        {"the status word's length", 224, 239, layout.statusBits},
-        {"the number of units", 240, 247, planned.units.size()},
-        {"the number of expressions", 248, 255, planned.expressions.size()},
-    };
-    for (const auto& one : fields) {
-      const quint64 mask = (quint64(1) << (one.last - one.first + 1)) - 1;
-      const QString name = one.first == 48 ? QString() : planned.name;
-      if (!agrees(name, one.what, field(one.first, one.last), quint64(one.map) & mask, error)) return false;
-    }
-  }
-  return true;
-}
 
 bool CoreReader::commandStatus(int core, HubReply& reply, QString& error) {
   HubCommand command;
@@ -174,22 +106,32 @@ bool CoreReader::load(int core, const RunSettings& settings, QString& error) {
   return true;
 }
 
+bool CoreReader::sendArm(const HubCommand& arm, HubReply& reply, QString& error) {
+  const int statusBits = CoreLayout(plan_.cores[arm.core]).statusBits;
+  QByteArray bits;
+  if (!hub_.send(arm, QByteArray(), error) || !hub_.scanReply(kBlockOverhead + statusBits, bits, error)) return false;
+  if (readBlock(bits, 0, statusBits, arm, reply)) return true;
+  // Lost on the line, or spoilt by a status that changed inside it.
+  return hub_.recover(error) && commandStatus(arm.core, reply, error);
+}
+
 bool CoreReader::arm(int core, const RunSettings& settings, QString& error) {
-  HubReply reply;
-  const int statusBits = CoreLayout(plan_.cores[core]).statusBits;
   if (!stop(core, error)) return false;
   // A frame that is damaged on the line leaves the core unconfigured, even after a good reply to an earlier copy, so
-  // the configuration is loaded again when ARM is refused.
-  for (int attempt = 0; attempt < 3; ++attempt) {
-    if (!load(core, settings, error) || !commandStatus(core, reply, error)) return false;
+  // the configuration is loaded again when it is gone.
+  HubReply reply;
+  int loads = 0;
+  for (int attempt = 0; attempt < HubLink::kAttempts; ++attempt) {
+    if (attempt == 0 || reply.flags.refused || !reply.flags.configured) {
+      if (++loads > kLoads) break;
+      if (!load(core, settings, error)) return false;
+    }
+    if (!commandStatus(core, reply, error)) return false;
     HubCommand command;
     command.core = core;
     command.op = HubOp::Arm;
     command.tag = (parseStatus(plan_.cores[core], reply).tag + 1) & 0xFF;
-    if (!hub_.command(command, QByteArray(), statusBits, statusBits, reply, error)) return false;
-    if (!reply.flags.refused) return true;
-    // An ARM whose reply was lost was sent again and refused because the run has started.
-    if (!commandStatus(core, reply, error)) return false;
+    if (!sendArm(command, reply, error)) return false;
     if (reply.flags.armed && parseStatus(plan_.cores[core], reply).tag == command.tag) return true;
   }
   return refuse(error,

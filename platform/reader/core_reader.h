@@ -3,7 +3,7 @@
 
 #include "platform/reader/capture.h"
 #include "platform/reader/core_status.h"
-#include "platform/reader/hub_link.h"
+#include "platform/reader/hub_identity.h"
 
 namespace ost {
 
@@ -21,8 +21,7 @@ class CoreReader {
   /// Both must outlive the reader.
   CoreReader(HubLink& hub, const InsertPlan& plan) : hub_(hub), plan_(plan) {}
 
-  /// Finds the hub and compares what it says of itself with the plan; refuses another project's hardware.
-  bool identify(QString& error);
+  bool identify(QString& error) { return identifyHub(hub_, plan_, error); }
   /// A fresh status where the sample clock runs; otherwise the flags are current and the rest is the last one known.
   bool status(int core, CoreStatus& status, QString& error);
   /// Ends a run, or aborts it; what it captured is gone.
@@ -36,6 +35,8 @@ class CoreReader {
 
  private:
   bool commandStatus(int core, HubReply& reply, QString& error);
+  /// Sends ARM once, and STATUS instead of a second time. `reply` is that of either.
+  bool sendArm(const HubCommand& arm, HubReply& reply, QString& error);
   bool load(int core, const RunSettings& settings, QString& error);
   bool loadOne(const HubCommand& command, const QByteArray& payload, int replyBits, QString& error);
   bool readWords(int core, int tag, int count, BitTable& words, QString& error);

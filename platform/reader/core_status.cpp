@@ -95,7 +95,7 @@ QString progressText(const RunSettings& settings, const CoreStatus& status) {
   } else if (status.triggered) {
     parts += QStringLiteral("triggered");
   } else if (!status.searching) {
-    parts += QStringLiteral("storing the %1 samples before the trigger").arg(settings.position());
+    parts += QStringLiteral("prefill of %1 samples under way").arg(settings.position());
   } else {
     for (int i = 0; i < core.expressions.size(); ++i)
       if (settings.isEnabled(i))

@@ -16,7 +16,7 @@ bool HubSession::loadMap(QString& error) {
     error = QStringLiteral("Cannot read the capture map \"%1\": %2.").arg(name, reason);
   else if (!readCaptureMap(json, plan_, reason))
     error = QStringLiteral("The capture map \"%1\" is damaged: %2").arg(name, reason);
-  else if (plan_.cores.isEmpty())
+  else if (plan_.hubCores() == 0)
     error = QStringLiteral("The capture map has no core; insert the cores again.");
   else if (options_.instruction.width == 0 && plan_.jtag.instructionWidth() == 0)
     error = QStringLiteral(

@@ -50,6 +50,10 @@ QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, 
     return {};
   }
   if (!chosen.isEmpty()) return chosen;
+  if (all.isEmpty()) {
+    error = QStringLiteral("The design has no logic-analyzer core, so there is nothing to capture.");
+    return {};
+  }
   const QString list = names.join(QLatin1String(", "));
   error = options.core.isEmpty()
               ? QStringLiteral("The design has several cores; choose one of %1 with -core NAME, or -all.").arg(list)

@@ -11,6 +11,8 @@ namespace ost {
 namespace {
 
 QVector<NetBit> netsOf(const InsertPlan& plan, const DebugPort& port) {
+  if (port.role == DebugPort::WishboneClock) return {plan.wishbone->clock};
+  if (port.role == DebugPort::SerdesClock) return {plan.serdes->clock};
   if (port.core < 0) return {};
   const PlanCore& core = plan.cores[port.core];
   switch (port.role) {

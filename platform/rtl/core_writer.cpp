@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "platform/plan/core_layout.h"
+#include "platform/rtl/hub_ports.h"
 #include "platform/rtl/unknown_levels.h"
 #include "platform/rtl/verilog_text.h"
 
@@ -13,15 +14,17 @@ using namespace verilog;
 
 namespace {
 
-/// A core's half of the self-description, most significant field first.
-QByteArray infoConstant(const PlanCore& core, const CoreLayout& layout) {
-  const auto field = [](int width, qint64 value) {
-    return number(width) + "'d" + number(value & ((qint64(1) << width) - 1));
-  };
-  return "{" + field(8, core.expressions.size()) + ", " + field(8, core.units.size()) + ", " +
-         field(16, layout.statusBits) + ", " + field(32, layout.chainBits) + ", " + field(16, core.probeWidth()) +
-         ", " + field(8, core.timestampBits) + ", " + field(8, layout.blockBits) + ", " + field(16, layout.wordBits) +
-         ", " + field(8, layout.addressBits) + ", 8'd1}";
+/// A core's half of the self-description.
+QByteArray infoOf(const PlanCore& core, const CoreLayout& layout) {
+  return infoConstant(CoreKind::LogicAnalyzer, {{8, layout.addressBits},
+                                                {16, layout.wordBits},
+                                                {8, layout.blockBits},
+                                                {8, core.timestampBits},
+                                                {16, core.probeWidth()},
+                                                {32, layout.chainBits},
+                                                {16, layout.statusBits},
+                                                {8, core.units.size()},
+                                                {8, core.expressions.size()}});
 }
 
 void writeUnit(QByteArray& out, const PlanCore& core, const CoreLayout& layout, const QByteArray& c, int index) {
@@ -176,54 +179,33 @@ QList<Connection> coreParameters(const InsertPlan& plan, const PlanCore& core, c
           {"BLOCK_BITS", number(layout.blockBits)},
           {"INDEX_BITS", number(hubIndexBits(plan))},
           {"HUB_ADDRESS_BITS", number(hubAddressBits(plan))},
-          {"INFO", infoConstant(core, layout)}};
+          {"INFO", infoOf(core, layout)}};
 }
 
 QList<Connection> corePorts(const PlanCore& core, int index, const QByteArray& tableLast) {
-  const QByteArray c = corePrefix(index), i = number(index);
-  return {{"clk", c + "clk"},
-          {"probe", c + "known_probe"},
-          {"trig", core.triggerBits.isEmpty() ? QByteArray("1'b0") : c + "trig"},
-          {"sample_en", core.hasSampleEnable ? c + "known_sample_en" : QByteArray("1'b1")},
-          {"trig_en", core.hasTriggerEnable ? c + "known_trig_en" : QByteArray("1'b1")},
-          {"trig_out", c + "trig_out"},
-          {"unit_clear", c + "clear"},
-          {"unit_sample", c + "sample"},
-          {"unit_sampled", c + "sampled"},
-          {"unit_cur", c + "cur"},
-          {"hits", c + "known_hits"},
-          {"restart", c + "restart"},
-          {"rewind", c + "rewind"},
-          {"reload", c + "reload"},
-          {"evaluate", c + "evaluate"},
-          {"fires", c + "fires"},
-          {"steps", c + "steps"},
-          {"config_bits", c + "config"},
-          {"table_load", c + "table_load"},
-          {"table_row", c + "table_row"},
-          {"table_last", tableLast},
-          {"tck", "h_tck"},
-          {"tdi", "h_tdi"},
-          {"select", "h_select[" + i + "]"},
-          {"op_status", "h_op_status"},
-          {"op_info", "h_op_info"},
-          {"op_read", "h_op_read"},
-          {"op_config", "h_op_config"},
-          {"op_table", "h_op_table"},
-          {"op_arm", "h_op_arm"},
-          {"op_stop", "h_op_stop"},
-          {"data", "h_data"},
-          {"tag", "h_tag"},
-          {"address", "h_address"},
-          {"index", "h_index"},
-          {"load", "h_load"},
-          {"fetch", "h_fetch"},
-          {"execute", "h_execute"},
-          {"permit", "h_permit[" + i + "]"},
-          {"word_last", "h_word_last[" + i + "]"},
-          {"block_end", "h_block_end[" + i + "]"},
-          {"payload", "h_payload[" + i + "]"},
-          {"flags", slice("h_flags", 5 * index, 5)}};
+  const QByteArray c = corePrefix(index);
+  return QList<Connection>{{"clk", c + "clk"},
+                           {"probe", c + "known_probe"},
+                           {"trig", core.triggerBits.isEmpty() ? QByteArray("1'b0") : c + "trig"},
+                           {"sample_en", core.hasSampleEnable ? c + "known_sample_en" : QByteArray("1'b1")},
+                           {"trig_en", core.hasTriggerEnable ? c + "known_trig_en" : QByteArray("1'b1")},
+                           {"trig_out", c + "trig_out"},
+                           {"unit_clear", c + "clear"},
+                           {"unit_sample", c + "sample"},
+                           {"unit_sampled", c + "sampled"},
+                           {"unit_cur", c + "cur"},
+                           {"hits", c + "known_hits"},
+                           {"restart", c + "restart"},
+                           {"rewind", c + "rewind"},
+                           {"reload", c + "reload"},
+                           {"evaluate", c + "evaluate"},
+                           {"fires", c + "fires"},
+                           {"steps", c + "steps"},
+                           {"config_bits", c + "config"},
+                           {"table_load", c + "table_load"},
+                           {"table_row", c + "table_row"},
+                           {"table_last", tableLast}} +
+         hubPorts(index);
 }
 
 }  // namespace

@@ -4,7 +4,9 @@
 #include "platform/plan/core_layout.h"
 #include "platform/rtl/core_verilog.h"
 #include "platform/rtl/core_writer.h"
+#include "platform/rtl/serdes_writer.h"
 #include "platform/rtl/verilog_text.h"
+#include "platform/rtl/wishbone_writer.h"
 
 namespace ost {
 
@@ -20,7 +22,7 @@ QByteArray hashConstant(const QByteArray& hash) {
 }
 
 void writeHub(QByteArray& out, const InsertPlan& plan) {
-  const int cores = plan.cores.size(), indexBits = hubIndexBits(plan), addressBits = hubAddressBits(plan);
+  const int cores = plan.hubCores(), indexBits = hubIndexBits(plan), addressBits = hubAddressBits(plan);
   out +=
       "  wire h_tck, h_tdi, h_tdo, h_sel, h_capture, h_shift, h_update;\n"
       "  wire h_op_status, h_op_info, h_op_read, h_op_config, h_op_table, h_op_arm, h_op_stop;\n"
@@ -68,6 +70,8 @@ QList<DebugPort> debugModulePorts(const InsertPlan& plan) {
     if (core.hasTriggerEnable) ports.append({c + "trig_en", DebugPort::TriggerEnable, i});
     if (hasTriggerOut(core)) ports.append({c + "trig_out", DebugPort::TriggerOut, i, 1, true});
   }
+  if (plan.wishbone) ports += wishbonePorts(*plan.wishbone);
+  if (plan.serdes) ports += serdesPorts(*plan.serdes);
   return ports;
 }
 
@@ -96,6 +100,8 @@ QByteArray debugModuleVerilog(const InsertPlan& plan) {
   out += ");\n";
   writeHub(out, plan);
   for (int i = 0; i < plan.cores.size(); ++i) writeCore(out, plan, i);
+  if (plan.wishbone) writeWishbone(out, plan);
+  if (plan.serdes) writeSerdes(out, plan);
   out += "endmodule\n\n`default_nettype wire\n";
   return out;
 }

@@ -14,12 +14,27 @@ namespace ost {
 /// A port of ostrel_debug. Names: jtag_tck, jtag_tms, jtag_tdi (inputs), jtag_tdo (output), absent where the hub is
 /// behind a device's own primitive; for core i: c<i>_clk,
 /// c<i>_probe (probeBits, bit 0 first), c<i>_trig (triggerBits; absent without bits), c<i>_sample_en, c<i>_trig_en
-/// (only when used), c<i>_trig_out (output, only when the core has a trigger output).
+/// (only when used), c<i>_trig_out (output, only when the core has a trigger output); of the Wishbone master
+/// wb_*, of the serdes core sd_*.
 struct DebugPort {
-  enum Role { Tck, Tms, Tdi, Tdo, SampleClock, Probe, Trigger, SampleEnable, TriggerEnable, TriggerOut };
+  enum Role {
+    Tck,
+    Tms,
+    Tdi,
+    Tdo,
+    SampleClock,
+    Probe,
+    Trigger,
+    SampleEnable,
+    TriggerEnable,
+    TriggerOut,
+    WishboneClock,  ///< wb_clk
+    WishboneBus,    ///< The other wb_* signals, which no net of the design is looked at for.
+    SerdesClock
+  };
   QByteArray name;
   Role role;
-  int core = -1;  ///< Index into the plan's cores; -1 for the JTAG pins.
+  int core = -1;  ///< Index into the plan's cores; -1 for what belongs to none.
   int width = 1;
   bool output = false;
 
@@ -43,6 +58,7 @@ struct ResourceEstimate {
   qint64 memoryBits = 0;  ///< depth * sample bits plus expression tables.
 };
 ResourceEstimate estimateCore(const PlanCore& core);
+ResourceEstimate estimateWishbone(const PlanWishbone& wishbone);
 ResourceEstimate estimateHub(const InsertPlan& plan);
 
 }  // namespace ost

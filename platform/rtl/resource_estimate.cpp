@@ -23,6 +23,9 @@ constexpr double kDistributedTable = 1.1;  // Each step and 64 rows.
 constexpr double kDistributedWord = 2.0;   // Each bit and 64 words.
 constexpr double kTimestampBit = 0.2, kWindowBit = 1.0, kEventOrPulseBit = 1.7;
 
+constexpr double kWishboneLuts = 100;  // Without the adder of the address.
+constexpr int kWishboneFlipFlops = 110;
+
 constexpr int kHubFlipFlops = 108;  // Without the bit index.
 constexpr int kCoreFlipFlops = 42;  // Run, tag, flags, synchronisers.
 
@@ -102,6 +105,15 @@ ResourceEstimate estimateCore(const PlanCore& core) {
   estimate.luts = int(std::lround(luts));
   estimate.flipFlops = flipFlops;
   estimate.blockRams = (halves + 1) / 2;
+  return estimate;
+}
+
+ResourceEstimate estimateWishbone(const PlanWishbone& wishbone) {
+  ResourceEstimate estimate;
+  estimate.luts = int(kWishboneLuts + wishbone.addressBits);
+  estimate.flipFlops = kWishboneFlipFlops + wishbone.addressBits - 2;
+  estimate.blockRams = 2 * int(blockRamsFor(kWishboneWords, kWishboneWordBits)) / 2;
+  estimate.memoryBits = 2 * kWishboneWords * kWishboneWordBits;
   return estimate;
 }
 

@@ -12,9 +12,10 @@ namespace {
 
 void checkProject(const mero::ostrel::istProject& project, size_t enabled, FindingList& findings) {
   const QString object = QStringLiteral("project");
-  if (project.cores.empty())
+  const bool hasOther = project.wishbone || project.serdes;
+  if (project.cores.empty() && !hasOther)
     findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("it has no core"));
-  else if (enabled == 0)
+  else if (enabled == 0 && !project.cores.empty())
     findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("none of its cores is enabled"));
   if (enabled > size_t(kMaxPlanCores))
     findings.add(DesignRule::TooManyCores, object,

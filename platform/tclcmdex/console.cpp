@@ -1,5 +1,6 @@
 // Console output: one replaceable sink for every text that is not a command's result.
 #include <cstdio>
+#include <cstring>
 
 #include "platform/tclcmdex/host.h"
 #include "platform/tclcmdex/tcl_access.h"
@@ -32,6 +33,14 @@ void writeToStdout(void*, Tcl_Interp* interp, const char* text, int) {
 
 ConsoleSink activeSink = writeToStdout;
 void* activeUser = nullptr;
+int errorLines = 0;
+
+int countErrors(const char* text) {
+  int count = 0;
+  for (const char* at = text; (at = std::strstr(at, "ERROR:")) != nullptr; ++at)
+    if (at == text || at[-1] == '\n') ++count;
+  return count;
+}
 
 }  // namespace
 
@@ -44,8 +53,14 @@ bool sinkIsStdout() {
   return activeSink == writeToStdout;
 }
 
+int errorsShown() {
+  return errorLines;
+}
+
 void TclMsgOutput(Tcl_Interp* interp, const char* text, int kind) {
-  if (text != nullptr && text[0] != '\0') activeSink(activeUser, interp, text, kind);
+  if (text == nullptr || text[0] == '\0') return;
+  errorLines += countErrors(text);
+  activeSink(activeUser, interp, text, kind);
 }
 
 }  // namespace tcl_cmdex

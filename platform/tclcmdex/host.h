@@ -15,6 +15,9 @@ TCLCMDEX_API void setConsoleSink(ConsoleSink sink, void* user);
 /// True while console texts go to the default sink.
 TCLCMDEX_API bool sinkIsStdout();
 
+/// How many lines of console text have begun with "ERROR:" in this process, whatever the sink.
+TCLCMDEX_API int errorsShown();
+
 /// Runs `body(data)` as the command `name` and returns its Tcl status; every command of ours runs so, and any other
 /// that works on the project or the design should. Refused, with an error in the interpreter, on a second thread: there
 /// is one project and one design, and the first thread that called a command keeps both until it ends. Refused, too,

@@ -41,7 +41,7 @@ module ostrel_jtag_sim #(
     half_period = HALF_PERIOD;
     if ($value$plusargs("ostrel_half_period=%f", half_period)) begin
     end
-    if (!$value$plusargs("ostrel_fifo=%s", dir)) dir = FIFO_DIR;
+    if (!$value$plusargs("ostrel_fifo=%s", dir)) $sformat(dir, "%0s", FIFO_DIR);
     commands = $fopen({dir, "/to_sim"}, "r");
     if (commands == 0) begin
       $display("ostrel_jtag_sim: cannot open '%0s/to_sim'; make the FIFO with mkfifo first.", dir);

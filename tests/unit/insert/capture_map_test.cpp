@@ -39,7 +39,7 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   const struct {
     const char *from, *to, *complaint;
   } table[] = {
-      {"\"version\": 4", "\"version\": 5", "version"},
+      {"\"version\": 4", "\"version\": 9", "version"},
       {"\"version\": 4", "\"version\": 1", "has an unknown key"},
       {"\"version\": 4", "\"version\": 3", "has an unknown key"},
       {"[-3, -3]", "[-3, -2]", "probes[1].net: does not fit the probe"},

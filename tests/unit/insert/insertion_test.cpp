@@ -97,6 +97,23 @@ TEST(Insertion, NetlistDrivesEveryInoutFromTheRightSide) {
   EXPECT_EQ(verilog.count("assign io = seen;"), 0);
 }
 
+/// Both forms show foreign texts as they are, and the commands can be pasted into a shell.
+TEST(Insertion, ReportQuotesForeignTexts) {
+  Scratch scratch;
+  InsertionRequest request;
+  request.outputDirectory = scratch.path("it's \"out\"");
+  request.findings = QStringList{"DRC-60 WARNING: core c1: \"<b>&%1\" has no driver."};
+  QString error;
+  ASSERT_TRUE(runInsertion(trickyPlan(), *tricky().design, tricky().netlist, request, {}, error)) << plain(error);
+  const QString page = scratch.read("it's \"out\"/report.html"), text = scratch.read("it's \"out\"/report.txt");
+  EXPECT_TRUE(has(page, "&quot;&lt;b&gt;&amp;%1&quot; has no driver.") && !page.contains("<b>"));
+  EXPECT_TRUE(has(text, "\n        u_left                               C1: 4 bits\n")) << plain(text);
+  QString command = QRegularExpression("\n +(\\(cd .* && yosys .*\\))\n").match(text).captured(1);
+  command.replace("synth_xilinx", "hierarchy -check");
+  ASSERT_FALSE(command.isEmpty());
+  EXPECT_EQ(QProcess::execute("sh", {"-c", command + " >/dev/null"}), 0) << plain(command);
+}
+
 const char kInOuts[] = R"(
 module reader(inout pin, output seen); assign seen = pin; endmodule
 module pads(input clk, input d, inout direct, inout drain, inout source, inout shared, output seen);

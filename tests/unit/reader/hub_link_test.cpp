@@ -19,14 +19,58 @@ struct LyingPort : JtagPort {
   bool flush(QString&) override { return true; }
 };
 
+QByteArray blockOf(const QByteArray& checked) {
+  QByteArray block = checked;
+  for (int i = kCrcBits - 1; i >= 0; --i) block += char(frameCrc(checked) >> i & 1);
+  return block;
+}
+
+/// A hub with one core that takes everything; its replies to the first ARMs are lost, or those ARMs themselves.
+struct ForgetfulTap : Tap {
+  int lostReplies = 0, lostArms = 0, arms = 0, runs = 0, tag = 7;
+  QByteArray command;
+  bool select(const TapInstruction&, bool& answers, QString&) override { return answers = true; }
+  bool idle(int, QString&) override { return true; }
+  bool scanData(const QByteArray& in, QByteArray* out, QString&) override {
+    const bool isArm = bitsNumber(command, 0, command.isEmpty() ? 0 : 4) == quint64(HubOp::Arm);
+    if (!out) {
+      command = in.mid(1, kCommandBits);
+      if (bitsNumber(command, 0, 4) != quint64(HubOp::Arm) || arms++ < lostArms) return true;
+      tag = int(bitsNumber(command, 12, 8));
+      ++runs;
+    } else {
+      // Ready until the run starts, configured, fresh.
+      const quint64 flags = 0x98 | (runs ? 2 : 1);
+      *out = blockOf(command + numberBits(flags, kFlagBits) + numberBits(quint64(tag), in.size() - kBlockOverhead));
+      if (isArm && arms <= qMax(lostReplies, lostArms)) out->fill(0);
+    }
+    return true;
+  }
+  bool flush(QString&) override { return true; }
+  qint64 cycles() const override { return 0; }
+};
+
+TEST(CoreReader, SendsArmAgainOnlyWhenTheStatusSaysThatItWasLost) {
+  const struct { int lostReplies, lostArms, arms; } table[] = {{0, 0, 1}, {1, 0, 1}, {0, 2, 3}};
+  const InsertPlan plan = planFromText("probes=1 depth=16 unit=match:0:1 expr=0");
+  for (const auto& row : table) {
+    ForgetfulTap tap;
+    tap.lostReplies = row.lostReplies;
+    tap.lostArms = row.lostArms;
+    HubLink hub(tap);
+    QString error;
+    EXPECT_TRUE(CoreReader(hub, plan).arm(0, RunSettings(plan.cores[0]), error)) << plain(error);
+    EXPECT_TRUE(tap.arms == row.arms && tap.runs == 1 && tap.tag == 8) << tap.arms << ' ' << tap.runs << ' ' << tap.tag;
+  }
+}
+
 /// A good block of an INFO command, but with a payload as long as a refusal's.
 TEST(HubLink, AReplyIsNoLongerThanItSays) {
   LyingPort port;
   const InsertPlan plan = planFromText("probes=1 depth=16 unit=match:0:1 expr=0");
   const QByteArray flags = numberBits(0x80, kFlagBits);
   const QByteArray text = numberBits(quint64(HubOp::Info), kCommandBits) + flags + QByteArray(17, 0);
-  port.block = text;
-  for (int i = kCrcBits - 1; i >= 0; --i) port.block += char(frameCrc(text) >> i & 1);
+  port.block = blockOf(text);
   TapDriver tap(port);
   HubLink hub(tap);
   HubReply reply;
