@@ -220,6 +220,7 @@ class Generator {
     core.multiple = chance(45);
     if (chance(45)) core.triggerEnable = pick(dut.enables);
     core.triggerEnableLow = chance(50);
+    core.findEnableEdges(dut);
     core.depth = chance(4) ? 1024 : 16 << below(4);
     core.windowSamples = core.depth;
     if (core.multiple) {
