@@ -118,7 +118,7 @@ module ostrel_core #(
   endfunction
 
   localparam integer SNAPSHOT_BITS = 5 + WINDOW_BITS + STEP_STATE_BITS + EVENT_BITS;
-  localparam integer CYCLE_PART = 16;
+  localparam integer CYCLE_PART = 8;
   localparam integer OLDEST_BITS = WINDOWS > 1 ? 0 : POSITION_BITS;
   localparam integer STATUS_BITS = 8 + SNAPSHOT_BITS + OLDEST_BITS;
 

@@ -45,6 +45,11 @@ bool seesMovement(const Core& core, const RunChoice& choice, const Record& recor
   return toggles > 0;
 }
 
+/// A simulation in which each TCK takes many sample clocks.
+bool isSlow(const Project& project) {
+  return project.tckHalfPeriod > 5 * *std::min_element(project.clockPeriods.begin(), project.clockPeriods.end());
+}
+
 class Generator {
  public:
   explicit Generator(quint32 seed) : random_(seed * 7919u + 17u) {}
@@ -221,7 +226,7 @@ class Generator {
     if (chance(45)) core.triggerEnable = pick(dut.enables);
     core.triggerEnableLow = chance(50);
     core.findEnableEdges(dut);
-    core.depth = chance(4) ? 1024 : 16 << below(4);
+    core.depth = chance(4) && !isSlow(project) ? 1024 : 16 << below(4);
     core.windowSamples = core.depth;
     if (core.multiple) {
       core.windowSamples = 16;
@@ -286,9 +291,7 @@ QVector<Run> captureAll(const Project& project, const ost::InsertPlan& plan, con
   QVector<Run> runs;
   QString error;
   mustHold(live.reader.identify(error), error);
-  double fastest = project.clockPeriods[0];
-  for (double period : project.clockPeriods) fastest = std::min(fastest, period);
-  const int passes = project.tckHalfPeriod > 5 * fastest ? 1 : kRunsPerCore;
+  const int passes = isSlow(project) ? 1 : kRunsPerCore;
   for (int pass = 0; pass < passes || (pass < 12 && !anyToggled(runs)); ++pass) {
     for (int i = 0; i < project.cores.size(); ++i) {
       const Core& core = project.cores[i];
