@@ -9,7 +9,7 @@
 namespace oracle {
 namespace {
 
-constexpr double kNoise = 1e-4;
+constexpr double kNoise = 1e-3;
 constexpr double kUsefulShare = 0.8;  ///< Of the TCK cycles, for 1024 words.
 
 /// The bus record that the transfers must leave.
@@ -148,7 +148,7 @@ void WishboneScene::play(double noise, Totals& totals) {
     Live live(files_, plan_, noise, 77);
     mustHold(ost::identifyHub(live.hub, plan_, error_), "", error_);
     Reader reader(live.hub, plan_, 100), impatient(live.hub, plan_, 0.5);
-    words(live, reader, noise > 0 ? 200 : 1024, noise == 0);
+    words(live, reader, noise > 0 ? 30 : 1024, noise == 0);
     bytes(reader);
     if (noise == 0) failures(reader, impatient);
     totals.repeats += live.hub.retries();
