@@ -66,7 +66,7 @@ bool keepServer(CaptureOptions& options, const QString&, const QString& value, Q
   return options.hasServer = parseServerAddress(value, options.server, error);
 }
 bool keepServe(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
-  return parseServe(option, value, options.servePort, error);
+  return parseServe(option, value, options.serveProtocol, options.servePort, error);
 }
 bool keepPlace(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parsePlace(option, value, options.place, error);
@@ -149,7 +149,8 @@ const Option kOptions[] = {
      keepWishbone},
     {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
     {"-serve", "ADDRESS",
-     "offers the simulation of -launch as a remote-bitbang server on this computer: tcp:PORT; 0 is any free port",
+     "offers the simulation of -launch to programs on this computer, as a remote-bitbang server (tcp:PORT) or as a "
+     "virtual cable (xvc:PORT); 0 is any free port",
      keepServe},
     {"-help", nullptr, "this text; so does --help", raise<&CaptureOptions::help>},
     {"--version", nullptr, "the version", raise<&CaptureOptions::version>},
@@ -243,7 +244,7 @@ QString captureUsage() {
       "ost_capture - arm an inserted debug core over JTAG and read its capture\n"
       "Usage: ost_capture -map FILE -connect SERVER [option...]\n"
       "       ost_capture -map FILE -launch COMMAND [option...]\n"
-      "       ost_capture -launch COMMAND -serve tcp:PORT\n");
+      "       ost_capture -launch COMMAND -serve tcp:PORT|xvc:PORT\n");
   for (const Option& option : kOptions) {
     if (!option.name) {
       text += QLatin1String(option.help) + QLatin1Char('\n');

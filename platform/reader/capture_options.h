@@ -25,6 +25,7 @@ struct CaptureOptions {
   QString command;     ///< Of the simulation to launch, in place of a server.
   QString logFile;     ///< For what it prints.
   int servePort = -1;  ///< Offers the simulation to others instead of capturing; 0 is any port, -1 not.
+  ServerAddress::Protocol serveProtocol = ServerAddress::RemoteBitbang;
   QString core;
   QString position;
   QList<QPair<QString, QString>> changes;  ///< "-set", "-op" or "-te" and its assignment, in order of appearance.

@@ -87,9 +87,22 @@ TEST(DebugModule, ConstraintsCoverEveryPathBetweenTheClocks) {
       "ostrel_wishbone.v",
       QByteArray(written.read("ostrel_wishbone.v")).replace("WORDS = 512, WORD_BITS = 9", "WORDS = 8, WORD_BITS = 3"));
   written.write("core_top.sdc", constraintsText(plan, "dut", ConstraintDialect::Sdc));
-  EXPECT_EQ(plain(written.run("cp " OST_TIMING "/* . && yosys -q -p 'read_verilog *.v; script netlist.ys' && "
-                              "sta -no_splash check.tcl")),
+  written.write("core_top.xdc", constraintsText(plan, "dut", ConstraintDialect::Xdc));
+  EXPECT_EQ(plain(written.run("cp " OST_TIMING "/* . && yosys -q -w . -p 'read_verilog *.v; script names.ys; "
+                              "script netlist.ys' && tclsh xdc.tcl && sta -no_splash check.tcl")),
             "Saving command history\n");
+}
+
+TEST(DebugModule, ConstraintsNameThePrimitivesOfDevices) {
+  for (const JtagWay way : {JtagWay::Bscane2, JtagWay::GwJtag}) {
+    InsertPlan plan = planFromText(kPlans[1]);
+    plan.jtag.way = way;
+    const Written written(plan);
+    written.write("core_top.xdc", constraintsText(plan, "dut", ConstraintDialect::Xdc));
+    EXPECT_EQ(plain(written.run("cp " OST_TIMING "/* . && yosys -q -w . -p 'read_verilog -lib +/xilinx/cells_sim.v "
+                                "+/xilinx/cells_xtra.v; read_verilog *.v; script names.ys' && tclsh xdc.tcl")),
+              "");
+  }
 }
 
 TEST(DebugModule, MemoriesGoWhereThePlanPutsThem) {
