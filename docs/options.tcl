@@ -81,3 +81,5 @@ option {ost_set_wbone_opt PerformConnect} {`true`: the slave that the design mar
     {hardware-PerformConnect}
 option {ost_set_wbone_opt Endian} {`ostrel_wishbone` BIG_ENDIAN: the order of bytes and lanes between the buffers and the bus} - \
     {hardware-Endian sim.scenes}
+option {ost_serdes clk} {port `sd_clk`: the clock of `ostrel_serdes` but for what is on TCK or on a watched clock} - {sim.scenes}
+option {ost_serdes rst} {port `sd_rst`: holds changes and counts of levels at 0; without it (VLO) a constant} - {sim.scenes}

@@ -38,6 +38,11 @@ int main(int argc, char** argv) {
       total.flipFlops += estimate.flipFlops;
       total.blockRams += estimate.blockRams;
     }
+    if (plan.serdes) {
+      const ost::ResourceEstimate estimate = ost::estimateSerdes(*plan.serdes);
+      total.luts += estimate.luts;
+      total.flipFlops += estimate.flipFlops;
+    }
     std::printf("%d %d %d\n", total.luts, total.flipFlops, total.blockRams);
     return 0;
   } catch (const std::exception& error) {

@@ -120,6 +120,14 @@ void applyWord(PlanCore& core, const QByteArray& text) {
   throw std::runtime_error("bad word: " + text.toStdString());
 }
 
+PlanSerdes serdesFrom(const QList<QByteArray>& words) {
+  PlanSerdes serdes;
+  serdes.clocks.resize(words.value(0).toInt());
+  serdes.levels.resize(words.value(1).toInt());
+  serdes.hasReset = words.contains("rst");
+  return serdes;
+}
+
 }  // namespace
 
 InsertPlan planFromText(const QByteArray& text) {
@@ -141,6 +149,8 @@ InsertPlan planFromText(const QByteArray& text) {
     if (plan.cores.isEmpty()) begin();
     if (word == "core")
       begin();
+    else if (word.startsWith("serdes="))
+      plan.serdes = serdesFrom(word.mid(7).split(':'));
     else
       applyWord(plan.cores.last(), word);
   }
@@ -177,6 +187,7 @@ QByteArray topVerilog(const InsertPlan& plan) {
     if (port.role == DebugPort::WishboneClock || port.role == DebugPort::WishboneBus)
       ports += QByteArray(port.output ? ",\n  output [" : ",\n  input [") + QByteArray::number(port.width - 1) +
                ":0] " + net;
+    if (net.startsWith("sd_")) ports += ", input [" + QByteArray::number(port.width - 1) + ":0] " + net;
     if (port.role == DebugPort::Probe || port.role == DebugPort::Trigger) {
       const PlanCore& core = plan.cores[port.core];
       net = bits("c" + QByteArray::number(port.core) + "_in",

@@ -7,6 +7,7 @@
 //   incl dram nodram se=high|low te=high|low out=PULSE outlow
 //   unit=match|order:LSB:WIDTH, unit=serial:BIT:LENGTH  compares bits of the core's input, bit 0 being probe 0
 //   expr=0+1+2[:STEPS[:COUNT]][:ebr]                    units, largest depth, largest step count
+//   serdes=CLOCKS:LEVELS[:rst]                          a serdes core that watches so many
 #pragma once
 
 #include "platform/plan/insert_plan.h"

@@ -62,6 +62,11 @@ bool keepChange(CaptureOptions& options, const QString& option, const QString& v
   options.changes.append({option, value});
   return true;
 }
+bool keepWindow(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  bool isNumber = false;
+  options.window = value.toInt(&isNumber);
+  return (isNumber && options.window >= 0) || wrongValue(option, value, "a window, counted from 0", error);
+}
 bool keepServer(CaptureOptions& options, const QString&, const QString& value, QString& error) {
   return options.hasServer = parseServerAddress(value, options.server, error);
 }
@@ -134,11 +139,15 @@ const Option kOptions[] = {
     {"-sr", "FILE", "session of sigrok, for PulseView and sigrok-cli", keepFile<&CaptureOptions::sigrok>},
     {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<&CaptureOptions::csv>},
     {"-json", "FILE", "all of it as JSON, for a program", keepFile<&CaptureOptions::json>},
+    {"-replay", "INSTANCE", "a test bench that replays a probed instance on the source of its module; needs -out",
+     keepText<&CaptureOptions::replay>},
+    {"-out", "FILE", "the Verilog file of -replay", keepFile<&CaptureOptions::replayFile>},
+    {"-window", "N", "the window of -replay, counted from 0 (default: 0)", keepWindow, kUseReplay},
     {"-wave", nullptr, "a small waveform on the terminal (default without a file)", raise<&CaptureOptions::wave>},
     {"-period", "TIME", "of the sample clock, for example 10ns: files for viewers get real time", keepPeriod,
      kUseWrite},
     {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix, kUseWrite | kUseValues},
-    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange, kUseWrite},
+    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange, kUseWrite | kUseReplay},
     {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals, kUseWrite},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
@@ -148,6 +157,10 @@ const Option kOptions[] = {
      "read8, write8, read16 and write16 for bytes and halfwords; repeatable",
      keepWishbone},
     {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
+    {"-serdes", nullptr, "what the serdes core sees of its block; to \"-json\" where that is given",
+     raise<&CaptureOptions::serdes>},
+    {"-clear", nullptr, "with \"-serdes\": its counts start anew after they were read", raise<&CaptureOptions::clear>,
+     kUseSerdes},
     {"-serve", "ADDRESS",
      "offers the simulation of -launch to programs on this computer, as a remote-bitbang server (tcp:PORT) or as a "
      "virtual cable (xvc:PORT); 0 is any free port",
@@ -194,6 +207,14 @@ const char* problemOfOpen(const CaptureOptions& options) {
   return nullptr;
 }
 
+const char* problemOfSerdes(const CaptureOptions& options) {
+  if (options.clear && !options.serdes) return "\"-clear\" is for \"-serdes\"; give both.";
+  if (!options.serdes) return nullptr;
+  for (const AskedFile& file : askedFiles(options))
+    if (file.form != FileForm::Json) return "\"-serdes\" captures no samples; of the files only \"-json\" is for it.";
+  return nullptr;
+}
+
 const char* problemOfArm(const CaptureOptions& options) {
   if (options.now && (!options.expressions.isEmpty() || options.eventCount > 0))
     return "\"-now\" looks at no expression; leave \"-te\" and \"-count\" out.";
@@ -227,6 +248,7 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
   error = conflictOf(options);
   if (!error.isEmpty()) return false;
   const char* problem = use & (kUseProgram | kUseArm) ? problemOfArm(options) : nullptr;
+  if (!problem && (use & kUseProgram)) problem = problemOfSerdes(options);
   if (!problem && (use & (kUseProgram | kUseOpen))) problem = problemOfOpen(options);
   if (problem) error = QLatin1String(problem);
   return !problem;

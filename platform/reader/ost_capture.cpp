@@ -11,6 +11,7 @@
 #include "platform/jtag/simulation_server.h"
 #include "platform/reader/capture_files.h"
 #include "platform/reader/hub_session.h"
+#include "platform/reader/serdes_view.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/wait_line.h"
 #include "platform/reader/wishbone_reader.h"
@@ -66,6 +67,10 @@ QString infoText(const InsertPlan& plan) {
                      plan.wishbone->isConnected ? QStringLiteral("connected to %1, clock %2")
                                                       .arg(plan.wishbone->instance, plan.wishbone->clock.name)
                                                 : QStringLiteral("at the ports %1*").arg(plan.wishbone->portPrefix));
+  if (plan.serdes)
+    text += QStringLiteral("serdes core: clock %1, %2 clocks and %3 levels\n")
+                .arg(plan.serdes->clock.name, QString::number(plan.serdes->clocks.size()),
+                     QString::number(plan.serdes->levels.size()));
   return text;
 }
 
@@ -80,6 +85,7 @@ class Program {
   int withHub();
   int showStatus();
   int useWishbone();
+  int showSerdes();
   int captureRepeatedly();
   /// One capture, written to files with the mark `number`, unless that is 0.
   int captureOnce(int number);
@@ -94,6 +100,7 @@ class Program {
 bool Program::prepare(QString& error) {
   if (!session_.loadMap(error)) return false;
   if (!options_.wishbone.isEmpty()) return true;
+  if (options_.serdes) return session_.hasSerdes(error) && checkCaptureFiles(options_, {}, error);
   if ((options_.status || options_.info) && options_.core.isEmpty()) return true;
   if (!session_.chooseRuns(options_, error)) return false;
   return checkCaptureFiles(options_, session_.coreNames(), error);
@@ -111,6 +118,7 @@ int Program::withHub() {
   if (options_.info && print(infoText(session_.plan())) != kDone) return kFailed;
   if (!options_.wishbone.isEmpty()) return useWishbone();
   if (options_.status) return showStatus();
+  if (options_.serdes) return showSerdes();
   return options_.info ? int(kDone) : captureRepeatedly();
 }
 
@@ -138,6 +146,16 @@ int Program::useWishbone() {
     if (!good) return failExplained(error);
   }
   return kDone;
+}
+
+int Program::showSerdes() {
+  SerdesLook look;
+  QString error;
+  if (!session_.readSerdes(options_.clear, look, error)) return failExplained(error);
+  const InsertPlan& plan = session_.plan();
+  const ClockPeriod& period = options_.vcdStyle.period;
+  if (!options_.json.isAsked()) return print(QString::fromLatin1(serdesToText(*plan.serdes, look, period)));
+  return storeAll({{options_.json, serdesToJson(plan, look, period)}}, error) ? int(kDone) : fail(error);
 }
 
 int Program::captureRepeatedly() {

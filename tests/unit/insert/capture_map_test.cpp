@@ -120,5 +120,29 @@ TEST(CaptureMap, TellsOfTheWishboneMaster) {
   }
 }
 
+TEST(CaptureMap, HasTheSerdesCore) {
+  InsertPlan plan = planFromText("probes=2 depth=16 serdes=1:2:rst");
+  PlanSerdes& serdes = *plan.serdes;
+  plan.cores[0].sampleClock = serdes.clock = serdes.reset = plan.cores[0].probeBits[0];
+  serdes.clocks[0] = {plan.cores[0].probeBits[1], "clock"};
+  serdes.levels = {{plan.cores[0].probeBits[0], "lock"}, {plan.cores[0].probeBits[1], "los"}};
+  plan.projectHash = planHash(plan);
+  const QByteArray json = captureMapJson(plan);
+  InsertPlan back;
+  QString error;
+  ASSERT_TRUE(readCaptureMap(json, back, error)) << plain(error);
+  EXPECT_EQ(captureMapJson(back), json);
+  const struct {
+    const char *from, *to, *complaint;
+  } table[] = {{"\"core\": 1", "\"core\": 0", "serdes.core"},
+               {"\"word\": \"los\"", "\"word\": \"l os\"", "watched[2].word: is not a word"},
+               {"\"word\": \"los\"", "\"word\": \"clock\"", "hash"},
+               {"\"reset\"", "\"rest\"", "serdes"}};
+  for (const auto& row : table) {
+    EXPECT_FALSE(readCaptureMap(damaged(json, row.from, row.to), back, error));
+    EXPECT_TRUE(has(error, row.complaint));
+  }
+}
+
 }  // namespace
 }  // namespace ost

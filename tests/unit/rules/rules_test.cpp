@@ -62,6 +62,31 @@ const DesignAndNetlist& board() {
   return read;
 }
 
+/// Blocks for the serdes core, each with its faults.
+const char kBlocks[] = R"(
+(* ostrel_role = "dcu" *)
+module phy(input clk, (* ostrel_watch = "lock" *) input lock, (* ostrel_watch = "clock" *) input [1:0] rx);
+  reg seen;
+  always @(posedge clk) seen <= lock;
+endmodule
+(* ostrel_role = "dcu" *) module bare(input clk); wire quiet = clk; endmodule
+(* ostrel_role = "dcu, j2w" *)
+module odd(input clk, (* ostrel_watch = "in lock" *) input lock, (* ostrel_watch *) input [253:0] many);
+  (* ostrel_watch = "los" *) wire floating;
+endmodule
+module one(input clk, input rst, input lock, input [1:0] rx);
+  wire low = 1'b0;
+  phy u_phy(.clk(clk), .lock(lock), .rx(rx));
+endmodule
+module two(input clk, input lock, input [1:0] rx);
+  phy a(.clk(clk), .lock(lock), .rx(rx));
+  bare b(.clk(clk));
+endmodule
+module worst(input clk, input lock, input [253:0] many);
+  odd u_odd(.clk(clk), .lock(lock), .many(many));
+endmodule
+)";
+
 /// The findings with the rules that need drivers.
 QList<Finding> findingsOf(const Project& project) {
   return checkDesignRules(project, *board().design, board().netlist.get()).findings;
@@ -152,6 +177,7 @@ const struct {
     {"no_core", {1}},
     {"off", {1}},
     {"clock=; off; core=c2", {}},  // faults of a core that is not enabled do not count
+    {"serdes", {80, 85}},
     {"wishbone", {}},
     {"wishbone; no_core", {}},
     {"wishbone; off", {1}},
@@ -193,7 +219,7 @@ const struct {
     {"depth=65536; stamp=63; dram; core=c2; depth=65536; stamp=63", {52, 53}},
     {"dram; no_dram", {54}},
     {"trace=half[3] half[2] half[1] fixed[0]; signals=floating din[2:0]; enable; enable_signal=fixed[1]",
-     {60, 61, 61, 66}},
+     {60, 61, 61, 62, 62, 66}},
     {"trace=u_slow/u_reg/q mixed", {62}},
     {"trace=u_pad/through[1]", {62}},
     {"clock=u_deep/u_reg/clk; trace=u_deep/q", {}},  // the same clock under another name
@@ -207,6 +233,27 @@ const struct {
 
 TEST(DesignRules, EachProjectBreaksExactlyItsRules) {
   std::set<int> seen;
+  const struct {
+    const char *top, *clock, *reset;
+    std::multiset<int> rules;
+  } serdes[] = {{"one", "clk", "VLO", {}},
+                {"one", "u_phy/rx[1]", "rst", {}},
+                {"one", "clc", "rts", {86, 87}},
+                {"one", "u_phy/rx", "rx", {86, 87}},
+                {"one", "low", "VLO", {88}},
+                {"two", "clk", "VLO", {81, 82}},
+                {"worst", "clk", "VLO", {83, 84, 89, 90}}};
+  const Scratch folder;
+  const QString blocks = folder.write("blocks.v", kBlocks);
+  for (const auto& row : serdes) {
+    Project project;
+    project.serdes.reset(new mero::ostrel::istSerdesCore{row.clock, row.reset});
+    const DesignAndNetlist read(blocks, row.top);
+    const DesignCheck check = checkDesignRules(project, *read.design, read.netlist.get());
+    EXPECT_EQ(numbersOf(check.findings), row.rules) << plain(designRuleReport(check.findings));
+    EXPECT_EQ(check.plan != nullptr, !hasErrors(check.findings));
+    for (const Finding& finding : check.findings) seen.insert(finding.number);
+  }
   for (const auto& row : kProjects) {
     SCOPED_TRACE(row.changes);
     Project project;
@@ -261,7 +308,8 @@ TEST(DesignRules, ReportNamesObjectAndWayOutErrorsFirst) {
             "DRC-33 error: core c1, expression TE1: it has 4 steps, its max_seq_depth is 1 "
             "(ost_te set -core c1 -max_seq_depth 4 TE1)\n"
             "DRC-62 warning: core c1: \"u_slow/u_reg/q\" is clocked by \"clk2\", not by the sample clock "
-            "(ost_core add <name> for a core of its own with SampleClk=clk2)\n"
+            "(ost_core add <name> for a core of its own with SampleClk=clk2, or observe a register that takes the net "
+            "in)\n"
             "Design rules: 2 errors, 1 warning.\n");
 }
 
