@@ -4,7 +4,7 @@ JOBS ?= $(shell nproc)
 SECONDS ?= 60
 SEEDS ?= 200
 
-.PHONY: help build release deb test oracle mutants demo bench asan fuzz field clean
+.PHONY: help build release deb docs test oracle mutants demo bench asan fuzz field clean
 
 help:
 	@echo "make build   build the package into build/dev (usable as TCLLIBPATH=build/dev/lib)"
@@ -18,6 +18,7 @@ help:
 	@echo "make field   insert into the designs below DESIGNS=folder, prove, simulate and capture; FIELD='-rows n -timeout s'"
 	@echo "make release build for installing: sudo cmake --install build/release [--prefix FOLDER]"
 	@echo "make deb     the same as a Debian package in build/release; OST_MAINTAINER='name <address>'"
+	@echo "make docs    the manual as one page: build/dev/docs/manual.html"
 	@echo "make clean   remove build/"
 
 build: build/dev.product
@@ -34,6 +35,10 @@ build/%.product build/%.built:
 
 deb: build/release.product
 	@cd build/release && cmake $(if $(OST_MAINTAINER),-DOST_MAINTAINER='$(OST_MAINTAINER)') . >/dev/null && cpack -G DEB
+
+docs: build/dev.product
+	@tools/bootstrap cmark-gfm
+	@tclsh tools/write_page.tcl . build/dev/docs cmark-gfm build/dev/docs/manual.html
 
 test: build/dev.built
 	@ctest --preset dev -j 2

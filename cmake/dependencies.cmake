@@ -1,7 +1,7 @@
 # What the build needs: Tcl 8 headers, stub library and tclsh of one version, and Qt Core; for the embedded libraries
 # RapidJSON, too.
 set(OST_TCL_PREFIX "" CACHE PATH "Where Tcl is installed; empty for the system's")
-set(OST_QT 5 CACHE STRING "Major version of Qt: 5, or 4 for a host of that time")
+set(OST_QT 5 CACHE STRING "Major version of Qt: 5 or 6, or 4 for a host of that time")
 set(OST_QT_PREFIX "" CACHE PATH "Where Qt 4 is installed: include/QtCore and lib/libQtCore.so are below it")
 
 if(OST_TCL_PREFIX)
@@ -43,6 +43,12 @@ target_compile_definitions(ost_qt INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_
 if(OST_QT EQUAL 5)
   find_package(Qt5Core REQUIRED)
   add_library(ost_qt_core ALIAS Qt5::Core)
+elseif(OST_QT EQUAL 6)
+  # The handlers keep to what Qt 4 has, of which Qt 6 holds a part apart.
+  find_package(Qt6 REQUIRED COMPONENTS Core Core5Compat)
+  add_library(ost_qt_core INTERFACE)
+  target_link_libraries(ost_qt_core INTERFACE Qt6::Core Qt6::Core5Compat)
+  target_compile_definitions(ost_qt_core INTERFACE QT_NO_KEYWORDS)  # Else "slots" is a word of Qt's.
 elseif(OST_QT EQUAL 4)
   find_path(OST_QT4_INCLUDE QtCore/qglobal.h HINTS ${OST_QT_PREFIX} PATH_SUFFIXES include include/qt4 REQUIRED)
   find_library(OST_QT4_CORE NAMES QtCore HINTS ${OST_QT_PREFIX} PATH_SUFFIXES lib lib/qt4
@@ -50,19 +56,19 @@ elseif(OST_QT EQUAL 4)
   file(STRINGS ${OST_QT4_INCLUDE}/QtCore/qglobal.h qt_version REGEX "#define QT_VERSION_STR")
   if(NOT qt_version MATCHES "\"4[.]")
     message(FATAL_ERROR "The headers in ${OST_QT4_INCLUDE} are not of Qt 4 (${qt_version}): name the prefix of Qt 4 in "
-      "OST_QT_PREFIX, or build with OST_QT=5.")
+      "OST_QT_PREFIX, or build with OST_QT=5 or 6.")
   endif()
   add_library(ost_qt_core INTERFACE)
   target_include_directories(ost_qt_core SYSTEM INTERFACE ${OST_QT4_INCLUDE} ${OST_QT4_INCLUDE}/QtCore)
   target_link_libraries(ost_qt_core INTERFACE ${OST_QT4_CORE})
 else()
-  message(FATAL_ERROR "OST_QT is ${OST_QT}: it must be 4 or 5.")
+  message(FATAL_ERROR "OST_QT is ${OST_QT}: it must be 4, 5 or 6.")
 endif()
 target_link_libraries(ost_qt INTERFACE ost_qt_core)
 
 if(OST_PLATFORM)
-  if(NOT OST_QT EQUAL 5)
-    message(FATAL_ERROR "The embedded libraries need Qt 5: build the command package alone (OST_PLATFORM=OFF) for Qt 4.")
+  if(OST_QT LESS 5)
+    message(FATAL_ERROR "The embedded libraries need Qt 5 or 6: build the command package alone (OST_PLATFORM=OFF) for Qt 4.")
   endif()
   find_path(OST_RAPIDJSON_INCLUDE rapidjson/document.h REQUIRED)
 

@@ -46,11 +46,16 @@ if(OST_PLATFORM)
   file(RELATIVE_PATH package_from_bin /${CMAKE_INSTALL_BINDIR} /${package_folder})
   set_target_properties(ost_capture PROPERTIES INSTALL_RPATH $ORIGIN/${package_from_bin})
   install(TARGETS ost_capture DESTINATION ${CMAKE_INSTALL_BINDIR})
+  set(package_from_program ${package_from_bin})
+  configure_file(platform/ost_shell/ostsh.in installed_ostsh @ONLY)
+  install(PROGRAMS ${CMAKE_BINARY_DIR}/installed_ostsh DESTINATION ${CMAKE_INSTALL_BINDIR} RENAME ostsh)
   install(FILES platform/jtag/sim/ostrel_jtag_sim.v platform/jtag/sim/ostrel_jtag_sim.h
     DESTINATION ${CMAKE_INSTALL_DATADIR}/ost_tclwrapper)
   # A page of the build replaces the page of the sources that it was made from.
   install(DIRECTORY docs/ ${CMAKE_BINARY_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}
     FILES_MATCHING PATTERN "*.md" PATTERN CMakeFiles EXCLUDE)
+  # Of `make docs`, where it was called.
+  install(FILES ${CMAKE_BINARY_DIR}/docs/manual.html DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
   install(DIRECTORY ${CMAKE_BINARY_DIR}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR})
   install(DIRECTORY examples/frame_link DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 endif()

@@ -20,11 +20,13 @@ ost_te add -name TE1 -expression TU1
 ost_project run -save
 
 set help [exec $prefix/bin/ost_capture -help]
+set shell [exec $prefix/bin/ostsh << {puts [package present ost_capture]}]
 foreach {found what} [list \
   [string match $prefix/* [lindex [package ifneeded ost_tclwrapper [package present ost_tclwrapper]] 1]] \
     "another copy of the package was loaded" \
   [file exists installed_debug/ostrel_debug.v] "no debug core was written" \
   [string match "*ost_capture*-map*" $help] "the reader does not tell its usage" \
+  [expr {$shell eq [package present ost_capture]}] "ostsh does not load this version" \
   [file exists $prefix/share/ost_tclwrapper/ostrel_jtag_sim.v] "the JTAG model is missing" \
   [file exists $docs/reference.md] "the reference is missing" \
   [file exists $docs/boards.md] "the pages that are not written by the build are missing"] {
@@ -33,7 +35,7 @@ foreach {found what} [list \
 
 # Each command has its manual page where man looks, or below a prefix that it does not know; no page makes roff complain.
 set where [expr {[string match /usr* $prefix] ? "" : "-M $prefix/share/man"}]
-foreach {section names} {3tcl {ost_project ost_core ost_trace ost_tu ost_te ost_serdes ost_design ost_capture} 1 ost_capture 7 ost_rules} {
+foreach {section names} {3tcl {ost_project ost_core ost_trace ost_tu ost_te ost_serdes ost_design ost_capture} 1 {ost_capture ostsh} 7 ost_rules} {
   foreach name $names {
     set page [exec man {*}$where -w $section $name]
     if {![string match $prefix/* $page]} {error "man finds $page"}

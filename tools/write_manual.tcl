@@ -1,8 +1,10 @@
 # Writes the manual pages: <man folder>/man1, man3 and man7. What can be typed, options and rules come from the program
 # itself, the rest is the page of docs/ about the same, with its tables as the build has written them.
 #
+# ostsh is beside ost_capture.
+#
 #   tclsh tools/write_manual.tcl <ost_capture> <docs of the sources> <docs of the build> <man folder>
-package require Tcl 8.6
+package require Tcl 8.5
 set root [file dirname [file normalize [info script]]]
 source [file join $root live_table.tcl]
 source [file join $root man_page.tcl]
@@ -59,8 +61,9 @@ proc write {name section summary usages markdown related} {
 set commands [packageCommands]
 set version [package present ost_tclwrapper]
 file delete -force -- $manFolder
-set all [lmap command $commands {string cat $command (3tcl)}]
-lappend all ost_design(3tcl) ost_capture(1) ost_capture(3tcl) ost_rules(7)
+set all {}
+foreach command $commands {lappend all $command\(3tcl)}
+lappend all ost_design(3tcl) ost_capture(1) ost_capture(3tcl) ostsh(1) ost_rules(7)
 
 # The page of docs/ that says more about a command.
 set about {ost_project project-file ost_tu trigger-units ost_te trigger-expressions ost_trace options}
@@ -83,15 +86,21 @@ foreach command $commands {
 package require ost_platform
 set usages [regexp -all -inline -line {^usage: .*$} [ost_design help]]
 write ost_design 3tcl "reads the design that debug cores are inserted into" \
-    "package require ost_platform\n\n[join [lmap usage $usages {string range $usage 7 end}] \n]" \
+    "package require ost_platform\n\n[regsub -all -line {^usage: } [join $usages \n] {}]" \
     [described [page ost_design]] $all
 
-set help [exec $capture -help]
-regexp {^ost_capture - ([^\n]+)\nUsage: ((?:[^\n]+\n)(?: {7}[^\n]+\n)*)} $help -> summary usages
-regexp {\nExit status: ([^\n]+)} $help -> exits
+# A program: its usage and exit status from its help, options from the page, which has them as a table.
+proc writeProgram {program text} {
+    set help [exec $program -help]
+    set name [file tail $program]
+    regexp "^$name - (\[^\n]+)\nUsage: ((?:\[^\n]+\n)(?: {7}\[^\n]+\n)*)" $help -> summary usages
+    regexp {\nExit status: ([^\n]+)} $help -> exits
+    write $name 1 $summary [regsub -all {\n {7}} [string trimright $usages] "\n"] \
+        "[described $text]\n## Exit status\n\n$exits\n" $::all
+}
 set inScripts {^A capture in a script$}
-write ost_capture 1 $summary [regsub -all {\n {7}} [string trimright $usages] "\n"] \
-    "[described [sections [page ost_capture] $inScripts 1]]\n## Exit status\n\n$exits\n" $all
+writeProgram $capture [sections [page ost_capture] $inScripts 1]
+writeProgram [file join [file dirname $capture] ostsh] [page ostsh]
 package require ost_capture
 regsub {.*?\n(?=## )} [sections [page ost_capture] $inScripts] {} scripts
 write ost_capture 3tcl "arms debug cores and reads their captures in a script" \

@@ -1,7 +1,8 @@
 # Writes the table of all options of a core: <docs folder>/options.md, from what the package takes now, joined with what
-# docs/options.tcl says of each. Fails when the two do not match, or when a test that is named does not exist.
+# docs/options.tcl says of each; and <names>, the options of trc_option and trig_option for the completer. Fails when the
+# two do not match, or when a test that is named does not exist.
 #
-#   tclsh tools/write_options.tcl <live_tables> <docs folder>
+#   tclsh tools/write_options.tcl <live_tables> <docs folder> <names>
 package require Tcl 8.5
 set root [file dirname [file dirname [file normalize [info script]]]]
 source [file join $root tools live_table.tcl]
@@ -38,11 +39,13 @@ proc option {name hardware runTime tests} {
     set ::rows($name) [list $hardware $runTime $tests]
 }
 
-lassign $argv liveTables docsFolder
+lassign $argv liveTables docsFolder namesFile
 packageCommands
-set live [split [string trim [exec $liveTables options]] \n]
+set names [string trim [exec $liveTables options]]
+set live [split $names \n]
 lappend live {*}[helpOptions ost_tu add set] {*}[helpOperators] {*}[helpOptions ost_te add set]
 lappend live {*}[helpOptions ost_project run]
+foreach {all word} [regexp -all -inline {\[([a-z]+)=<} [ost_serdes help set]] {lappend live "ost_serdes $word"}
 source -encoding utf-8 [file join $root docs options.tcl]
 
 set known [regexp -all -inline -line {^ *(?:test )?(hardware-\S+)} [contents [file join $root tests tcl options_in_hardware.test]]]
@@ -76,7 +79,9 @@ if {$faults ne ""} {
     puts stderr [join $faults \n]
     exit 1
 }
-set out [open [file join $docsFolder options.md] w]
-fconfigure $out -encoding utf-8
-puts -nonewline $out $text
-close $out
+foreach {file text} [list [file join $docsFolder options.md] $text $namesFile $names\n] {
+    set out [open $file w]
+    fconfigure $out -encoding utf-8
+    puts -nonewline $out $text
+    close $out
+}

@@ -22,6 +22,7 @@ proc table {name} {
     switch -- $name {
         rules {return [exec $::liveTables rules]\n}
         ost_capture {return [optionTable [exec $::capture -help]]}
+        ostsh {return [optionTable [exec [file join [file dirname $::capture] ostsh] -help]]}
         ost_design {
             package require ost_platform
             return [optionTable [ost_design help read]]

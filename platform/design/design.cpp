@@ -8,7 +8,9 @@
 #include <mutex>
 
 #include "platform/design/elaboration.h"
+#include "platform/design/mapped_cells.h"
 #include "platform/design/name_index.h"
+#include "platform/design/serdes_blocks.h"
 #include "platform/design/source_plan.h"
 #include "platform/design/source_stamp.h"
 #include "platform/system/files.h"
@@ -87,8 +89,7 @@ bool Design::Private::loadNetlist(QString& error) {
 void Design::Private::readRoles() {
   for (const ModuleEntry& module : index.modules) {
     if (!module.used || module.roles.isEmpty()) continue;
-    QByteArray words = module.roles;
-    for (const QByteArray& word : words.replace(',', ' ').split(' ')) {
+    for (const QByteArray& word : roleWords(module)) {
       roles.dcu |= word == "dcu";
       roles.j2w |= word == "j2w";
       roles.jtag2wb |= word == "jtag2wb";
@@ -283,6 +284,10 @@ void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const 
   }
 }
 
+QVector<SerdesBlock> Design::serdesBlocks(int most) const {
+  return findSerdesBlocks(d->index, most);
+}
+
 QStringList Design::dependencies() const {
   QStringList names;
   for (const SourceStamp& stamp : d->stamps) names.append(textFromFile(stamp.file));
@@ -302,7 +307,10 @@ QByteArray Design::digest() const {
 }
 
 YosysScript Design::elaborationScript() const {
-  return d->plan->hierarchyScript(true).line("proc");
+  QList<QByteArray> boxes = d->index.unknownTypes.toList();
+  for (const ModuleEntry& module : d->index.modules)
+    if (module.used && module.bodyless) boxes.append(module.key);
+  return plainCellsScript(d->plan->hierarchyScript(true), d->plan->isNetlist(), boxes);
 }
 
 }  // namespace ost

@@ -99,6 +99,18 @@ struct DesignRoles {
   bool jtag2wbCore = false;  ///< "jtag2wb_core": it holds a JTAG-to-Wishbone core of its own.
 };
 
+/// A net that its module marks with the attribute (* ostrel_watch = "..." *).
+struct WatchedNet {
+  QString name;  ///< From the top; resolve() takes it.
+  QString word;  ///< The attribute's text: "clock", "lock", ...; "signal" when it has none.
+};
+
+/// An instance of a module with the role "dcu".
+struct SerdesBlock {
+  QString name;  ///< From the top; the top's own name when that is the block.
+  QVector<WatchedNet> nets;
+};
+
 class ISTCOMDATA_API Design {
  public:
   /// Reads the sources with Yosys. Null on failure, with a text for the user in `error` (file and line where Yosys
@@ -116,6 +128,8 @@ class ISTCOMDATA_API Design {
   QStringList blackBoxes() const;    ///< Modules without a body that the hierarchy uses.
   const QStringList& notes() const;  ///< What the user should know of the reading, a sentence each.
   const DesignRoles& roles() const;
+  /// The serdes blocks of the hierarchy, `most` at most.
+  QVector<SerdesBlock> serdesBlocks(int most) const;
   int moduleCount() const;    ///< Modules that the hierarchy uses.
   int instanceCount() const;  ///< Instances below the top.
   qint64 netCount() const;    ///< Public nets over all instances.

@@ -64,6 +64,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
         offset_ = 0;
         upto_ = hidden_ = wholeName_ = false;
         type_.clear();
+        watch_.clear();
         enums_.beginNet();
         return true;
       case kItem:
@@ -243,7 +244,14 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
 
   void netAttribute(std::string_view text) {
     if (attribute_ == "src" && item_.find('.') != std::string::npos) wholeName_ = isWrittenWhole(text);
+    if (attribute_ == "ostrel_watch" && isSetAttribute(text)) watch_ = wordOf(text);
     enums_.take(attribute_, text);
+  }
+
+  /// The attribute's text; "signal" where the source gives it none, which Yosys writes as the number 1.
+  static QByteArray wordOf(std::string_view text) {
+    const bool number = text.find_first_not_of("01xz") == std::string_view::npos;
+    return number ? QByteArray("signal") : QByteArray(text.data(), int(text.size())).trimmed();
   }
 
   static bool isTrue(const Scalar& value) {
@@ -283,6 +291,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
       net.enumType = enums_.typeOf(width_);
       if (!keepName(net.name)) return false;
       module().nets.push_back(net);
+      if (!watch_.isEmpty()) module().watched.push_back({net.name, watch_});
     } else if (section_ == kCells) {
       if (type_.empty()) return fail("a cell has no \"type\"");
       if (type_[0] == '$' && type_.compare(0, 8, "$paramod") != 0) return true;
@@ -308,7 +317,7 @@ class Handler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler> 
   NameIndex& index_;
   QHash<QByteArray, bool> known_;
   QHash<QByteArray, int> typeNumber_;
-  QByteArray rootKey_;
+  QByteArray rootKey_, watch_;
   bool inModules_ = false;
   int depth_ = 0, arrays_ = 0;
   Section section_ = kUnread;

@@ -7,6 +7,7 @@
 #include <QVector>
 #include <functional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/design/design.h"
@@ -45,6 +46,8 @@ struct ModuleEntry {
   std::vector<NetEntry> nets;            ///< Public, sorted by name.
   std::vector<InstanceEntry> instances;  ///< Of modules of the design only, sorted by name.
   std::vector<NameRef> memories;         ///< Sorted.
+  /// The public nets with the attribute `ostrel_watch` and its text, in the netlist's order.
+  std::vector<std::pair<NameRef, QByteArray>> watched;
   // Filled by NameIndex::complete().
   bool used = false;
   int parent = -1;          ///< A module that holds an instance of this one, on a shortest path from the top.
@@ -92,6 +95,9 @@ bool isSetAttribute(std::string_view text);
 /// Reads a Yosys JSON netlist from the open file `fd`, from its beginning; nothing in it is trusted. `fileName` is for
 /// texts. False with the reason and the place in `error`.
 bool readNameIndex(int fd, const QString& fileName, NameIndex& index, QString& error);
+
+/// The words of a module's attribute `ostrel_role`.
+QList<QByteArray> roleWords(const ModuleEntry& module);
 
 /// What a name means in an index.
 struct NameHit {

@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "platform/design/file_list.h"
+#include "platform/design/mapped_cells.h"
 #include "platform/system/files.h"
 #include "platform/text/byte_text.h"
 #include "platform/text/names.h"
@@ -186,7 +187,10 @@ bool SourcePlan::lookInto(const QString& absolute, const QString& typed, File& e
   }
   if (text.startsWith("\xef\xbb\xbf")) replaced = text.mid(3);
   const QList<ScannedModule> modules = scanVerilog(text);
-  for (const ScannedModule& module : modules) entry.atOnce |= module.bodyless && module.shell.contains("parameter");
+  for (const ScannedModule& module : modules) {
+    entry.atOnce |= module.bodyless && module.shell.contains("parameter");
+    entry.mapped |= std::any_of(module.words.begin(), module.words.end(), isRawCell);
+  }
   modules_ += modules;
   return true;
 }

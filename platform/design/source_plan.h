@@ -94,6 +94,7 @@ class SourcePlan {
     QByteArray scriptName;
     QByteArray ownIncludeDir;  ///< The link to its folder, when the file itself is reached through a link.
     bool systemVerilog = false;
+    bool mapped = false;  ///< Written by Yosys with cells of its own as instances, see isRawCell().
     bool atOnce = false;  ///< Not deferred: holds black boxes of its own, whose instances keep their parameters so.
   };
   struct VhdlRound {

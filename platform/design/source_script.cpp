@@ -24,13 +24,14 @@ void SourcePlan::addMacros(YosysScript& script) const {
 
 void SourcePlan::addFile(YosysScript& script, const File& file) const {
   if (file.systemVerilog) script.words(" -sv");
+  if (file.mapped) script.words(" -icells");
   if (!file.ownIncludeDir.isEmpty()) script.includeDir(file.ownIncludeDir);
   for (const QByteArray& directory : includeDirs_) script.includeDir(directory);
   script.file(file.scriptName);
 }
 
 void SourcePlan::addSources(YosysScript& script) const {
-  for (const QByteArray& library : cellLibraries_) script.line("read_verilog -nodpi -lib").dataFile(library);
+  for (const QByteArray& library : cellLibraries_) script.line("read_verilog -nodpi -lib -nowb").dataFile(library);
   // A cell that the sources declare is theirs.
   if (!cellLibraries_.isEmpty() && !modules_.isEmpty()) {
     script.line("select -set ost_own");

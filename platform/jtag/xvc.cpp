@@ -25,19 +25,22 @@ bool XvcPort::open(QString& error) {
   const QByteArray info = answer.text(), name = "xvcServer_v1.";
   const int colon = info.indexOf(':');
   bool isNumber = false;
-  const int bytes = info.mid(colon + 1).trimmed().toInt(&isNumber);
+  const qint64 bytes = info.mid(colon + 1).trimmed().toLongLong(&isNumber);
   if (!info.startsWith(name) || colon < 0 || !isNumber || bytes < 2)
     return connection_.fail(
         QStringLiteral("it says of itself \"%1\"; is it a virtual cable, version 1.0?").arg(quotable(info)), error);
   // Some servers mean the vectors of TMS and TDI together.
-  longestShift_ = qMin(bytes / 2, kLongestShift / 8) * 8;
+  longestShift_ = static_cast<int>(qMin<qint64>(bytes / 2, kLongestShift / 8)) * 8;
   return true;
 }
 
 bool XvcPort::run(const QByteArray& tms, const QByteArray& tdi, QByteArray* tdo, QString& error) {
   tms_ += tms;
   tdi_ += tdi;
-  if (!tdo && tms_.size() < kKeepAtMost && !connection_.isBroken()) return true;
+  // Idle cycles, and the moves behind them, are requests of their own: openFPGALoader 0.10, over FTDI cables, keeps TMS
+  // up behind a single 1 between many 0 of a request, and loses what TDO says in the first bits behind a change of TMS.
+  const bool isIdle = !tms.contains(1), wasIdle = std::exchange(wasIdle_, isIdle);
+  if (!tdo && !isIdle && !wasIdle && tms_.size() < kKeepAtMost && !connection_.isBroken()) return true;
   return shiftKept(tdo, error, tms.size());
 }
 

@@ -24,6 +24,7 @@ class XvcPort : public JtagPort {
   Connection& connection_;
   int longestShift_ = 8;  ///< Bits.
   QByteArray tms_, tdi_;  ///< Cycles not sent yet.
+  bool wasIdle_ = false;  ///< The last cycles were spent in Run-Test/Idle.
 };
 
 }  // namespace ost

@@ -27,7 +27,7 @@ QVector<int> clockOf(const KnownCell& known, CellKind kind, int bit) {
   const QByteArray enables = cell.parameters.value("RD_CLK_ENABLE");
   const auto [place, end] = known.outputs.find(bit);
   if (place == end || clocks.isEmpty()) return {};
-  const int readPort = place->position / std::max(1, data.size() / clocks.size());
+  const int readPort = place->position / std::max(1, int(data.size() / clocks.size()));
   if (readPort < clocks.size() && readPort < enables.size() && enables[enables.size() - 1 - readPort] == '1')
     return {clocks[readPort]};
   return {};
@@ -70,6 +70,16 @@ std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& erro
   const std::shared_ptr<const Netlist> netlist = read(scratch.fd(), design.topKey(), error);
   if (netlist) netlist->d->topParameters = parameterOrder(head.content());
   return netlist;
+}
+
+std::shared_ptr<const Netlist> netlistOf(const Design& design, QString& error, const std::function<bool()>& idle) {
+  static std::shared_ptr<const Netlist> kept;
+  static QByteArray digest;
+  if (kept && digest == design.digest()) return kept;
+  kept = Netlist::load(design, error, idle);
+  digest = kept ? design.digest() : QByteArray();
+  if (!kept && error.isEmpty()) error = QStringLiteral("The design's netlist could not be made.");
+  return kept;
 }
 
 std::shared_ptr<const Netlist> Netlist::read(int file, const QString& topKey, QString& error) {
@@ -208,12 +218,12 @@ PlacedBit NetlistBits::source(const PlacedBit& start, LocalDriver& driver) const
   return weak.kind == LocalDriver::None ? topmost(end) : weakPlace;
 }
 
-PlacedBit NetlistBits::topmost(PlacedBit place) const {
+PlacedBit NetlistBits::topmost(PlacedBit place, const std::function<bool(const PlacedBit&)>& stop) const {
   PlacedBit above;
   while (!isConstantBit(place.bit)) {
     const LocalDriver driver = index(place.module).driver(place.bit);
     if (driver.kind != LocalDriver::InputPort && driver.kind != LocalDriver::InOutPort) break;
-    if (!climb(place, above)) break;
+    if ((stop && stop(place)) || !climb(place, above)) break;
     place = above;
   }
   return place;

@@ -1,68 +1,29 @@
-// Writes the capture map. Bits are short lists on one line each, so that the file reads well and stays small.
+// Writes the capture map.
 #include "platform/plan/capture_map.h"
-
-#include <rapidjson/prettywriter.h>
-#include <rapidjson/stringbuffer.h>
 
 #include <QCryptographicHash>
 
+#include "platform/plan/capture_map_instances.h"
 #include "platform/plan/capture_map_words.h"
 #include "platform/trigger/unit_value.h"
 
 namespace ost {
 namespace {
 
-class MapWriter {
+class MapWriter : private JsonLines {
  public:
-  MapWriter() : writer_(buffer_) { writer_.SetIndent(' ', 1); }
+  explicit MapWriter(int version) : version_(version) {}
 
   QByteArray write(const InsertPlan& plan);
 
  private:
-  void key(const char* name) { writer_.Key(name); }
-  void bytes(const QByteArray& text) { writer_.String(text.constData(), rapidjson::SizeType(text.size())); }
-  void text(const char* name, const QString& value) {
-    key(name);
-    bytes(value.toLatin1());
-  }
-  void flag(const char* name, bool value) {
-    key(name);
-    writer_.Bool(value);
-  }
-  void number(const char* name, int value) {
-    key(name);
-    writer_.Int(value);
-  }
-  /// A list on one line, of what `elements` writes.
-  template <typename Elements>
-  void line(const Elements& elements) {
-    writer_.StartArray();
-    writer_.SetFormatOptions(rapidjson::kFormatSingleLineArray);
-    elements();
-    writer_.EndArray();
-    writer_.SetFormatOptions(rapidjson::kFormatDefault);
-  }
-  void numbers(const char* name, const QVector<int>& values) {
-    key(name);
-    line([&] {
-      for (const int value : values) writer_.Int(value);
-    });
-  }
   void bit(const NetBit& bit) {
     line([&] {
       bytes(bit.name.toLatin1());
       bytes(bit.instancePath.toLatin1());
       bytes(bit.net.toLatin1());
-      writer_.Int(bit.bit);
+      integer(bit.bit);
     });
-  }
-  /// A list of what `write` writes for each entry.
-  template <typename Entry, typename Write>
-  void list(const char* name, const QVector<Entry>& entries, const Write& write) {
-    key(name);
-    writer_.StartArray();
-    for (const Entry& entry : entries) write(entry);
-    writer_.EndArray();
   }
   void bits(const char* name, const QVector<NetBit>& entries) {
     list(name, entries, [this](const NetBit& entry) { bit(entry); });
@@ -80,8 +41,7 @@ class MapWriter {
   void wishbone(const PlanWishbone& wishbone, int number);
   void serdes(const PlanSerdes& serdes, int number);
 
-  rapidjson::StringBuffer buffer_;
-  rapidjson::PrettyWriter<rapidjson::StringBuffer> writer_;
+  const int version_;
 };
 
 QByteArray reversed(QByteArray digits) {
@@ -99,9 +59,8 @@ void MapWriter::valueNames(const EnumNames& names) {
   });
 }
 
-/// The oldest version that holds all that the plan has.
-int versionFor(const InsertPlan& plan) {
-  if (plan.wishbone || plan.serdes) return 5;
+/// The oldest version that holds all that the plan has, of those that are hashed wholly.
+int oldVersionFor(const InsertPlan& plan) {
   int version = plan.jtag.way != JtagWay::Pins ? 3 : 1;
   for (const PlanCore& core : plan.cores) {
     for (const PlanProbe& probe : core.probes) {
@@ -116,10 +75,7 @@ int versionFor(const InsertPlan& plan) {
 
 void MapWriter::declaredNet(const DeclaredNet& net) {
   if (net.name.isEmpty()) return;
-  key("scopes");
-  line([&] {
-    for (const QString& scope : net.scopes) bytes(scope.toLatin1());
-  });
+  texts("scopes", net.scopes);
   text("net", net.name);
   if (net.isVector) numbers("range", {net.left, net.right});
 }
@@ -127,19 +83,19 @@ void MapWriter::declaredNet(const DeclaredNet& net) {
 void MapWriter::enable(const char* name, bool used, const NetBit& net, bool activeLow, bool isForeign) {
   key(name);
   if (!used) {
-    writer_.Null();
+    null();
     return;
   }
-  writer_.StartObject();
+  begin();
   key("net");
   bit(net);
   flag("activeLow", activeLow);
   if (isForeign) flag("foreign", true);
-  writer_.EndObject();
+  end();
 }
 
 void MapWriter::unit(const PlanUnit& unit) {
-  writer_.StartObject();
+  begin();
   text("name", unit.name);
   text("class", unitClassWords()[int(unit.unitClass)]);
   text("operator", operatorText(unit.op));
@@ -152,11 +108,11 @@ void MapWriter::unit(const PlanUnit& unit) {
   key("mask");
   bytes(reversed(unit.mask));
   valueNames(unit.names);
-  writer_.EndObject();
+  end();
 }
 
 void MapWriter::expression(const PlanExpression& expression) {
-  writer_.StartObject();
+  begin();
   text("name", expression.name);
   text("text", expression.text);
   flag("blockRam", expression.blockRam);
@@ -164,32 +120,32 @@ void MapWriter::expression(const PlanExpression& expression) {
   number("maxEventCount", expression.maxEventCount);
   numbers("units", expression.units);
   list("steps", expression.steps, [this](const PlanStep& step) {
-    writer_.StartObject();
+    begin();
     key("truthTable");
     bytes(step.truthTable);
     number("count", step.count);
-    writer_.EndObject();
+    end();
   });
-  writer_.EndObject();
+  end();
 }
 
 void MapWriter::triggerOut(const PlanCore& core) {
   key("triggerOut");
   if (!core.triggerOutIo && !core.triggerOutNet) {
-    writer_.Null();
+    null();
     return;
   }
-  writer_.StartObject();
+  begin();
   text("name", core.triggerOutName);
   flag("port", core.triggerOutIo);
   flag("net", core.triggerOutNet);
   flag("activeLow", core.triggerOutActiveLow);
   number("minPulse", core.triggerOutMinPulse);
-  writer_.EndObject();
+  end();
 }
 
 void MapWriter::core(const PlanCore& core) {
-  writer_.StartObject();
+  begin();
   text("name", core.name);
   key("sampleClock");
   bit(core.sampleClock);
@@ -209,17 +165,19 @@ void MapWriter::core(const PlanCore& core) {
   triggerOut(core);
   bits("probeBits", core.probeBits);
   list("probes", core.probes, [this](const PlanProbe& probe) {
-    writer_.StartObject();
+    begin();
     text("name", probe.name);
     numbers("positions", probe.positions);
     valueNames(probe.names);
     declaredNet(probe.net);
-    writer_.EndObject();
+    end();
   });
   bits("triggerBits", core.triggerBits);
   list("units", core.units, [this](const PlanUnit& entry) { unit(entry); });
   list("expressions", core.expressions, [this](const PlanExpression& entry) { expression(entry); });
-  writer_.EndObject();
+  if (version_ > kLastWhollyHashedVersion && !core.instances.isEmpty())
+    list("instances", core.instances, [this](const ProbedInstance& entry) { writeInstance(*this, entry); });
+  end();
 }
 
 void MapWriter::jtag(const InsertPlan& plan) {
@@ -238,11 +196,12 @@ void MapWriter::jtag(const InsertPlan& plan) {
 
 void MapWriter::wishbone(const PlanWishbone& wishbone, int number) {
   key("wishbone");
-  writer_.StartObject();
+  begin();
   this->number("core", number);
   flag("bigEndian", wishbone.isBigEndian);
   this->number("addressBits", wishbone.addressBits);
   flag("connected", wishbone.isConnected);
+  if (!wishbone.isConnected) text("ports", wishbone.portPrefix);
   if (wishbone.isConnected) {
     text("instance", wishbone.instance);
     key("clock");
@@ -252,39 +211,64 @@ void MapWriter::wishbone(const PlanWishbone& wishbone, int number) {
       line([&] {
         bytes(wishboneSignalWords()[int(pin.signal)].toLatin1());
         bytes(pin.port.toLatin1());
-        writer_.Int(pin.width);
+        integer(pin.width);
       });
     });
   }
-  writer_.EndObject();
+  end();
 }
 
 void MapWriter::serdes(const PlanSerdes& serdes, int number) {
   key("serdes");
-  writer_.StartObject();
+  begin();
   this->number("core", number);
   key("clock");
   bit(serdes.clock);
-  writer_.EndObject();
+  if (serdes.hasReset) {
+    key("reset");
+    bit(serdes.reset);
+  }
+  list("watched", serdes.clocks + serdes.levels, [this](const PlanWatched& one) {
+    begin();
+    text("word", one.word);
+    key("net");
+    bit(one.net);
+    end();
+  });
+  end();
+}
+
+/// Takes away what the hardware does not depend on.
+void clearShown(PlanCore& core) {
+  core.displayRadix = Radix::Bin;
+  core.probes.clear();
+  core.instances.clear();
+  for (PlanUnit& unit : core.units) {
+    unit.radix = Radix::Bin;
+    for (QString* text : {&unit.name, &unit.valueText}) text->clear();
+    unit.names.clear();
+  }
+  for (PlanExpression& expression : core.expressions)
+    for (QString* text : {&expression.name, &expression.text}) text->clear();
 }
 
 QByteArray MapWriter::write(const InsertPlan& plan) {
-  writer_.StartObject();
+  begin();
   text("format", captureMapFormat());
-  number("version", versionFor(plan));
+  number("version", version_);
   text("project", plan.projectName);
   text("top", plan.topModule);
   key("hash");
   bytes(plan.projectHash);
   key("jtag");
-  writer_.StartObject();
+  begin();
   jtag(plan);
-  writer_.EndObject();
+  end();
   list("cores", plan.cores, [this](const PlanCore& entry) { core(entry); });
   if (plan.wishbone) wishbone(*plan.wishbone, plan.wishboneNumber());
   if (plan.serdes) serdes(*plan.serdes, plan.serdesNumber());
-  writer_.EndObject();
-  return QByteArray(buffer_.GetString(), int(buffer_.GetSize())) + '\n';
+  end();
+  return result() + '\n';
 }
 
 }  // namespace
@@ -298,15 +282,21 @@ QStringList unitClassWords() {
 }
 
 QByteArray captureMapJson(const InsertPlan& plan) {
-  return MapWriter().write(plan);
+  return MapWriter(kCaptureMapVersion).write(plan);
 }
 
-QByteArray planHash(const InsertPlan& plan) {
+QByteArray planHash(const InsertPlan& plan, int version) {
   InsertPlan hashed = plan;
   hashed.projectHash.clear();
   hashed.pins = JtagPins();
   hashed.jtag = PlanJtag();
-  return QCryptographicHash::hash(captureMapJson(hashed), QCryptographicHash::Sha256).toHex().left(16);
+  if (hashed.wishbone) hashed.wishbone->portPrefix.clear();
+  if (version <= kLastWhollyHashedVersion)
+    version = oldVersionFor(hashed);
+  else
+    for (PlanCore& core : hashed.cores) clearShown(core);
+  const QByteArray text = MapWriter(version).write(hashed);
+  return QCryptographicHash::hash(text, QCryptographicHash::Sha256).toHex().left(16);
 }
 
 }  // namespace ost

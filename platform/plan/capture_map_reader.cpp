@@ -4,6 +4,7 @@
 #include <climits>
 
 #include "platform/plan/capture_map.h"
+#include "platform/plan/capture_map_instances.h"
 #include "platform/plan/capture_map_words.h"
 #include "platform/text/byte_text.h"
 #include "platform/text/json_fields.h"
@@ -272,6 +273,10 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   list(fields, "expressions", kMaxPlanExpressions, [&](const QJsonValue& entry, const QString& place) {
     core.expressions.append(expression(entry, place, core.units.size()));
   });
+  if (version_ >= 5 && fields.has("instances"))
+    list(fields, "instances", kMaxPlanBits, [&](const QJsonValue& entry, const QString& place) {
+      core.instances.append(readInstance(entry, place, core.probeBits.size(), indexes_, fault_));
+    });
   if (core.readSampleBits() > kMaxPlanSampleBits)
     fail(fields.pathOf("depth"), QStringLiteral("is for more than %1 bits of samples.").arg(kMaxPlanSampleBits));
   fields.refuseOthers();
@@ -304,6 +309,7 @@ PlanWishbone MapReader::wishbone(const QJsonValue& value, int number) {
   wishbone.isBigEndian = fields.flag("bigEndian");
   wishbone.addressBits = fields.number("addressBits", 2, 32);
   wishbone.isConnected = fields.flag("connected");
+  if (!wishbone.isConnected) wishbone.portPrefix = fields.text("ports");
   if (wishbone.isConnected) {
     wishbone.instance = fields.text("instance");
     wishbone.clock = bit(fields.value("clock"), fields.pathOf("clock"));
@@ -327,6 +333,17 @@ PlanSerdes MapReader::serdes(const QJsonValue& value, int number) {
   PlanSerdes serdes;
   fields.number("core", number, number);
   serdes.clock = bit(fields.value("clock"), fields.pathOf("clock"));
+  serdes.hasReset = fields.has("reset");
+  if (serdes.hasReset) serdes.reset = bit(fields.value("reset"), fields.pathOf("reset"));
+  list(fields, "watched", kMaxSerdesSignals, [&](const QJsonValue& entry, const QString& path) {
+    JsonFields inner(entry, path, fault_);
+    const PlanWatched one = {bit(inner.value("net"), inner.pathOf("net")), inner.text("word")};
+    if (!isSerdesWord(one.word)) fail(inner.pathOf("word"), QStringLiteral("is not a word."));
+    (one.word == QLatin1String(kSerdesClockWord) ? serdes.clocks : serdes.levels).append(one);
+    inner.refuseOthers();
+  });
+  if (serdes.clocks.isEmpty() && serdes.levels.isEmpty())
+    fail(fields.pathOf("watched"), QStringLiteral("nothing is watched."));
   fields.refuseOthers();
   return serdes;
 }
@@ -346,7 +363,7 @@ bool MapReader::read(const QJsonValue& root, InsertPlan& plan, QString& error) {
     result.wishbone = wishbone(fields.value("wishbone"), result.wishboneNumber());
   if (version_ >= 5 && fields.has("serdes")) result.serdes = serdes(fields.value("serdes"), result.serdesNumber());
   fields.refuseOthers();
-  if (fault_.none() && planHash(result) != result.projectHash)
+  if (fault_.none() && planHash(result, version_) != result.projectHash)
     fault_.text = QStringLiteral("hash: does not fit the contents; the file was edited or damaged.");
   if (!fault_.none()) {
     error = QStringLiteral("The capture map is not usable: %1").arg(fault_.text);

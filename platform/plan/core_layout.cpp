@@ -77,6 +77,7 @@ int hubIndexBits(const InsertPlan& plan) {
     const CoreLayout layout(core);
     bits = std::max({bits, bitsFor(layout.wordBits), bitsFor(layout.statusBits), bitsFor(layout.rowBits)});
   }
+  if (plan.serdes) bits = std::max(bits, bitsFor(plan.serdes->statusBits()));
   return bits;
 }
 

@@ -13,6 +13,10 @@ QStringList jtagWayWords() {
   return {QStringLiteral("pins"), QStringLiteral("bscane2"), QStringLiteral("gw_jtag"), QStringLiteral("wrapper")};
 }
 
+QStringList replayBitWords() {
+  return {QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("x"), QStringLiteral("clock")};
+}
+
 int PlanJtag::instructionWidth() const {
   switch (way) {
     case JtagWay::Pins:

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "platform/netlist/net_bit.h"
+#include "platform/plan/probed_instance.h"
 #include "platform/plan/serdes_plan.h"
 #include "platform/plan/wishbone_plan.h"
 #include "platform/text/enum_names.h"
@@ -98,6 +99,7 @@ struct PlanCore {
   QVector<NetBit> probeBits;    ///< Each traced bit once; index 0 is bit 0 of the sample word's probe field.
   QVector<PlanProbe> probes;    ///< In trace order, buses flattened to their own name; references point at shared bits.
   QVector<NetBit> triggerBits;  ///< Each bit that a unit compares, once.
+  QVector<ProbedInstance> instances;  ///< That can be replayed. Not part of the hash.
 
   Radix displayRadix = Radix::Bin;  ///< The core's DefaultRadix, in which a reader shows vectors.
 
@@ -170,7 +172,7 @@ struct PlanJtag {
 struct InsertPlan {
   QString projectName;  ///< Base name of the project file, or "untitled".
   QString topModule;
-  QByteArray projectHash;  ///< 16 hex digits over the plan itself; built into the hardware and the capture map.
+  QByteArray projectHash;  ///< 16 hex digits, of planHash(); built into the hardware and the capture map.
   JtagPins pins;           ///< Chosen by the insertion, which avoids names of the design; not part of the hash.
   PlanJtag jtag;           ///< Not part of the hash.
   QVector<PlanCore> cores;

@@ -13,17 +13,14 @@ QString quotedName(const QByteArray& name);
 class Comparison {
  public:
   Comparison(const NetlistBits& original, int originalModule, const NetlistBits& written, int writtenModule,
-             const ExpectedChanges& changes, const SolverLimits& limits, const QElapsedTimer& clock,
-             const QList<QPair<QByteArray, int>>& cuts)
+             const ExpectedChanges& changes, const SolverLimits& limits)
       : limits_(limits),
-        clock_(clock),
         graph_([this] { serve(); }),
         words_(graph_, rails_),
         original_(graph_, words_, leaves_, original, originalModule),
-        written_(graph_, words_, leaves_, written, writtenModule),
+        written_(graph_, words_, leaves_, written, writtenModule, {changes.debugType, changes.lowPin}),
         originals_(original),
-        changes_(changes),
-        cuts_(cuts) {}
+        changes_(changes) {}
 
   /// Thrown out of the work when nobody waits for its end any more.
   struct Interrupted {
@@ -31,7 +28,6 @@ class Comparison {
   };
 
   ModuleVerdict run();
-  QList<QPair<QByteArray, int>> newCuts() const { return original_.newCuts() + written_.newCuts(); }
 
  private:
   bool differs(const QString& text) {
@@ -58,6 +54,11 @@ class Comparison {
   void compare(const QString& place, Edge original, Edge written, Edge care = kTrue) {
     if (original != written && care != kFalse) points_.push_back({place, original, written, care});
   }
+  static QElapsedTimer startedTimer() {
+    QElapsedTimer timer;
+    timer.start();
+    return timer;
+  }
   void serve() const {
     if (limits_.idle && !limits_.idle()) throw Interrupted{QStringLiteral("cancelled")};
     if (clock_.hasExpired(qint64(limits_.seconds) * 1000)) throw Interrupted{QStringLiteral("its time is over")};
@@ -65,7 +66,7 @@ class Comparison {
   QString shown(const Counterexample& example) const;
 
   const SolverLimits& limits_;
-  const QElapsedTimer& clock_;
+  const QElapsedTimer clock_ = startedTimer();
   LogicGraph graph_;
   RailSplitter rails_{graph_};
   WordLogic words_;
@@ -73,7 +74,7 @@ class Comparison {
   ModuleLogic original_, written_;
   const NetlistBits& originals_;
   const ExpectedChanges& changes_;
-  const QList<QPair<QByteArray, int>>& cuts_;
+  std::vector<NamedBit> cuts_;
   std::vector<ComparePoint> points_;
   /// States that are taken for the same, of both sides: [class][side].
   struct Class {

@@ -4,44 +4,40 @@
 #include "platform/proof/comparison.h"
 
 namespace ost {
+namespace {
+
+/// For each write of one side its place on the other: those that have most in common, in the order they have.
+std::vector<size_t> pairWrites(const std::vector<MemoryWrite>& from, const std::vector<MemoryWrite>& to) {
+  const auto likeness = [](const MemoryWrite& a, const MemoryWrite& b) {
+    return (a.clock == b.clock) + 2 * (a.data == b.data) + 4 * (a.enable == b.enable) + 8 * (a.address == b.address);
+  };
+  std::vector<size_t> partner(from.size(), from.size());
+  std::vector<bool> taken(to.size());
+  for (int wanted = 15; wanted >= 0; --wanted)
+    for (size_t i = 0; i < from.size(); ++i)
+      for (size_t k = 0; k < to.size() && partner[i] == from.size(); ++k) {
+        // Where both have a write at the same place, that one first.
+        const size_t at = (i + k) % to.size();
+        if (taken[at] || likeness(from[i], to[at]) < wanted) continue;
+        taken[at] = true;
+        partner[i] = at;
+      }
+  return partner;
+}
+
+}  // namespace
 
 /// The writes to one bit of all words. Their order matters where one wins over the other.
 bool Comparison::compareWrites(const ModuleMemory& original, const ModuleMemory& written, int bit) {
   const QString name = QStringLiteral("the memory %1 (bit %2)").arg(quotedName(original.name)).arg(bit);
   std::vector<MemoryWrite> from = original_.writes(original, bit), to = written_.writes(written, bit);
   // A place that one side does not have writes nothing there.
-  const auto fill = [](std::vector<MemoryWrite>& writes, const std::vector<MemoryWrite>& other) {
-    while (writes.size() < other.size()) {
-      writes.push_back(other[writes.size()]);
-      writes.back().enable = kFalse;
-    }
-  };
-  fill(from, to);
-  fill(to, from);
-  std::vector<size_t> partner(from.size());
-  std::iota(partner.begin(), partner.end(), size_t(0));
-  const auto same = [](const MemoryWrite& a, const MemoryWrite& b) {
-    return a.clock == b.clock && a.enable == b.enable && a.data == b.data && a.address == b.address;
-  };
-  // Places that are the same in another order; what is left over is compared in the order it has.
-  std::vector<bool> taken(to.size());
-  std::vector<size_t> open;
-  for (size_t i = 0; i < from.size(); ++i) {
-    size_t k = same(from[i], to[i]) && !taken[i] ? i : 0;
-    while (k < to.size() && (taken[k] || !same(from[i], to[k]))) ++k;
-    if (k == to.size()) {
-      open.push_back(i);
-      continue;
-    }
-    taken[k] = true;
-    partner[i] = k;
-  }
-  size_t next = 0;
-  for (const size_t i : open) {
-    while (taken[next]) ++next;
-    taken[next] = true;
-    partner[i] = next;
-  }
+  MemoryWrite nothing;
+  nothing.clock = nothing.enable = kFalse;
+  nothing.data = kUnknown;
+  from.resize(std::max(from.size(), to.size()), nothing);
+  to.resize(from.size(), nothing);
+  const std::vector<size_t> partner = pairWrites(from, to);
   for (size_t i = 0; i < from.size(); ++i) {
     const MemoryWrite &one = from[i], &other = to[partner[i]];
     for (size_t k = i + 1; k < from.size(); ++k) {
@@ -52,13 +48,14 @@ bool Comparison::compareWrites(const ModuleMemory& original, const ModuleMemory&
       if (late < early || !written_.hasPriority(written, late, early))
         return undecided(QStringLiteral("%1 is written in another order").arg(name));
     }
-    compare(QStringLiteral("the clock of a write to %1").arg(name), one.clock, other.clock);
+    // What is never written may be anything, where the original leaves open whether it is written.
     compare(QStringLiteral("the enable of a write to %1").arg(name), one.enable, other.enable);
-    compare(QStringLiteral("the data of a write to %1").arg(name), one.data, other.data, one.enable);
+    compare(QStringLiteral("the clock of a write to %1").arg(name), one.clock, other.clock, other.enable);
+    compare(QStringLiteral("the data of a write to %1").arg(name), one.data, other.data, other.enable);
     for (size_t k = 0; k < std::max(one.address.size(), other.address.size()); ++k)
       compare(QStringLiteral("the address of a write to %1").arg(name),
               k < one.address.size() ? one.address[k] : kFalse, k < other.address.size() ? other.address[k] : kFalse,
-              one.enable);
+              other.enable);
   }
   return true;
 }

@@ -9,7 +9,6 @@
 namespace ost {
 namespace {
 
-constexpr int kMostRounds = 50;  ///< In which both sides' loops are cut alike.
 constexpr int kMostShownInputs = 12;
 
 }  // namespace
@@ -139,26 +138,20 @@ bool Comparison::decide() {
 }
 
 ModuleVerdict Comparison::run() {
-  const auto mayCut = [](const ModuleLogic& other) {
-    return [&other](const QByteArray& name, int position) {
-      const ModuleNet* net = other.net(name);
-      return net && position < net->bits.size();
-    };
-  };
-  original_.mayCut = mayCut(written_);
-  written_.mayCut = mayCut(original_);
   pairStates();
   findTables();
   original_.connect();
   written_.connect();
-  for (const auto& [net, position] : cuts_) {
-    original_.cut(net, position);
-    written_.cut(net, position);
+  cuts_ = original_.openLoops(written_);
+  for (const NamedBit& net : cuts_) written_.cut(net);
+  for (const NamedBit& net : written_.openLoops(original_)) {
+    original_.cut(net);
+    cuts_.push_back(net);
   }
   verdict_.outcome = ProofOutcome::Proved;
   const bool compared =
       comparePorts() && compareInstances() && compareNets() && compareStates() && compareCuts() && compareMemories();
-  if (compared && newCuts().isEmpty()) decide();
+  if (compared) decide();
   for (const ModuleLogic* side : {&original_, &written_})
     if (!side->problem().isEmpty()) undecided(side->problem());
   return verdict_;
@@ -166,20 +159,11 @@ ModuleVerdict Comparison::run() {
 
 ModuleVerdict compareModule(const NetlistBits& original, int originalModule, const NetlistBits& written,
                             int writtenModule, const ExpectedChanges& changes, const SolverLimits& limits) {
-  QList<QPair<QByteArray, int>> cuts;
-  QElapsedTimer clock;
-  clock.start();
   try {
-    for (int round = 0; round < kMostRounds; ++round) {
-      Comparison comparison(original, originalModule, written, writtenModule, changes, limits, clock, cuts);
-      const ModuleVerdict verdict = comparison.run();
-      if (comparison.newCuts().isEmpty()) return verdict;
-      cuts += comparison.newCuts();
-    }
+    return Comparison(original, originalModule, written, writtenModule, changes, limits).run();
   } catch (const Comparison::Interrupted& interrupted) {
     return {ProofOutcome::Undecided, interrupted.reason};
   }
-  return {ProofOutcome::Undecided, QStringLiteral("it has more loops of logic than the proof opens")};
 }
 
 }  // namespace ost

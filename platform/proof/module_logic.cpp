@@ -1,6 +1,7 @@
 // Reads a module's cells and nets into a compact form.
 #include "platform/proof/module_logic.h"
 
+#include <QSet>
 #include <algorithm>
 
 #include "platform/text/byte_text.h"
@@ -15,6 +16,18 @@ bool begins(const QByteArray& type, std::initializer_list<const char*> prefixes)
 bool isState(const QByteArray& type) {
   return begins(type, {"$dff", "$adff", "$sdff", "$aldff", "$dlatch", "$adlatch", "$_DFF", "$_SDFF", "$_DLATCH"}) ||
          type == "$sr";
+}
+
+bool isBitwise(const QByteArray& type) {
+  static const QSet<QByteArray> types{"$not", "$pos", "$and", "$or", "$xor", "$xnor", "$mux", "$bwmux", "$tribuf"};
+  return types.contains(type);
+}
+
+/// What a latch's enable is for good, or kBitX. Such a latch is written without one.
+int constantEnable(const QByteArray& type, const CellConnections& cell) {
+  const int enable = type == "$dlatch" ? cell.ports.value("EN").value(0, kBitX) : kBitX;
+  if (enable != kBit0 && enable != kBit1) return kBitX;
+  return cell.parameters.value("EN_POLARITY").contains('1') ? enable : kBit1 - enable;
 }
 
 }  // namespace
@@ -34,11 +47,12 @@ QByteArray bitName(const QByteArray& net, int position, int width) {
   return width == 1 ? net : net + '[' + QByteArray::number(position) + ']';
 }
 
-ModuleLogic::ModuleLogic(LogicGraph& graph, WordLogic& words, LeafTable& leaves, const NetlistBits& netlist, int module)
+ModuleLogic::ModuleLogic(LogicGraph& graph, WordLogic& words, LeafTable& leaves, const NetlistBits& netlist, int module,
+                         const PinOfType& low)
     : graph_(graph), words_(words), leaves_(leaves), netlist_(netlist), module_(netlist.text.module(module)) {
   instances_.resize(module_.instances.size());
   readMemories();
-  if (module_.cells) readCells();
+  if (module_.cells) readCells(low);
   if (module_.netNames) readNets();
   for (const NetlistPort& port : module_.portList)
     for (int i = 0; i < port.bits.size(); ++i) {
@@ -55,7 +69,7 @@ int ModuleLogic::intern(const QByteArray& text) {
   return *textNumbers_.insert(text, texts_.size() - 1);
 }
 
-void ModuleLogic::readCells() {
+void ModuleLogic::readCells(const PinOfType& low) {
   JsonCursor cursor(netlist_.text.text(), module_.cells);
   std::string_view key;
   for (cursor.enterObject(); cursor.nextMember(key); cursor.skipValue()) {
@@ -74,16 +88,31 @@ void ModuleLogic::readCells() {
           directions.insert(port.name, port.direction);
       // Of an undeclared module any pin may be an output.
       for (auto port = read.ports.begin(); port != read.ports.end(); ++port)
-        if (directions.value(port.key(), NetlistPort::InOut) != NetlistPort::Input)
+        if (directions.value(port.key(), NetlistPort::InOut) != NetlistPort::Input) {
+          const bool isLow = port.key() == low.pin && module_.instances[size_t(*instance)].type == low.type;
           for (int i = 0; i < port->size(); ++i)
-            driveByLeaf(port->at(i), "pin " + name + '.' + bitName(port.key(), i, port->size()));
+            if (isLow)
+              drive(port->at(i), {Driver::Leaf, -1, int(kFalse)});
+            else
+              driveByLeaf(port->at(i), "pin " + name + '.' + bitName(port.key(), i, port->size()));
+        }
       instances_[size_t(*instance)] = std::move(read);
       continue;
     }
     const std::string_view text = netlist_.text.text();
-    const QByteArray type =
-        unescapeJson(text.substr(read.typeSpan.begin + 1, read.typeSpan.end - read.typeSpan.begin - 2));
-    Cell cell{intern(type), int(ports_.size()), read.ports.size(), int(parameters_.size()), read.parameters.size()};
+    QByteArray type = unescapeJson(text.substr(read.typeSpan.begin + 1, read.typeSpan.end - read.typeSpan.begin - 2));
+    const int enable = constantEnable(type, read);
+    if (enable == kBit0) {
+      closedLatches_ += read.ports.value("Q");
+      continue;
+    }
+    if (enable == kBit1) {
+      read.parameters = {{"Y_WIDTH", read.parameters.value("WIDTH")}};
+      read.ports = {{"A", read.ports.value("D")}, {"Y", read.ports.value("Q")}};
+      type = "$pos";
+    }
+    Cell cell{intern(type),           int(ports_.size()), read.ports.size(), int(parameters_.size()),
+              read.parameters.size(), isBitwise(type)};
     for (auto port = read.ports.begin(); port != read.ports.end(); ++port) {
       ports_.push_back({intern(port.key()), int(pool_.size()), port->size()});
       pool_.insert(pool_.end(), port->begin(), port->end());
@@ -152,6 +181,10 @@ void ModuleLogic::readNets() {
   }
   std::sort(nets_.begin(), nets_.end(), [](const ModuleNet& a, const ModuleNet& b) { return a.name < b.name; });
   for (StateBit& state : states_) state.initial = initial_.value(state.bit, 'x');
+  for (const int bit : closedLatches_) {
+    const char initial = initial_.value(bit, 'x');
+    drive(bit, {Driver::Leaf, -1, int(initial == '1' ? kTrue : initial == '0' ? kFalse : kUnknown)});
+  }
 }
 
 const ModuleNet* ModuleLogic::net(const QByteArray& name) const {

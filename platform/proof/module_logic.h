@@ -1,8 +1,6 @@
 // One module of a netlist as logic between its cut points: ports, pins of instances, registers and memories.
 #pragma once
 
-#include <QPair>
-#include <functional>
 #include <map>
 #include <unordered_map>
 
@@ -45,6 +43,12 @@ struct ModuleNet {
   bool kept = false;
 };
 
+/// A bit of a net.
+struct NamedBit {
+  QByteArray net;
+  int position = 0;
+};
+
 struct MemoryWrite {
   Edge clock, enable, data;
   Edges address;
@@ -61,7 +65,13 @@ struct ModuleMemory {
 
 class ModuleLogic {
  public:
-  ModuleLogic(LogicGraph& graph, WordLogic& words, LeafTable& leaves, const NetlistBits& netlist, int module);
+  /// A pin of the instances of a type.
+  struct PinOfType {
+    QByteArray type, pin;
+  };
+  /// `low`: an output that counts as 0.
+  ModuleLogic(LogicGraph& graph, WordLogic& words, LeafTable& leaves, const NetlistBits& netlist, int module,
+              const PinOfType& low = {});
 
   /// What cannot be compared, or empty.
   const QString& problem() const { return problem_; }
@@ -78,12 +88,10 @@ class ModuleLogic {
 
   /// To be called when all states have their leaves.
   void connect();
-  /// Nets by name that are cut wherever they are; the same on both sides.
-  void cut(const QByteArray& net, int position);
-  /// Whether the other side has the net, too, so that a loop may be cut at it.
-  std::function<bool(const QByteArray& net, int position)> mayCut;
-  /// Where loops were cut while values were asked for: nets and positions.
-  const QList<QPair<QByteArray, int>>& newCuts() const { return newCuts_; }
+  /// Cuts a net by its name; to be the same on both sides.
+  void cut(const NamedBit& net);
+  /// Cuts each loop of logic at a net whose name the other side has, too. Which nets these are.
+  std::vector<NamedBit> openLoops(const ModuleLogic& other);
 
   Edge value(int bit);
   Edges values(const QVector<int>& bits);
@@ -100,6 +108,7 @@ class ModuleLogic {
   /// Of Yosys' own; names and values are indexes into texts_.
   struct Cell {
     int type, firstPort, ports, firstParameter, parameters;
+    bool isBitwise;  ///< Each bit of its output depends on one bit of each operand, and a select.
   };
   struct Driver {
     enum Kind : unsigned char { None, Leaf, State, CellOutput, Several } kind = None;
@@ -107,7 +116,7 @@ class ModuleLogic {
     int position = 0;  ///< In the cell's output; of a leaf its edge.
   };
   int intern(const QByteArray& text);
-  void readCells();
+  void readCells(const PinOfType& low);
   void readNets();
   void readMemories();
   void fillMemory(ModuleMemory& memory);
@@ -123,13 +132,14 @@ class ModuleLogic {
   int number(const Cell& cell, const char* name) const;
   const QByteArray& typeOf(const Cell& cell) const { return texts_.at(cell.type); }
 
+  int operand(const Cell& cell, const Port& port, int position) const;
   void inputsOf(const Driver& driver, QVector<int>& inputs) const;
+  void loopSuccessors(int node, std::vector<int>& next) const;
   void compute(int bit);
   Edge computed(const Driver& driver);
   Edges evaluateCell(int index);
+  Edge evaluateBit(const Driver& driver);
   Edges readMemory(const Cell& cell);
-  void openLoop(const std::vector<int>& path, int bit);
-  void cutBit(int bit, const QByteArray& net, int position);
 
   Edge pin(const Cell& cell, const char* port, int position, Edge missing);
   Edge active(const Cell& cell, const char* port, const char* polarity, int position, Edge missing);
@@ -154,14 +164,13 @@ class ModuleLogic {
   std::vector<CellConnections> instances_;
   std::vector<ModuleNet> nets_;
   QHash<int, char> initial_;
+  QVector<int> closedLatches_;  ///< Bits of latches that are never enabled.
   std::vector<Driver> driver_;  ///< By bit.
   std::vector<std::vector<Driver>> several_;
   std::vector<Edge> value_;
   std::vector<StateBit> states_;
   std::unordered_map<int, int> stateAt_;
   std::map<QByteArray, ModuleMemory> memories_;
-  QHash<int, QPair<const ModuleNet*, int>> nameAt_;  ///< Where a loop may be cut; filled when there is one.
-  QList<QPair<QByteArray, int>> newCuts_;
   int highestBit_ = 1;
 };
 

@@ -198,15 +198,18 @@ void ModuleLogic::fillMemory(ModuleMemory& memory) {
   }
 }
 
-/// The data of a table is a function of the address; that of a memory is known by its name and the address.
+/// The data of a table is a function of the address; that of a memory is known by its name and the address. At an
+/// address that it does not have, or with an unknown bit, all is unknown.
 Edges ModuleLogic::readMemory(const Cell& cell) {
   const ModuleMemory& memory = memories_[plainMemory(parameter(cell, "MEMID"))];
   Edges address = values(bits(cell, "ADDR"));
-  for (Edge& bit : address) bit = graph_.digital(bit);
+  Edge unknown = words_.takeKnown(address);
+  const qint64 end = qint64(memory.offset) + memory.words;
+  unknown = graph_.orOf({unknown, words_.isBelow(address, memory.offset), graph_.invert(words_.isBelow(address, end))});
   while (!address.empty() && address.back() == kFalse) address.pop_back();
   const bool table = memory.isTable;
-  if (table && memory.offset == 0 && qint64(memory.words) * memory.width <= kMostTableBits &&
-      !graph_.mayBeUnknown(address)) {
+  Edges result;
+  if (table && memory.offset == 0 && qint64(memory.words) * memory.width <= kMostTableBits) {
     std::vector<Edges> words;
     for (int word = 0; word < memory.words; ++word) {
       Edges row(size_t(memory.width), kUnknown);
@@ -217,17 +220,17 @@ Edges ModuleLogic::readMemory(const Cell& cell) {
       }
       words.push_back(std::move(row));
     }
-    return words_.lookUp(words, memory.width, address);
+    result = words_.lookUp(words, memory.width, address);
+  } else {
+    QByteArray name = "memory " + memory.name;
+    if (table) {
+      name = "table " + QByteArray::number(memory.words) + ' ' + QByteArray::number(memory.offset);
+      for (const QByteArray& word : memory.contents) name += ' ' + word;
+    }
+    const int symbol = words_.symbol(name);
+    for (int i = 0; i < memory.width; ++i) result.push_back(graph_.function(symbol, address, i, table));
   }
-  QByteArray name = "memory " + memory.name;
-  if (table) {
-    name = "table " + QByteArray::number(memory.words) + ' ' + QByteArray::number(memory.offset);
-    for (const QByteArray& word : memory.contents) name += ' ' + word;
-  }
-  const bool complete = address.size() < 31 && (1 << address.size()) <= memory.words && !memory.offset && !table;
-  Edges result;
-  const int symbol = words_.symbol(name);
-  for (int i = 0; i < memory.width; ++i) result.push_back(graph_.function(symbol, address, i, !complete));
+  for (Edge& bit : result) bit = graph_.mux(unknown, kUnknown, bit);
   return result;
 }
 

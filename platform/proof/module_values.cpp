@@ -1,4 +1,4 @@
-// Evaluates the bits of a module from their drivers on, and cuts loops open.
+// Evaluates the bits of a module from their drivers on.
 #include <algorithm>
 
 #include "platform/proof/module_logic.h"
@@ -33,35 +33,26 @@ void ModuleLogic::connect() {
   driver_.resize(value_.size());
 }
 
-void ModuleLogic::cutBit(int bit, const QByteArray& net, int position) {
+void ModuleLogic::cut(const NamedBit& named) {
+  const ModuleNet* found = net(named.net);
+  if (!found || named.position >= found->bits.size()) return;
+  const int bit = found->bits[named.position];
   if (isConstantBit(bit) || stateAt_.count(bit)) return;
   StateBit state{-1, bit, bit};
-  state.leaf = graph_.leaf(leaves_.number("net " + net + '[' + QByteArray::number(position) + ']'));
+  state.leaf = graph_.leaf(leaves_.number("net " + named.net + '[' + QByteArray::number(named.position) + ']'));
   stateAt_.emplace(bit, int(states_.size()));
   states_.push_back(state);
   value_[size_t(bit)] = state.leaf;
 }
 
-void ModuleLogic::cut(const QByteArray& name, int position) {
-  const ModuleNet* found = net(name);
-  if (found && position < found->bits.size()) cutBit(found->bits[position], name, position);
-}
-
-/// Cuts a net that is named on both sides out of the loop that ends with `bit`.
-void ModuleLogic::openLoop(const std::vector<int>& path, int bit) {
-  const auto start = std::find(path.begin(), path.end(), bit);
-  if (nameAt_.empty())
-    for (const ModuleNet& net : nets_)
-      for (int i = 0; i < net.bits.size(); ++i)
-        if (!nameAt_.contains(net.bits[i]) && (!mayCut || mayCut(net.name, i))) nameAt_.insert(net.bits[i], {&net, i});
-  for (auto at = start; at != path.end(); ++at) {
-    if (value_[size_t(*at)] != kInProgress || !nameAt_.contains(*at)) continue;
-    const auto [net, position] = nameAt_.value(*at);
-    newCuts_.append({net->name, position});
-    cutBit(*at, net->name, position);
-    return;
-  }
-  refuse(QStringLiteral("it has a loop of logic in which no net has a name of the source's"));
+/// The bit of a bitwise cell's input that belongs to a bit of its output; a short operand is extended by its sign.
+int ModuleLogic::operand(const Cell& cell, const Port& port, int position) const {
+  const QByteArray& name = texts_[port.name];
+  if (port.count == 1 && (name == "S" || name == "EN")) return pool_[size_t(port.first)];
+  if (position < port.count) return pool_[size_t(port.first + position)];
+  const QByteArray& type = typeOf(cell);
+  const bool isSigned = number(cell, "A_SIGNED") && (type == "$not" || type == "$pos" || number(cell, "B_SIGNED"));
+  return isSigned && port.count ? pool_[size_t(port.first + port.count - 1)] : kBit0;
 }
 
 void ModuleLogic::inputsOf(const Driver& driver, QVector<int>& inputs) const {
@@ -73,6 +64,10 @@ void ModuleLogic::inputsOf(const Driver& driver, QVector<int>& inputs) const {
     const Port& port = ports_[size_t(i)];
     const QByteArray& name = texts_[port.name];
     if (name == "Y" || name == "DATA") continue;
+    if (cell.isBitwise) {
+      inputs.append(operand(cell, port, driver.position));
+      continue;
+    }
     for (int k = port.first; k < port.first + port.count; ++k) inputs.append(pool_[size_t(k)]);
   }
 }
@@ -114,18 +109,14 @@ void ModuleLogic::compute(int bit) {
     bool ready = true;
     for (const int input : inputs) {
       if (isConstantBit(input)) continue;
-      if (value_[size_t(input)] == kInProgress) {
-        openLoop(path, input);
-        // Cut elsewhere, or not at all: what is made of this is not used, since the next round begins with the cut.
-        if (value_[size_t(input)] == kInProgress) value_[size_t(input)] = kUnknown;
-      }
+      // In a loop that could not be cut, for which the module is refused.
+      if (value_[size_t(input)] == kInProgress) value_[size_t(input)] = kUnknown;
       if (value_[size_t(input)] != kNoEdge) continue;
       waiting.push_back(input);
       ready = false;
     }
-    // A net that was cut just now has its value, and what it is driven by is asked for later.
     if (!ready || value_[size_t(current)] != kInProgress) continue;
-    if (driver.kind == Driver::CellOutput) {
+    if (driver.kind == Driver::CellOutput && !cells_[size_t(driver.cell)].isBitwise) {
       const Edges results = evaluateCell(driver.cell);
       const QVector<int> outputs = outputsOf(cells_[size_t(driver.cell)]);
       for (int i = 0; i < outputs.size(); ++i) {
@@ -147,6 +138,7 @@ Edge ModuleLogic::computed(const Driver& driver) {
   if (driver.kind == Driver::Leaf) return Edge(driver.position);
   if (driver.kind == Driver::State) return states_[size_t(driver.cell)].leaf;
   if (driver.kind == Driver::CellOutput) {
+    if (cells_[size_t(driver.cell)].isBitwise) return evaluateBit(driver);
     const Edges results = evaluateCell(driver.cell);
     return size_t(driver.position) < results.size() ? results[size_t(driver.position)] : kUnknown;
   }
@@ -157,6 +149,21 @@ Edge ModuleLogic::computed(const Driver& driver) {
 
 QVector<int> ModuleLogic::outputsOf(const Cell& cell) const {
   return bits(cell, isMemoryRead(typeOf(cell)) ? "DATA" : "Y");
+}
+
+/// One bit of a bitwise cell, as if the cell were no wider.
+Edge ModuleLogic::evaluateBit(const Driver& driver) {
+  const Cell& cell = cells_[size_t(driver.cell)];
+  WordCell word;
+  word.type = typeOf(cell);
+  word.port = [&](const char* name) {
+    for (int i = cell.firstPort; i < cell.firstPort + cell.ports; ++i)
+      if (texts_[ports_[size_t(i)].name] == name)
+        return Edges{value(operand(cell, ports_[size_t(i)], driver.position))};
+    return Edges{kUnknown};
+  };
+  word.number = [](const char* name) { return int(qstrcmp(name, "Y_WIDTH") == 0); };
+  return words_.evaluate(word).at(0);
 }
 
 Edges ModuleLogic::evaluateCell(int index) {

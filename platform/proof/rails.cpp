@@ -4,6 +4,12 @@
 #include <algorithm>
 
 namespace ost {
+namespace {
+
+// Marks of bits of a function's result.
+constexpr int kFunctionValue = 1 << 29, kFunctionIsUnknown = 1 << 30;
+
+}  // namespace
 
 std::vector<uint32_t> RailSplitter::cone(const Edges& roots) const {
   std::vector<uint32_t> waiting, nodes;
@@ -78,12 +84,17 @@ Rails RailSplitter::ofNode(uint32_t index) {
       return sum;
     }
     case LogicGraph::Mux: {
+      const Rails &select = in[0], &set = in[1], &clear = in[2];
       const auto choose = [&](Edge Rails::*rail) {
         if (!graph_.mayBeUnknown(graph_.inputs(graph_.node(index * 2))[0]))
-          return graph_.mux(in[0].one, in[1].*rail, in[2].*rail);
-        return either(both(in[0].one, in[1].*rail), both(in[0].zero, in[2].*rail));
+          return graph_.mux(select.one, set.*rail, clear.*rail);
+        return either(both(select.one, set.*rail), both(select.zero, clear.*rail));
       };
-      return {choose(&Rails::one), choose(&Rails::zero), choose(&Rails::floating)};
+      // By an unknown select nothing floats: it is unknown, too.
+      const Edge doubtful = both(select.one, select.zero);
+      const Edge unknown = both(doubtful, either(set.floating, clear.floating));
+      return {either(choose(&Rails::one), unknown), either(choose(&Rails::zero), unknown),
+              both(choose(&Rails::floating), graph_.invert(doubtful))};
     }
     case LogicGraph::Majority:
       return {graph_.majority(in[0].one, in[1].one, in[2].one), graph_.majority(in[0].zero, in[1].zero, in[2].zero),
@@ -93,8 +104,12 @@ Rails RailSplitter::ofNode(uint32_t index) {
     case LogicGraph::Digital:
       return {either(in[0].one, in[0].floating), either(in[0].zero, in[0].floating), kFalse};
     default: {
-      const Edge value = graph_.leaf(nextLeaf_++), unknown = graph_.leaf(nextLeaf_++);
-      invented_[value >> 1] = invented_[unknown >> 1] = true;
+      // What it gives, and whether it is unknown, are two more functions of the same arguments.
+      const LogicGraph::Node list = graph_.node(graph_.inputs(node)[0]);
+      const Edges arguments(graph_.inputs(list), graph_.inputs(list) + list.count);
+      const int symbol = int(node.data >> 32), bit = int(node.data & ~uint32_t(0));
+      const Edge value = graph_.function(symbol, arguments, bit | kFunctionValue);
+      const Edge unknown = graph_.function(symbol, arguments, bit | kFunctionIsUnknown);
       return {either(value, unknown), either(graph_.invert(value), unknown), kFalse};
     }
   }

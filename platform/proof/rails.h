@@ -20,8 +20,6 @@ class RailSplitter {
   Rails split(Edge edge);
   /// The nodes of some edges, in an order in which inputs come first.
   std::vector<uint32_t> cone(const Edges& roots) const;
-  /// Leaves that stand for what is unknown of a function.
-  bool isInvented(uint32_t node) const { return invented_.count(node) > 0; }
 
  private:
   Rails ofNode(uint32_t node);
@@ -29,8 +27,6 @@ class RailSplitter {
 
   LogicGraph& graph_;
   std::unordered_map<uint32_t, Rails> rails_;
-  std::unordered_map<uint32_t, bool> invented_;
-  int nextLeaf_ = 1 << 30;
 };
 
 }  // namespace ost

@@ -41,10 +41,12 @@ uint64_t Refinement::functionValue(const LogicGraph::Node& node,
       const Edge argument = graph_.inputs(list)[i];
       const auto found = values.find(argument >> 1);
       const uint64_t bits = (found == values.end() ? 0 : found->second) ^ (argument & 1 ? ~uint64_t(0) : 0);
-      word = word << 1 | (bits >> lane & 1);
-      if (i % 64 == 63) hash = mix(hash, word);
+      word |= (bits >> lane & 1) << (i % 64);
+      if (i % 64 < 63 && i + 1 < list.count) continue;
+      // Leading zeros of an address make no difference.
+      if (word) hash = mix(mix(hash, i / 64), word);
+      word = 0;
     }
-    hash = mix(mix(hash, word), list.count);
     result |= (hash >> 17 & 1) << lane;
   }
   return result;
@@ -63,7 +65,10 @@ void Refinement::simulate(const std::vector<uint32_t>& nodes, const std::functio
         value = source(index);
         break;
       case LogicGraph::Function:
-        value = freeValues_ && isFree_(int(node.data >> 32)) ? freeValues_() : functionValue(node, values);
+        if (freeValues_ && isFree_(int(node.data >> 32)))
+          value = freeValues_();
+        else
+          value = givenValues_ && givenValues_->count(index) ? givenValues_->at(index) : functionValue(node, values);
         break;
       case LogicGraph::And:
         value = ~uint64_t(0);
@@ -108,18 +113,15 @@ bool Refinement::explain(const ComparePoint& point, Edge different, const std::f
   sure = true;
   for (const uint32_t index : nodes) {
     const LogicGraph::Node& node = graph_.node(index * 2);
-    if (rails_.isInvented(index) || (node.kind == LogicGraph::Function && isFree_(int(node.data >> 32)))) sure = false;
-    if (node.kind == LogicGraph::Leaf && !rails_.isInvented(index))
-      example.leaves.append({int(node.data), bool(values[index] >> lane & 1)});
+    if (node.kind == LogicGraph::Function && isFree_(int(node.data >> 32))) sure = false;
+    if (node.kind == LogicGraph::Leaf) example.leaves.append({int(node.data), bool(values[index] >> lane & 1)});
   }
   if (sure) return true;
   // Whatever is not known gives: the difference may not depend on it.
   std::mt19937_64 random(2);
   freeValues_ = [&random] { return random(); };
   std::unordered_map<uint32_t, uint64_t> tried;
-  const auto fixed = [&](uint32_t node) {
-    return rails_.isInvented(node) ? random() : values[node] >> lane & 1 ? ~uint64_t(0) : 0;
-  };
+  const auto fixed = [&](uint32_t node) { return values[node] >> lane & 1 ? ~uint64_t(0) : 0; };
   simulate(nodes, fixed, tried);
   freeValues_ = nullptr;
   sure = (tried[different >> 1] ^ (different & 1 ? ~uint64_t(0) : 0)) == ~uint64_t(0);

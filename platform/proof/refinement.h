@@ -53,6 +53,7 @@ class Refinement {
   bool simulateForDifference(const ComparePoint& point, Edge different, Counterexample& example, bool& sure);
   bool holdsForAll(Edge different);
   bool isVariable(uint32_t node) const;
+  Edge isFunction(const Edges& roots);
   ProofOutcome solve(const std::vector<ComparePoint>& points, const std::vector<std::pair<int, Edge>>& left,
                      const SolverLimits& limits, int& point, Counterexample& example, QString& reason);
   bool explain(const ComparePoint& point, Edge different, const std::function<uint64_t(uint32_t)>& source,
@@ -62,6 +63,8 @@ class Refinement {
   RailSplitter& rails_;
   std::function<bool(int)> isFree_;
   std::function<uint64_t()> freeValues_;  ///< While set, what free functions give.
+  /// While set, what some functions give.
+  const std::unordered_map<uint32_t, uint64_t>* givenValues_ = nullptr;
 };
 
 }  // namespace ost

@@ -81,12 +81,39 @@ QHash<QByteArray, bool> readModel(const QByteArray& json) {
   return model;
 }
 
+constexpr size_t kMostPairs = 4096;  ///< Of equal functions, which are told to give the same for the same arguments.
+
 }  // namespace
+
+/// True where the functions below the roots give equal results for equal arguments.
+Edge Refinement::isFunction(const Edges& roots) {
+  QMap<quint64, std::vector<uint32_t>> functions;
+  for (const uint32_t index : rails_.cone(roots))
+    if (graph_.node(index * 2).kind == LogicGraph::Function) functions[graph_.node(index * 2).data].push_back(index);
+  const auto arguments = [this](uint32_t function) {
+    const LogicGraph::Node list = graph_.node(graph_.inputs(graph_.node(function * 2))[0]);
+    return Edges(graph_.inputs(list), graph_.inputs(list) + list.count);
+  };
+  Edges holds;
+  for (const std::vector<uint32_t>& same : functions)
+    for (size_t i = 0; i < same.size(); ++i)
+      for (size_t k = 0; k < i && holds.size() < kMostPairs; ++k) {
+        Edges one = arguments(same[i]), other = arguments(same[k]), enough;
+        one.resize(std::max(one.size(), other.size()), kFalse);
+        other.resize(one.size(), kFalse);
+        for (size_t a = 0; a < one.size(); ++a) enough.push_back(graph_.xorOf({one[a], other[a]}));
+        enough.push_back(graph_.invert(graph_.xorOf({same[i] * 2, same[k] * 2})));
+        holds.push_back(graph_.orOf(enough));
+      }
+  return graph_.andOf(holds);
+}
 
 ProofOutcome Refinement::solve(const std::vector<ComparePoint>& points, const std::vector<std::pair<int, Edge>>& left,
                                const SolverLimits& limits, int& point, Counterexample& example, QString& reason) {
   Edges all;
   for (const auto& [index, different] : left) all.push_back(different);
+  const Edge held = isFunction(all);
+  all.push_back(held);
   point = left.front().first;
   ConeNetlist netlist;
   std::unordered_map<uint32_t, int> nets, inverted;
@@ -125,9 +152,10 @@ ProofOutcome Refinement::solve(const std::vector<ComparePoint>& points, const st
     }
   }
   QList<QByteArray> roots;
-  for (const Edge edge : all) roots.append(net(edge));
-  const int bad = netlist.newNet();
-  netlist.reduce("$reduce_or", roots, bad);
+  for (const auto& [index, different] : left) roots.append(net(different));
+  const int some = netlist.newNet(), bad = netlist.newNet();
+  netlist.reduce("$reduce_or", roots, some);
+  netlist.gate("$_AND_", {{"A", {QByteArray::number(some)}}, {"B", {net(held)}}}, bad);
   netlist.output("bad", bad);
 
   ScratchFile cones, model;
@@ -147,17 +175,22 @@ ProofOutcome Refinement::solve(const std::vector<ComparePoint>& points, const st
   if (result.cancelled || !file.open(model.fd(), QIODevice::ReadOnly) || !file.seek(0)) return ProofOutcome::Undecided;
   const QHash<QByteArray, bool> values = readModel(file.readAll());
   if (values.isEmpty()) return ProofOutcome::Undecided;
-  reason = QStringLiteral("the solver found a difference that depends on memories or arithmetic it does not look into");
+  reason = QStringLiteral("the solver found a difference that depends on arithmetic it does not look into");
   std::unordered_map<uint32_t, uint64_t> chosen;
   for (auto input = inputs.begin(); input != inputs.end(); ++input)
     chosen[*input] = values.value(input.key()) ? ~uint64_t(0) : 0;
   const auto source = [&chosen](uint32_t node) { return chosen.count(node) ? chosen.at(node) : 0; };
+  givenValues_ = &chosen;
   for (const auto& [index, different] : left) {
     bool sure = false;
     if (!explain(points[size_t(index)], different, source, example, sure)) continue;
     point = index;
-    if (sure) return ProofOutcome::Different;
+    if (sure) {
+      givenValues_ = nullptr;
+      return ProofOutcome::Different;
+    }
   }
+  givenValues_ = nullptr;
   return ProofOutcome::Undecided;
 }
 

@@ -81,6 +81,14 @@ Edge WordLogic::less(const Edges& a, const Edges& b, bool isSigned, bool orEqual
   return graph_.invert(carry);
 }
 
+Edge WordLogic::isBelow(const Edges& a, qint64 limit) {
+  if (limit <= 0) return kFalse;
+  if (a.size() < 62 && limit >= qint64(1) << a.size()) return kTrue;
+  Edges bits;
+  for (size_t i = 0; i < a.size(); ++i) bits.push_back(i < 62 && limit >> i & 1 ? kTrue : kFalse);
+  return less(a, bits, false, false);
+}
+
 /// `width` bits from where `amount` says on; beyond the word comes `fill`.
 Edges WordLogic::shiftRight(const Edges& a, const Edges& amount, size_t width, Edge fill) {
   Edges word = a;
@@ -127,12 +135,12 @@ Edges WordLogic::shift(const WordCell& cell, const Edges& a, const Edges& b, siz
   return choose(b.back(), left, shiftRight(word, Edges(b.begin(), b.end() - 1), width, fill));
 }
 
-Edges WordLogic::opaque(const QByteArray& name, Edges a, const Edges& b, size_t width) {
+/// A function of two words without unknown bits.
+Edges WordLogic::opaque(const QByteArray& name, Edges a, const Edges& b, size_t width, bool unknown) {
   const int known = symbol(name + ' ' + QByteArray::number(qulonglong(a.size())));
   a.insert(a.end(), b.begin(), b.end());
-  for (Edge& bit : a) bit = graph_.digital(bit);
   Edges result;
-  for (size_t i = 0; i < width; ++i) result.push_back(graph_.function(known, a, int(i), true));
+  for (size_t i = 0; i < width; ++i) result.push_back(graph_.function(known, a, int(i), unknown));
   return result;
 }
 
@@ -171,21 +179,28 @@ Edges WordLogic::compareOrCalculate(const WordCell& cell, Edges a, Edges b, size
   b = extend(std::move(b), wide, isSigned);
   const auto oneBit = [&](Edge value) { return extend({value}, width, false); };
   if (type == "$eq" || type == "$ne" || type == "$eqx" || type == "$nex") {
-    const bool exact = type.endsWith('x');
-    if (exact && (graph_.mayBeUnknown(a) || graph_.mayBeUnknown(b))) return oneBit(opaque(type, a, b, 1)[0]);
     Edges same;
-    for (size_t i = 0; i < wide; ++i) same.push_back(graph_.invert(graph_.xorOf({a[i], b[i]})));
+    const bool exact = type.endsWith('x') && (graph_.mayBeUnknown(a) || graph_.mayBeUnknown(b));
+    const auto compare = [&](Edge one, Edge other) { same.push_back(graph_.invert(graph_.xorOf({one, other}))); };
+    for (size_t i = 0; i < wide; ++i) {
+      if (!exact) {
+        compare(a[i], b[i]);
+        continue;
+      }
+      const Rails one = rails_.split(a[i]), other = rails_.split(b[i]);
+      for (Edge Rails::*rail : {&Rails::one, &Rails::zero, &Rails::floating}) compare(one.*rail, other.*rail);
+    }
     const Edge equal = graph_.andOf(same);
     return oneBit(type.startsWith("$eq") ? equal : graph_.invert(equal));
   }
   const bool large = (division || type == "$mul") && wide * wide > kMostPartialProducts &&
                      std::count_if(b.begin(), b.end(), isFalse) + 2 < long(wide) &&
                      std::count_if(a.begin(), a.end(), isFalse) + 2 < long(wide);
-  const bool known = !type.endsWith("floor") && type != "$pow";
-  if (large || !known) {
-    if ((type == "$add" || type == "$mul") && b < a) std::swap(a, b);
-    Edges result = opaque(type + (isSigned ? 's' : 'u'), a, b, type.size() == 3 ? 1 : width);
-    return extend(std::move(result), width, false);
+  const Edge zero = graph_.invert(any(b));
+  if (large || type == "$pow") {
+    if (type == "$mul" && b < a) std::swap(a, b);
+    const Edges result = opaque(type + (isSigned ? 's' : 'u'), a, b, width, type == "$pow");
+    return division ? choose(zero, Edges(width, kUnknown), result) : result;
   }
   if (type == "$lt") return oneBit(less(a, b, isSigned, false));
   if (type == "$gt") return oneBit(less(b, a, isSigned, false));
@@ -197,11 +212,20 @@ Edges WordLogic::compareOrCalculate(const WordCell& cell, Edges a, Edges b, size
     return add(a, b, kTrue);
   }
   if (type == "$mul") return multiply(a, b);
-  const Edge zero = graph_.invert(any(b));
   const Edge turnA = isSigned ? a.back() : kFalse, turnB = isSigned ? b.back() : kFalse;
   Edges quotient, remainder;
   divide(negate(a, turnA), negate(b, turnB), quotient, remainder);
-  Edges result = type == "$div" ? negate(quotient, graph_.xorOf({turnA, turnB})) : negate(remainder, turnA);
+  const Edge turn = graph_.xorOf({turnA, turnB});
+  // A quotient rounded down is one less than one rounded towards 0, where the signs differ and something is left.
+  const Edge down = type.endsWith("floor") ? graph_.andOf({turn, any(remainder)}) : kFalse;
+  Edges result;
+  if (type.startsWith("$div")) {
+    result = add(negate(quotient, turn), Edges(wide, down), kFalse);
+  } else {
+    Edges correction;
+    for (const Edge bit : b) correction.push_back(graph_.andOf({bit, down}));
+    result = add(negate(remainder, turnA), correction, kFalse);
+  }
   result = choose(zero, Edges(wide, kUnknown), result);
   result.resize(width);
   return result;

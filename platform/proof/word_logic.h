@@ -29,8 +29,12 @@ class WordLogic {
   /// The bits of the cell's output Y; empty when the type is not known.
   Edges evaluate(const WordCell& cell);
 
+  /// Whether a word is below a number.
+  Edge isBelow(const Edges& a, qint64 limit);
   /// The word that a table has at an address; words that it has not are unknown.
   Edges lookUp(const std::vector<Edges>& words, int width, const Edges& address);
+  /// Replaces unknown bits by known ones. The result: whether one was unknown.
+  Edge takeKnown(Edges& word);
   /// A number for a function of this name, see LogicGraph::function().
   int symbol(const QByteArray& name);
   const QByteArray& nameOf(int symbol) const { return names_.at(symbol); }
@@ -45,9 +49,8 @@ class WordLogic {
   Edges shiftLeft(Edges a, const Edges& amount, Edge fill);
   Edge any(const Edges& a) { return graph_.orOf(a); }
   Edges choose(Edge select, const Edges& whenSet, const Edges& whenClear);
-  Edges opaque(const QByteArray& name, Edges a, const Edges& b, size_t width);
+  Edges opaque(const QByteArray& name, Edges a, const Edges& b, size_t width, bool unknown);
   Edges calculated(const WordCell& cell, Edges a, Edges b, size_t width);
-  Edge takeKnown(Edges& word);
   Edges compareOrCalculate(const WordCell& cell, Edges a, Edges b, size_t width);
   Edges shift(const WordCell& cell, const Edges& a, const Edges& b, size_t width);
   Edges chooseByCell(const WordCell& cell);

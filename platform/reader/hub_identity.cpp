@@ -65,8 +65,10 @@ ExpectedCore expected(const PlanWishbone& wishbone) {
   return core;
 }
 
-ExpectedCore expected(const PlanSerdes&) {
-  return {QStringLiteral("serdes core"), 1, kindField(CoreKind::SerdesCore)};
+ExpectedCore expected(const PlanSerdes& serdes) {
+  ExpectedCore core{QStringLiteral("serdes core"), serdes.statusBits(), kindField(CoreKind::SerdesCore)};
+  for (const auto& [bits, value] : serdesInfo(serdes)) core.fields.append({"the layout", bits, value});
+  return core;
 }
 
 /// The half that the hub says of itself, whichever core is asked.

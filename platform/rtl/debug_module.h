@@ -30,7 +30,10 @@ struct DebugPort {
     TriggerOut,
     WishboneClock,  ///< wb_clk
     WishboneBus,    ///< The other wb_* signals, which no net of the design is looked at for.
-    SerdesClock
+    SerdesClock,    ///< sd_clk, and the other sd_* behind it.
+    SerdesReset,
+    SerdesWatchedClocks,
+    SerdesWatchedLevels
   };
   QByteArray name;
   Role role;
@@ -59,6 +62,7 @@ struct ResourceEstimate {
 };
 ResourceEstimate estimateCore(const PlanCore& core);
 ResourceEstimate estimateWishbone(const PlanWishbone& wishbone);
+ResourceEstimate estimateSerdes(const PlanSerdes& serdes);
 ResourceEstimate estimateHub(const InsertPlan& plan);
 
 }  // namespace ost

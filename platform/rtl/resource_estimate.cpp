@@ -26,6 +26,9 @@ constexpr double kTimestampBit = 0.5, kWindowBit = 1.0, kEventBit = 1.5, kPulseB
 constexpr double kWishboneLuts = 100;  // Without the adder of the address.
 constexpr int kWishboneFlipFlops = 110;
 
+constexpr double kSerdesLuts = 40, kSerdesEdgeBit = 1.7, kSerdesClock = 6;
+constexpr int kSerdesFlipFlops = 45;
+
 constexpr int kHubFlipFlops = 108;  // Without the bit index.
 constexpr int kCoreFlipFlops = 49;  // Run, tag, flags, synchronisers.
 constexpr int kGroupBits = 16;      // That a stage of a wide unit compares at once.
@@ -33,6 +36,11 @@ constexpr int kTimestampPart = 8;
 
 int blocksOf64(qint64 words) {
   return int((words + 63) / 64);
+}
+
+/// Of the words that one LUT holds as dual-port memory.
+int blocksOf32(int words) {
+  return (words + 31) / 32;
 }
 
 void addUnits(const PlanCore& core, bool twoStages, double& luts, int& flipFlops) {
@@ -121,6 +129,17 @@ ResourceEstimate estimateWishbone(const PlanWishbone& wishbone) {
   estimate.flipFlops = kWishboneFlipFlops + wishbone.addressBits - 2;
   estimate.blockRams = 2 * int(blockRamsFor(kWishboneWords, kWishboneWordBits)) / 2;
   estimate.memoryBits = 2 * kWishboneWords * kWishboneWordBits;
+  return estimate;
+}
+
+ResourceEstimate estimateSerdes(const PlanSerdes& serdes) {
+  const int signals = 1 + serdes.clocks.size() + serdes.levels.size();  // With TCK.
+  const int memories = 2 * ((kSerdesCellBits + 5) / 6) * 4 * blocksOf32(serdes.rows());
+  ResourceEstimate estimate;
+  estimate.luts = int(std::lround(kSerdesLuts + memories + signals * kSerdesEdgeBit * serdes.edgeBits() +
+                                  kSerdesClock * (1 + serdes.clocks.size())));
+  estimate.flipFlops = kSerdesFlipFlops + signals * (3 + serdes.edgeBits()) + 6 * (1 + serdes.clocks.size());
+  estimate.memoryBits = 2 * (kSerdesCellBits << serdes.rowBits());
   return estimate;
 }
 

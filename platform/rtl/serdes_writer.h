@@ -5,6 +5,7 @@
 
 namespace ost {
 
+/// sd_clk; sd_rst, when it has a reset; sd_clocks and sd_levels, when there are such.
 QList<DebugPort> serdesPorts(const PlanSerdes& serdes);
 
 /// The core's instance.

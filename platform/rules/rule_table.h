@@ -9,11 +9,9 @@
 namespace ost {
 
 /// The numbers are stable: a rule that goes leaves a gap. 01: project, 10: sampling, 20: units, 30: expressions,
-/// 40: names, 50: memory, 60: drivers and clocks.
+/// 40: names, 50: memory, 60: drivers and clocks, 70: the Wishbone master, 80: serdes core.
 enum class DesignRule {
   NoCoreEnabled = 1,
-  WishboneNotSupported = 2,
-  SerdesNotSupported = 3,
   TooManyCores = 4,
   TooManyNets = 5,
   NoSampleClock = 10,
@@ -53,6 +51,21 @@ enum class DesignRule {
   SampleClockNotRunning = 64,
   SampleClockTraced = 65,
   NetPartlyUndriven = 66,
+  WishboneNoSlave = 70,
+  WishboneSeveralSlaves = 71,
+  WishbonePorts = 72,
+  WishboneClock = 73,
+  SerdesNoBlock = 80,
+  SerdesSeveralBlocks = 81,
+  SerdesNothingWatched = 82,
+  SerdesTooManySignals = 83,
+  SerdesWord = 84,
+  SerdesNoClock = 85,
+  SerdesClockNet = 86,
+  SerdesResetNet = 87,
+  SerdesClockNotRunning = 88,
+  SerdesSignalIdle = 89,
+  SerdesPathTaken = 90,
 };
 
 struct RuleRow {

@@ -16,7 +16,7 @@ NearestNames::NearestNames(const QString& wanted) : wanted_(wanted.left(int(kMax
 
 void NearestNames::offer(const QString& candidate) {
   const int keep = 3;
-  const int limit = best_.size() == keep ? best_.last().first - 1 : std::max(1, wanted_.size() / 4);
+  const int limit = best_.size() == keep ? best_.last().first - 1 : std::max(1, int(wanted_.size()) / 4);
   const QByteArray bytes = candidate.left(int(kMaxComparedBytes)).toLatin1();
   const int distance = editDistance(std::string_view(wanted_.constData(), size_t(wanted_.size())),
                                     std::string_view(bytes.constData(), size_t(bytes.size())), limit);

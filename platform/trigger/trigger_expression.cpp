@@ -247,10 +247,10 @@ QString renameUnitInExpression(const QString& text, const QString& oldName, cons
   Scanner scanner(text);
   for (Token token = scanner.next(); token.kind != Token::End; token = scanner.next()) {
     if (token.kind != Token::Unit || token.text != oldName) continue;
-    result += text.midRef(copied, token.at - copied) + newName;
+    result += text.mid(copied, token.at - copied) + newName;
     copied = token.at + oldName.size();
   }
-  result += text.midRef(copied);
+  result += text.mid(copied);
   return result;
 }
 

@@ -99,7 +99,7 @@ Expected expectedCapture(const Core& core, const RunChoice& choice, const Record
     if (choice.enabled[i]) sequences.append(Sequence(core.expressions[i]));
   QVector<ExpectedSample> window;  ///< All samples since the window's first.
   int triggerIndex = -1, events = 0, samples = 0;
-  const int rows = endRow < 0 ? record.rows.size() : std::min(endRow, record.rows.size());
+  const int rows = endRow < 0 ? record.rows.size() : std::min(endRow, int(record.rows.size()));
   for (int row = armRow; row < rows; ++row) {
     const auto isActive = [&](const QString& enable, bool isLow, int edges) {
       return enable.isEmpty() || record.is(isLow ? '0' : '1', std::max(row - edges, 0), enable);

@@ -122,7 +122,7 @@ class Generator {
     if (!net.isVector) return bits;
     if (net.width() <= mostBits && chance(50)) return bits;
     const int first = below(bits.size());
-    const int count = chance(50) ? 1 : 1 + below(std::min(mostBits, bits.size() - first));
+    const int count = chance(50) ? 1 : 1 + below(std::min(mostBits, int(bits.size()) - first));
     const int step = net.left >= net.right ? -1 : 1;
     const int from = net.left + step * first, to = from + step * (count - 1);
     word += count == 1 ? QString("[%1]").arg(from) : QString("[%1:%2]").arg(from).arg(to);

@@ -9,7 +9,8 @@ const char kTraps[] = R"(
 module leaf #(parameter W = 4) (input clk, input [W-1:0] d, output reg [W-1:0] q);
   reg [7:0] mem [0:15];
   reg [0:7] up; reg [11:4] off; reg [2:-1] neg;
-  wire [3:0] \x[1] ; wire [3:0] x; wire \$dollar ; wire [1:0] \back\slash ; wire \sp"q ;
+  (* ostrel_watch = " lock " *) wire [3:0] \x[1] ; (* ostrel_watch *) wire [3:0] x; (* ostrel_watch = 0 *) wire no;
+  wire \$dollar ; wire [1:0] \back\slash ; wire \sp"q ;
   assign \x[1] = d; assign x = ~d;
   always @(posedge clk) begin q <= d; mem[d] <= up; up <= mem[q]; off <= up; neg <= up; end
 endmodule
@@ -122,6 +123,11 @@ TEST(Names, of_instances_and_roles) {
     return true;
   });
   EXPECT_TRUE(roles.dcu && roles.jtag2wbCore && !roles.j2w && !roles.jtag2wb);
+  QStringList watched;
+  for (const SerdesBlock& block : traps().serdesBlocks(2))
+    for (const WatchedNet& net : block.nets) watched += block.name + ": " + net.name + " " + net.word;
+  EXPECT_EQ(plain(watched.join("; ")),
+            "\\a/b : a/b/x signal; \\a/b : a/b/x[1] lock; gen[0].u: gen[0].u/x signal; gen[0].u: gen[0].u/x[1] lock");
 }
 
 }  // namespace

@@ -98,10 +98,10 @@ TEST(Proof, RefusesEveryTamperedVersion) {
       {tricky(), "(module leaf\\(.*?)value\\[1\\];", "\\1value[2];", "module leaf: the "},
       {tricky(), "~ slow;", "slow;", "module divider: the next value of the register \"slow\""},
       {unusual(), "32'd3;", "32'd2;", "the next value of the register \"n["},
-      {unusual(), "\\? a\\[0\\] : 1'hz", "? 1'hz : a[0]", "module branches: the output \"pad\""},
+      {unusual(), "\\? a\\[0\\] : 1'bz", "? 1'bz : a[0]", "module branches: the output \"pad\""},
       {unusual(), "a\\[6:4\\] /", "a[5:3] /", "the next value of the register \"n["},
       {unusual(), "(module flag.*?= ~ )i", "\\1(i ? i : 1'hx)", "and the written design x"},
-      {unusual(), "1'hz;", "1'h0;", "module branches: the output \"pad\""},
+      {unusual(), "1'bz;", "1'h0;", "module branches: the output \"pad\""},
       {unusual(), "(\\[5\\] = 7'h)6d", "\\g6c", "module segment_table: the output \"segments[0]\""},
       {unusual(), "4'b1x0x", "4'b1x1x", "module branches: the output \"y["},
       // Registers: clock, edge, polarity of a reset, reset value, initial value, enable, a loop.
@@ -112,6 +112,7 @@ TEST(Proof, RefusesEveryTamperedVersion) {
       {unusual(), "rst \\? 6'h05", "rst ? 6'h04", "the next value of the register \"n[0]\""},
       {unusual(), "a\\[7\\] \\? (\\w+\\[5:0\\]) : n", "\\1", "the next value of the register \"n["},
       {unusual(), "if \\(en\\)", "if (!en)", "module loops"},
+      {unusual(), "through = 4'h6", "through = 4'h4", "the net \"through[1]\""},
       {unusual(), "(= en \\? d\\[7:4\\] : )ring", "\\g4'h0", "module loops: the net \"q["},
       // Memories: contents, a missing memory, and each port's clock, enable, address and data.
       {tricky(), "words\\[3\\] = 16'h3", "words[3] = 16'h2", "other contents"},
@@ -135,8 +136,8 @@ TEST(Proof, RefusesEveryTamperedVersion) {
       {unusual(), "never\\[1\\] = 4'h6", "never[1] = 4'h7", "other contents"},
       {unusual(), "single\\[2'h0\\]", "single[2'h1]", "the address of a write"},
       {unusual(), "(\\^ 4'h)9", "\\g8", "module constants: the output \"y[0]\""},
-      {unusual(), "\\+ (_\\d+_);(\\s*always)", "+ {\\1[0], \\1[1]};\\2", "the next value of the register \"out["},
-      {unusual(), "(reg \\[1:0\\] _\\d+_ = 2'h)3", "\\g1", "\"out[1]\" has another initial value"},
+      {unusual(), "\\+ out\\[1\\];", "+ out[0];", "the output \"pins[1]\""},
+      {unusual(), "(reg \\[1:0\\] out = 2'h)3", "\\g1", "\"out[1]\" has another initial value"},
       // Instances and nets: an added driver, a lost one, another type, swapped pins, parameters, a probe.
       {tricky(), "(module pair.*?)endmodule", "\\1assign left = step[0] ? 4'h0 : 4'hz;\nendmodule", "module pair"},
       {tricky(), "(module bare_pad.*?)endmodule", "\\1assign io = seen ? 1'b0 : 1'bz;\nendmodule", "module bare_pad"},
