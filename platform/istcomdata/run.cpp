@@ -20,7 +20,7 @@ namespace {
 
 void sayEstimate(const ost::InsertPlan& plan) {
   const auto line = [](const QString& object, const ost::ResourceEstimate& e) {
-    ost::say(QStringLiteral("%1: about %2 LUTs, %3 flip-flops, %4 block RAM%5 of 36 Kbit, %6 memory bits")
+    ost::say(QStringLiteral("%1: about %2 LUTs of six inputs, %3 flip-flops, %4 block RAM%5 of 36 Kbit, %6 memory bits")
                  .arg(object)
                  .arg(e.luts)
                  .arg(e.flipFlops)

@@ -148,8 +148,13 @@ TEST(DebugModule, EstimateFollowsTheMeasuredSize) {
     const char* plan;
     int luts, flipFlops, blockRams;
   } measured[] = {
-      {"probes=40 depth=2048 ts=32 te=low unit=match:0:20 unit=serial:3:16 expr=0+1", 252, 476, 4},
-      {"probes=96 depth=1024 se=high unit=match:0:32 unit=match:32:32 unit=match:64:32 expr=0+1+2:2", 339, 811, 3},
+      {"probes=40 depth=1024 ts=16 incl te=high out=1 unit=serial:26:8 unit=serial:14:24 expr=0+1:2:1 expr=0 "
+       "expr=0:1:2",
+       302, 525, 2},
+      {"probes=32 depth=1024 incl unit=match:20:12 unit=match:0:32 expr=0+1:8:256 expr=0+1:8:1:ebr", 334, 684, 2},
+      {"probes=32 depth=4096 windows=2 ws=2048 unit=match:0:2 unit=match:11:16 unit=match:1:2 expr=1+2:16:1 "
+       "expr=0+2:1:2",
+       316, 520, 4},
   };
   for (const auto& row : measured) {
     SCOPED_TRACE(row.plan);
