@@ -212,7 +212,8 @@ struct SubCommand {
 
 const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo},
                                    {"jtag", runJtag},   {"level", runLevel}, {"nets", runNets},
-                                   {"ports", runPorts}, {"prove", runProve}, {"read", runRead}};
+                                   {"ports", runPorts}, {"prove", runProve}, {"read", runRead},
+                                   {"wishbone", runWishbone}};
 
 int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   const std::string word = objc > 1 ? Tcl_GetString(objv[1]) : "help";
@@ -221,7 +222,7 @@ int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     if (word == entry.name) return entry.run(interp, objc, objv);
   }
   Tcl_SetObjResult(interp, tclFromText(QStringLiteral("unknown sub-command \"%1\": must be close, help, info, jtag, "
-                                                      "level, nets, ports, prove, or read")
+                                                      "level, nets, ports, prove, read, or wishbone")
                                            .arg(textFromTcl(objv[1]))));
   Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
   return TCL_ERROR;

@@ -20,6 +20,9 @@ int runLevel(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
 /// `ost_design ports INSTANCE ?-inputs? ?-outputs? ?-clocks? ?-registers?`
 int runPorts(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
 
+/// `ost_design wishbone ?PerformConnect=true|false? ?Endian=big|little?`
+int runWishbone(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
+
 /// The error of a command that needs a design.
 int failWithoutDesign(Tcl_Interp* interp);
 /// Refuses what would change the design under a command that works with it, or serve events inside it: this one was

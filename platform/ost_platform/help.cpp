@@ -45,6 +45,9 @@ const HelpEntry kHelp[] = {
     {"read", nullptr,
      "Reads a design and returns the name of its top module. A FILE is Verilog, SystemVerilog (.sv), VHDL (.vhd,\n"
      ".vhdl) or one Yosys JSON netlist (.json). On failure the design before stays."},
+    {"wishbone", "ost_design wishbone ?PerformConnect=true|false? ?Endian=big|little?",
+     "Returns the two options of the project's Wishbone master (ost_core add_wishbone); with words, sets them first.\n"
+     "PerformConnect=true shares the slave that the design marks; with false the bus becomes ports of the top."},
 };
 
 std::string readUsage() {
