@@ -52,6 +52,7 @@ class Proof {
   bool openScratch(ScratchFile& file, const QByteArray& content);
   bool readBack(const ProofFiles& files);
   void noteChanges();
+  bool checkPin(const DebugPort& port, const QVector<int>& bits);
   void noteBus(const PlanWishbone& wishbone);
   bool checkProbes();
   bool compareModules();
@@ -185,6 +186,18 @@ ModuleVerdict Proof::compareOne(int writtenModule) {
   return compareModule(original_, originalModule, written_, writtenModule, changes, limits);
 }
 
+/// Whether a pin of the debug module is connected to the top's port of its name and to no other.
+bool Proof::checkPin(const DebugPort& port, const QVector<int>& bits) {
+  const JtagPins& pins = plan_.pins;
+  const QString& name = port.role == DebugPort::Tck   ? pins.tck
+                        : port.role == DebugPort::Tms ? pins.tms
+                        : port.role == DebugPort::Tdi ? pins.tdi
+                                                      : pins.tdo;
+  for (const NetlistPort& pin : written_.text.module(written_.text.top()).portList)
+    if (pin.name == name.toLatin1() && pin.bits == bits) return true;
+  return fail(QStringLiteral("the pin \"%1\" is not connected to the debug module.").arg(name));
+}
+
 /// Follows each bit of the debug module's inputs, and the net of the plan by its name, to where they are driven.
 bool Proof::checkProbes() {
   const NetlistModule& top = written_.text.module(written_.text.top());
@@ -196,6 +209,7 @@ bool Proof::checkProbes() {
     if (bits.size() != connection.port.width)
       return fail(QStringLiteral("the debug module's port \"%1\" is not connected in full.")
                       .arg(textFromBytes(connection.port.name)));
+    if (connection.port.isPin() && !checkPin(connection.port, bits)) return false;
     for (int i = 0; i < connection.nets.size(); ++i) {
       PlacedBit probe, wanted;
       probe.module = written_.text.top();
