@@ -8,6 +8,7 @@
 #include <mutex>
 
 #include "platform/design/elaboration.h"
+#include "platform/design/list_nets.h"
 #include "platform/design/mapped_cells.h"
 #include "platform/design/name_index.h"
 #include "platform/design/serdes_blocks.h"
@@ -258,30 +259,7 @@ bool Design::levelAt(const QString& path, DesignLevel& level) const {
 }
 
 void Design::forEachNet(const std::function<bool(const NetName&)>& visit) const {
-  struct Level {
-    const ModuleEntry* module;
-    size_t nextInstance;
-  };
-  NameHit hit;
-  std::vector<Level> stack{{&d->top(), 0}};
-  bool entering = true;
-  while (!stack.empty()) {
-    Level& level = stack.back();
-    if (entering) {
-      hit.module = level.module;
-      if (!forEachNetOf(d->index, hit, visit)) return;
-    }
-    if (level.nextInstance < level.module->instances.size()) {
-      const InstanceEntry& instance = level.module->instances[level.nextInstance++];
-      hit.path.push_back(&instance);
-      stack.push_back({&d->index.modules[size_t(instance.module)], 0});
-      entering = true;
-    } else {
-      stack.pop_back();
-      if (!hit.path.empty()) hit.path.pop_back();
-      entering = false;
-    }
-  }
+  listNets(d->index, visit);
 }
 
 QVector<SerdesBlock> Design::serdesBlocks(int most) const {

@@ -123,6 +123,7 @@ bool Elaboration::surveyOnce(NameIndex& index, QString& error) {
     return false;
   }
   hideGhdlNets(index);
+  nameVhdlValues(index);
   if (!index.complete(QByteArray(), error)) return false;
   noteReadFiles(dependencies);
   for (const ModuleEntry& module : index.modules) names_.insert(sourceName(module.key));

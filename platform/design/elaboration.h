@@ -37,6 +37,8 @@ class Elaboration {
   bool survey(NameIndex& index, QString& error);
   bool surveyOnce(NameIndex& index, QString& error);
   void hideGhdlNets(NameIndex& index) const;
+  void nameVhdlValues(NameIndex& index) const;
+  int vhdlEnumType(const VhdlSignal& signal, int width, NameIndex& index) const;
   void noteReadFiles(const ScratchFile& dependencies);
   bool readUses(const QVector<QByteArray>& types, QList<UnknownUse>& uses, QString& error);
   bool resolve(const QVector<QByteArray>& types, QString& error);

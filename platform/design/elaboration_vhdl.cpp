@@ -134,4 +134,54 @@ void Elaboration::hideGhdlNets(NameIndex& index) const {
   }
 }
 
+/// Enumerated types out of the texts, as GHDL's Verilog has none: it counts the values from 0.
+void Elaboration::nameVhdlValues(NameIndex& index) const {
+  const VhdlScan& scan = plan_.vhdl().scan;
+  if (scan.enums.isEmpty()) return;
+  for (ModuleEntry& module : index.modules) {
+    if (!module.vhdl) continue;
+    // A module of GHDL has the name of its entity, with more behind it where there are generics.
+    const QByteArray key = sourceName(module.key).toLower();
+    QByteArray entity;
+    for (const VhdlEntity& known : scan.entities) {
+      const QByteArray name = known.name.toLower();
+      if ((key == name || key.startsWith(name + '_')) && name.size() > entity.size()) entity = name;
+    }
+    for (const VhdlSignal& signal : scan.signalsOfType) {
+      if (signal.entity != entity || signal.type.isEmpty()) continue;
+      const auto net = std::find_if(module.nets.begin(), module.nets.end(), [&](const NetEntry& one) {
+        return index.bytes(one.name).toLower() == signal.name;
+      });
+      if (net != module.nets.end()) net->enumType = vhdlEnumType(signal, net->width, index);
+    }
+  }
+}
+
+/// The number of the signal's type among those of the index, added when it is new; -1 when it is no enumerated one, or
+/// may be several. The type of the architecture hides that of a package.
+int Elaboration::vhdlEnumType(const VhdlSignal& signal, int width, NameIndex& index) const {
+  const VhdlEnum* type = nullptr;
+  for (const VhdlEnum& one : plan_.vhdl().scan.enums) {
+    if (one.name != signal.type || (one.entity != signal.entity && !one.entity.isEmpty())) continue;
+    const bool hides = type && type->entity.isEmpty() && !one.entity.isEmpty();
+    if (type && !hides && type->entity == one.entity && type->values != one.values) return -1;
+    if (!type || hides) type = &one;
+  }
+  if (!type || width > 30 || type->values.size() > (1 << width) || type->values.size() <= (1 << (width - 1))) return -1;
+  EnumNames names;
+  for (int value = 0; value < type->values.size(); ++value) {
+    QByteArray bits = QByteArray::number(value, 2).rightJustified(width, '0');
+    std::reverse(bits.begin(), bits.end());
+    names.append({textFromBytes(type->values[value]), bits, true});
+  }
+  const auto same = [&names](const EnumNames& known) {
+    return std::equal(known.begin(), known.end(), names.begin(), names.end(), [](const EnumName& a, const EnumName& b) {
+      return a.name == b.name && a.bits == b.bits && a.anyCase == b.anyCase;
+    });
+  };
+  const auto known = std::find_if(index.enumTypes.begin(), index.enumTypes.end(), same);
+  if (known == index.enumTypes.end()) index.enumTypes.push_back(names);
+  return int(std::find_if(index.enumTypes.begin(), index.enumTypes.end(), same) - index.enumTypes.begin());
+}
+
 }  // namespace ost

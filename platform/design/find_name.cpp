@@ -110,12 +110,16 @@ class Finder {
     return false;
   }
 
+  /// An escaped identifier stands in no block, whatever it looks like.
+  static bool isWhole(const NetEntry& net) { return net.wholeName; }
+  static bool isWhole(const InstanceEntry&) { return false; }
+
   /// The only entry that the source calls `typed`, or null.
   template <typename Entry>
   const Entry* onlyOne(const std::vector<Entry>& entries, std::string_view typed) {
     const Entry* only = nullptr;
     for (const Entry& entry : entries) {
-      if (!isNameInSource(index_.view(entry.name), typed)) continue;
+      if (isWhole(entry) || !isNameInSource(index_.view(entry.name), typed)) continue;
       if (only && wantReason_ && reason.isEmpty())
         reason = QStringLiteral("\"%1\" may be \"%2\" or \"%3\": name one of them")
                      .arg(textFromView(whole_), textFromView(index_.view(only->name)),

@@ -82,12 +82,46 @@ int readInterface(const QList<Word>& words, int at, Take take) {
   return at;
 }
 
+/// From behind "type" to the bracket that ends the values. Types with characters among them are left out: who types '0'
+/// means a number.
+void readEnum(const QList<Word>& words, int at, const QByteArray& entity, VhdlScan& scan) {
+  VhdlEnum type{words[at].lower, entity, {}};
+  for (at += 3; at + 1 < words.size(); at += 2) {
+    const QByteArray &value = words[at].spelt, &after = words[at + 1].lower;
+    if (value.startsWith('\'') || (after != "," && after != ")")) return;
+    type.values.append(value);
+    if (after == ")") break;
+  }
+  if (type.values.size() > 1) scan.enums.append(type);
+}
+
+/// The name of a type, out of words such as "work . states . state_t"; empty with a range.
+QByteArray typeName(const QByteArray& type) {
+  const QByteArray last = type.mid(type.lastIndexOf(' ') + 1);
+  return type.contains('(') || last.isEmpty() ? QByteArray() : last;
+}
+
+/// From behind "signal" on: "a, b : state_t := IDLE;".
+void readSignals(const QList<Word>& words, int at, const QByteArray& entity, VhdlScan& scan) {
+  QList<QByteArray> names;
+  for (; at < words.size() && words[at].lower != ":"; ++at)
+    if (words[at].lower != ",") names.append(words[at].lower);
+  QByteArray type;
+  for (++at; at < words.size() && words[at].lower != ";" && words[at].lower != ":"; ++at) type += ' ' + words[at].lower;
+  for (const QByteArray& name : qAsConst(names)) scan.signalsOfType.append({entity, name, typeName(type)});
+}
+
 }  // namespace
 
 void scanVhdl(const QByteArray& text, VhdlScan& scan) {
   const QList<Word> words = wordsOf(text);
   const auto lower = [&words](int i) { return i >= 0 && i < words.size() ? words[i].lower : QByteArray(); };
+  QByteArray scope;  // The entity whose architecture is being read.
   for (int i = 0; i < words.size(); ++i) {
+    if (lower(i) == "architecture" && lower(i + 2) == "of") scope = lower(i + 3);
+    if (lower(i) == "package") scope.clear();
+    if (lower(i) == "type" && lower(i + 2) == "is" && lower(i + 3) == "(") readEnum(words, i + 1, scope, scan);
+    if (lower(i) == "signal" && !scope.isEmpty()) readSignals(words, i + 1, scope, scan);
     if (lower(i) == ":" || lower(i) == "." || lower(i) == "component") scan.words.insert(lower(i + 1));
     if (isGhdlName(words[i].lower.toStdString())) scan.likeGhdl.insert(words[i].lower);
     if (lower(i) != "entity" || lower(i + 2) != "is") continue;
@@ -99,7 +133,10 @@ void scanVhdl(const QByteArray& text, VhdlScan& scan) {
           entity.generics.append({name, type});
         });
       else if (lower(i) == "port" && lower(i + 1) == "(")
-        i = readInterface(words, i + 1, [&](const QByteArray& name, const QByteArray&) { entity.ports.append(name); });
+        i = readInterface(words, i + 1, [&](const QByteArray& name, const QByteArray& type) {
+          entity.ports.append(name);
+          scan.signalsOfType.append({entity.name.toLower(), name.toLower(), typeName(type)});
+        });
     }
     scan.entities.append(entity);
   }

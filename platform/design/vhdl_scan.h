@@ -19,8 +19,21 @@ struct VhdlEntity {
   QList<QByteArray> ports;  ///< As spelt.
 };
 
+/// "type NAME is (IDLE, RUN);" of an entity's architecture, or of a package.
+struct VhdlEnum {
+  QByteArray name, entity;   ///< In lower case; `entity` is empty for a package.
+  QList<QByteArray> values;  ///< As spelt, in the order of their positions.
+};
+
+/// A port or signal whose type has a name and no range.
+struct VhdlSignal {
+  QByteArray entity, name, type;  ///< In lower case, the type without the packages before it.
+};
+
 struct VhdlScan {
   QList<VhdlEntity> entities;
+  QList<VhdlEnum> enums;
+  QList<VhdlSignal> signalsOfType;
   QSet<QByteArray> words;     ///< Every identifier that stands behind a colon, "component" or a dot, in lower case.
   QSet<QByteArray> likeGhdl;  ///< Every identifier that isGhdlName(), in lower case.
 };

@@ -7,129 +7,20 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
-#include <QSet>
 #include <cerrno>
 #include <cstdlib>
 
+#include "platform/insert/folder_list.h"
 #include "platform/system/process_mark.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
 
-const char kListName[] = "ostrel_files.txt";
-// No file name has a '/', and earlier versions skip lines with one.
-const char kProjectKey[] = "project/";
-const char kDigestKey[] = "digest/";  ///< Then the digest of a file's contents, '/' and its name.
-constexpr qint64 kMaxListBytes = 1 << 20;
 constexpr int kAttempts = 100;
-
-/// What the list of a folder says about it.
-struct FolderList {
-  QSet<QByteArray> files;
-  QByteArray project;  ///< Empty when unknown.
-  QHash<QByteArray, QByteArray> digests;
-};
-
-Descriptor openFolder(int parent, const QByteArray& name) {
-  return Descriptor(openat(parent, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-}
-
-FolderList readList(int folder) {
-  FolderList list;
-  const Descriptor file(openat(folder, kListName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  QByteArray text;
-  QString ignored;  // Without a list nothing in the folder is the insertion's own.
-  if (!file.isOpen() || !readOpenFile(file.fd(), kMaxListBytes, text, ignored)) return list;
-  for (const QByteArray& line : text.split('\n')) {
-    if (line.startsWith(kProjectKey))
-      list.project = QByteArray::fromPercentEncoding(line.mid(int(sizeof kProjectKey) - 1));
-    if (line.startsWith(kDigestKey)) {
-      const QByteArray rest = line.mid(int(sizeof kDigestKey) - 1);
-      list.digests.insert(rest.mid(rest.indexOf('/') + 1), rest.left(rest.indexOf('/')));
-    }
-    if (!line.isEmpty() && !line.contains('/')) list.files.insert(line);
-  }
-  list.files.insert(kListName);
-  return list;
-}
-
-/// The first entry that the folder's list does not name; empty when all are the insertion's own. False with errno.
-bool findForeign(int folder, QByteArray& foreign) {
-  const FolderList list = readList(folder);
-  QList<QByteArray> names;
-  if (!listFolder(folder, names)) return false;
-  for (const QByteArray& name : names) {
-    struct stat info;
-    const bool isFolder = fstatat(folder, name.constData(), &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(info.st_mode);
-    if (!list.files.contains(name) || isFolder) foreign = name;
-    if (!foreign.isEmpty()) break;
-  }
-  return true;
-}
-
-/// Of a file's contents, to tell whether somebody changed it; empty when it cannot be read.
-QByteArray digestOf(int folder, const QByteArray& name) {
-  Descriptor file(openat(folder, name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  QFile contents;
-  QCryptographicHash hash(QCryptographicHash::Sha1);
-  const bool read = file.isOpen() && contents.open(file.fd(), QIODevice::ReadOnly) && hash.addData(&contents);
-  return read ? hash.result().toHex() : QByteArray();
-}
-
-/// A file of the insertion's own that somebody has changed since; empty when there is none.
-QByteArray findChanged(int folder) {
-  const FolderList list = readList(folder);
-  for (auto file = list.digests.begin(); file != list.digests.end(); ++file) {
-    const QByteArray now = digestOf(folder, file.key());
-    if (!now.isEmpty() && now != file.value()) return file.key();
-  }
-  return QByteArray();
-}
-
-/// Whether the name still leads to the open folder.
-bool isNameOf(int parent, const QByteArray& name, int folder) {
-  struct stat named, open;
-  return fstatat(parent, name.constData(), &named, AT_SYMLINK_NOFOLLOW) == 0 && fstat(folder, &open) == 0 &&
-         named.st_dev == open.st_dev && named.st_ino == open.st_ino;
-}
-
-/// Removes the files of the folder's list, the list last, and the folder if nothing else is in it.
-bool removeOwn(int parent, const QByteArray& name, int folder) {
-  FolderList list = readList(folder);
-  list.files.remove(kListName);
-  if (!isNameOf(parent, name, folder)) return false;
-  for (const QByteArray& file : list.files) unlinkat(folder, file.constData(), 0);
-  unlinkat(folder, kListName, 0);
-  return unlinkat(parent, name.constData(), AT_REMOVEDIR) == 0;
-}
-
-bool rename(int parent, const QByteArray& from, const QByteArray& to) {
-  return renameat(parent, from.constData(), parent, to.constData()) == 0;
-}
-
-bool exists(int parent, const QByteArray& name) {
-  struct stat info;
-  return fstatat(parent, name.constData(), &info, AT_SYMLINK_NOFOLLOW) == 0;
-}
-
-/// Removes what dead runs left beside the target: "<target>.new-<tag>" and "<target>.old-<tag>".
-void clearLeftovers(int parent, const QByteArray& target) {
-  const Descriptor listed = openFolder(parent, ".");
-  // A run died between its two renames: the old folder is still the current one.
-  for (const QByteArray& name : leftBehind(listed.fd(), target + ".old-"))
-    if (!exists(parent, target) && openFolder(parent, name).isOpen()) rename(parent, name, target);
-  for (const char* kind : {".old-", ".new-"})
-    for (const QByteArray& name : leftBehind(listed.fd(), target + kind)) {
-      const Descriptor folder = openFolder(parent, name);
-      if (folder.isOpen()) removeOwn(parent, name, folder.fd());
-    }
-}
 
 }  // namespace
 
@@ -270,10 +161,10 @@ bool OutputFolder::swap(QByteArray& aside) const {
   if (renameat2(parent, stagedName_.constData(), parent, name_.constData(), RENAME_EXCHANGE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
   aside = name_ + ".old-" + ownTag();
-  if (!rename(parent, name_, aside)) return false;
-  if (rename(parent, stagedName_, name_)) return true;
+  if (!renameIn(parent, name_, aside)) return false;
+  if (renameIn(parent, stagedName_, name_)) return true;
   const int code = errno;
-  rename(parent, aside, name_);
+  renameIn(parent, aside, name_);
   errno = code;
   return false;
 }
@@ -303,14 +194,14 @@ bool OutputFolder::commit(QString& error) {
   }
   if (!writeDigests(error)) return false;
   QByteArray aside;
-  if (old.isOpen() ? !swap(aside) : !rename(parent, stagedName_, name_)) return refuse(error, what, target_, errno);
+  if (old.isOpen() ? !swap(aside) : !renameIn(parent, stagedName_, name_)) return refuse(error, what, target_, errno);
   unfinished().removeAll(this);
   // Files that were put into the old folder since the check, or are being put there now, are carried over.
   for (int i = 0; i < kAttempts && old.isOpen() && !removeOwn(parent, aside, old.fd()); ++i) {
     QList<QByteArray> late;
     listFolder(old.fd(), late);
     for (const QByteArray& file : late)
-      if (!exists(staged_.fd(), file)) renameat(old.fd(), file.constData(), staged_.fd(), file.constData());
+      if (!existsIn(staged_.fd(), file)) renameat(old.fd(), file.constData(), staged_.fd(), file.constData());
   }
   staged_.reset();
   return true;

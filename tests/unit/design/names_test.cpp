@@ -114,6 +114,30 @@ TEST(Names, that_mean_nothing_say_why_and_what_is_near) {
   }
 }
 
+TEST(Names, are_listed_without_the_levels_of_else_if_and_lead_back) {
+  Scratch scratch;
+  QString error;
+  const auto design =
+      readDesign(sourceOf({scratch.write(
+                     "t.v",
+                     "module leaf(input i, output o); assign o = i; endmodule\nmodule t #(parameter A = 2)(input i);\n"
+                     "if (A == 0) begin : a wire x; end else if (A == 1) begin : b wire x; end else begin : c wire x; "
+                     "leaf u(i, x); end\n"
+                     "if (A == 1) begin wire y; end else if (A == 2) begin wire y; end\n"
+                     "if (A == 0) wire z; else if (A == 2) begin : d wire z; end\nwire \\genblk1.d.z ;\nendmodule\n")}),
+                 error);
+  ASSERT_TRUE(design) << plain(error);
+  QStringList names;
+  design->forEachNet([&](const NetName& net) {
+    NetSelection found;
+    EXPECT_TRUE(design->resolve(net.name, found, error)) << plain(error);
+    names.append(net.name);
+    return true;
+  });
+  names.sort();
+  EXPECT_EQ(plain(names.join(' ')), "c.u/i c.u/o c.x d.z genblk1.d.z genblk2.y i");
+}
+
 TEST(Names, of_instances_and_roles) {
   EXPECT_EQ(instancePathKeys("\\a/b /$x/\\\\y "), QStringList({"a/b", "\\$x", "\\\\y"}));
   const DesignRoles& roles = traps().roles();

@@ -225,16 +225,30 @@ TEST(Sources, leave_the_ports_of_undeclared_black_boxes_to_their_use) {
 
 TEST(Sources, in_vhdl_compute_what_vhdl_says) {
   Scratch scratch;
-  scratch.write("ops.vhd",
-                "library ieee; use ieee.std_logic_1164.all; use ieee.numeric_std.all;\n"
-                "entity ops is port (a, b : in signed(7 downto 0); s : in unsigned(2 downto 0);\n"
-                "  y : out signed(7 downto 0)); end;\narchitecture r of ops is begin process (all) begin case s is\n"
-                "when \"000\" => y <= a / b; when \"001\" => y <= a rem b; when \"010\" => y <= a mod b;\n"
-                "when \"011\" => y <= abs a; when \"100\" => y <= shift_right(a, 2);\n"
-                "when others => y <= a; end case; end process; end;\n");
+  scratch.write(
+      "ops.vhd",
+      "package p is type mode is (Slow, Fast); type st is (A, B); end;\n"
+      "library ieee; use ieee.std_logic_1164.all; use ieee.numeric_std.all; use work.p.all;\n"
+      "entity ops is port (a, b : in signed(7 downto 0); s : in unsigned(2 downto 0); m : in work.p.mode;\n"
+      "  h : out std_logic; y : out signed(7 downto 0)); end;\n"
+      "architecture r of ops is type St is (Idle, Run, -- not a value\n Halt); signal State : st := Run; begin\n"
+      "State <= Halt when s(0) = '1' else Idle; h <= '1' when State = Halt and m = Fast else '0';\n"
+      "process (all) begin case s is\n"
+      "when \"000\" => y <= a / b; when \"001\" => y <= a rem b; when \"010\" => y <= a mod b;\n"
+      "when \"011\" => y <= abs a; when \"100\" => y <= shift_right(a, 2);\n"
+      "when others => y <= a; end case; end process; end;\n");
   QString error;
   const auto design = readList(scratch, "ops.vhd", error);
-  ASSERT_TRUE(design && design->netCount() == 4) << plain(error);  // None that GHDL named.
+  ASSERT_TRUE(design && design->netCount() == 7) << plain(error);  // None that GHDL named.
+  const struct {
+    const char *net, *value, *bits;  // least significant first
+  } enums[] = {{"state", "HALT", "01"}, {"State", "idle", "00"}, {"m", "Fast", "1"}, {"s", "Fast", ""}};
+  for (const auto& row : enums) {
+    NetSelection found;
+    ASSERT_TRUE(design->resolve(row.net, found, error)) << plain(error);
+    const EnumName* name = findEnumName(found.enumNames, row.value);
+    EXPECT_EQ(name ? name->bits : QByteArray(), row.bits) << row.net << ' ' << row.value;
+  }
   YosysJob job;
   job.script = design->elaborationScript();
   job.script.line(

@@ -238,8 +238,6 @@ TEST(Insertion, TakesWhatASynthesisMade) {
       {"proc; opt; memory_collect; alumacc; maccmap; opt; techmap -map +/techmap.v t:$alu; opt_clean", ""},
       {"synth -run begin:fine; memory_map; techmap; abc -sop; opt_clean", ""},
       {"synth; muxcover -mux4 -mux8", ""},
-      {"synth -lut 4", ""},
-      {"synth_gowin", "gowin"},
       {"synth_xilinx", "xilinx"},
   };
   for (const auto& flow : flows) {
