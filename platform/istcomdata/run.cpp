@@ -54,11 +54,8 @@ bool IstComData::Private::bringDesignUpToDate(QString& error) {
 }
 
 bool IstComData::Private::loadNetlist(const ost::Design& design, QString& error) {
-  if (netlist && netlistDigest == design.digest()) return true;
   tcl_cmdex::ProgressLine progress("Elaborating the full netlist");
-  netlist = ost::Netlist::load(design, error, [&progress] { return progress.tick(); });
-  netlistDigest = netlist ? design.digest() : QByteArray();
-  if (!netlist && error.isEmpty()) error = QStringLiteral("The design's netlist could not be made.");
+  netlist = ost::netlistOf(design, error, [&progress] { return progress.tick(); });
   return netlist != nullptr;
 }
 
@@ -81,9 +78,10 @@ bool IstComData::DRC(QString& message) {
   const bool hasNetlist = d->loadNetlist(*design, error);
   for (const auto& core : d->project->cores) core->trace->compact();
   bool cancelled = false;
+  tcl_cmdex::ProgressLine progress("Checking the design rules");
   const ost::DesignCheck check =
       ost::checkDesignRules(*d->project, *design, hasNetlist ? d->netlist.get() : nullptr,
-                            [&cancelled] { return !(cancelled = cancelled || !tcl_cmdex::servePendingEvents()); });
+                            [&cancelled, &progress] { return !(cancelled = cancelled || !progress.tick()); });
   if (cancelled) return false;
   message = ost::designRuleReport(check.findings);
   if (!hasNetlist) message += QStringLiteral("ERROR: %1\n").arg(error);

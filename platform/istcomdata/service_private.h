@@ -43,9 +43,8 @@ class IstComData::Private {
     QStringList findings;  ///< Lines of the check.
   } checked;
 
-  /// The full netlist of the design with this digest; null when there is none yet.
+  /// The full netlist of the design that was checked or inserted last; null when there is none yet.
   std::shared_ptr<const ost::Netlist> netlist;
-  QByteArray netlistDigest;
 
   void markChanged() {
     if (project) project->changed = true;

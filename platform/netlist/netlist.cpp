@@ -72,6 +72,16 @@ std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& erro
   return netlist;
 }
 
+std::shared_ptr<const Netlist> netlistOf(const Design& design, QString& error, const std::function<bool()>& idle) {
+  static std::shared_ptr<const Netlist> kept;
+  static QByteArray digest;
+  if (kept && digest == design.digest()) return kept;
+  kept = Netlist::load(design, error, idle);
+  digest = kept ? design.digest() : QByteArray();
+  if (!kept && error.isEmpty()) error = QStringLiteral("The design's netlist could not be made.");
+  return kept;
+}
+
 std::shared_ptr<const Netlist> Netlist::read(int file, const QString& topKey, QString& error) {
   std::shared_ptr<Netlist> netlist(new Netlist);
   if (!netlist->d->text.open(file, topKey.toLatin1(), error)) return nullptr;
@@ -208,12 +218,12 @@ PlacedBit NetlistBits::source(const PlacedBit& start, LocalDriver& driver) const
   return weak.kind == LocalDriver::None ? topmost(end) : weakPlace;
 }
 
-PlacedBit NetlistBits::topmost(PlacedBit place) const {
+PlacedBit NetlistBits::topmost(PlacedBit place, const std::function<bool(const PlacedBit&)>& stop) const {
   PlacedBit above;
   while (!isConstantBit(place.bit)) {
     const LocalDriver driver = index(place.module).driver(place.bit);
     if (driver.kind != LocalDriver::InputPort && driver.kind != LocalDriver::InOutPort) break;
-    if (!climb(place, above)) break;
+    if ((stop && stop(place)) || !climb(place, above)) break;
     place = above;
   }
   return place;

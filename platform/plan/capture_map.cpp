@@ -199,6 +199,7 @@ void MapWriter::wishbone(const PlanWishbone& wishbone, int number) {
   flag("bigEndian", wishbone.isBigEndian);
   this->number("addressBits", wishbone.addressBits);
   flag("connected", wishbone.isConnected);
+  if (!wishbone.isConnected) text("ports", wishbone.portPrefix);
   if (wishbone.isConnected) {
     text("instance", wishbone.instance);
     key("clock");
@@ -287,6 +288,7 @@ QByteArray planHash(const InsertPlan& plan, int version) {
   hashed.projectHash.clear();
   hashed.pins = JtagPins();
   hashed.jtag = PlanJtag();
+  if (hashed.wishbone) hashed.wishbone->portPrefix.clear();
   if (version <= kLastWhollyHashedVersion)
     version = oldVersionFor(hashed);
   else

@@ -306,6 +306,7 @@ PlanWishbone MapReader::wishbone(const QJsonValue& value, int number) {
   wishbone.isBigEndian = fields.flag("bigEndian");
   wishbone.addressBits = fields.number("addressBits", 2, 32);
   wishbone.isConnected = fields.flag("connected");
+  if (!wishbone.isConnected) wishbone.portPrefix = fields.text("ports");
   if (wishbone.isConnected) {
     wishbone.instance = fields.text("instance");
     wishbone.clock = bit(fields.value("clock"), fields.pathOf("clock"));

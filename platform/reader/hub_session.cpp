@@ -2,7 +2,9 @@
 #include "platform/reader/hub_session.h"
 
 #include "platform/plan/capture_map.h"
+#include "platform/reader/replay_bench.h"
 #include "platform/reader/run_options.h"
+#include "platform/reader/wishbone_reader.h"
 #include "platform/system/files.h"
 #include "platform/text/byte_text.h"
 
@@ -24,16 +26,29 @@ bool HubSession::loadMap(QString& error) {
   return error.isEmpty();
 }
 
+bool HubSession::hasSerdes(QString& error) const {
+  if (!plan_.serdes)
+    error = QStringLiteral("The design has no serdes core; add one with ost_core add_serdes and insert again.");
+  return plan_.serdes.has_value();
+}
+
+bool HubSession::readSerdes(bool restart, SerdesLook& look, QString& error) {
+  return hasSerdes(error) && SerdesReader(*hub_, plan_).read(restart, look, error);
+}
+
 bool HubSession::chooseRuns(const CaptureOptions& options, QString& error) {
   QVector<CoreRun> runs;
+  QVector<PlanCore> cores;
   for (const int core : chooseCores(plan_, options, error)) {
     RunSettings settings(plan_.cores[core]);
     if (!applyRunOptions(options, settings, error) ||
         !checkView(settings.core(), settings.position(), options.view, error))
       return false;
     runs.append({core, settings, false, Capture()});
+    cores.append(settings.core());
+    cores.last().windows = settings.windows();
   }
-  if (runs.isEmpty()) return false;
+  if (runs.isEmpty() || (!options.replay.isEmpty() && coreOfReplay(cores, options, error) < 0)) return false;
   runs_ = runs;
   return true;
 }
@@ -48,6 +63,16 @@ bool HubSession::open(QString& error) {
   if (reader_->identify(error)) return true;
   error = explained(error);
   return false;
+}
+
+bool HubSession::runWishbone(const WishboneCommand& command, QVector<quint32>& read, QString& error) {
+  if (!plan_.wishbone) {
+    error = QStringLiteral(
+        "The design has no Wishbone master; add one with ost_core add_wishbone and insert the cores again.");
+    return false;
+  }
+  WishboneReader reader(*hub_, plan_, options_.timeoutSeconds);
+  return runWishboneCommand(command, reader, read, error);
 }
 
 bool HubSession::close(QString& error) {

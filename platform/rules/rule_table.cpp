@@ -9,7 +9,6 @@ const std::vector<RuleRow>& ruleTable() {
   static const std::vector<RuleRow> table = {
       {R::NoCoreEnabled, E, "No core is enabled",
        "ost_core add <name>, or name existing cores in ost_project run -insert_core <name>"},
-      {R::WishboneNotSupported, E, "The project has a Wishbone master: not supported yet", "ost_core del_wishbone"},
       {R::TooManyCores, E, "More than 256 cores are enabled: the hub has no number for the next",
        "name at most 256 cores in ost_project run -insert_core <name>, or trace the signals of several in one core"},
       {R::TooManyNets, E,
@@ -92,6 +91,15 @@ const std::vector<RuleRow>& ruleTable() {
        "remove the net from the core"},
       {R::NetPartlyUndriven, W, "Some bits of a net that the core observes have no driver",
        "drive them in the design, or remove them from the core"},
+
+      {R::WishboneNoSlave, E, "The Wishbone master is to be connected, but the top holds no marked slave",
+       "mark the instance in the top with (* ostrel_wishbone = \"slave\" *), or set PerformConnect=false"},
+      {R::WishboneSeveralSlaves, E, "The Wishbone master is to be connected, but several slaves are marked",
+       "leave (* ostrel_wishbone = \"slave\" *) at one instance of the top"},
+      {R::WishbonePorts, E, "The marked Wishbone slave lacks a port, or has one of another direction or width",
+       "give the module the ports of a classic slave, or mark those of one bus with (* ostrel_wishbone = \"slave\" *)"},
+      {R::WishboneClock, E, "The marked Wishbone slave has no clock, or one that does not run",
+       "mark the port with (* ostrel_wishbone = \"clock\" *) and connect a clock to it"},
 
       {R::SerdesNoBlock, E, "The project has a serdes core, and no module is marked as a serdes block",
        "mark the module with (* ostrel_role = \"dcu\" *), or ost_core del_serdes"},

@@ -303,9 +303,19 @@ void readOutCost(const Settings& settings, Totals& totals) {
 
 void playScenes(const Settings& settings, Totals& totals) {
   try {
+    wishboneMaster(settings, totals);
+  } catch (const Difference& difference) {
+    throw Difference{"Wishbone master: " + difference.text};
+  }
+  try {
     unknownLevels(settings, totals);
   } catch (const Difference& difference) {
     throw Difference{"unknown levels: " + difference.text};
+  }
+  try {
+    serdesBlock(settings);
+  } catch (const Difference& difference) {
+    throw Difference{"serdes block: " + difference.text};
   }
   Scenes scenes(settings, totals);
   const struct {

@@ -81,6 +81,8 @@ TEST(CaptureOptions, ThatDoNotFitAreNamedAndChangeNothing) {
       {"-bypass 1", "AHEAD:BEHIND", false},
       {"-range 5:2", "FROM:TO", false},
       {"-wave -csv -", "leave one out", false},
+      {"-serdes -vcd x", "only \"-json\"", false},
+      {"-clear", "give both", false},
       {"-count 6", "1 to 5 events", false},
       {"-windows 2", "1 to 1 windows", false},
   };
