@@ -112,8 +112,10 @@ bool CorePlanner::planNets() {
   const CoreOptions& options = core_.options;
   plan_.hasSampleEnable = options.sampleEnable;
   plan_.sampleEnableActiveLow = options.sampleEnable && options.sampleEnablePolarity == Polarity::ActiveLow;
+  plan_.sampleEnableForeign = resolved_.sampleEnableForeign;
   plan_.hasTriggerEnable = options.triggerEnable;
   plan_.triggerEnableActiveLow = options.triggerEnable && options.triggerEnablePolarity == Polarity::ActiveLow;
+  plan_.triggerEnableForeign = resolved_.triggerEnableForeign;
   return takeBit("the sample clock", resolved_.sampleClock, plan_.sampleClock) &&
          (!options.sampleEnable || takeBit("the sample enable", resolved_.sampleEnable, plan_.sampleEnable)) &&
          (!options.triggerEnable || takeBit("the trigger enable", resolved_.triggerEnable, plan_.triggerEnable));

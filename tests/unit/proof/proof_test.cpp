@@ -15,7 +15,8 @@ namespace {
 
 /// A design, inserted once with a strict proof, and what that wrote.
 struct Inserted {
-  Inserted(const QString& source, const QString& top, const QString& clock, const QStringList& names)
+  Inserted(const QString& source, const QString& top, const QString& clock, const QStringList& names,
+           const std::optional<PlanWishbone>& wishbone = {})
       : design(source), folder(top) {
     const auto bitsOf = [this](const QString& name) {
       NetSelection selection;
@@ -35,6 +36,8 @@ struct Inserted {
         core.probeBits.append(bit);
       }
     core.triggerBits = {core.probeBits[0]};
+    plan.wishbone = wishbone;
+    if (wishbone) plan.wishbone->clock = core.sampleClock;
     plan.topModule = design.design->topModule();
     plan.projectHash = planHash(plan);
     InsertionRequest request;
@@ -75,6 +78,37 @@ const Inserted& unusual() {
   return inserted;
 }
 
+/// A bus with a master of its own, which the Wishbone master shares.
+const Inserted& shared() {
+  static const char kDesign[] = R"(
+module bus(input clk_i, cyc_i, stb_i, we_i, input [3:0] adr_i, input [31:0] dat_i, output [31:0] dat_o, output ack_o);
+  assign ack_o = stb_i & cyc_i;
+  assign dat_o = {adr_i, dat_i[27:0]} ^ {32{we_i}};
+endmodule
+module own(input clk, input ack, output reg cyc, output we);
+  always @(posedge clk) cyc <= ~ack;
+  assign we = ~cyc;
+endmodule
+module shared(input clk, output [31:0] seen);
+  wire cyc, we, ack;
+  own u_own(.clk(clk), .ack(ack), .cyc(cyc), .we(we));
+  bus u_bus(.clk_i(clk), .cyc_i(cyc), .stb_i(cyc), .we_i(we), .adr_i(4'd3), .dat_i(32'd5), .dat_o(seen), .ack_o(ack));
+endmodule
+)";
+  static const Scratch scratch;
+  PlanWishbone wishbone;
+  wishbone.isConnected = true;
+  wishbone.instance = "u_bus";
+  wishbone.addressBits = 4;
+  wishbone.pins = {{WishboneSignal::Cycle, "cyc_i", 1},   {WishboneSignal::Strobe, "stb_i", 1},
+                   {WishboneSignal::Write, "we_i", 1},    {WishboneSignal::Address, "adr_i", 4},
+                   {WishboneSignal::DataIn, "dat_i", 32}, {WishboneSignal::DataOut, "dat_o", 32},
+                   {WishboneSignal::Ack, "ack_o", 1}};
+  // The strobe inside of the slave is the shared one.
+  static const Inserted inserted(scratch.write("shared.v", kDesign), "shared", "clk", {"ack", "u_bus/stb_i"}, wishbone);
+  return inserted;
+}
+
 TEST(Proof, HoldsForWhatIsWritten) {
   for (const Inserted* inserted : {&tricky(), &unusual()}) {
     ProofReport report;
@@ -104,6 +138,9 @@ TEST(Proof, RefusesEveryTamperedVersion) {
       {unusual(), "1'bz;", "1'h0;", "module branches: the output \"pad\""},
       {unusual(), "(\\[5\\] = 7'h)6d", "\\g6c", "module segment_table: the output \"segments[0]\""},
       {unusual(), "4'b1x0x", "4'b1x1x", "module branches: the output \"y["},
+      // A bus that the Wishbone master takes without being asked, and an answer to it that the design sees.
+      {shared(), "\\? (_\\d+_) : cyc;", "? cyc : \\1;", "of the instance \"u_bus\" differs"},
+      {shared(), "(assign ack = _\\d+_ \\? )1'h0 : (_\\d+_)", "\\1\\2 : 1'h0", "\"ack\" "},
       // Registers: clock, edge, polarity of a reset, reset value, initial value, enable, a loop.
       {tricky(), "(module divider.*?)posedge", "\\1negedge", "the clock of the register \"slow\""},
       {tricky(), "posedge slow\\)", "posedge clk)", "the clock of the register \"slow_count"},

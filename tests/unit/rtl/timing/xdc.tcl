@@ -3,9 +3,7 @@
 
 proc contents {name} {
   set in [open $name]
-  set text [read $in]
-  close $in
-  return $text
+  try {read $in} finally {close $in}
 }
 # For each module of a netlist its ports, and its cells but gates: names, types and nets of pins.
 proc modules {file} {
@@ -35,24 +33,20 @@ proc walk {module path} {
 walk core_top {}
 
 # A wildcard stays within a level of the hierarchy.
-proc found {pattern names} {
-  set matching {}
-  set depth [llength [split $pattern /]]
-  foreach name $names {
-    if {[string match $pattern $name] && [llength [split $name /]] == $depth} {lappend matching $name}
-  }
-  if {$matching eq ""} {puts "nothing is called $pattern"}
-  return $matching
+proc found {patterns names} {
+  concat {*}[lmap pattern $patterns {
+    set depth [llength [split $pattern /]]
+    set fitting [lsearch -all -inline $names $pattern]
+    set fitting [lmap name $fitting {if {[llength [split $name /]] != $depth} continue; set name}]
+    if {$fitting eq ""} {puts "nothing is called $pattern"}
+    set fitting
+  }]
 }
-proc get_cells {patterns} {
-  concat {*}[lmap pattern $patterns {found $pattern [array names ::cells]}]
-}
-proc get_ports {patterns} {
-  concat {*}[lmap pattern $patterns {found $pattern [dict keys [dict get $::hierarchy core_top ports]]}]
-}
-proc get_pins {pattern} {
-  set cell [file dirname $pattern]
-  found $pattern [lmap pin [dict keys $::cells($cell)] {string cat $cell / $pin}]
+proc get_cells {patterns} {found $patterns [array names ::cells]}
+proc get_ports {patterns} {found $patterns [dict keys [dict get $::hierarchy core_top ports]]}
+proc get_pins {patterns} {
+  set cell [file dirname $patterns]
+  found $patterns [lmap pin [dict keys $::cells($cell)] {string cat $cell / $pin}]
 }
 proc clocks {cells} {
   lsort -unique [lmap cell $cells {
@@ -85,10 +79,9 @@ proc take {command flags options words args} {
   }
   if {[llength $rest] != $words} {puts "$command does not take this: $args"}
   if {$command ne "set_max_delay"} return
-  set sides [list [clocks $value(-from)] [clocks $value(-to)]]
-  lassign $sides from to
+  foreach side {from to} {set $side [clocks $value(-$side)]}
   if {![info exists value(-datapath_only)] || [llength $from] != 1 || [llength $to] != 1 || $from eq $to} {
-    puts "clocks [join $sides { to }]: $args"
+    puts "clocks $from to $to: $args"
   }
 }
 interp create -safe reader
