@@ -39,7 +39,7 @@ foreach {section names} {3tcl {ost_project ost_core ost_trace ost_tu ost_te ost_
   foreach name $names {
     set page [exec man {*}$where -w $section $name]
     if {![string match $prefix/* $page]} {error "man finds $page"}
-    if {[auto_execok groff] ne ""} {exec groff -ww -man -Tutf8 $page >/dev/null}
+    if {[auto_execok groff] ne ""} {exec zcat -f $page | groff -ww -man -Tutf8 >/dev/null}
     if {[auto_execok mandoc] ne ""} {exec mandoc -Tlint -Wwarning $page}
   }
 }
