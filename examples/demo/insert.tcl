@@ -16,10 +16,11 @@ ost_core add lane1
 ost_trace trc_option SampleClk=clk BufferDepth=512 Timestamp=on TimestampBits=24 IncludeTrigger=on
 ost_trace trig_option DefaultRadix=hex
 
-# The way of a word: parser, queue, output; the host's tri-state bus; a counter in a generate scope.
+# The way of a word: parser, queue, output; the host's tri-state bus; a counter in a generate scope. Of the queue all
+# ports and registers, so that its capture can be replayed on its source alone.
 set fifo u_lane1/u_fifo
-ost_trace add_sig [list u_lane1/u_parser/state $fifo/push $fifo/push_word $fifo/stored $fifo/fetch $fifo/bypass \
-  $fifo/write $fifo/out_valid $fifo/out_word $fifo/pop]
+ost_trace add_sig [list u_lane1/u_parser/state $fifo/fetch $fifo/bypass $fifo/write]
+ost_trace add_sig [concat [ost_design ports $fifo] [ost_design ports $fifo -registers]]
 ost_trace add_sig [list tx_valid tx_lane tx_last tx_data host_data {stat[1].frames}]
 
 ost_tu add -name both_ways -radix bin [list [list $fifo/fetch $fifo/bypass] == 11]

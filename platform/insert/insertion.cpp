@@ -8,6 +8,7 @@
 #include "platform/insert/top_parameters.h"
 #include "platform/insert/verilog_writer.h"
 #include "platform/plan/capture_map.h"
+#include "platform/plan/probed_instances.h"
 #include "platform/proof/proof.h"
 #include "platform/report/run_report.h"
 #include "platform/rtl/constraints.h"
@@ -186,6 +187,7 @@ bool Insertion::run(std::shared_ptr<const Netlist> netlist) {
       !folder_.store(verilog_, error_))
     return false;
   if (request_.proof != ProofMode::Off && !prove(netlist)) return false;
+  findProbedInstances(*netlist, plan_);
   const QByteArray map = captureMapJson(plan_);
   if (map.size() > kMaxCaptureMapBytes) {
     error_ = QStringLiteral("The capture map would have %1 MB, but at most %2 MB can be read; trace fewer bits.")

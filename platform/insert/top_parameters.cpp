@@ -7,7 +7,7 @@
 #include <QFile>
 #include <algorithm>
 
-#include "platform/design/parameter.h"
+#include "platform/netlist/instance_outline.h"
 #include "platform/system/files.h"
 #include "platform/text/byte_text.h"
 
@@ -47,24 +47,9 @@ TopParameterText textOf(const QByteArray& key, const ParameterValue& parameter) 
 /// In the order of the source, so that values given by position meet the same parameters; those of a netlist that came
 /// as JSON by name.
 QList<TopParameterText> readParameters(const NetlistBits& netlist) {
-  JsonCursor cursor(netlist.text.text(), netlist.text.module(netlist.text.top()).body);
-  std::string_view section, key;
   QList<TopParameterText> parameters;
-  cursor.enterObject();
-  while (cursor.nextMember(section)) {
-    if (section != "parameter_default_values") {
-      cursor.skipValue();
-      continue;
-    }
-    cursor.enterObject();
-    while (cursor.nextMember(key)) {
-      QByteArray written;
-      if (cursor.peek() == '"' && cursor.readString(written))
-        parameters.append(textOf(unescapeJson(key), netlistParameter(written)));
-      else
-        cursor.skipValue();
-    }
-  }
+  for (const ModuleParameter& parameter : parametersOf(netlist.text, netlist.text.top()))
+    parameters.append(textOf(parameter.name, parameter.value));
   const auto place = [&order = netlist.topParameters](const TopParameterText& parameter) {
     return unsigned(order.indexOf(parameter.key));  // -1, of one that is not known, is last
   };

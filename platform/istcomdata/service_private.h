@@ -43,9 +43,8 @@ class IstComData::Private {
     QStringList findings;  ///< Lines of the check.
   } checked;
 
-  /// The full netlist of the design with this digest; null when there is none yet.
+  /// The full netlist of the design that was checked or inserted last; null when there is none yet.
   std::shared_ptr<const ost::Netlist> netlist;
-  QByteArray netlistDigest;
 
   void markChanged() {
     if (project) project->changed = true;
@@ -68,6 +67,9 @@ class IstComData::Private {
   bool mayReplaceProject(QString& error) const;
   bool save(QString& error);
   bool saveAs(const QString& fileName, QString& error);
+  /// Keeps what was read as a file list beside the project. A list of that name by somebody else stays as it is; what
+  /// goes wrong is said on the console.
+  void keepDesign();
   /// Resolves a net that a core's option names, for storing; empty stays empty. Prints why not.
   bool resolveOption(const char* option, QString& net);
   bool bringDesignUpToDate(QString& error);

@@ -195,7 +195,7 @@ const ModuleIndex::Net* ModuleIndex::findNet(const QByteArray& name) const {
 ModuleIndex::NetObject ModuleIndex::readObject(const Net& net) const {
   NetObject object;
   JsonCursor cursor(netlist_.text(), net.object);
-  std::string_view field;
+  std::string_view field, attribute;
   cursor.enterObject();
   while (cursor.nextMember(field)) {
     if (field == "offset")
@@ -204,6 +204,9 @@ ModuleIndex::NetObject ModuleIndex::readObject(const Net& net) const {
       cursor.readInteger(object.upto);
     else if (field == "bits")
       readBits(cursor, object.bits);
+    else if (field == "attributes")
+      for (cursor.enterObject(); cursor.nextMember(attribute); cursor.skipValue())
+        object.hasInitialValue = object.hasInitialValue || attribute == "init";
     else
       cursor.skipValue();
   }
@@ -266,6 +269,15 @@ int ModuleIndex::sourceIndex(const QByteArray& net, int position) const {
   const NetObject& said = object(*found);
   if (said.bits.size() == 1 && said.offset == 0) return -1;
   return int(said.offset) + (said.upto ? said.bits.size() - 1 - position : position);
+}
+
+void ModuleIndex::forEachPublicNet(
+    const std::function<void(const QByteArray& name, const QVector<int>& bits, bool hasInitialValue)>& visit) const {
+  for (const Net& net : nets_) {
+    if (net.hidden) continue;
+    const NetObject said = readObject(net);
+    visit(QByteArray(net.name.data(), int(net.name.size())), said.bits, said.hasInitialValue);
+  }
 }
 
 LocalDriver ModuleIndex::driver(int bit) const {

@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <deque>
+#include <functional>
 #include <unordered_map>
 #include <vector>
 
@@ -68,6 +69,10 @@ class ModuleIndex {
   /// The position's index as the source counts it; -1 when the net is a scalar.
   int sourceIndex(const QByteArray& net, int position) const;
 
+  /// Calls `visit` for each net that the source names, in the order of the names.
+  void forEachPublicNet(
+      const std::function<void(const QByteArray& name, const QVector<int>& bits, bool hasInitialValue)>& visit) const;
+
   LocalDriver driver(int bit) const;
   /// Other instances that a bit meets at an inout port; they count as drivers when there is no other.
   std::vector<int> inOutCells(int bit) const;
@@ -90,6 +95,7 @@ class ModuleIndex {
   struct NetObject {
     QVector<int> bits;
     qint64 offset = 0, upto = 0;
+    bool hasInitialValue = false;
   };
   std::string_view keep(std::string_view rawKey);
   void readNets(size_t offset);

@@ -72,6 +72,16 @@ std::shared_ptr<const Netlist> Netlist::load(const Design& design, QString& erro
   return netlist;
 }
 
+std::shared_ptr<const Netlist> netlistOf(const Design& design, QString& error, const std::function<bool()>& idle) {
+  static std::shared_ptr<const Netlist> kept;
+  static QByteArray digest;
+  if (kept && digest == design.digest()) return kept;
+  kept = Netlist::load(design, error, idle);
+  digest = kept ? design.digest() : QByteArray();
+  if (!kept && error.isEmpty()) error = QStringLiteral("The design's netlist could not be made.");
+  return kept;
+}
+
 std::shared_ptr<const Netlist> Netlist::read(int file, const QString& topKey, QString& error) {
   std::shared_ptr<Netlist> netlist(new Netlist);
   if (!netlist->d->text.open(file, topKey.toLatin1(), error)) return nullptr;

@@ -52,4 +52,8 @@ class Netlist {
   std::unique_ptr<NetlistBits> d;
 };
 
+/// The full netlist of `design`, which is kept until that of another design is asked for. Null as for load().
+ISTCOMDATA_API std::shared_ptr<const Netlist> netlistOf(const Design& design, QString& error,
+                                                        const std::function<bool()>& idle = {});
+
 }  // namespace ost

@@ -6,6 +6,7 @@
 #include "platform/reader/asked_files.h"
 #include "platform/reader/capture_files.h"
 #include "platform/reader/option_values.h"
+#include "platform/reader/replay_bench.h"
 #include "platform/reader/run_options.h"
 #include "platform/system/memory.h"
 
@@ -69,6 +70,7 @@ const QVector<SubCommand<CaptureObject>>& CaptureObject::table() {
       {"delete", "", OptionUse(), 0, 0, method<&CaptureObject::remove>},
       {"find", find.constData(), kUseFind, 1, -1, method<&CaptureObject::find>},
       {"info", "", OptionUse(), 0, 0, method<&CaptureObject::info>},
+      {"replay", "INSTANCE FILE", kUseReplay, 2, -1, method<&CaptureObject::replay>},
       {"signals", "?GLOB? ?-core NAME?", OptionUse(), 0, 3, method<&CaptureObject::signalNames>},
       {"timestamps", kRangeWords, kUseCore, 0, -1, method<&CaptureObject::timestamps>},
       {"values", values.constData(), kUseValues, 1, -1, method<&CaptureObject::values>},
@@ -222,6 +224,27 @@ int CaptureObject::find(const SubCall& call) {
   TclList list;
   for (const int sample : samples) list.add(Tcl_NewIntObj(sample));
   Tcl_SetObjResult(call.interp, list);
+  return TCL_OK;
+}
+
+int CaptureObject::replay(const SubCall& call) {
+  CaptureOptions options;
+  QString error;
+  options.replay = call.words[0];
+  options.replayFile.name = call.words[1];
+  if (!parseCaptureOptions(call.words.mid(2), options, error, kUseReplay)) return call.failUsage(error);
+  QVector<PlanCore> cores;
+  for (const Capture& capture : set_.cores) {
+    cores.append(capture.core);
+    cores.last().windows = capture.windows.size();
+  }
+  const int core = coreOfReplay(cores, options, error);
+  if (core < 0 || !checkView(cores[core], set_.cores[core].windows[0].trigger, options.view, error))
+    return call.fail(error, capture_error::kValue);
+  CaptureSet shown = set_;
+  shown.cores[core] = viewOf(set_.cores[core], options.view);
+  if (!storeAll(captureFiles(options, shown, 0), error)) return call.fail(error, capture_error::kFile);
+  Tcl_SetObjResult(call.interp, tclFromText(options.replayFile.name));
   return TCL_OK;
 }
 

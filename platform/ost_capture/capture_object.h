@@ -22,6 +22,7 @@ class CaptureObject {
   int values(const SubCall& call);
   int timestamps(const SubCall& call);
   int find(const SubCall& call);
+  int replay(const SubCall& call);
   int write(const SubCall& call);
   int remove(const SubCall& call);
 

@@ -23,14 +23,6 @@ int failWithoutDesign(Tcl_Interp* interp) {
                   "OST DESIGN NONE");
 }
 
-namespace {
-
-constexpr qint64 kMostListedNets = 20000000;
-constexpr int kListStep = 1024;
-constexpr size_t kEntryBytes = 1024;  ///< Of a net in the list, generously.
-
-/// Refuses what would change the design under a command that works with it: this one was called by an event that the
-/// other serves, or by what its output meets.
 bool isFree(Tcl_Interp* interp) {
   const bool reading = DesignSession::instance().isReading();
   if (!reading && tcl_cmdex::dispatchDepth() <= 1) return true;
@@ -40,6 +32,12 @@ bool isFree(Tcl_Interp* interp) {
            "OST DESIGN BUSY");
   return false;
 }
+
+namespace {
+
+constexpr qint64 kMostListedNets = 20000000;
+constexpr int kListStep = 1024;
+constexpr size_t kEntryBytes = 1024;  ///< Of a net in the list, generously.
 
 int runRead(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   DesignSource source;
@@ -212,8 +210,9 @@ struct SubCommand {
   int (*run)(Tcl_Interp*, int, Tcl_Obj* const[]);
 };
 
-const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp}, {"info", runInfo},   {"jtag", runJtag},
-                                   {"level", runLevel}, {"nets", runNets}, {"prove", runProve}, {"read", runRead}};
+const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo},
+                                   {"jtag", runJtag},   {"level", runLevel}, {"nets", runNets},
+                                   {"ports", runPorts}, {"prove", runProve}, {"read", runRead}};
 
 int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   const std::string word = objc > 1 ? Tcl_GetString(objv[1]) : "help";
@@ -222,7 +221,7 @@ int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     if (word == entry.name) return entry.run(interp, objc, objv);
   }
   Tcl_SetObjResult(interp, tclFromText(QStringLiteral("unknown sub-command \"%1\": must be close, help, info, jtag, "
-                                                      "level, nets, prove, or read")
+                                                      "level, nets, ports, prove, or read")
                                            .arg(textFromTcl(objv[1]))));
   Tcl_SetErrorCode(interp, "TCL", "LOOKUP", "SUBCOMMAND", word.c_str(), static_cast<char*>(nullptr));
   return TCL_ERROR;

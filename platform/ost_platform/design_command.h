@@ -17,9 +17,14 @@ std::string designHelp(const std::string& subCommand);
 
 /// `ost_design level ?PATH?`
 int runLevel(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
+/// `ost_design ports INSTANCE ?-inputs? ?-outputs? ?-clocks? ?-registers?`
+int runPorts(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
 
 /// The error of a command that needs a design.
 int failWithoutDesign(Tcl_Interp* interp);
+/// Refuses what would change the design under a command that works with it, or serve events inside it: this one was
+/// called by an event that the other serves, or by what its output meets.
+bool isFree(Tcl_Interp* interp);
 
 /// Reads the words of `ost_design read` from objv[2] on. On failure the interpreter holds the error.
 bool parseReadWords(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[], DesignSource& source);

@@ -31,6 +31,12 @@ const HelpEntry kHelp[] = {
     {"nets", "ost_design nets ?-glob PATTERN? ?-regexp PATTERN?",
      "Returns a list of {name width}, one for each net of each instance. Names that do not fit the patterns are left\n"
      "out: -glob as in \"string match\", -regexp as in \"regexp\"."},
+    {"ports", "ost_design ports INSTANCE ?-inputs? ?-outputs? ?-clocks? ?-registers?",
+     "Returns the nets of an instance's ports, as \"ost_trace add_sig\" takes them: inputs and outputs, or only those "
+     "asked\n"
+     "for. Inputs that clock a register or a memory in the instance are -clocks and no inputs; inouts count as both.\n"
+     "-registers are the nets of registers in the instance and below that no port shows: with them captured, too, a\n"
+     "replay knows its state from the first sample on."},
     {"prove", "ost_design prove ?on|off|strict?",
      "Returns whether an insertion is followed by a proof that the design still does the same: 1, 0 or strict; with a\n"
      "word, sets it first. A module that is found to differ fails the insertion; one for which the proof comes to no "

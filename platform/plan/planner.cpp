@@ -3,10 +3,10 @@
 
 #include <QFileInfo>
 #include <QHash>
-#include <QRegularExpression>
 
 #include "platform/istdata/trace_tree.h"
 #include "platform/plan/capture_map.h"
+#include "platform/plan/generate_blocks.h"
 #include "platform/plan/resolved_serdes.h"
 #include "platform/text/byte_text.h"
 
@@ -17,19 +17,6 @@ uint qHash(const NetBit& bit, uint seed) {
 }
 
 namespace {
-
-/// A name out of the netlist, where a backslash may protect its first character.
-QString withoutProtection(const QString& key) {
-  return key.startsWith(QLatin1Char('\\')) ? key.mid(1) : key;
-}
-
-/// "lane[1].deep.q" as the generate blocks "lane[1]" and "deep" and the name "q": Yosys puts what a block holds behind
-/// the block's name and a dot. A name with other characters before its dot is an escaped one.
-QStringList splitAtBlocks(const QString& name) {
-  static const QRegularExpression blocks(QStringLiteral("^(?:[A-Za-z_][A-Za-z0-9_$]*(?:\\[-?[0-9]+\\])*\\.)+(?=.)"));
-  const QString front = blocks.match(name).captured();
-  return front.split(QLatin1Char('.'), Qt::SkipEmptyParts) << name.mid(front.size());
-}
 
 /// A list in which every bit stands once.
 class BitList {
@@ -125,8 +112,10 @@ bool CorePlanner::planNets() {
   const CoreOptions& options = core_.options;
   plan_.hasSampleEnable = options.sampleEnable;
   plan_.sampleEnableActiveLow = options.sampleEnable && options.sampleEnablePolarity == Polarity::ActiveLow;
+  plan_.sampleEnableForeign = resolved_.sampleEnableForeign;
   plan_.hasTriggerEnable = options.triggerEnable;
   plan_.triggerEnableActiveLow = options.triggerEnable && options.triggerEnablePolarity == Polarity::ActiveLow;
+  plan_.triggerEnableForeign = resolved_.triggerEnableForeign;
   return takeBit("the sample clock", resolved_.sampleClock, plan_.sampleClock) &&
          (!options.sampleEnable || takeBit("the sample enable", resolved_.sampleEnable, plan_.sampleEnable)) &&
          (!options.triggerEnable || takeBit("the trigger enable", resolved_.triggerEnable, plan_.triggerEnable));

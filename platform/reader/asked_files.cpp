@@ -20,6 +20,7 @@ const FileKind kFiles[] = {
     {FileForm::SigrokSession, "-sr", &CaptureOptions::sigrok, true},
     {FileForm::Page, "-html", &CaptureOptions::html, true},
     {FileForm::Json, "-json", &CaptureOptions::json, false},
+    {FileForm::Replay, "-out", &CaptureOptions::replayFile, false},
 };
 
 }  // namespace
@@ -37,6 +38,8 @@ QString conflictOf(const CaptureOptions& options) {
     if (files[i].file.isStandardOutput() && options.allCores && files[i].forEachCore)
       return QStringLiteral("With \"-all\" each core has a file of its own; give \"%1\" a name.").arg(option);
   }
+  if (options.replay.isEmpty() == options.replayFile.isAsked())
+    return QStringLiteral("\"-replay\" names an instance and \"-out\" the file for its test bench; give both.");
   if (!options.gtkw.isAsked()) return QString();
   for (const OutputFile& file : {options.vcd, options.gtkw}) {
     if (!file.isAsked() || file.isStandardOutput())
@@ -60,6 +63,7 @@ QVector<AskedFile> askedFiles(const CaptureOptions& options) {
 bool askForFile(const QString& name, CaptureOptions& options, QString& error) {
   QStringList ends;
   for (const FileKind& kind : kFiles) {
+    if (kind.form == FileForm::Replay) continue;
     const QString end = QLatin1Char('.') + QLatin1String(kind.option + 1);
     ends += end;
     if (!name.endsWith(end)) continue;

@@ -8,7 +8,7 @@
 
 namespace ost {
 
-enum class FileForm { Vcd, GtkwaveView, Csv, SigrokSession, Page, Json };
+enum class FileForm { Vcd, GtkwaveView, Csv, SigrokSession, Page, Json, Replay };
 
 /// A file that was asked for.
 struct AskedFile {

@@ -7,6 +7,7 @@
 #include "platform/reader/capture_page.h"
 #include "platform/reader/gtkwave_view.h"
 #include "platform/reader/json_writer.h"
+#include "platform/reader/replay_bench.h"
 #include "platform/reader/sigrok_session.h"
 #include "platform/reader/text_views.h"
 
@@ -68,6 +69,14 @@ QList<OutputText> captureFiles(const CaptureOptions& options, const CaptureSet& 
         break;
       case FileForm::Json:
         files.append({file, capturesToJson(set)});
+        break;
+      case FileForm::Replay:
+        for (const Capture& capture : captures) {
+          const ProbedInstance* const instance = probedInstance(capture.core, options.replay);
+          if (!instance) continue;
+          files.append({file, replayBench(capture, *instance, options.window)});
+          break;
+        }
         break;
     }
   }

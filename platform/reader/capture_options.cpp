@@ -62,11 +62,16 @@ bool keepChange(CaptureOptions& options, const QString& option, const QString& v
   options.changes.append({option, value});
   return true;
 }
+bool keepWindow(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
+  bool isNumber = false;
+  options.window = value.toInt(&isNumber);
+  return (isNumber && options.window >= 0) || wrongValue(option, value, "a window, counted from 0", error);
+}
 bool keepServer(CaptureOptions& options, const QString&, const QString& value, QString& error) {
   return options.hasServer = parseServerAddress(value, options.server, error);
 }
 bool keepServe(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
-  return parseServe(option, value, options.servePort, error);
+  return parseServe(option, value, options.serveProtocol, options.servePort, error);
 }
 bool keepPlace(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parsePlace(option, value, options.place, error);
@@ -134,11 +139,15 @@ const Option kOptions[] = {
     {"-sr", "FILE", "session of sigrok, for PulseView and sigrok-cli", keepFile<&CaptureOptions::sigrok>},
     {"-csv", "FILE", "comma-separated values, one line for each sample", keepFile<&CaptureOptions::csv>},
     {"-json", "FILE", "all of it as JSON, for a program", keepFile<&CaptureOptions::json>},
+    {"-replay", "INSTANCE", "a test bench that replays a probed instance on the source of its module; needs -out",
+     keepText<&CaptureOptions::replay>},
+    {"-out", "FILE", "the Verilog file of -replay", keepFile<&CaptureOptions::replayFile>},
+    {"-window", "N", "the window of -replay, counted from 0 (default: 0)", keepWindow, kUseReplay},
     {"-wave", nullptr, "a small waveform on the terminal (default without a file)", raise<&CaptureOptions::wave>},
     {"-period", "TIME", "of the sample clock, for example 10ns: files for viewers get real time", keepPeriod,
      kUseWrite},
     {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix, kUseWrite | kUseValues},
-    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange, kUseWrite},
+    {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange, kUseWrite | kUseReplay},
     {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals, kUseWrite},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
@@ -153,7 +162,8 @@ const Option kOptions[] = {
     {"-clear", nullptr, "with \"-serdes\": its counts start anew after they were read", raise<&CaptureOptions::clear>,
      kUseSerdes},
     {"-serve", "ADDRESS",
-     "offers the simulation of -launch as a remote-bitbang server on this computer: tcp:PORT; 0 is any free port",
+     "offers the simulation of -launch to programs on this computer, as a remote-bitbang server (tcp:PORT) or as a "
+     "virtual cable (xvc:PORT); 0 is any free port",
      keepServe},
     {"-help", nullptr, "this text; so does --help", raise<&CaptureOptions::help>},
     {"--version", nullptr, "the version", raise<&CaptureOptions::version>},
@@ -256,7 +266,7 @@ QString captureUsage() {
       "ost_capture - arm an inserted debug core over JTAG and read its capture\n"
       "Usage: ost_capture -map FILE -connect SERVER [option...]\n"
       "       ost_capture -map FILE -launch COMMAND [option...]\n"
-      "       ost_capture -launch COMMAND -serve tcp:PORT\n");
+      "       ost_capture -launch COMMAND -serve tcp:PORT|xvc:PORT\n");
   for (const Option& option : kOptions) {
     if (!option.name) {
       text += QLatin1String(option.help) + QLatin1Char('\n');

@@ -25,6 +25,7 @@ struct CaptureOptions {
   QString command;     ///< Of the simulation to launch, in place of a server.
   QString logFile;     ///< For what it prints.
   int servePort = -1;  ///< Offers the simulation to others instead of capturing; 0 is any port, -1 not.
+  ServerAddress::Protocol serveProtocol = ServerAddress::RemoteBitbang;
   QString core;
   QString position;
   QList<QPair<QString, QString>> changes;  ///< "-set", "-op" or "-te" and its assignment, in order of appearance.
@@ -37,6 +38,9 @@ struct CaptureOptions {
   double timeoutSeconds = 10;
   TapInstruction instruction{0, 0};  ///< Width 0: the capture map's.
   OutputFile vcd, csv, gtkw, sigrok, html, json;
+  QString replay;  ///< The instance of which `replayFile` gets a test bench,
+  OutputFile replayFile;
+  int window = 0;     ///< and the window that it replays.
   VcdStyle vcdStyle;  ///< Its period holds for all files.
   ViewChoice view;
   QVector<WishboneCommand> wishbone;  ///< In order of appearance.
@@ -55,6 +59,7 @@ enum OptionUse : unsigned {
   kUseFind = 64,
   kUseCore = 128,    ///< Of a capture's other sub-commands, which concern one core.
   kUseSerdes = 256,  ///< Of a look at the serdes core.
+  kUseReplay = 512,
 };
 
 /// False with one text that names the word and the way out.

@@ -2,6 +2,7 @@
 #include "platform/reader/hub_session.h"
 
 #include "platform/plan/capture_map.h"
+#include "platform/reader/replay_bench.h"
 #include "platform/reader/run_options.h"
 #include "platform/reader/wishbone_reader.h"
 #include "platform/system/files.h"
@@ -37,14 +38,17 @@ bool HubSession::readSerdes(bool restart, SerdesLook& look, QString& error) {
 
 bool HubSession::chooseRuns(const CaptureOptions& options, QString& error) {
   QVector<CoreRun> runs;
+  QVector<PlanCore> cores;
   for (const int core : chooseCores(plan_, options, error)) {
     RunSettings settings(plan_.cores[core]);
     if (!applyRunOptions(options, settings, error) ||
         !checkView(settings.core(), settings.position(), options.view, error))
       return false;
     runs.append({core, settings, false, Capture()});
+    cores.append(settings.core());
+    cores.last().windows = settings.windows();
   }
-  if (runs.isEmpty()) return false;
+  if (runs.isEmpty() || (!options.replay.isEmpty() && coreOfReplay(cores, options, error) < 0)) return false;
   runs_ = runs;
   return true;
 }

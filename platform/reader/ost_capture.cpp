@@ -225,11 +225,13 @@ int serve(const CaptureOptions& options) {
   if (!catchInterrupts()) return fail(QStringLiteral("Cannot watch for ^C: %1.").arg(systemReason(errno)));
   const std::unique_ptr<Simulation> simulation = Simulation::start(options.command, options.logFile, error);
   if (!simulation) return fail(error);
-  const auto announce = [](int port) {
-    print(QStringLiteral("The simulation is served on tcp:127.0.0.1:%1; ^C ends it.\n").arg(port));
+  const auto announce = [&options](int port) {
+    const QString word = options.serveProtocol == ServerAddress::Xvc ? QStringLiteral("xvc") : QStringLiteral("tcp");
+    print(QStringLiteral("The simulation is served on %1:127.0.0.1:%2; ^C ends it.\n").arg(word).arg(port));
   };
   const auto goOn = [] { return !isInterrupted(); };
-  if (!serveSimulation(*simulation, options.servePort, announce, goOn, error)) return fail(error);
+  if (!serveSimulation(*simulation, options.serveProtocol, options.servePort, announce, goOn, error))
+    return fail(error);
   return simulation->finish(error) ? int(kDone) : fail(error);
 }
 

@@ -92,18 +92,14 @@ void Constraints::core(int index) {
     crossing({one(inside + from)}, {one(inside + "sync_" + to + "/first")});
 
   out_ += "# the configuration, which changes only without a run\n";
-  QList<QByteArray> configured;
-  for (const char* name : {"fill", "position", "snapshot"}) configured += all(inside + name);
-  for (const char* name : {"triggered", "full"}) configured += one(inside + name);
-  if (hasTriggerOut(core)) configured += one(inside + "trig_out_q");
-  if (core.windows > 1) configured += all(inside + "several_windows.");
-  if (layout.eventBits > 0) configured += all(inside + "event_counter.events");
-  if (hasTriggerOut(core) && core.triggerOutMinPulse > 1) configured += all(inside + "pulse.remaining");
+  QList<QByteArray> configured{one(inside + "searching")};
+  if (core.windows > 1) configured << one(inside + "full") << all(inside + "several_windows.window");
+  if (layout.eventBits > 0) configured += one(inside + "event_counter.last_event");
   for (int i = 0; i < core.units.size(); ++i) configured += all(prefix + "unit" + number(i) + '/');
   for (int i = 0; i < core.expressions.size(); ++i) {
     const ExpressionLayout& e = layout.expressions[i];
     const QByteArray name = prefix + "expr" + number(i);
-    if (e.stepBits > 0 || e.countBits > 0) configured += all(name + '/');
+    configured += all(name + '/');
     if (e.store == TableStore::Chain) configured += all(name + "_table/chain.row_q");
   }
   crossing({all(inside + "config_q")}, configured);

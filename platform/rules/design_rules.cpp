@@ -131,7 +131,10 @@ DesignCheck checkDesignRules(const mero::ostrel::istProject& project, const Desi
     check.checkUnits();
     check.checkExpressions();
     check.checkMemory();
-    if (netlist) check.checkNets(*netlist);
+    if (netlist) {
+      check.checkNets(*netlist);
+      findForeignEnables(*netlist, cores.back());
+    }
     totalBits += check.bufferBits();
   }
   if (totalBits > kMemoryBudgetBits)

@@ -42,6 +42,7 @@ Project sceneProject() {
   project.cores[2].name = "c2";
   project.cores[2].clock = "clk_b";
   project.cores[2].triggerEnable = "rst";
+  for (Core& one : project.cores) one.findEnableEdges(*project.dut);
   return project;
 }
 

@@ -219,7 +219,7 @@ const struct {
     {"depth=65536; stamp=63; dram; core=c2; depth=65536; stamp=63", {52, 53}},
     {"dram; no_dram", {54}},
     {"trace=half[3] half[2] half[1] fixed[0]; signals=floating din[2:0]; enable; enable_signal=fixed[1]",
-     {60, 61, 61, 66}},
+     {60, 61, 61, 62, 62, 66}},
     {"trace=u_slow/u_reg/q mixed", {62}},
     {"trace=u_pad/through[1]", {62}},
     {"clock=u_deep/u_reg/clk; trace=u_deep/q", {}},  // the same clock under another name
@@ -308,7 +308,8 @@ TEST(DesignRules, ReportNamesObjectAndWayOutErrorsFirst) {
             "DRC-33 error: core c1, expression TE1: it has 4 steps, its max_seq_depth is 1 "
             "(ost_te set -core c1 -max_seq_depth 4 TE1)\n"
             "DRC-62 warning: core c1: \"u_slow/u_reg/q\" is clocked by \"clk2\", not by the sample clock "
-            "(ost_core add <name> for a core of its own with SampleClk=clk2)\n"
+            "(ost_core add <name> for a core of its own with SampleClk=clk2, or observe a register that takes the net "
+            "in)\n"
             "Design rules: 2 errors, 1 warning.\n");
 }
 
