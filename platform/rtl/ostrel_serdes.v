@@ -231,9 +231,9 @@ module ostrel_serdes #(
 
   localparam integer STATUS_LAST = (CELL_BITS << ROW_BITS) - 1;
   wire [CELL_BITS-1:0] copy = copies[index[ROW_BITS-1:0]];
-  wire [127:0] info = INFO;
+  wire [63:0] info = INFO[63:0];  // Nothing is behind it.
   assign permit = select & (op_status | op_info);
-  assign payload = select & (op_info ? info[index[6:0]] : copy[index[ROW_BITS+:4]]);
+  assign payload = select & (op_info ? ~index[6] & info[index[5:0]] : copy[index[ROW_BITS+:4]]);
   assign word_last = select & index == STATUS_LAST[INDEX_BITS-1:0];
   assign block_end = select;
   assign flags = {fresh, 3'b000, asked};
