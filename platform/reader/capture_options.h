@@ -39,7 +39,7 @@ struct CaptureOptions {
   QString replay;  ///< The instance of which `replayFile` gets a test bench,
   OutputFile replayFile;
   int window = 0;     ///< and the window that it replays.
-  VcdStyle vcdStyle;  ///< Its period holds for all files.
+  VcdStyle vcdStyle;  ///< Its periods hold for all files.
   ViewChoice view;
   bool wave = false, status = false, info = false;
 };
@@ -53,8 +53,8 @@ enum OptionUse : unsigned {
   kUseWrite = 16,
   kUseValues = 32,
   kUseFind = 64,
-  kUseReplay = 256,
   kUseCore = 128,  ///< Of a capture's other sub-commands, which concern one core.
+  kUseReplay = 256,
 };
 
 /// False with one text that names the word and the way out.
