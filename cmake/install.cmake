@@ -54,6 +54,8 @@ if(OST_PLATFORM)
   # A page of the build replaces the page of the sources that it was made from.
   install(DIRECTORY docs/ ${CMAKE_BINARY_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}
     FILES_MATCHING PATTERN "*.md" PATTERN CMakeFiles EXCLUDE)
+  # Of `make docs`, where it was called.
+  install(FILES ${CMAKE_BINARY_DIR}/docs/manual.html DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
   install(DIRECTORY ${CMAKE_BINARY_DIR}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR})
   install(DIRECTORY examples/frame_link DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 endif()

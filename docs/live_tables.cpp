@@ -1,21 +1,24 @@
 // Prints tables of the program for the documentation: `live_tables options`, the options that `ost_trace trc_option`
-// and `ost_trace trig_option` take (the help leaves some of them out), and `live_tables rules`, the design rules.
+// and `ost_trace trig_option` take (the help leaves some of them out) and those of the Wishbone master, and `live_tables rules`, the design rules.
 #include <iomanip>
 #include <iostream>
 #include <string>
 
 #include "commands/trace_options.h"
 #include "commands/trigger_options.h"
+#include "commands/wishbone_options.h"
 #include "platform/rules/rule_table.h"
 
 namespace {
 
 void printOptions() {
-  OptionList trace, trigger;
+  OptionList trace, trigger, wishbone;
   generate_trace_option_list(trace);
   generate_trigger_option_list(trigger);
+  generate_wbone_option_list(wishbone);
   for (std::size_t i = 0; i < trace.size(); ++i) std::cout << "trc_option " << trace.at(i).name << '\n';
   for (std::size_t i = 0; i < trigger.size(); ++i) std::cout << "trig_option " << trigger.at(i).name << '\n';
+  for (std::size_t i = 0; i < wishbone.size(); ++i) std::cout << "ost_set_wbone_opt " << wishbone.at(i).name << '\n';
 }
 
 void printRules() {

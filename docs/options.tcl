@@ -76,3 +76,10 @@ option {ost_te -max_event_count} {`ostrel_expression` COUNT_BITS: a counter of a
     {sim.oracle}
 
 option {ost_project -insert_core} {the `ostrel_core` instances of `ostrel_debug`; all cores without it} - {hardware-insert_core}
+
+option {ost_set_wbone_opt PerformConnect} {`true`: the slave that the design marks gets `ostrel_wishbone`'s bus while `wb_grant` is 1; `false`: ports of the top} - \
+    {hardware-PerformConnect}
+option {ost_set_wbone_opt Endian} {`ostrel_wishbone` BIG_ENDIAN: the order of bytes and lanes between the buffers and the bus} - \
+    {hardware-Endian sim.scenes}
+option {ost_serdes clk} {port `sd_clk`: the clock of `ostrel_serdes` but for what is on TCK or on a watched clock} - {sim.scenes}
+option {ost_serdes rst} {port `sd_rst`: holds changes and counts of levels at 0; without it (VLO) a constant} - {sim.scenes}

@@ -54,9 +54,12 @@ proc roffCode {lines} {
 
 # A table as tagged paragraphs: the first column is the tag, the others follow with the heading of their column.
 proc roffTable {rows} {
-    set cells [lmap row $rows {
-        lmap cell [lrange [split [string map {\\| \x04} $row] |] 1 end-1] {string map {\x04 |} [string trim $cell]}
-    }]
+    set cells {}
+    foreach row $rows {
+        set line {}
+        foreach cell [lrange [split [string map {\\| \x04} $row] |] 1 end-1] {lappend line [string map {\x04 |} [string trim $cell]]}
+        lappend cells $line
+    }
     set heads [lindex $cells 0]
     set text ""
     foreach row [lrange $cells 2 end] {
@@ -100,7 +103,7 @@ proc roffBody {markdown} {
             incr i
         } elseif {[string match "    *" $line]} {
             set block [apply $take {^(    |$)}]
-            append text [roffCode [split [string trimright [join [lmap line $block {string range $line 4 end}] \n]] \n]]
+            append text [roffCode [split [string trimright [regsub -all -line {^    } [join $block \n] {}]] \n]]
         } elseif {[string match |* $line]} {
             append text [roffTable [apply $take {^\|}]]
         } elseif {[regexp {^(-|\d+\.) +(.*)$} $line -> mark item]} {
@@ -125,9 +128,10 @@ proc manPage {name section summary usages markdown related manual version} {
     append text ".SH NAME\n[roffText $name] \\- [roffText $summary]\n.SH SYNOPSIS\n.nf\n[roffText $usages]\n.fi\n"
     append text [roffBody $markdown]
     append text ".SH SEE ALSO\n"
-    set pages [lmap page $related {
+    set pages {}
+    foreach page $related {
         regexp {^(.*)\((.*)\)$} $page -> other where
-        string cat ".BR [roffText $other] ($where)"
-    }]
+        lappend pages ".BR [roffText $other] ($where)"
+    }
     return "$text[join $pages " ,\n"]\n"
 }

@@ -4,7 +4,7 @@
 # ostsh is beside ost_capture.
 #
 #   tclsh tools/write_manual.tcl <ost_capture> <docs of the sources> <docs of the build> <man folder>
-package require Tcl 8.6
+package require Tcl 8.5
 set root [file dirname [file normalize [info script]]]
 source [file join $root live_table.tcl]
 source [file join $root man_page.tcl]
@@ -61,7 +61,8 @@ proc write {name section summary usages markdown related} {
 set commands [packageCommands]
 set version [package present ost_tclwrapper]
 file delete -force -- $manFolder
-set all [lmap command $commands {string cat $command (3tcl)}]
+set all {}
+foreach command $commands {lappend all $command\(3tcl)}
 lappend all ost_design(3tcl) ost_capture(1) ost_capture(3tcl) ostsh(1) ost_rules(7)
 
 # The page of docs/ that says more about a command.
@@ -85,7 +86,7 @@ foreach command $commands {
 package require ost_platform
 set usages [regexp -all -inline -line {^usage: .*$} [ost_design help]]
 write ost_design 3tcl "reads the design that debug cores are inserted into" \
-    "package require ost_platform\n\n[join [lmap usage $usages {string range $usage 7 end}] \n]" \
+    "package require ost_platform\n\n[regsub -all -line {^usage: } [join $usages \n] {}]" \
     [described [page ost_design]] $all
 
 # A program: its usage and exit status from its help, options from the page, which has them as a table.

@@ -45,6 +45,7 @@ set names [string trim [exec $liveTables options]]
 set live [split $names \n]
 lappend live {*}[helpOptions ost_tu add set] {*}[helpOperators] {*}[helpOptions ost_te add set]
 lappend live {*}[helpOptions ost_project run]
+foreach {all word} [regexp -all -inline {\[([a-z]+)=<} [ost_serdes help set]] {lappend live "ost_serdes $word"}
 source -encoding utf-8 [file join $root docs options.tcl]
 
 set known [regexp -all -inline -line {^ *(?:test )?(hardware-\S+)} [contents [file join $root tests tcl options_in_hardware.test]]]

@@ -30,11 +30,18 @@ int main(int argc, char** argv) {
       }
     }
     ost::ResourceEstimate total = ost::estimateHub(plan);
-    for (const ost::PlanCore& core : plan.cores) {
-      const ost::ResourceEstimate estimate = ost::estimateCore(core);
+    QVector<ost::ResourceEstimate> parts;
+    for (const ost::PlanCore& core : plan.cores) parts.append(ost::estimateCore(core));
+    if (plan.wishbone) parts.append(ost::estimateWishbone(*plan.wishbone));
+    for (const ost::ResourceEstimate& estimate : parts) {
       total.luts += estimate.luts;
       total.flipFlops += estimate.flipFlops;
       total.blockRams += estimate.blockRams;
+    }
+    if (plan.serdes) {
+      const ost::ResourceEstimate estimate = ost::estimateSerdes(*plan.serdes);
+      total.luts += estimate.luts;
+      total.flipFlops += estimate.flipFlops;
     }
     std::printf("%d %d %d\n", total.luts, total.flipFlops, total.blockRams);
     return 0;

@@ -120,6 +120,14 @@ void applyWord(PlanCore& core, const QByteArray& text) {
   throw std::runtime_error("bad word: " + text.toStdString());
 }
 
+PlanSerdes serdesFrom(const QList<QByteArray>& words) {
+  PlanSerdes serdes;
+  serdes.clocks.resize(words.value(0).toInt());
+  serdes.levels.resize(words.value(1).toInt());
+  serdes.hasReset = words.contains("rst");
+  return serdes;
+}
+
 }  // namespace
 
 InsertPlan planFromText(const QByteArray& text) {
@@ -132,10 +140,17 @@ InsertPlan planFromText(const QByteArray& text) {
     plan.cores.last().name = QStringLiteral("C%1").arg(plan.cores.size());
     plan.cores.last().windowSamples = 0;
   };
-  begin();
   for (const QByteArray& word : text.simplified().split(' ')) {
+    if (word.startsWith("wb=")) {
+      plan.wishbone.emplace();
+      plan.wishbone->addressBits = word.mid(3).toInt();
+      continue;
+    }
+    if (plan.cores.isEmpty()) begin();
     if (word == "core")
       begin();
+    else if (word.startsWith("serdes="))
+      plan.serdes = serdesFrom(word.mid(7).split(':'));
     else
       applyWord(plan.cores.last(), word);
   }
@@ -169,6 +184,10 @@ QByteArray topVerilog(const InsertPlan& plan) {
   }
   for (const DebugPort& port : debugModulePorts(plan)) {
     QByteArray net = port.name;
+    if (port.role == DebugPort::WishboneClock || port.role == DebugPort::WishboneBus)
+      ports += QByteArray(port.output ? ",\n  output [" : ",\n  input [") + QByteArray::number(port.width - 1) +
+               ":0] " + net;
+    if (net.startsWith("sd_")) ports += ", input [" + QByteArray::number(port.width - 1) + ":0] " + net;
     if (port.role == DebugPort::Probe || port.role == DebugPort::Trigger) {
       const PlanCore& core = plan.cores[port.core];
       net = bits("c" + QByteArray::number(port.core) + "_in",

@@ -3,6 +3,7 @@ package require ost_platform
 package require ost_tclwrapper
 
 ost_design read -top chip [file join [lindex $argv 0] chip.v]
+ost_design jtag bscane2 -chain 2
 ost_project new -overwrite board.ost
 ost_core add main
 ost_trace trc_option SampleClk=clk BufferDepth=512

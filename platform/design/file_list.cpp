@@ -23,7 +23,9 @@ bool splitLine(const QByteArray& line, QList<QByteArray>& words) {
     bool quoted = false;
     for (; at < line.size(); ++at) {
       const char c = line[at];
-      if (c == '"') {
+      if (quoted && line.mid(at, 2) == "\"\"") {
+        word += line[at++];
+      } else if (c == '"') {
         quoted = !quoted;
       } else if (!quoted && (c == ' ' || c == '\t' || c == '\r')) {
         break;

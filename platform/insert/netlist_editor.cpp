@@ -7,27 +7,13 @@
 
 #include "platform/insert/ascending_nets.h"
 #include "platform/insert/inout_registers.h"
+#include "platform/insert/netlist_members.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
 namespace {
 
 constexpr const char* kPins[] = {"tck", "tms", "tdi", "tdo"};
-
-QByteArray binary32(int number) {
-  return QByteArray::number(number, 2).rightJustified(32, '0');
-}
-
-QByteArray portText(const QByteArray& name, const char* direction, const QVector<int>& bits) {
-  return ",\n        " + quoteJson(name) + ": { \"direction\": \"" + direction + "\", \"bits\": " + bitListText(bits) +
-         " }";
-}
-
-/// A kept net is one that no later tool optimises away or renames.
-QByteArray netText(const QByteArray& name, const QVector<int>& bits, bool keep = false) {
-  return ",\n        " + quoteJson(name) + ": { \"hide_name\": 0, \"bits\": " + bitListText(bits) +
-         ", \"attributes\": { " + (keep ? "\"keep\": \"" + binary32(1) + "\" " : QByteArray()) + "} }";
-}
 
 }  // namespace
 
@@ -168,6 +154,7 @@ bool NetlistEditor::chooseTopNames(QString& error) {
   }
   debugInstance_ = freeName("ostrel_debug_i", taken);
   added.insert(debugInstance_);
+  if (plan_.wishbone && !plan_.wishbone->isConnected) chooseBusNames(taken);
   if (!plan_.jtag.hasPins()) return true;
   // The four pins share one prefix, the first for which all four names are free.
   QByteArray prefix = "ostrel_";
@@ -208,7 +195,8 @@ QVector<int> NetlistEditor::addTriggerOut(const DebugPort& port, Additions& addi
 }
 
 /// Adds the debug module's instance and the ports and nets of the top that belong to it.
-void NetlistEditor::addDebugInstance(const std::vector<QVector<int>>& childBits, Additions& additions) const {
+void NetlistEditor::addDebugInstance(const std::vector<QVector<int>>& childBits, const BusBits& bus,
+                                     Additions& additions) const {
   QByteArray directions, connections;
   for (const DebugConnection& connection : routing_.connections()) {
     const DebugPort& port = connection.port;
@@ -217,6 +205,8 @@ void NetlistEditor::addDebugInstance(const std::vector<QVector<int>>& childBits,
       bits = addPin(port, additions);
     else if (port.role == DebugPort::TriggerOut)
       bits = addTriggerOut(port, additions);
+    else if (bus.contains(port.name))
+      bits = bus.value(port.name);
     else
       for (const TopSource& source : connection.sources)
         bits.append(source.child < 0 ? source.bit : childBits[size_t(source.child)][source.position]);
@@ -241,7 +231,9 @@ bool NetlistEditor::editTop(QString& error) {
   separateRegisters(topIndex, edits_, additions);
   std::vector<QVector<int>> childBits;
   tap(routing_.topChildren(), top, edits_, additions, childBits);
-  addDebugInstance(childBits, additions);
+  BusBits bus;
+  if (plan_.wishbone) bus = plan_.wishbone->isConnected ? shareBus(additions) : exposeBus(additions);
+  addDebugInstance(childBits, bus, additions);
   finish(top, additions, edits_);
   return true;
 }

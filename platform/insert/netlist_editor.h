@@ -33,7 +33,14 @@ class NetlistEditor {
   void editVariant(const ModuleVariant& variant);
   bool editTop(QString& error);
   bool chooseTopNames(QString& error);
-  void addDebugInstance(const std::vector<QVector<int>>& childBits, Additions& additions) const;
+  /// Bits of the top at the debug module's ports of the Wishbone bus.
+  using BusBits = QHash<QByteArray, QVector<int>>;
+  void addDebugInstance(const std::vector<QVector<int>>& childBits, const BusBits& bus, Additions& additions) const;
+  void chooseBusNames(const std::function<bool(const QByteArray&)>& taken);
+  BusBits exposeBus(Additions& additions) const;
+  BusBits shareBus(Additions& additions);
+  QVector<int> choose(const QVector<int>& byDefault, const QVector<int>& other, int select, Additions& additions) const;
+  void reconnect(size_t cell, const QHash<QByteArray, QVector<int>>& pins);
   QVector<int> addPin(const DebugPort& port, Additions& additions) const;
   QVector<int> addTriggerOut(const DebugPort& port, Additions& additions) const;
   void finish(const NetlistModule& module, const Additions& additions, TextEdits& edits) const;

@@ -12,6 +12,7 @@
 #include "platform/design/yosys.h"
 #include "platform/system/descriptor.h"
 #include "platform/system/files.h"
+#include "platform/system/scratch_file.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -28,6 +29,16 @@ const char kDecideChoices[] =
     "select -set before t:*\nselect -set decided t:$pmux w:* %co1:+$pmux[S] %d\npmuxtree @decided\n"
     "select -set made t:* @before %d\nopt_expr -keepdc @made\n"
     "select -set decided t:$mux @before %d w:* %co1:+$mux[S] %d\nopt_expr -mux_undef -keepdc @decided";
+
+/// A tri-state that is never enabled drives nothing. Yosys reads one back as a constant z, which it then takes for what
+/// everybody reads on the net.
+const char kOpenDrivers[] =
+    "(* techmap_celltype = \"$tribuf\" *)\n"
+    "module ostrel_open_driver (A, EN, Y);\n"
+    "  parameter WIDTH = 1, _TECHMAP_CONSTMSK_EN_ = 0, _TECHMAP_CONSTVAL_EN_ = 0;\n"
+    "  input [WIDTH-1:0] A;\n  input EN;\n  output [WIDTH-1:0] Y;\n"
+    "  wire _TECHMAP_FAIL_ = _TECHMAP_CONSTMSK_EN_ != 1 || _TECHMAP_CONSTVAL_EN_ !== 1'b0;\n"
+    "endmodule\n";
 
 /// Yosys does not report a failed write: a text that does not end with a module has been cut short.
 bool endsWithModule(QFile& file) {
@@ -92,6 +103,9 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
     }
     job.files.append(file.fd());
   }
+  ScratchFile openDrivers;
+  if (!openDrivers.open(error) || !openDrivers.write(kOpenDrivers, error)) return false;
+  job.files.append(openDrivers.fd());
   // The user's instances stay even where nothing reads them. opt_expr -mux_bool and opt_reduce merge the write enables
   // that `proc` made for each bit; without them a memory no longer maps to block RAM. Without -keepdc a 'z' counts as
   // any value: an open-drain output would become a constant.
@@ -99,13 +113,15 @@ bool writeInstrumentedVerilog(const Design& design, const QString& netlist, cons
   job.script.line(
       "select -set instances t:* t:$* %d t:$paramod* %u a:keep %d\n"
       "setattr -set keep 1 @instances\n"
+      // What drives an inout stays apart from it: others drive the pad, too.
+      "setattr -set keep 1 i:* o:* %i %ci1:+$pos[Y] t:$pos %i\n"
       // Yosys takes names of this form for its own and drops them; in what it wrote earlier they are the only ones.
       "select -set numbered w:_*_ a:keep %d\nsetattr -set keep 1 @numbered\n"
       "opt_expr -mux_bool -keepdc\nopt_reduce\nopt_expr -keepdc\nopt_merge\nopt_clean\n");
-  job.script.line(kDecideChoices);
+  job.script.line(kDecideChoices).line("opt_expr -keepdc\ntechmap -map").openFile(3).words(" t:$tribuf");
   // A latch with a constant enable would be an `always @*` that waits for a change of what never changes.
   job.script.line(
-      "opt_expr -keepdc\nselect -set decided t:$dlatch w:* %co1:+$dlatch[EN] %d\n"
+      "select -set decided t:$dlatch w:* %co1:+$dlatch[EN] %d\n"
       "opt_dff -nodffe -nosdff -keepdc @decided\nopt_clean");
   // Again, for what the first has made constant.
   job.script.line(kDecideChoices);

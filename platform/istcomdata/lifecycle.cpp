@@ -1,5 +1,6 @@
 // Creating, opening, saving and closing projects.
 #include "framework/ist_com_data.h"
+#include "platform/design/design_list.h"
 #include "platform/istcomdata/service_private.h"
 #include "platform/istdata/project_file.h"
 #include "platform/text/byte_text.h"
@@ -50,6 +51,18 @@ QString vanishedReport(const istProject& project) {
   return report;
 }
 
+/// How to load a design, with the file lists that lie in the current folder: one of them may be the project's own.
+QString howToReadText() {
+  constexpr int kMostNamed = 5;
+  const QStringList lists = ost::listsInFolder();
+  QString text = QStringLiteral("No design is loaded. Read it first, for example:\n  package require ost_platform\n");
+  if (lists.isEmpty()) text += QLatin1String("  ost_design read -top top top.v\n");
+  for (const QString& list : lists.mid(0, kMostNamed)) text += QStringLiteral("  ost_design read -f %1\n").arg(list);
+  if (lists.size() > kMostNamed)
+    text += QStringLiteral("  (and %1 more file lists in this folder)\n").arg(lists.size() - kMostNamed);
+  return text + QLatin1String("or name a file list or a Yosys JSON netlist in the environment variable OST_DESIGN.");
+}
+
 }  // namespace
 
 bool IstComData::LoadDesign(QString& message) {
@@ -72,12 +85,7 @@ bool IstComData::LoadDesign(QString& message) {
   // The command layer shows no text for a new project, and the message for one that is opened: the details go to the
   // console once, the message only says what failed.
   const bool none = error.isEmpty();
-  if (none)
-    error = QStringLiteral(
-        "No design is loaded. Read it first, for example:\n"
-        "  package require ost_platform\n"
-        "  ost_design read -top top top.v\n"
-        "or name a file list or a Yosys JSON netlist in the environment variable OST_DESIGN.");
+  if (none) error = howToReadText();
   message = none ? QStringLiteral("No design is loaded.")
                  : QStringLiteral("The design named by OST_DESIGN could not be read.");
   return d->fail(ToldBy::Console, error);
@@ -153,6 +161,7 @@ bool IstComData::Private::save(QString& error) {
     return false;
   storage.noteWritten(bytes);
   project->changed = false;
+  keepDesign();
   return true;
 }
 
@@ -169,6 +178,7 @@ bool IstComData::Private::saveAs(const QString& fileName, QString& error) {
   storage.adopt(std::move(claim), bytes);
   project->fileName = ost::textFromFile(file);
   project->changed = false;
+  keepDesign();
   return true;
 }
 

@@ -58,7 +58,9 @@ bool expand(const Names& known, QStringList& words, QString& error) {
     else if (fitting == 0)
       error = QStringLiteral("%1 the pattern %2%3.")
                   .arg(known.none, quoted(word), known.nearHint(QString(word).remove(QLatin1Char('*'))));
-    if (!error.isEmpty()) return false;
+    if (error.isEmpty()) continue;
+    if (known.areNets) error += QLatin1String(" ost_design nets -glob shows what a pattern fits.");
+    return false;
   }
   words = names;
   return true;

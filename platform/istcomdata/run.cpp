@@ -20,7 +20,7 @@ namespace {
 
 void sayEstimate(const ost::InsertPlan& plan) {
   const auto line = [](const QString& object, const ost::ResourceEstimate& e) {
-    ost::say(QStringLiteral("%1: about %2 LUTs, %3 flip-flops, %4 block RAM%5, %6 memory bits")
+    ost::say(QStringLiteral("%1: about %2 LUTs, %3 flip-flops, %4 block RAM%5 of 36 Kbit, %6 memory bits")
                  .arg(object)
                  .arg(e.luts)
                  .arg(e.flipFlops)
@@ -78,9 +78,10 @@ bool IstComData::DRC(QString& message) {
   const bool hasNetlist = d->loadNetlist(*design, error);
   for (const auto& core : d->project->cores) core->trace->compact();
   bool cancelled = false;
+  tcl_cmdex::ProgressLine progress("Checking the design rules");
   const ost::DesignCheck check =
       ost::checkDesignRules(*d->project, *design, hasNetlist ? d->netlist.get() : nullptr,
-                            [&cancelled] { return !(cancelled = cancelled || !tcl_cmdex::servePendingEvents()); });
+                            [&cancelled, &progress] { return !(cancelled = cancelled || !progress.tick()); });
   if (cancelled) return false;
   message = ost::designRuleReport(check.findings);
   if (!hasNetlist) message += QStringLiteral("ERROR: %1\n").arg(error);
@@ -128,6 +129,7 @@ bool IstComData::Insert(int) {
   QString directory, proved, error;
   if (!d->insert(directory, proved, error))
     return d->fail(ToldBy::Console, QStringLiteral("ERROR: Nothing was inserted: %1").arg(error));
+  d->keepDesign();
   ost::say(QStringLiteral("The instrumented design is in \"%1\"%2.").arg(ost::textFromFile(directory), proved));
   return true;
 }

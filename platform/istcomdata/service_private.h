@@ -67,6 +67,9 @@ class IstComData::Private {
   bool mayReplaceProject(QString& error) const;
   bool save(QString& error);
   bool saveAs(const QString& fileName, QString& error);
+  /// Keeps what was read as a file list beside the project. A list of that name by somebody else stays as it is; what
+  /// goes wrong is said on the console.
+  void keepDesign();
   /// Resolves a net that a core's option names, for storing; empty stays empty. Prints why not.
   bool resolveOption(const char* option, QString& net);
   bool bringDesignUpToDate(QString& error);

@@ -2,6 +2,7 @@
 #include "platform/jtag/connection.h"
 
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -42,8 +43,11 @@ void Connection::setTimeLimit(double seconds) {
 
 bool Connection::exchange(const QByteArray& bytes, Answer* answer, QString& error) {
   if (broken_) return fail(QStringLiteral("the connection is closed"), error);
-  int sent = 0;
+  int sent = 0, unasked = 0;
   double quiet = 0;
+  // Each answer was awaited whole: what is here before the question would be taken for its answer.
+  if (answer && ioctl(readFd(), FIONREAD, &unasked) == 0 && unasked > 0)
+    return fail(QStringLiteral("it replied with more than it was asked for"), error);
   for (;;) {
     const bool sending = sent < bytes.size(), receiving = answer && answer->due() > 0;
     if (!sending && !receiving) return true;

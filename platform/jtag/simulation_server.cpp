@@ -12,6 +12,7 @@
 
 #include <cerrno>
 
+#include "platform/jtag/served_cable.h"
 #include "platform/system/files.h"
 
 namespace ost {
@@ -59,8 +60,8 @@ int giveTo(int fd, QByteArray& kept) {
 
 class Relay {
  public:
-  Relay(Descriptor listener, ServerDescriptors simulation)
-      : listener_(std::move(listener)), simulation_(std::move(simulation)) {}
+  Relay(Descriptor listener, ServerDescriptors simulation, ServerAddress::Protocol protocol)
+      : listener_(std::move(listener)), simulation_(std::move(simulation)), protocol_(protocol) {}
   /// Moves what can be moved. False when the simulation is gone or, with errno, the system refuses.
   bool step();
 
@@ -78,6 +79,8 @@ class Relay {
 
   Descriptor listener_, client_;
   ServerDescriptors simulation_;
+  const ServerAddress::Protocol protocol_;
+  std::unique_ptr<ServedCable> cable_;  ///< Of the client.
   QByteArray toSimulation_, toClient_;
   qint64 due_ = 0;        ///< Answers that the simulation owes.
   bool leaving_ = false;  ///< The client has said good-bye, and waits for what it asked for before.
@@ -87,14 +90,13 @@ void Relay::accept() {
   client_.reset(::accept4(listener_.fd(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
   const int on = 1;
   if (client_.isOpen() && setsockopt(client_.fd(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on) != 0) client_.reset();
+  cable_ = makeServedCable(protocol_);
 }
 
 void Relay::takeCommands() {
-  if (!takeFrom(client_.fd(), toSimulation_)) return dropClient();
-  const int end = toSimulation_.indexOf('Q');
-  if (end < 0) return;
-  toSimulation_.truncate(end);
-  leaving_ = true;
+  QByteArray bytes;
+  if (!takeFrom(client_.fd(), bytes)) return dropClient();
+  leaving_ = !cable_->take(bytes, toSimulation_, toClient_);
 }
 
 bool Relay::giveCommands() {
@@ -108,13 +110,13 @@ bool Relay::takeAnswers() {
   QByteArray answers;
   if (!takeFrom(simulation_.read.fd(), answers)) return false;
   due_ -= answers.size();
-  if (client_.isOpen()) toClient_ += answers;
+  if (client_.isOpen() && !cable_->answer(answers, toSimulation_, toClient_)) leaving_ = true;
   return true;
 }
 
 bool Relay::step() {
   if (leaving_ && toSimulation_.isEmpty() && toClient_.isEmpty() && due_ <= 0) dropClient();
-  const bool takes = client_.isOpen() && !leaving_ && toSimulation_.size() < kMostKept;
+  const bool takes = client_.isOpen() && !leaving_ && toSimulation_.size() < kMostKept && toClient_.size() < kMostKept;
   const int clientEvents = (takes ? POLLIN : 0) | (toClient_.isEmpty() ? 0 : POLLOUT);
   pollfd entries[] = {{!client_.isOpen() && due_ <= 0 ? listener_.fd() : -1, POLLIN, 0},
                       {clientEvents ? client_.fd() : -1, static_cast<short>(clientEvents), 0},
@@ -133,14 +135,14 @@ bool Relay::step() {
 
 }  // namespace
 
-bool serveSimulation(Simulation& simulation, int port, const std::function<void(int port)>& announce,
-                     const std::function<bool()>& goOn, QString& error) {
+bool serveSimulation(Simulation& simulation, ServerAddress::Protocol protocol, int port,
+                     const std::function<void(int port)>& announce, const std::function<bool()>& goOn, QString& error) {
   ServerDescriptors pins;
   int given = 0;
   Descriptor listener = listenOn(port, given, error);
   if (!listener.isOpen() || !ignoreBrokenPipes(error) || !simulation.open(pins, kStartSeconds, error)) return false;
   announce(given);
-  Relay relay(std::move(listener), std::move(pins));
+  Relay relay(std::move(listener), std::move(pins), protocol);
   while (goOn()) {
     if (relay.step()) continue;
     error = simulation.hasEnded(1) ? simulation.endText()

@@ -1,4 +1,4 @@
-// A launched simulation offered to other programs as a cable: a remote-bitbang server in front of its FIFOs.
+// A launched simulation offered to other programs as a cable: a server in front of its FIFOs.
 #pragma once
 
 #include <functional>
@@ -7,10 +7,10 @@
 
 namespace ost {
 
-/// Serves one client after the other on the loopback address until `goOn` is false; a client's good-bye ("Q") ends its
-/// connection, not the simulation. `announce` gets the port once it is open; `port` 0 takes a free one. False with the
-/// reason in `error`, also when the simulation ends.
-bool serveSimulation(Simulation& simulation, int port, const std::function<void(int port)>& announce,
-                     const std::function<bool()>& goOn, QString& error);
+/// Serves one client after the other, by RemoteBitbang or Xvc, on the loopback address until `goOn` is false; a
+/// client's good-bye ends its connection, not the simulation. `announce` gets the port once it is open; `port` 0 takes
+/// a free one. False with the reason in `error`, also when the simulation ends.
+bool serveSimulation(Simulation& simulation, ServerAddress::Protocol protocol, int port,
+                     const std::function<void(int port)>& announce, const std::function<bool()>& goOn, QString& error);
 
 }  // namespace ost

@@ -25,12 +25,12 @@ bool XvcPort::open(QString& error) {
   const QByteArray info = answer.text(), name = "xvcServer_v1.";
   const int colon = info.indexOf(':');
   bool isNumber = false;
-  const int bytes = info.mid(colon + 1).trimmed().toInt(&isNumber);
+  const qint64 bytes = info.mid(colon + 1).trimmed().toLongLong(&isNumber);
   if (!info.startsWith(name) || colon < 0 || !isNumber || bytes < 2)
     return connection_.fail(
         QStringLiteral("it says of itself \"%1\"; is it a virtual cable, version 1.0?").arg(quotable(info)), error);
   // Some servers mean the vectors of TMS and TDI together.
-  longestShift_ = qMin(bytes / 2, kLongestShift / 8) * 8;
+  longestShift_ = static_cast<int>(qMin<qint64>(bytes / 2, kLongestShift / 8)) * 8;
   return true;
 }
 

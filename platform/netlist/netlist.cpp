@@ -218,12 +218,12 @@ PlacedBit NetlistBits::source(const PlacedBit& start, LocalDriver& driver) const
   return weak.kind == LocalDriver::None ? topmost(end) : weakPlace;
 }
 
-PlacedBit NetlistBits::topmost(PlacedBit place) const {
+PlacedBit NetlistBits::topmost(PlacedBit place, const std::function<bool(const PlacedBit&)>& stop) const {
   PlacedBit above;
   while (!isConstantBit(place.bit)) {
     const LocalDriver driver = index(place.module).driver(place.bit);
     if (driver.kind != LocalDriver::InputPort && driver.kind != LocalDriver::InOutPort) break;
-    if (!climb(place, above)) break;
+    if ((stop && stop(place)) || !climb(place, above)) break;
     place = above;
   }
   return place;

@@ -42,8 +42,8 @@ struct NetlistBits {
   bool descend(const PlacedBit& outer, const IndexedCell& cell, PlacedBit& inner) const;
   /// Where the bit is driven, following ports both ways.
   PlacedBit source(const PlacedBit& start, LocalDriver& driver) const;
-  /// The same bit seen from as far up as it goes through inputs and inouts.
-  PlacedBit topmost(PlacedBit place) const;
+  /// The same bit seen from as far up as it goes through inputs and inouts, or to where `stop` is true.
+  PlacedBit topmost(PlacedBit place, const std::function<bool(const PlacedBit&)>& stop = {}) const;
 
   /// What a bit is that the cell drives, and its clock when it has one.
   void describeCell(const PlacedBit& place, const IndexedCell& looked, BitDriver& result) const;

@@ -10,6 +10,12 @@ namespace {
 constexpr double kLookSeconds = 0.02;  ///< Of all cores, before events get their turn.
 constexpr int kPauseMilliseconds = 2;  ///< For events that have been put off until the program is idle.
 
+void addClock(TclList& list, const SerdesLook& look, const SerdesCount& clock) {
+  list.add("cycles", Tcl_NewIntObj(clock.count * kSerdesDivider));
+  list.add("rate", Tcl_NewDoubleObj(look.rate(clock)));
+  list.add("rateError", Tcl_NewDoubleObj(look.rateError()));
+}
+
 }  // namespace
 
 const QVector<SubCommand<HubObject>>& HubObject::table() {
@@ -17,8 +23,10 @@ const QVector<SubCommand<HubObject>>& HubObject::table() {
       {"arm", "", kUseArm, 0, -1, method<&HubObject::arm>},
       {"close", "", OptionUse(), 0, 0, method<&HubObject::close>},
       {"read", "", OptionUse(), 0, 0, method<&HubObject::read>},
+      {"serdes", "", kUseSerdes, 0, 1, method<&HubObject::serdes>},
       {"status", "", OptionUse(), 0, 0, method<&HubObject::status>},
       {"wait", "?-command PREFIX?", kUseWait, 0, -1, method<&HubObject::wait>},
+      {"wb", WishboneCommand::kUsage, OptionUse(), 1, -1, method<&HubObject::wb>},
   };
   return table;
 }
@@ -109,6 +117,61 @@ int HubObject::read(const SubCall& call) {
                      capture_error::kState);
   if (!session_->run().readOut(error)) return failBroken(call, error);
   return CaptureObject::create(interp_, session_->captures());
+}
+
+/// Between the looks of a wait, too: a transfer does not disturb a run.
+int HubObject::wb(const SubCall& call) {
+  WishboneCommand command;
+  QVector<quint32> numbers;
+  QString error;
+  if (!parseWishboneCommand(call.words, command, error)) return call.failUsage(error);
+  if (!session_->plan().wishbone) {
+    session_->runWishbone(command, numbers, error);
+    return call.fail(error, capture_error::kValue);
+  }
+  if (!session_->runWishbone(command, numbers, error))
+    return call.fail(session_->explained(error), capture_error::kBus);
+  TclList list;
+  for (const quint32 number : numbers) list.add(tclFromText(wishboneNumber(command, number)));
+  Tcl_SetObjResult(interp_, list);
+  return TCL_OK;
+}
+
+/// Does not disturb a run either.
+int HubObject::serdes(const SubCall& call) {
+  CaptureOptions options;
+  QString error;
+  if (!parseCaptureOptions(call.words, options, error, kUseSerdes)) return call.failUsage(error);
+  if (!session_->hasSerdes(error)) return call.fail(error, capture_error::kValue);
+  SerdesLook look;
+  if (!session_->readSerdes(options.clear, look, error)) return failBroken(call, error);
+  const PlanSerdes& plan = *session_->plan().serdes;
+  TclList list, tck, clocks, levels;
+  for (int i = 0; i < plan.clocks.size(); ++i) {
+    TclList clock;
+    addClock(clock, look, look.clocks[i]);
+    clocks.add(tclFromText(plan.clocks[i].net.name));
+    clocks.add(clock);
+  }
+  for (int i = 0; i < plan.levels.size(); ++i) {
+    TclList level;
+    level.add("word", tclFromText(plan.levels[i].word));
+    level.add("level", Tcl_NewIntObj(look.levels[i].level));
+    level.add("changed", Tcl_NewIntObj(look.levels[i].changed));
+    level.add("rises", Tcl_NewIntObj(look.levels[i].rises.count));
+    level.add("full", Tcl_NewIntObj(look.levels[i].rises.isFull));
+    levels.add(tclFromText(plan.levels[i].net.name));
+    levels.add(level);
+  }
+  addClock(tck, look, look.tck);
+  list.add("sampleClock", tclFromText(plan.clock.name));
+  list.add("inReset", Tcl_NewIntObj(look.inReset));
+  list.add("sampleClocks", Tcl_NewWideIntObj(look.sampleClocks));
+  list.add("tck", tck);
+  list.add("clocks", clocks);
+  list.add("levels", levels);
+  Tcl_SetObjResult(interp_, list);
+  return TCL_OK;
 }
 
 int HubObject::close(const SubCall& call) {

@@ -21,8 +21,10 @@ class HubObject : public std::enable_shared_from_this<HubObject> {
   int arm(const SubCall& call);
   int close(const SubCall& call);
   int read(const SubCall& call);
+  int serdes(const SubCall& call);
   int status(const SubCall& call);
   int wait(const SubCall& call);
+  int wb(const SubCall& call);
 
  private:
   /// How a wait ended. `text` and `errorCode` say why, unless it is `done`.

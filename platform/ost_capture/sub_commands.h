@@ -16,6 +16,7 @@ constexpr char kMap[] = "OST CAPTURE MAP";          ///< The capture map cannot 
 constexpr char kLink[] = "OST CAPTURE LINK";        ///< The server, the simulation or the hardware.
 constexpr char kValue[] = "OST CAPTURE VALUE";      ///< A name or value that this core does not have.
 constexpr char kState[] = "OST CAPTURE STATE";      ///< Not now: nothing is armed, not done, a wait is under way.
+constexpr char kBus[] = "OST CAPTURE BUS";          ///< A transfer of the Wishbone master has failed.
 constexpr char kTimeout[] = "OST CAPTURE TIMEOUT";  ///< No trigger in time.
 constexpr char kFile[] = "OST CAPTURE FILE";        ///< A file cannot be written.
 constexpr char kClosed[] = "OST CAPTURE CLOSED";    ///< The hub was closed during the wait.

@@ -25,6 +25,7 @@ Exit status: 0 done, 1 a command failed or an ERROR was shown, 2 wrong command l
             }
         }
     }
+    package require Tcl 8.6
     foreach package {ost_tclwrapper ost_platform ost_capture} {uplevel #0 [list package require -exact $package $version]}
     guardExit
     if {[llength $words] > 0} {

@@ -4,12 +4,17 @@ namespace eval ost_shell {
     variable usages {}  ;# "command sub-command" to what usageOf returns
 }
 
+# The commands of the packages: a procedure of that name is the user's, and would run where ours tell what they take.
 proc ost_shell::commands {} {
-    return [lsort [info commands ost_*]]
+    return [lmap command [lsort [info commands ::ost_*]] {
+        set name [string range $command 2 end]
+        if {[info procs $command] ne "" || $name in [interp aliases {}]} continue
+        set name
+    }]
 }
 
 proc ost_shell::isOurs {word} {
-    return [expr {[string match ost_* $word] && [info commands $word] ne ""}]
+    return [expr {[string match ost_* $word] && $word in [commands]}]
 }
 
 # The sub-commands, as the command names them to who mistypes one.

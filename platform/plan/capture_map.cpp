@@ -32,7 +32,7 @@ class MapWriter : private JsonLines {
   void valueNames(const EnumNames& names);
   /// How the net of a probe is declared; nothing when that is not known.
   void declaredNet(const DeclaredNet& net);
-  void enable(const char* name, bool used, const NetBit& net, bool activeLow);
+  void enable(const char* name, bool used, const NetBit& net, bool activeLow, bool isForeign);
   void unit(const PlanUnit& unit);
   void expression(const PlanExpression& expression);
   void triggerOut(const PlanCore& core);
@@ -80,7 +80,7 @@ void MapWriter::declaredNet(const DeclaredNet& net) {
   if (net.isVector) numbers("range", {net.left, net.right});
 }
 
-void MapWriter::enable(const char* name, bool used, const NetBit& net, bool activeLow) {
+void MapWriter::enable(const char* name, bool used, const NetBit& net, bool activeLow, bool isForeign) {
   key(name);
   if (!used) {
     null();
@@ -90,6 +90,7 @@ void MapWriter::enable(const char* name, bool used, const NetBit& net, bool acti
   key("net");
   bit(net);
   flag("activeLow", activeLow);
+  if (isForeign) flag("foreign", true);
   end();
 }
 
@@ -148,8 +149,9 @@ void MapWriter::core(const PlanCore& core) {
   text("name", core.name);
   key("sampleClock");
   bit(core.sampleClock);
-  enable("sampleEnable", core.hasSampleEnable, core.sampleEnable, core.sampleEnableActiveLow);
-  enable("triggerEnable", core.hasTriggerEnable, core.triggerEnable, core.triggerEnableActiveLow);
+  enable("sampleEnable", core.hasSampleEnable, core.sampleEnable, core.sampleEnableActiveLow, core.sampleEnableForeign);
+  enable("triggerEnable", core.hasTriggerEnable, core.triggerEnable, core.triggerEnableActiveLow,
+         core.triggerEnableForeign);
   text("displayRadix", radixText(core.displayRadix));
   number("depth", core.depth);
   flag("distributedRam", core.distributedRam);
@@ -199,6 +201,7 @@ void MapWriter::wishbone(const PlanWishbone& wishbone, int number) {
   flag("bigEndian", wishbone.isBigEndian);
   this->number("addressBits", wishbone.addressBits);
   flag("connected", wishbone.isConnected);
+  if (!wishbone.isConnected) text("ports", wishbone.portPrefix);
   if (wishbone.isConnected) {
     text("instance", wishbone.instance);
     key("clock");
@@ -287,6 +290,7 @@ QByteArray planHash(const InsertPlan& plan, int version) {
   hashed.projectHash.clear();
   hashed.pins = JtagPins();
   hashed.jtag = PlanJtag();
+  if (hashed.wishbone) hashed.wishbone->portPrefix.clear();
   if (version <= kLastWhollyHashedVersion)
     version = oldVersionFor(hashed);
   else

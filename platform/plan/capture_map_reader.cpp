@@ -41,7 +41,7 @@ class MapReader {
   QByteArray digits(JsonFields& fields, const char* key, int count);
   EnumNames valueNames(JsonFields& fields, int width);
   DeclaredNet declaredNet(JsonFields& fields, int width);
-  bool enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow);
+  bool enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow, bool& isForeign);
   PlanUnit unit(const QJsonValue& value, const QString& path, int inputs);
   PlanExpression expression(const QJsonValue& value, const QString& path, int units);
   void captureSettings(JsonFields& fields, PlanCore& core);
@@ -154,12 +154,13 @@ DeclaredNet MapReader::declaredNet(JsonFields& fields, int width) {
   return net;
 }
 
-bool MapReader::enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow) {
+bool MapReader::enable(JsonFields& fields, const char* key, NetBit& net, bool& activeLow, bool& isForeign) {
   const QJsonValue value = fields.value(key);
   if (value.isNull()) return false;
   JsonFields inner(value, fields.pathOf(key), fault_);
   net = bit(inner.value("net"), inner.pathOf("net"));
   activeLow = inner.flag("activeLow");
+  isForeign = inner.has("foreign") && inner.flag("foreign");
   inner.refuseOthers();
   return true;
 }
@@ -246,8 +247,10 @@ PlanCore MapReader::core(const QJsonValue& value, const QString& path) {
   PlanCore core;
   core.name = fields.text("name");
   core.sampleClock = bit(fields.value("sampleClock"), fields.pathOf("sampleClock"));
-  core.hasSampleEnable = enable(fields, "sampleEnable", core.sampleEnable, core.sampleEnableActiveLow);
-  core.hasTriggerEnable = enable(fields, "triggerEnable", core.triggerEnable, core.triggerEnableActiveLow);
+  core.hasSampleEnable =
+      enable(fields, "sampleEnable", core.sampleEnable, core.sampleEnableActiveLow, core.sampleEnableForeign);
+  core.hasTriggerEnable =
+      enable(fields, "triggerEnable", core.triggerEnable, core.triggerEnableActiveLow, core.triggerEnableForeign);
   if (!radixFromText(fields.text("displayRadix"), core.displayRadix))
     fail(fields.pathOf("displayRadix"), QStringLiteral("is not a valid radix."));
   captureSettings(fields, core);
@@ -306,6 +309,7 @@ PlanWishbone MapReader::wishbone(const QJsonValue& value, int number) {
   wishbone.isBigEndian = fields.flag("bigEndian");
   wishbone.addressBits = fields.number("addressBits", 2, 32);
   wishbone.isConnected = fields.flag("connected");
+  if (!wishbone.isConnected) wishbone.portPrefix = fields.text("ports");
   if (wishbone.isConnected) {
     wishbone.instance = fields.text("instance");
     wishbone.clock = bit(fields.value("clock"), fields.pathOf("clock"));

@@ -8,6 +8,7 @@ namespace {
 
 constexpr int kBlockBits = 4096;         // Sample bits of a read-out block: 2 % for echo and CRC.
 constexpr int kMaxChainTableUnits = 4;   // Above, a memory is smaller than flip-flops with a selector.
+constexpr int kMaxOneStageBits = 16;     // Wider units compare in groups first: four levels of LUT6 in each stage.
 constexpr int kFixedStatusBits = 8 + 5;  // Tag and flags.
 
 }  // namespace
@@ -38,6 +39,7 @@ CoreLayout::CoreLayout(const PlanCore& core) {
   for (const PlanUnit& unit : core.units) {
     unitOffsets.append(chainBits);
     chainBits += unitConfigBits(unit);
+    if (unit.unitClass != UnitClass::Serial && unit.width > kMaxOneStageBits) unitStages = 2;
   }
   for (const PlanExpression& expression : core.expressions) addExpression(expression, core.distRamDisabled);
   statusBits = kFixedStatusBits + windowBits + (windows > 1 ? 0 : positionBits) + stepStateBits + eventBits;

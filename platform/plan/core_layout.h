@@ -37,6 +37,7 @@ struct CoreLayout {
   int rowBits = 0;  ///< Widest table row in memory; 0 without tables in memory.
   int tableAddressBits = 0;
   int statusBits = 0;
+  int unitStages = 1;  ///< Sample clocks that the units take: 2 with one that compares more than 16 bits.
   int chainBits = 0;
   qint64 words = 0;
   QVector<int> unitOffsets;  ///< In the chain.

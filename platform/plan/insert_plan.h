@@ -90,9 +90,11 @@ struct PlanCore {
   bool hasSampleEnable = false;
   NetBit sampleEnable;
   bool sampleEnableActiveLow = false;
+  bool sampleEnableForeign = false;  ///< Of another clock or an input of the top: it passes two flip-flops.
   bool hasTriggerEnable = false;
   NetBit triggerEnable;
   bool triggerEnableActiveLow = false;
+  bool triggerEnableForeign = false;
 
   QVector<NetBit> probeBits;    ///< Each traced bit once; index 0 is bit 0 of the sample word's probe field.
   QVector<PlanProbe> probes;    ///< In trace order, buses flattened to their own name; references point at shared bits.

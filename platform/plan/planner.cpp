@@ -112,8 +112,10 @@ bool CorePlanner::planNets() {
   const CoreOptions& options = core_.options;
   plan_.hasSampleEnable = options.sampleEnable;
   plan_.sampleEnableActiveLow = options.sampleEnable && options.sampleEnablePolarity == Polarity::ActiveLow;
+  plan_.sampleEnableForeign = resolved_.sampleEnableForeign;
   plan_.hasTriggerEnable = options.triggerEnable;
   plan_.triggerEnableActiveLow = options.triggerEnable && options.triggerEnablePolarity == Polarity::ActiveLow;
+  plan_.triggerEnableForeign = resolved_.triggerEnableForeign;
   return takeBit("the sample clock", resolved_.sampleClock, plan_.sampleClock) &&
          (!options.sampleEnable || takeBit("the sample enable", resolved_.sampleEnable, plan_.sampleEnable)) &&
          (!options.triggerEnable || takeBit("the trigger enable", resolved_.triggerEnable, plan_.triggerEnable));
@@ -269,12 +271,14 @@ bool CorePlanner::planExpressions() {
 }  // namespace
 
 bool planInsertion(const mero::ostrel::istProject& project, const Design& design,
-                   const std::vector<ResolvedCore>& cores, InsertPlan& plan, QString& error) {
+                   const std::vector<ResolvedCore>& cores, const std::optional<PlanWishbone>& wishbone,
+                   InsertPlan& plan, QString& error) {
   InsertPlan result;
   result.projectName = project.fileName.isEmpty()
                            ? QStringLiteral("untitled")
                            : textFromFile(QFileInfo(fileFromText(project.fileName)).completeBaseName());
   result.topModule = design.topModule();
+  result.wishbone = wishbone;
   for (const ResolvedCore& core : cores) {
     QString fault;
     result.cores.append(PlanCore());

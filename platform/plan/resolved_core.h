@@ -48,7 +48,9 @@ struct ResolvedCore {
   const Core* core = nullptr;
   ResolvedName sampleClock;
   ResolvedName sampleEnable, triggerEnable;  ///< Only when switched on.
-  std::vector<ResolvedSignal> traced;        ///< In tree order; left empty when there are more than kMaxPlanBits.
+  /// Those that are a register of another clock than the sample clock, or an input of the top; found by the rules.
+  bool sampleEnableForeign = false, triggerEnableForeign = false;
+  std::vector<ResolvedSignal> traced;  ///< In tree order; left empty when there are more than kMaxPlanBits.
   std::vector<ResolvedUnit> units;
   std::vector<ResolvedExpression> expressions;
 };

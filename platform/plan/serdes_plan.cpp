@@ -26,10 +26,7 @@ int PlanSerdes::statusBits() const {
 }
 
 QList<QPair<int, qint64>> serdesInfo(const PlanSerdes& serdes) {
-  return {{8, serdes.rowBits()},      {16, kSerdesCellBits},
-          {8, serdes.edgeBits()},     {8, 0},
-          {16, serdes.clocks.size()}, {32, 0},
-          {16, serdes.statusBits()},  {16, serdes.levels.size()}};
+  return {{16, serdes.clocks.size()}, {16, serdes.levels.size()}, {32, 0}, {56, 0}};
 }
 
 }  // namespace ost

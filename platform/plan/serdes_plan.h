@@ -21,7 +21,7 @@ constexpr char kSerdesClockWord[] = "clock";
 bool isSerdesWord(const QString& word);
 
 constexpr int kMaxSerdesSignals = 254;  ///< Clocks and levels of a core together.
-constexpr int kSerdesCountBits = 16;
+constexpr int kSerdesCountBits = 14;
 constexpr int kSerdesCellBits = kSerdesCountBits + 2;  ///< Count, changed, level.
 constexpr int kSerdesDivider = 64;                     ///< Cycles of a watched clock, or of TCK, that count as one.
 
@@ -37,7 +37,8 @@ struct PlanSerdes {
   int statusBits() const;  ///< Of a reply.
 };
 
-/// The fields of the self-description behind the kind, as (bits, value).
+/// The fields of the self-description behind the kind, as (bits, value): the numbers of clocks and levels, from which
+/// all else follows.
 QList<QPair<int, qint64>> serdesInfo(const PlanSerdes& serdes);
 
 }  // namespace ost

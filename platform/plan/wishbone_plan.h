@@ -26,6 +26,8 @@ struct PlanWishbone {
   bool isConnected = false;  ///< To a slave of the design; otherwise the bus is ports of the top.
   bool isBigEndian = true;   ///< The byte at the lowest address of a word is in its bits 31 to 24.
   int addressBits = 32;      ///< Of an address in bytes, 2 to 32.
+  /// Without a slave: the beginning of the ports' names; chosen by the insertion, not part of the hash.
+  QString portPrefix = QStringLiteral("ostrel_wb_");
   // With a slave:
   QString instance;           ///< In the top, as Yosys names it.
   NetBit clock;               ///< Of the slave.

@@ -18,7 +18,7 @@ class Comparison {
         graph_([this] { serve(); }),
         words_(graph_, rails_),
         original_(graph_, words_, leaves_, original, originalModule),
-        written_(graph_, words_, leaves_, written, writtenModule),
+        written_(graph_, words_, leaves_, written, writtenModule, {changes.debugType, changes.lowPin}),
         originals_(original),
         changes_(changes) {}
 

@@ -14,6 +14,7 @@ struct ExpectedChanges {
   std::function<bool(const QByteArray& type, const QByteArray& pin)> pinIsAdded;  ///< At an instance, by its type.
   std::function<QByteArray(const QByteArray& type)> originalType;
   QByteArray debugType;  ///< Type of the one instance that may be added; empty for none.
+  QByteArray lowPin;     ///< An output of that instance that is 0 while the debug module leaves the design alone.
   QVector<int> probed;   ///< Bits of the original that are looked at: their nets count as outputs.
 };
 

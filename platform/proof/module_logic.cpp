@@ -47,11 +47,12 @@ QByteArray bitName(const QByteArray& net, int position, int width) {
   return width == 1 ? net : net + '[' + QByteArray::number(position) + ']';
 }
 
-ModuleLogic::ModuleLogic(LogicGraph& graph, WordLogic& words, LeafTable& leaves, const NetlistBits& netlist, int module)
+ModuleLogic::ModuleLogic(LogicGraph& graph, WordLogic& words, LeafTable& leaves, const NetlistBits& netlist, int module,
+                         const PinOfType& low)
     : graph_(graph), words_(words), leaves_(leaves), netlist_(netlist), module_(netlist.text.module(module)) {
   instances_.resize(module_.instances.size());
   readMemories();
-  if (module_.cells) readCells();
+  if (module_.cells) readCells(low);
   if (module_.netNames) readNets();
   for (const NetlistPort& port : module_.portList)
     for (int i = 0; i < port.bits.size(); ++i) {
@@ -68,7 +69,7 @@ int ModuleLogic::intern(const QByteArray& text) {
   return *textNumbers_.insert(text, texts_.size() - 1);
 }
 
-void ModuleLogic::readCells() {
+void ModuleLogic::readCells(const PinOfType& low) {
   JsonCursor cursor(netlist_.text.text(), module_.cells);
   std::string_view key;
   for (cursor.enterObject(); cursor.nextMember(key); cursor.skipValue()) {
@@ -87,9 +88,14 @@ void ModuleLogic::readCells() {
           directions.insert(port.name, port.direction);
       // Of an undeclared module any pin may be an output.
       for (auto port = read.ports.begin(); port != read.ports.end(); ++port)
-        if (directions.value(port.key(), NetlistPort::InOut) != NetlistPort::Input)
+        if (directions.value(port.key(), NetlistPort::InOut) != NetlistPort::Input) {
+          const bool isLow = port.key() == low.pin && module_.instances[size_t(*instance)].type == low.type;
           for (int i = 0; i < port->size(); ++i)
-            driveByLeaf(port->at(i), "pin " + name + '.' + bitName(port.key(), i, port->size()));
+            if (isLow)
+              drive(port->at(i), {Driver::Leaf, -1, int(kFalse)});
+            else
+              driveByLeaf(port->at(i), "pin " + name + '.' + bitName(port.key(), i, port->size()));
+        }
       instances_[size_t(*instance)] = std::move(read);
       continue;
     }

@@ -65,7 +65,13 @@ struct ModuleMemory {
 
 class ModuleLogic {
  public:
-  ModuleLogic(LogicGraph& graph, WordLogic& words, LeafTable& leaves, const NetlistBits& netlist, int module);
+  /// A pin of the instances of a type.
+  struct PinOfType {
+    QByteArray type, pin;
+  };
+  /// `low`: an output that counts as 0.
+  ModuleLogic(LogicGraph& graph, WordLogic& words, LeafTable& leaves, const NetlistBits& netlist, int module,
+              const PinOfType& low = {});
 
   /// What cannot be compared, or empty.
   const QString& problem() const { return problem_; }
@@ -110,7 +116,7 @@ class ModuleLogic {
     int position = 0;  ///< In the cell's output; of a leaf its edge.
   };
   int intern(const QByteArray& text);
-  void readCells();
+  void readCells(const PinOfType& low);
   void readNets();
   void readMemories();
   void fillMemory(ModuleMemory& memory);

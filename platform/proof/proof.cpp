@@ -13,6 +13,7 @@
 #include "platform/design/yosys.h"
 #include "platform/proof/module_compare.h"
 #include "platform/routing/probe_routing.h"
+#include "platform/rtl/wishbone_writer.h"
 #include "platform/system/files.h"
 #include "platform/system/scratch_file.h"
 #include "platform/text/byte_text.h"
@@ -51,6 +52,7 @@ class Proof {
   bool openScratch(ScratchFile& file, const QByteArray& content);
   bool readBack(const ProofFiles& files);
   void noteChanges();
+  void noteBus(const PlanWishbone& wishbone);
   bool checkProbes();
   bool compareModules();
   ModuleVerdict compareOne(int writtenModule);
@@ -76,6 +78,8 @@ class Proof {
   QHash<QByteArray, QByteArray> originalOf_;   ///< Names of modules made unique -> the original's name.
   QHash<QByteArray, QByteArray> probePortOf_;  ///< Names of changed modules -> their probe port.
   QSet<QByteArray> topPorts_;                  ///< What the insertion adds at the top.
+  QByteArray busType_;                         ///< The module of the slave that the Wishbone master shares.
+  QSet<QByteArray> busPins_;
 };
 
 bool Proof::openScratch(ScratchFile& file, const QByteArray& content) {
@@ -137,6 +141,18 @@ void Proof::noteChanges() {
       topPorts_.insert(pin.toLatin1());
   for (const PlanCore& core : plan_.cores)
     if (core.triggerOutIo) topPorts_.insert(core.triggerOutName.toLatin1());
+  if (plan_.wishbone) noteBus(*plan_.wishbone);
+}
+
+void Proof::noteBus(const PlanWishbone& wishbone) {
+  if (!wishbone.isConnected) {
+    for (const DebugPort& port : wishbonePorts(wishbone))
+      topPorts_.insert(wishbonePortName(port, wishbone.portPrefix.toLatin1()));
+    return;
+  }
+  for (const NetlistInstance& instance : original_.text.module(original_.text.top()).instances)
+    if (instance.name == wishbone.instance.toLatin1()) busType_ = plainName(instance.type);
+  for (const WishbonePin& pin : wishbone.pins) busPins_.insert(pin.port.toLatin1());
 }
 
 ModuleVerdict Proof::compareOne(int writtenModule) {
@@ -147,6 +163,7 @@ ModuleVerdict Proof::compareOne(int writtenModule) {
   if (writtenModule == written_.text.top()) {
     changes.ports = topPorts_;
     changes.debugType = kDebugModule;
+    changes.lowPin = kWishboneGrant;
     for (const DebugConnection& connection : routing_.connections())
       for (const TopSource& source : connection.sources)
         if (source.child < 0) changes.probed.append(source.bit);
@@ -158,7 +175,7 @@ ModuleVerdict Proof::compareOne(int writtenModule) {
   }
   changes.pinIsAdded = [this](const QByteArray& type, const QByteArray& pin) {
     const auto port = probePortOf_.constFind(plainName(type));
-    return port != probePortOf_.constEnd() && *port == pin;
+    return (port != probePortOf_.constEnd() && *port == pin) || (plainName(type) == busType_ && busPins_.contains(pin));
   };
   changes.originalType = [this](const QByteArray& type) { return originalName(type); };
   SolverLimits limits;
@@ -234,7 +251,9 @@ bool Proof::compareModules() {
 void Proof::report() {
   report_.lines.append(QStringLiteral("Proved: each of the %1 bits that the cores look at is the net of its name.")
                            .arg(report_.probesChecked));
-  report_.lines.append(QStringLiteral("Proved: modules that do the same as in the design: %1; undecided: %2.")
+  const bool shares = plan_.wishbone && plan_.wishbone->isConnected;
+  report_.lines.append(QStringLiteral("Proved: modules that do the same as in the design%1: %2; undecided: %3.")
+                           .arg(shares ? QLatin1String(" while the Wishbone master is idle") : QLatin1String())
                            .arg(report_.modulesProved)
                            .arg(report_.undecided.size()));
   for (const QString& module : report_.undecided)

@@ -71,7 +71,7 @@ bool keepServer(CaptureOptions& options, const QString&, const QString& value, Q
   return options.hasServer = parseServerAddress(value, options.server, error);
 }
 bool keepServe(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
-  return parseServe(option, value, options.servePort, error);
+  return parseServe(option, value, options.serveProtocol, options.servePort, error);
 }
 bool keepPlace(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parsePlace(option, value, options.place, error);
@@ -90,6 +90,13 @@ bool keepPeriod(CaptureOptions& options, const QString& option, const QString& v
 }
 bool keepSingleBits(CaptureOptions& options, const QString&, const QString&, QString&) {
   return options.vcdStyle.singleBits = true;
+}
+/// Takes all words up to the next option: they come joined by line feeds, which no word of a command line needs.
+bool keepWishbone(CaptureOptions& options, const QString&, const QString& value, QString& error) {
+  WishboneCommand command;
+  if (!parseWishboneCommand(value.split(QLatin1Char('\n')), command, error)) return false;
+  options.wishbone.append(command);
+  return true;
 }
 bool keepTimeout(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseSeconds(option, value, options.timeoutSeconds, error);
@@ -150,9 +157,19 @@ const Option kOptions[] = {
     {"-signals", "GLOB", "only signals with such a name (* and ?); repeatable", keepSignals, kUseWrite},
     {nullptr, nullptr, "Instead of a capture:", nullptr},
     {"-status", nullptr, "state of each core", raise<&CaptureOptions::status>},
+    {"-wb", "COMMAND...",
+     "over the Wishbone master: read ADDRESS ?COUNT?, write ADDRESS DATA..., load FILE ADDRESS, dump ADDRESS COUNT "
+     "FILE; "
+     "read8, write8, read16 and write16 for bytes and halfwords; repeatable",
+     keepWishbone},
     {"-info", nullptr, "compares the hardware with the map and shows both", raise<&CaptureOptions::info>},
+    {"-serdes", nullptr, "what the serdes core sees of its block; to \"-json\" where that is given",
+     raise<&CaptureOptions::serdes>},
+    {"-clear", nullptr, "with \"-serdes\": its counts start anew after they were read", raise<&CaptureOptions::clear>,
+     kUseSerdes},
     {"-serve", "ADDRESS",
-     "offers the simulation of -launch as a remote-bitbang server on this computer: tcp:PORT; 0 is any free port",
+     "offers the simulation of -launch to programs on this computer, as a remote-bitbang server (tcp:PORT) or as a "
+     "virtual cable (xvc:PORT); 0 is any free port",
      keepServe},
     {"-help", nullptr, "this text; so does --help", raise<&CaptureOptions::help>},
     {"--version", nullptr, "the version", raise<&CaptureOptions::version>},
@@ -175,6 +192,10 @@ const Option* findOption(const QString& word, OptionUse use) {
   return nullptr;
 }
 
+bool isOptionWord(const QString& word) {
+  return word.size() > 1 && word.startsWith(QLatin1Char('-'));
+}
+
 QString wordsOf(const Option& option) {
   const QString name = QLatin1String(option.name);
   return option.value ? name + QLatin1Char(' ') + QLatin1String(option.value) : name;
@@ -189,6 +210,14 @@ const char* problemOfOpen(const CaptureOptions& options) {
     return "\"-log\" stores what a simulation prints; give its command with \"-launch\".";
   if (options.servePort < 0 && (options.mapFile.isEmpty() || !(options.hasServer || launches)))
     return "\"-map\" and one of \"-connect\" and \"-launch\" are required; \"ost_capture -help\" explains them.";
+  return nullptr;
+}
+
+const char* problemOfSerdes(const CaptureOptions& options) {
+  if (options.clear && !options.serdes) return "\"-clear\" is for \"-serdes\"; give both.";
+  if (!options.serdes) return nullptr;
+  for (const AskedFile& file : askedFiles(options))
+    if (file.form != FileForm::Json) return "\"-serdes\" captures no samples; of the files only \"-json\" is for it.";
   return nullptr;
 }
 
@@ -216,12 +245,16 @@ bool parseCaptureOptions(const QStringList& words, CaptureOptions& options, QStr
       error = QStringLiteral("The value of \"%1\" is missing; \"ost_capture -help\" lists the options.").arg(word);
       return false;
     }
-    if (!option->take(options, word, option->value ? words[i] : QString(), error)) return false;
+    QString value = option->value ? words[i] : QString();
+    if (option->take == keepWishbone)
+      while (i + 1 < words.size() && !isOptionWord(words[i + 1])) value += QLatin1Char('\n') + words[++i];
+    if (!option->take(options, word, value, error)) return false;
     if (options.help || options.version) return true;
   }
   error = conflictOf(options);
   if (!error.isEmpty()) return false;
   const char* problem = use & (kUseProgram | kUseArm) ? problemOfArm(options) : nullptr;
+  if (!problem && (use & kUseProgram)) problem = problemOfSerdes(options);
   if (!problem && (use & (kUseProgram | kUseOpen))) problem = problemOfOpen(options);
   if (problem) error = QLatin1String(problem);
   return !problem;
@@ -239,7 +272,7 @@ QString captureUsage() {
       "ost_capture - arm an inserted debug core over JTAG and read its capture\n"
       "Usage: ost_capture -map FILE -connect SERVER [option...]\n"
       "       ost_capture -map FILE -launch COMMAND [option...]\n"
-      "       ost_capture -launch COMMAND -serve tcp:PORT\n");
+      "       ost_capture -launch COMMAND -serve tcp:PORT|xvc:PORT\n");
   for (const Option& option : kOptions) {
     if (!option.name) {
       text += QLatin1String(option.help) + QLatin1Char('\n');

@@ -11,6 +11,7 @@
 #include "platform/reader/hub_link.h"
 #include "platform/reader/output_files.h"
 #include "platform/reader/vcd_writer.h"
+#include "platform/reader/wishbone_command.h"
 
 namespace ost {
 
@@ -24,6 +25,7 @@ struct CaptureOptions {
   QString command;     ///< Of the simulation to launch, in place of a server.
   QString logFile;     ///< For what it prints.
   int servePort = -1;  ///< Offers the simulation to others instead of capturing; 0 is any port, -1 not.
+  ServerAddress::Protocol serveProtocol = ServerAddress::RemoteBitbang;
   QString core;
   QString position;
   QList<QPair<QString, QString>> changes;  ///< "-set", "-op" or "-te" and its assignment, in order of appearance.
@@ -41,7 +43,9 @@ struct CaptureOptions {
   int window = 0;     ///< and the window that it replays.
   VcdStyle vcdStyle;  ///< Its periods hold for all files.
   ViewChoice view;
+  QVector<WishboneCommand> wishbone;  ///< In order of appearance.
   bool wave = false, status = false, info = false;
+  bool serdes = false, clear = false;  ///< A look at the serdes core; and its counts start anew.
 };
 
 /// Whose words these are: the program takes all options, a sub-command of the Tcl package those that concern it.
@@ -53,8 +57,9 @@ enum OptionUse : unsigned {
   kUseWrite = 16,
   kUseValues = 32,
   kUseFind = 64,
-  kUseCore = 128,  ///< Of a capture's other sub-commands, which concern one core.
-  kUseReplay = 256,
+  kUseCore = 128,    ///< Of a capture's other sub-commands, which concern one core.
+  kUseSerdes = 256,  ///< Of a look at the serdes core.
+  kUseReplay = 512,
 };
 
 /// False with one text that names the word and the way out.

@@ -4,6 +4,7 @@
 #include "platform/plan/capture_map.h"
 #include "platform/reader/replay_bench.h"
 #include "platform/reader/run_options.h"
+#include "platform/reader/wishbone_reader.h"
 #include "platform/system/files.h"
 #include "platform/text/byte_text.h"
 
@@ -23,6 +24,16 @@ bool HubSession::loadMap(QString& error) {
     error = QStringLiteral(
         "The design was inserted with a JTAG wrapper of its own, so its instruction is not known; add -ir WIDTH:CODE.");
   return error.isEmpty();
+}
+
+bool HubSession::hasSerdes(QString& error) const {
+  if (!plan_.serdes)
+    error = QStringLiteral("The design has no serdes core; add one with ost_core add_serdes and insert again.");
+  return plan_.serdes.has_value();
+}
+
+bool HubSession::readSerdes(bool restart, SerdesLook& look, QString& error) {
+  return hasSerdes(error) && SerdesReader(*hub_, plan_).read(restart, look, error);
 }
 
 bool HubSession::chooseRuns(const CaptureOptions& options, QString& error) {
@@ -52,6 +63,16 @@ bool HubSession::open(QString& error) {
   if (reader_->identify(error)) return true;
   error = explained(error);
   return false;
+}
+
+bool HubSession::runWishbone(const WishboneCommand& command, QVector<quint32>& read, QString& error) {
+  if (!plan_.wishbone) {
+    error = QStringLiteral(
+        "The design has no Wishbone master; add one with ost_core add_wishbone and insert the cores again.");
+    return false;
+  }
+  WishboneReader reader(*hub_, plan_, options_.timeoutSeconds);
+  return runWishboneCommand(command, reader, read, error);
 }
 
 bool HubSession::close(QString& error) {

@@ -3,6 +3,7 @@
 
 #include "platform/reader/capture_run.h"
 #include "platform/reader/hub_way.h"
+#include "platform/reader/serdes_reader.h"
 
 namespace ost {
 
@@ -16,6 +17,8 @@ class HubSession {
   HubSession& operator=(const HubSession&) = delete;
 
   bool loadMap(QString& error);
+  /// False with `error` when the map has no serdes core.
+  bool hasSerdes(QString& error) const;
   /// Chooses the cores of the next run and their settings, as `options` say. On failure those before stay.
   bool chooseRuns(const CaptureOptions& options, QString& error);
   /// Reaches the hub and compares it with the map.
@@ -28,6 +31,10 @@ class HubSession {
   QStringList coreNames() const;  ///< Of the runs.
   HubLink& hub() { return *hub_; }
   CoreReader& reader() { return *reader_; }
+  /// Carries out a command for the Wishbone master; `read` gets what it reads.
+  bool runWishbone(const WishboneCommand& command, QVector<quint32>& read, QString& error);
+  /// A look at the serdes core, see SerdesReader::read(). False with `error`, also when there is no such core.
+  bool readSerdes(bool restart, SerdesLook& look, QString& error);
   CaptureRun& run() { return *run_; }
   /// What the runs have read.
   CaptureSet captures() const;

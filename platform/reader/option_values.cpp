@@ -54,10 +54,13 @@ bool parseSeconds(const QString& option, const QString& value, double& seconds, 
          wrongValue(option, value, "a number of seconds above 0, for example 5, 5s or 200ms", error);
 }
 
-bool parseServe(const QString& option, const QString& value, int& port, QString& error) {
+bool parseServe(const QString& option, const QString& value, ServerAddress::Protocol& protocol, int& port,
+                QString& error) {
   bool isNumber = false;
-  port = value.startsWith(QLatin1String("tcp:")) ? value.mid(4).toInt(&isNumber) : -1;
-  return (isNumber && port >= 0 && port <= 65535) || wrongValue(option, value, "tcp:PORT, for example tcp:3335", error);
+  protocol = value.startsWith(QLatin1String("xvc:")) ? ServerAddress::Xvc : ServerAddress::RemoteBitbang;
+  port = protocol == ServerAddress::Xvc || value.startsWith(QLatin1String("tcp:")) ? value.mid(4).toInt(&isNumber) : -1;
+  return (isNumber && port >= 0 && port <= 65535) ||
+         wrongValue(option, value, "tcp:PORT or xvc:PORT, for example tcp:3335", error);
 }
 
 bool parsePlace(const QString& option, const QString& value, ChainPlace& place, QString& error) {

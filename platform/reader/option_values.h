@@ -21,7 +21,8 @@ bool parseInstruction(const QString& option, const QString& value, TapInstructio
 /// "5", "5s" or "200ms"; above 0, 10^6 s at most.
 bool parseSeconds(const QString& option, const QString& value, double& seconds, QString& error);
 /// "tcp:PORT"; 0 for any free port.
-bool parseServe(const QString& option, const QString& value, int& port, QString& error);
+bool parseServe(const QString& option, const QString& value, ServerAddress::Protocol& protocol, int& port,
+                QString& error);
 bool parsePlace(const QString& option, const QString& value, ChainPlace& place, QString& error);
 
 }  // namespace ost

@@ -11,8 +11,10 @@
 #include "platform/jtag/simulation_server.h"
 #include "platform/reader/capture_files.h"
 #include "platform/reader/hub_session.h"
+#include "platform/reader/serdes_view.h"
 #include "platform/reader/text_views.h"
 #include "platform/reader/wait_line.h"
+#include "platform/reader/wishbone_reader.h"
 #include "platform/system/files.h"
 #include "platform/system/interrupt.h"
 #include "platform/trigger/unit_value.h"
@@ -58,6 +60,17 @@ QString infoText(const InsertPlan& plan) {
     for (const PlanExpression& expression : core.expressions)
       text += QStringLiteral("  expression %1: %2\n").arg(expression.name, expression.text);
   }
+  if (plan.wishbone)
+    text += QStringLiteral("Wishbone master: %1 address bits, %2-endian, %3\n")
+                .arg(plan.wishbone->addressBits)
+                .arg(plan.wishbone->isBigEndian ? QLatin1String("big") : QLatin1String("little"),
+                     plan.wishbone->isConnected ? QStringLiteral("connected to %1, clock %2")
+                                                      .arg(plan.wishbone->instance, plan.wishbone->clock.name)
+                                                : QStringLiteral("at the ports %1*").arg(plan.wishbone->portPrefix));
+  if (plan.serdes)
+    text += QStringLiteral("serdes core: clock %1, %2 clocks and %3 levels\n")
+                .arg(plan.serdes->clock.name, QString::number(plan.serdes->clocks.size()),
+                     QString::number(plan.serdes->levels.size()));
   return text;
 }
 
@@ -71,6 +84,8 @@ class Program {
   bool prepare(QString& error);
   int withHub();
   int showStatus();
+  int useWishbone();
+  int showSerdes();
   int captureRepeatedly();
   /// One capture, written to files with the mark `number`, unless that is 0.
   int captureOnce(int number);
@@ -84,6 +99,8 @@ class Program {
 
 bool Program::prepare(QString& error) {
   if (!session_.loadMap(error)) return false;
+  if (!options_.wishbone.isEmpty()) return true;
+  if (options_.serdes) return session_.hasSerdes(error) && checkCaptureFiles(options_, {}, error);
   if ((options_.status || options_.info) && options_.core.isEmpty()) return true;
   if (!session_.chooseRuns(options_, error)) return false;
   return checkCaptureFiles(options_, session_.coreNames(), error);
@@ -99,7 +116,9 @@ int Program::run() {
 
 int Program::withHub() {
   if (options_.info && print(infoText(session_.plan())) != kDone) return kFailed;
+  if (!options_.wishbone.isEmpty()) return useWishbone();
   if (options_.status) return showStatus();
+  if (options_.serdes) return showSerdes();
   return options_.info ? int(kDone) : captureRepeatedly();
 }
 
@@ -113,6 +132,30 @@ int Program::showStatus() {
     text += QStringLiteral("core %1: %2\n").arg(cores[i].name, statusSummary(cores[i], status));
   }
   return print(text);
+}
+
+int Program::useWishbone() {
+  for (const WishboneCommand& command : options_.wishbone) {
+    QVector<quint32> numbers;
+    QString text, error;
+    const bool good = session_.runWishbone(command, numbers, error);
+    for (int i = 0; i < numbers.size(); ++i)
+      text += QStringLiteral("%1: %2\n")
+                  .arg(hexAddress(command.address + quint32(i * command.size)), wishboneNumber(command, numbers[i]));
+    if (!text.isEmpty() && print(text) != kDone) return kFailed;
+    if (!good) return failExplained(error);
+  }
+  return kDone;
+}
+
+int Program::showSerdes() {
+  SerdesLook look;
+  QString error;
+  if (!session_.readSerdes(options_.clear, look, error)) return failExplained(error);
+  const InsertPlan& plan = session_.plan();
+  const ClockPeriod& period = options_.vcdStyle.period;
+  if (!options_.json.isAsked()) return print(QString::fromLatin1(serdesToText(*plan.serdes, look, period)));
+  return storeAll({{options_.json, serdesToJson(plan, look, period)}}, error) ? int(kDone) : fail(error);
 }
 
 int Program::captureRepeatedly() {
@@ -182,11 +225,13 @@ int serve(const CaptureOptions& options) {
   if (!catchInterrupts()) return fail(QStringLiteral("Cannot watch for ^C: %1.").arg(systemReason(errno)));
   const std::unique_ptr<Simulation> simulation = Simulation::start(options.command, options.logFile, error);
   if (!simulation) return fail(error);
-  const auto announce = [](int port) {
-    print(QStringLiteral("The simulation is served on tcp:127.0.0.1:%1; ^C ends it.\n").arg(port));
+  const auto announce = [&options](int port) {
+    const QString word = options.serveProtocol == ServerAddress::Xvc ? QStringLiteral("xvc") : QStringLiteral("tcp");
+    print(QStringLiteral("The simulation is served on %1:127.0.0.1:%2; ^C ends it.\n").arg(word).arg(port));
   };
   const auto goOn = [] { return !isInterrupted(); };
-  if (!serveSimulation(*simulation, options.servePort, announce, goOn, error)) return fail(error);
+  if (!serveSimulation(*simulation, options.serveProtocol, options.servePort, announce, goOn, error))
+    return fail(error);
   return simulation->finish(error) ? int(kDone) : fail(error);
 }
 

@@ -192,6 +192,7 @@ ReportSection RunReport::cost() const {
   };
   for (const PlanCore& core : plan_.cores)
     add(QStringLiteral("Core ") + unicodeFromText(core.name), estimateCore(core));
+  if (plan_.wishbone) add(QStringLiteral("Wishbone master"), estimateWishbone(*plan_.wishbone));
   add(QStringLiteral("JTAG hub"), estimateHub(plan_));
   const ResourceEstimate sum = total;
   add(QStringLiteral("Together"), sum);

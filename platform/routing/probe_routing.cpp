@@ -20,7 +20,8 @@ QVector<NetBit> serdesNets(const PlanSerdes& serdes, DebugPort::Role role) {
 }
 
 QVector<NetBit> netsOf(const InsertPlan& plan, const DebugPort& port) {
-  if (port.role == DebugPort::WishboneClock) return {plan.wishbone->clock};
+  if (port.role == DebugPort::WishboneClock)
+    return plan.wishbone->isConnected ? QVector<NetBit>{plan.wishbone->clock} : QVector<NetBit>();
   if (port.role >= DebugPort::SerdesClock) return serdesNets(*plan.serdes, port.role);
   if (port.core < 0) return {};
   const PlanCore& core = plan.cores[port.core];
@@ -38,6 +39,18 @@ QVector<NetBit> netsOf(const InsertPlan& plan, const DebugPort& port) {
     default:
       return {};
   }
+}
+
+/// Whether the bit is an input of the slave that the Wishbone master shares: the net outside is another one then.
+bool isSharedPin(const NetlistBits& netlist, const InsertPlan& plan, const PlacedBit& place) {
+  if (!plan.wishbone || !plan.wishbone->isConnected || place.path.size() != 1) return false;
+  const NetlistModule& top = netlist.text.module(netlist.text.top());
+  if (top.instances[size_t(place.path[0])].name != plan.wishbone->instance.toLatin1()) return false;
+  for (const NetlistPort& port : netlist.text.module(place.module).portList)
+    for (const WishbonePin& pin : plan.wishbone->pins)
+      if (port.direction == NetlistPort::Input && port.name == pin.port.toLatin1() && port.bits.contains(place.bit))
+        return true;
+  return false;
 }
 
 }  // namespace
@@ -166,7 +179,7 @@ bool ProbeRouting::build(const NetlistBits& netlist, const InsertPlan& plan, QSt
                     .arg(connection.nets[i].name);
         return false;
       }
-      place = netlist.topmost(place);
+      place = netlist.topmost(place, [&](const PlacedBit& at) { return isSharedPin(netlist, plan, at); });
       if (isConstantBit(place.bit)) {
         connection.sources[i].bit = place.bit;
         continue;

@@ -26,6 +26,11 @@ class Constraints {
   void clock();
   void pins();
   void core(int index);
+  void wishbone();
+  void serdes();
+  /// Where the bits of a reply arrive.
+  QList<QByteArray> reply() const;
+  QByteArray cells(const QList<QByteArray>& names) const;
 
   const InsertPlan& plan_;
   const QByteArray top_;
@@ -33,12 +38,13 @@ class Constraints {
   QByteArray out_;
 };
 
+QByteArray Constraints::cells(const QList<QByteArray>& names) const {
+  QByteArray list;
+  for (const QByteArray& name : names) list += (list.isEmpty() ? "" : " ") + top_ + name;
+  return "[get_cells {" + list + "}]";
+}
+
 void Constraints::crossing(const QList<QByteArray>& from, const QList<QByteArray>& to) {
-  const auto cells = [this](const QList<QByteArray>& names) {
-    QByteArray list;
-    for (const QByteArray& name : names) list += (list.isEmpty() ? "" : " ") + top_ + name;
-    return "[get_cells {" + list + "}]";
-  };
   const QByteArray path = " -from " + cells(from) + " -to " + cells(to);
   // What lies between a register and its copy in the other domain is stable for longer than a period of TCK.
   out_ += "set_max_delay " + nanoseconds(1) + (xdc_ ? " -datapath_only" : "") + path + '\n';
@@ -70,6 +76,12 @@ void Constraints::pins() {
   out_ += "set_output_delay -clock ostrel_tck -min 0 " + output;
 }
 
+QList<QByteArray> Constraints::reply() const {
+  return {all("hub/crc"), plan_.jtag.way == JtagWay::Pins ? one("jtag/jtag_tdo")
+                          : plan_.jtag.isPrimitive()      ? QByteArray("jtag/primitive_i")
+                                                          : QByteArray("jtag/*")};
+}
+
 void Constraints::core(int index) {
   const PlanCore& core = plan_.cores[index];
   const CoreLayout layout(core);
@@ -80,18 +92,14 @@ void Constraints::core(int index) {
     crossing({one(inside + from)}, {one(inside + "sync_" + to + "/first")});
 
   out_ += "# the configuration, which changes only without a run\n";
-  QList<QByteArray> configured;
-  for (const char* name : {"fill", "position", "snapshot"}) configured += all(inside + name);
-  for (const char* name : {"triggered", "full"}) configured += one(inside + name);
-  if (hasTriggerOut(core)) configured += one(inside + "trig_out_q");
-  if (core.windows > 1) configured += all(inside + "several_windows.");
-  if (layout.eventBits > 0) configured += all(inside + "event_counter.events");
-  if (hasTriggerOut(core) && core.triggerOutMinPulse > 1) configured += all(inside + "pulse.remaining");
+  QList<QByteArray> configured{one(inside + "searching")};
+  if (core.windows > 1) configured << one(inside + "full") << all(inside + "several_windows.window");
+  if (layout.eventBits > 0) configured += one(inside + "event_counter.last_event");
   for (int i = 0; i < core.units.size(); ++i) configured += all(prefix + "unit" + number(i) + '/');
   for (int i = 0; i < core.expressions.size(); ++i) {
     const ExpressionLayout& e = layout.expressions[i];
     const QByteArray name = prefix + "expr" + number(i);
-    if (e.stepBits > 0 || e.countBits > 0) configured += all(name + '/');
+    configured += all(name + '/');
     if (e.store == TableStore::Chain) configured += all(name + "_table/chain.row_q");
   }
   crossing({all(inside + "config_q")}, configured);
@@ -102,14 +110,42 @@ void Constraints::core(int index) {
   }
 
   out_ += "# the snapshot, which is stable while it is sent, and the samples of a run that is done\n";
-  QList<QByteArray> reply{all("hub/crc")};
-  reply += plan_.jtag.way == JtagWay::Pins ? one("jtag/jtag_tdo")
-           : plan_.jtag.isPrimitive()      ? QByteArray("jtag/primitive_i")
-                                           : QByteArray("jtag/*");
   QList<QByteArray> status{all(inside + "snapshot")};
   if (core.windows <= 1) status += all(inside + "one_window.oldest");
-  crossing(status, reply);
+  crossing(status, reply());
   crossing({all(inside + "samples/*words")}, {all(inside + "samples/read_data")});
+}
+
+void Constraints::serdes() {
+  const PlanSerdes& plan = *plan_.serdes;
+  out_ += "\n# Serdes core: requests for a look, and back\n";
+  crossing({one("sd/request")}, {one("sd/sync_request/first")});
+  crossing({one("sd/ack")}, {one("sd/sync_ack/first")});
+  if (!plan.levels.isEmpty()) crossing({one("sd/restart_levels")}, {all("sd/count_q")});
+  out_ += "# the copies, which are stable while they are sent\n";
+  crossing({all("sd/copies")}, reply());
+  out_ += "# what is watched: divided clocks, and levels of any clock\n";
+  crossing({all("sd/tck_divider")}, {one("sd/sync_tck/first")});
+  if (!plan.clocks.isEmpty()) crossing({all("sd/clock*divider")}, {one("sd/clock*sync_clock/first")});
+  QList<QByteArray> levels;
+  if (plan.hasReset) levels += one("sd/sync_rst/first");
+  if (!plan.levels.isEmpty()) levels += one("sd/watched*sync_level/first");
+  if (!levels.isEmpty()) out_ += "set_false_path -to " + cells(levels) + '\n';
+}
+
+void Constraints::wishbone() {
+  const QByteArray inside = "wb/";
+  out_ += "\n# The Wishbone master: the start of a transfer and its end\n";
+  crossing({one(inside + "go")}, {one(inside + "sync_go/first")});
+  crossing({one(inside + "over")}, {one(inside + "sync_over/first")});
+  out_ += "# what is transferred, which changes only between transfers\n";
+  QList<QByteArray> described{one(inside + "we"), one(inside + "over"), all(inside + "incoming/*words")};
+  for (const char* name : {"word_address", "sel", "word", "state"}) described += all(inside + name);
+  crossing({all(inside + "config_q")}, described);
+  crossing({all(inside + "outgoing/*words")}, {all(inside + "outgoing/read_data")});
+  out_ += "# how the transfer has ended, and the words that were read\n";
+  crossing({all(inside + "ending"), all(inside + "word")}, reply());
+  crossing({all(inside + "incoming/*words")}, {all(inside + "incoming/read_data")});
 }
 
 QByteArray Constraints::text() {
@@ -117,6 +153,8 @@ QByteArray Constraints::text() {
   clock();
   pins();
   for (int i = 0; i < plan_.cores.size(); ++i) core(i);
+  if (plan_.wishbone) wishbone();
+  if (plan_.serdes) serdes();
   return out_;
 }
 

@@ -33,9 +33,10 @@ void writeUnit(QByteArray& out, const PlanCore& core, const CoreLayout& layout, 
   const QByteArray config = slice(c + "config", layout.unitOffsets[index], unitConfigBits(unit));
   const QByteArray hit = c + "hits[" + number(index) + "]";
   const QByteArray current = gather(c + "cur", unit.inputs);
+  const Connection stages("STAGES", number(layout.unitStages));
   switch (unit.unitClass) {
     case UnitClass::Match:
-      instance(out, "ostrel_match", {{"WIDTH", number(unit.width)}}, name,
+      instance(out, "ostrel_match", {{"WIDTH", number(unit.width)}, stages}, name,
                {{"clk", c + "clk"},
                 {"sample", c + "sample"},
                 {"previous_valid", c + "sampled"},
@@ -44,11 +45,11 @@ void writeUnit(QByteArray& out, const PlanCore& core, const CoreLayout& layout, 
                 {"hit", hit}});
       break;
     case UnitClass::Order:
-      instance(out, "ostrel_order", {{"WIDTH", number(unit.width)}}, name,
-               {{"clk", c + "clk"}, {"sample", c + "sample"}, {"cur", current}, {"config_bits", config}, {"hit", hit}});
+      instance(out, "ostrel_order", {{"WIDTH", number(unit.width)}, stages}, name,
+               {{"clk", c + "clk"}, {"cur", current}, {"config_bits", config}, {"hit", hit}});
       break;
     case UnitClass::Serial:
-      instance(out, "ostrel_serial", {{"LENGTH", number(unit.width)}}, name,
+      instance(out, "ostrel_serial", {{"LENGTH", number(unit.width)}, stages}, name,
                {{"clk", c + "clk"},
                 {"clear", c + "clear"},
                 {"sample", c + "sample"},
@@ -96,6 +97,8 @@ void writeExpression(QByteArray& out, const PlanCore& core, const CoreLayout& la
            {{"STEPS", number(e.steps)}, {"STEP_BITS", number(e.stepBits)}, {"COUNT_BITS", number(e.countBits)}}, name,
            {{"clk", c + "clk"},
             {"restart", c + "restart"},
+            {"rewind", c + "rewind"},
+            {"reload", c + "reload"},
             {"evaluate", c + "evaluate"},
             {"row", name + "_row"},
             {"config_bits", slice(c + "config", e.configOffset, e.configBits)},
@@ -114,7 +117,7 @@ int atLeastOne(int count) {
 
 void declareWires(QByteArray& out, const PlanCore& core, const CoreLayout& layout, const QByteArray& c) {
   out += "\n";
-  for (const char* name : {"clear", "sample", "sampled", "restart", "evaluate", "table_load"})
+  for (const char* name : {"clear", "sample", "sampled", "restart", "rewind", "reload", "evaluate", "table_load"})
     out += "  wire " + c + name + ";\n";
   // Vectors of one bit are declared as such, so that every bit can be selected by its index.
   const auto vector = [&](int width, const char* name) {
@@ -162,10 +165,13 @@ QList<Connection> coreParameters(const InsertPlan& plan, const PlanCore& core, c
           {"TIMESTAMP_BITS", number(core.timestampBits)},
           {"INCLUDE_TRIGGER", number(core.includeTrigger && !core.units.isEmpty())},
           {"EVENT_BITS", number(layout.eventBits)},
+          {"UNIT_STAGES", number(layout.unitStages)},
           {"HAS_SAMPLE_EN", number(core.hasSampleEnable)},
           {"SAMPLE_EN_LOW", number(core.sampleEnableActiveLow)},
+          {"SAMPLE_EN_SYNC", number(core.hasSampleEnable && core.sampleEnableForeign)},
           {"HAS_TRIG_EN", number(core.hasTriggerEnable)},
           {"TRIG_EN_LOW", number(core.triggerEnableActiveLow)},
+          {"TRIG_EN_SYNC", number(core.hasTriggerEnable && core.triggerEnableForeign)},
           {"TRIG_OUT_LOW", number(core.triggerOutActiveLow)},
           {"PULSE", number(pulse)},
           {"PULSE_BITS", number(bitsFor(pulse))},
@@ -190,6 +196,8 @@ QList<Connection> corePorts(const PlanCore& core, int index, const QByteArray& t
                            {"unit_cur", c + "cur"},
                            {"hits", c + "known_hits"},
                            {"restart", c + "restart"},
+                           {"rewind", c + "rewind"},
+                           {"reload", c + "reload"},
                            {"evaluate", c + "evaluate"},
                            {"fires", c + "fires"},
                            {"steps", c + "steps"},
@@ -219,7 +227,8 @@ void writeCore(QByteArray& out, const InsertPlan& plan, int index) {
   const QByteArray tableLast = writeTriggers(out, core, layout, c);
   // Not every core uses all of these.
   out += "  wire " + c + "unused = &{1'b0, " + c + "clear, " + c + "sample, " + c + "sampled, " + c + "restart, " + c +
-         "evaluate, " + c + "table_load, " + c + "cur, " + c + "config, " + c + "table_row, " + c + "trig_out};\n";
+         "rewind, " + c + "reload, " + c + "evaluate, " + c + "table_load, " + c + "cur, " + c + "config, " + c +
+         "table_row, " + c + "trig_out};\n";
 
   instance(out, "ostrel_core", coreParameters(plan, core, layout), c + "core", corePorts(core, index, tableLast));
 }

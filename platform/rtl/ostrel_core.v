@@ -4,9 +4,12 @@
 //
 // Pipeline on the sample clock. Trigger and data pass through the same stages, so that nothing has to be aligned later:
 //   A  the inputs as sampled at every edge
+//   X  only with units of two stages (UNIT_STAGES): the wide ones' partial results
 //   B  the last sample (loads only on samples); units' hits
-//   C  hits and data of B; expression rows looked up from B's hits
-//   D  window control acts on C, and C's word is written
+//   C  expression rows looked up from B's hits; the sequences act on C
+//   D  what the sequences say of the sample; window control acts on D, and D's word is written
+// The sequences learn of a trigger one clock late, when the next sample may have passed them. That does no harm: what
+// they say of it is not looked at, and they have started over long before the next window's search.
 //
 // Clock crossings, all of them:
 //   run      TCK -> clk   level, synchronised. Rises only while busy is seen low and falls only while it is seen high,
@@ -21,6 +24,7 @@
 //   config_q TCK -> clk   word, changes only while ready, that is before run rises.
 //   memory   clk -> TCK   written only before done, read only after it.
 //   tables   TCK -> clk   (ostrel_table) as config_q.
+// And from outside: enables that do not belong to clk are levels, synchronised.
 `default_nettype none
 
 module ostrel_core #(
@@ -38,10 +42,13 @@ module ostrel_core #(
     parameter integer TIMESTAMP_BITS = 0,
     parameter integer INCLUDE_TRIGGER = 0,
     parameter integer EVENT_BITS = 0,       // clog2(event count); 0 without event counter.
+    parameter integer UNIT_STAGES = 1,      // Clocks from unit_cur to hits, 1 or 2.
     parameter integer HAS_SAMPLE_EN = 0,
     parameter integer SAMPLE_EN_LOW = 0,
+    parameter integer SAMPLE_EN_SYNC = 0,   // The enable does not belong to clk: it passes two flip-flops.
     parameter integer HAS_TRIG_EN = 0,
     parameter integer TRIG_EN_LOW = 0,
+    parameter integer TRIG_EN_SYNC = 0,
     parameter integer TRIG_OUT_LOW = 0,
     parameter integer PULSE = 1,            // Sample clocks that the trigger output stays active.
     parameter integer PULSE_BITS = 0,       // clog2(PULSE)
@@ -60,14 +67,16 @@ module ostrel_core #(
     input  wire                        trig_en,
     output wire                        trig_out,
 
-    // Units: hits are those of unit_cur one clock before.
+    // Units: hits are those of unit_cur UNIT_STAGES clocks before.
     output wire                        unit_clear,
     output wire                        unit_sample,
     output wire                        unit_sampled,
     output wire [TRIGGERS-1:0]         unit_cur,
     input  wire [UNITS-1:0]            hits,
-    // Expressions.
+    // Expressions, see ostrel_expression.
     output wire                        restart,
+    output wire                        rewind,
+    output wire                        reload,
     output wire                        evaluate,
     input  wire [EXPRESSIONS-1:0]      fires,
     input  wire [(STEP_STATE_BITS > 0 ? STEP_STATE_BITS - 1 : 0):0] steps,
@@ -109,6 +118,7 @@ module ostrel_core #(
   endfunction
 
   localparam integer SNAPSHOT_BITS = 5 + WINDOW_BITS + STEP_STATE_BITS + EVENT_BITS;
+  localparam integer CYCLE_PART = 8;
   localparam integer OLDEST_BITS = WINDOWS > 1 ? 0 : POSITION_BITS;
   localparam integer STATUS_BITS = 8 + SNAPSHOT_BITS + OLDEST_BITS;
 
@@ -164,11 +174,12 @@ module ostrel_core #(
 
   // ---- Sample clock: pipeline
 
-  wire run_sync, request_sync;
-  reg run_a, run_b, run_c;  // run, delayed with the samples.
-  reg clear_a, clear_c;     // Their inverses as registers: an inverted reset would cost an inverter for each bit.
-  reg sample_a, sample_b, sample_c, trig_en_a, trig_en_b, trig_en_c;
-  reg [PROBES-1:0] probe_a, probe_b, probe_c;
+  wire run_sync, request_sync, sample_en_clk, trig_en_clk;
+  reg run_a, run_b, run_c, run_d;    // run, delayed with the samples.
+  reg clear_a, clear_c, clear_d;     // Their inverses as registers: an inverted reset would cost an inverter each bit.
+  reg sample_a, sample_b, sample_c, sample_d;
+  reg trig_en_a, look_b, look_c;     // look: a sample at which the trigger enable is active.
+  reg [PROBES-1:0] probe_a, probe_b, probe_c, probe_d;
   reg [TRIGGERS-1:0] trig_a;
   reg sampled, busy, full, done, ack;
 
@@ -178,37 +189,67 @@ module ostrel_core #(
     run_a = 1'b0;
     run_b = 1'b0;
     run_c = 1'b0;
+    run_d = 1'b0;
     sample_a = 1'b0;
     sample_b = 1'b0;
     sample_c = 1'b0;
+    sample_d = 1'b0;
     full = 1'b0;
     done = 1'b0;
     ack = 1'b0;
   end
 
-  wire sample_now = HAS_SAMPLE_EN != 0 ? sample_en ^ (SAMPLE_EN_LOW != 0) : 1'b1;
-  wire trig_en_now = HAS_TRIG_EN != 0 ? trig_en ^ (TRIG_EN_LOW != 0) : 1'b1;
+  wire sample_now = HAS_SAMPLE_EN != 0 ? sample_en_clk ^ (SAMPLE_EN_LOW != 0) : 1'b1;
+  wire trig_en_now = HAS_TRIG_EN != 0 ? trig_en_clk ^ (TRIG_EN_LOW != 0) : 1'b1;
+
+  wire run_x, sample_x, trig_en_x;
+  wire [PROBES-1:0] probe_x;
+  generate
+    if (UNIT_STAGES > 1) begin : two_stages
+      reg run_q, sample_q, trig_en_q;
+      reg [PROBES-1:0] probe_q;
+      initial run_q = 1'b0;
+      initial sample_q = 1'b0;
+      always @(posedge clk) begin
+        run_q <= run_a;
+        sample_q <= sample_a;
+        trig_en_q <= trig_en_a;
+        probe_q <= probe_a;
+      end
+      assign run_x = run_q;
+      assign sample_x = sample_q;
+      assign trig_en_x = trig_en_q;
+      assign probe_x = probe_q;
+    end else begin : one_stage
+      assign run_x = run_a;
+      assign sample_x = sample_a;
+      assign trig_en_x = trig_en_a;
+      assign probe_x = probe_a;
+    end
+  endgenerate
 
   always @(posedge clk) begin
     run_a <= run_sync;
-    run_b <= run_a;
+    run_b <= run_x;
     run_c <= run_b;
+    run_d <= run_c;
     clear_a <= ~run_sync;
     clear_c <= ~run_b;
-    busy <= run_sync | run_a | run_b | run_c;
+    clear_d <= ~run_c;
+    busy <= run_sync | run_a | run_x | run_b | run_c | run_d;
 
     sample_a <= run_sync & sample_now;
-    sample_b <= sample_a;
+    sample_b <= sample_x;
     sample_c <= sample_b;
+    sample_d <= sample_c;
+    trig_en_a <= trig_en_now;
+    look_b <= sample_x & trig_en_x;
+    look_c <= look_b;
     probe_a <= probe;
     trig_a <= trig;
-    trig_en_a <= trig_en_now;
-    if (sample_a) begin
-      probe_b <= probe_a;
-      trig_en_b <= trig_en_a;
-    end
+    if (sample_x) probe_b <= probe_x;
     probe_c <= probe_b;
-    trig_en_c <= trig_en_b;
+    probe_d <= probe_c;
 
     if (clear_a) sampled <= 1'b0;
     else if (sample_a) sampled <= 1'b1;
@@ -219,29 +260,59 @@ module ostrel_core #(
   assign unit_sampled = sampled;
   assign unit_cur = trig_a;
 
+  // ---- Sample clock: search, for the sequences in C
+
+  // From a trigger to the next window's first searched sample there are as many samples as a window has, which is a
+  // power of two. So the search can be known ahead from the samples that pass C.
+  wire [POSITION_BITS-1:0] pre = config_q[0+:POSITION_BITS];
+  reg searching;                   // The sample in C is searched, or follows a trigger that C does not know of yet.
+  reg [POSITION_BITS-1:0] passed;  // Samples that have passed C since the search, the one in C included,
+  reg missed;                      // but not the one that passed as C learnt of the trigger.
+  reg first_search;                // Of the run.
+  reg searched;                    // The sample in D is searched.
+  reg [4:0] restarted;             // Clocks since the restart.
+  wire [POSITION_BITS-1:0] last_passed = first_search ? pre : {{(POSITION_BITS-1){1'b1}}, ~missed};
+  wire trigger;
+
+  initial searching = 1'b0;
+  always @(posedge clk) begin
+    if (clear_c) begin
+      searching <= run_b & pre == {POSITION_BITS{1'b0}};
+      first_search <= 1'b1;
+    end else begin
+      searching <= searching ? ~trigger : sample_c & passed == last_passed;
+      if (searching) first_search <= 1'b0;
+    end
+    if (clear_c | searching) passed <= {{(POSITION_BITS-1){1'b0}}, 1'b1};
+    else if (sample_c) passed <= passed + 1'b1;
+    if (searching) missed <= sample_c;
+    searched <= searching & ~trigger;
+    restarted <= searching ? 5'b00000 : clear_a ? 5'b00111 : {restarted[3:0], 1'b1};
+  end
+
+  assign restart = ~searching;
+  assign rewind = restart & (clear_a | ~restarted[2]);
+  assign reload = restart & ~restarted[4];
+  assign evaluate = look_c & searching;
+
   // ---- Sample clock: windows
 
   reg [POSITION_BITS-1:0] position;  // The sample's place in the window's ring.
   reg [POSITION_BITS-1:0] fill;      // Samples of the window that will be kept; holds `pre` while searching.
   reg triggered;
-  wire trigger;
-  wire [POSITION_BITS-1:0] pre = config_q[0+:POSITION_BITS];
-  wire store = sample_c & ~full;
-  wire waiting = fill == pre & ~triggered & ~full;
-  wire window_end = store & (&fill) & (~waiting | trigger);
+  wire store = sample_d & ~full;
+  wire keep = store & (~searched | trigger);
+  wire window_end = keep & (&fill);
   wire last_window;
 
-  assign restart = fill != pre | triggered | full | clear_c;
-  assign evaluate = sample_c & waiting & trig_en_c;
-
   always @(posedge clk)
-    if (clear_c) begin
+    if (clear_d) begin
       fill <= {POSITION_BITS{1'b0}};
       triggered <= 1'b0;
       full <= 1'b0;
       done <= 1'b0;
     end else begin
-      if (store & (~waiting | trigger)) fill <= fill + 1'b1;  // Wraps to 0 at the window's end.
+      if (keep) fill <= fill + 1'b1;  // Wraps to 0 at the window's end.
       if (window_end) triggered <= 1'b0;
       else if (trigger) triggered <= 1'b1;
       if (window_end & last_window) full <= 1'b1;
@@ -262,7 +333,7 @@ module ostrel_core #(
       reg lap;
       assign last_window = window == config_q[POSITION_BITS+:WINDOW_BITS];
       always @(posedge clk)
-        if (clear_c) begin
+        if (clear_d) begin
           window <= {WINDOW_BITS{1'b0}};
           position <= {POSITION_BITS{1'b0}};
           lap <= 1'b0;
@@ -278,7 +349,7 @@ module ostrel_core #(
     end else begin : one_window
       assign last_window = 1'b1;
       always @(posedge clk)
-        if (clear_c) position <= {POSITION_BITS{1'b0}};
+        if (clear_d) position <= {POSITION_BITS{1'b0}};
         else if (store) position <= position + 1'b1;
       assign write_address = position;
       // A copy: position itself may still change while TCK reads it.
@@ -294,35 +365,59 @@ module ostrel_core #(
 
     // ---- Sample clock: the stored word
 
-    assign word[0+:PROBES] = probe_c;
+    assign word[0+:PROBES] = probe_d;
     if (INCLUDE_TRIGGER != 0) begin : unit_states
-      reg [UNITS-1:0] hits_c;
-      always @(posedge clk) hits_c <= hits;
-      assign word[PROBES+:UNITS] = hits_c;
+      reg [UNITS-1:0] hits_c, hits_d;
+      always @(posedge clk) begin
+        hits_c <= hits;
+        hits_d <= hits_c;
+      end
+      assign word[PROBES+:UNITS] = hits_d;
     end else begin : no_unit_states
       wire unused = &{1'b0, hits};
     end
     if (TIMESTAMP_BITS > 0) begin : timestamp
-      // Counts in stage C: 0 at the edge that writes a sample of the run's edge 0.
+      // Counts in stage D: 0 at the edge that writes a sample of the run's edge 0. In parts, each of which steps with a
+      // carry that is known one clock ahead.
       reg [TIMESTAMP_BITS-1:0] cycle;
-      always @(posedge clk)
-        if (clear_c) cycle <= {TIMESTAMP_BITS{1'b0}};
-        else cycle <= cycle + 1'b1;
+      genvar part;
+      for (part = 0; part < TIMESTAMP_BITS; part = part + CYCLE_PART) begin : parts
+        localparam integer BITS = TIMESTAMP_BITS - part < CYCLE_PART ? TIMESTAMP_BITS - part : CYCLE_PART;
+        wire carry;
+        always @(posedge clk)
+          if (clear_d) cycle[part+:BITS] <= {BITS{1'b0}};
+          else if (carry) cycle[part+:BITS] <= cycle[part+:BITS] + 1'b1;
+        if (part == 0) begin : first
+          assign carry = 1'b1;
+        end else begin : further
+          reg carry_q;
+          always @(posedge clk) carry_q <= ~clear_d & (&cycle[part-1:1]) & ~cycle[0];
+          assign carry = carry_q;
+        end
+      end
       assign word[PROBES+(INCLUDE_TRIGGER != 0 ? UNITS : 0)+:TIMESTAMP_BITS] = cycle;
     end
 
     // ---- Sample clock: trigger
 
     if (EVENT_BITS > 0) begin : event_counter
-      reg [EVENT_BITS-1:0] events;
-      wire count_reached = events == config_q[POSITION_BITS+WINDOW_BITS+:EVENT_BITS];
-      assign trigger = |fires & count_reached;
+      reg [EVENT_BITS-1:0] events, next;
+      reg last_event;
+      wire [EVENT_BITS-1:0] last = config_q[POSITION_BITS+WINDOW_BITS+:EVENT_BITS];
+      assign trigger = |fires & last_event & searched & ~full;
       always @(posedge clk)
-        if (restart) events <= {EVENT_BITS{1'b0}};
-        else if (|fires) events <= events + 1'b1;
+        if (~searched) begin
+          events <= {EVENT_BITS{1'b0}};
+          next <= {{(EVENT_BITS-1){1'b0}}, 1'b1};
+          last_event <= last == {EVENT_BITS{1'b0}};
+        end else if (|fires) begin
+          events <= next;
+          next <= next + 1'b1;
+          last_event <= next == last;
+        end
       assign status_now[5+WINDOW_BITS+STEP_STATE_BITS+:EVENT_BITS] = events;
     end else begin : first_event
-      assign trigger = |fires;
+      assign trigger = |fires & searched & ~full;
     end
 
     if (STEP_STATE_BITS > 0) begin : step_states
@@ -331,22 +426,33 @@ module ostrel_core #(
       wire unused = &{1'b0, steps};
     end
   endgenerate
-  assign status_now[4:0] = {sampled, trig_en_a, triggered, ~restart, run_a};
+  assign status_now[4:0] = {sampled, trig_en_a, triggered, searching, run_a};
 
-  reg trig_out_q;
-  initial trig_out_q = TRIG_OUT_LOW != 0;
-  assign trig_out = trig_out_q;
+  // ---- Sample clock: trigger output
+
+  // Active only from a run on, so that registers of any contents make no pulse when the device starts. Polarity comes
+  // last: registers that start as 0 leave the output inactive.
+  reg pulse;
+  reg [2:0] live;
+  wire active = pulse & (&live);
+  wire pulse_goes_on;
+  initial begin
+    pulse = 1'b0;
+    live = 3'b000;
+  end
+  always @(posedge clk) begin
+    live <= {live[1:0], run_d | active};
+    pulse <= (trigger & run_d) | (active & pulse_goes_on);
+  end
+  assign trig_out = active ^ (TRIG_OUT_LOW != 0);
   generate
-    if (PULSE > 1) begin : pulse
-      reg [PULSE_BITS-1:0] remaining;
+    if (PULSE > 1) begin : long_pulse
       localparam integer RELOAD = PULSE - 1;
-      initial remaining = {PULSE_BITS{1'b0}};
-      always @(posedge clk) begin
-        trig_out_q <= (trigger | (|remaining)) ^ (TRIG_OUT_LOW != 0);
-        remaining <= trigger ? RELOAD[PULSE_BITS-1:0] : remaining - {{(PULSE_BITS-1){1'b0}}, |remaining};
-      end
+      reg [PULSE_BITS-1:0] remaining;
+      always @(posedge clk) remaining <= trigger ? RELOAD[PULSE_BITS-1:0] : remaining - 1'b1;
+      assign pulse_goes_on = |remaining;
     end else begin : single_cycle
-      always @(posedge clk) trig_out_q <= trigger ^ (TRIG_OUT_LOW != 0);
+      assign pulse_goes_on = 1'b0;
     end
   endgenerate
 
@@ -385,6 +491,18 @@ module ostrel_core #(
   ostrel_sync sync_done (.clk(tck), .in(done), .out(done_sync));
   ostrel_sync sync_request (.clk(clk), .in(request), .out(request_sync));
   ostrel_sync sync_ack (.clk(tck), .in(ack), .out(ack_sync));
+  generate
+    if (SAMPLE_EN_SYNC != 0) begin : foreign_sample_en
+      ostrel_sync sync (.clk(clk), .in(sample_en), .out(sample_en_clk));
+    end else begin : own_sample_en
+      assign sample_en_clk = sample_en;
+    end
+    if (TRIG_EN_SYNC != 0) begin : foreign_trig_en
+      ostrel_sync sync (.clk(clk), .in(trig_en), .out(trig_en_clk));
+    end else begin : own_trig_en
+      assign trig_en_clk = trig_en;
+    end
+  endgenerate
 
   always @(posedge clk) begin
     ack <= request_sync;

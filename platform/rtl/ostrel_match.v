@@ -9,15 +9,18 @@
 `default_nettype none
 
 module ostrel_match #(
-    parameter integer WIDTH = 32
+    parameter integer WIDTH = 32,
+    parameter integer STAGES = 1  // Clocks from cur to hit, 1 or 2; with 2, groups of GROUP bits are compared first.
 ) (
     input  wire               clk,
     input  wire               sample,          // cur holds a new sample.
     input  wire               previous_valid,  // This is not the first sample of the run.
     input  wire [WIDTH-1:0]   cur,
     input  wire [2*WIDTH+1:0] config_bits,     // invert, edge, value, mask from bit 0 on; constant during a run.
-    output reg                hit
+    output wire               hit
 );
+  localparam integer GROUP = STAGES > 1 ? 16 : WIDTH;
+  localparam integer GROUPS = (WIDTH + GROUP - 1) / GROUP;
   wire invert = config_bits[0];
   wire edge_op = config_bits[1];
   wire [WIDTH-1:0] value = config_bits[2+:WIDTH];
@@ -31,8 +34,32 @@ module ostrel_match #(
     level_op <= ~edge_op;
     if (level_op) previous <= {WIDTH{1'b0}};
     else if (sample) previous <= cur;
-    if (sample) hit <= (|mismatch ^ invert) & (previous_valid | level_op);
   end
+
+  wire valid = previous_valid | level_op;
+  wire [GROUPS-1:0] differs;
+  wire hit_now;
+  reg hit_q;
+  genvar i;
+  generate
+    for (i = 0; i < GROUPS; i = i + 1) begin : group
+      localparam integer BITS = WIDTH - i * GROUP < GROUP ? WIDTH - i * GROUP : GROUP;
+      assign differs[i] = |mismatch[i*GROUP+:BITS];
+    end
+    if (STAGES > 1) begin : two_stages
+      reg [GROUPS-1:0] differs_q;
+      reg valid_q;
+      always @(posedge clk) begin
+        differs_q <= differs;
+        valid_q <= valid;
+      end
+      assign hit_now = (|differs_q ^ invert) & valid_q;
+    end else begin : one_stage
+      assign hit_now = (differs ^ invert) & valid;
+    end
+  endgenerate
+  always @(posedge clk) hit_q <= hit_now;
+  assign hit = hit_q;
 endmodule
 
 `default_nettype wire

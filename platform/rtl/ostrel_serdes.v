@@ -4,7 +4,7 @@
 //   row 1               TCK
 //   rows 2 .. 1+CLOCKS  the watched clocks
 //   the rows behind     the watched levels, on which the reset acts
-// A row is count (16), changed, level. Between two visits of a row its rising edges are counted beside the signal. A
+// A row is count (14), changed, level. Between two visits of a row its rising edges are counted beside the signal. A
 // round takes ROWS sample clocks, so a watched clock has count * 64 cycles in rounds * ROWS sample clocks.
 //
 // A look copies all rows in one round, at the same distance from the last copy for each, and makes them start anew in
@@ -26,7 +26,7 @@ module ostrel_serdes #(
     parameter integer LEVELS = 8,       // Watched levels.
     parameter integer ROW_BITS = 4,     // clog2(2 + CLOCKS + LEVELS)
     parameter integer EDGE_BITS = 3,    // Bits of the edges of a level in a round: clog2((ROWS + 1) / 2 + 1).
-    parameter integer INDEX_BITS = 9,
+    parameter integer INDEX_BITS = 8,
     parameter integer HUB_ADDRESS_BITS = 1,
     parameter [127:0] INFO = 128'd0     // This core's half of the self-description.
 ) (
@@ -61,8 +61,10 @@ module ostrel_serdes #(
     output wire                                payload,
     output wire [4:0]                          flags
 );
-  localparam integer COUNT_BITS = 16, CELL_BITS = COUNT_BITS + 2;
-  localparam integer FIRST_LEVEL = 2 + CLOCKS, ROWS = FIRST_LEVEL + LEVELS, LAST_ROW = ROWS - 1;
+  localparam integer COUNT_BITS = 14, CELL_BITS = COUNT_BITS + 2;
+  localparam [EDGE_BITS-1:0] ONE_EDGE = 1;
+  localparam integer FIRST_LEVEL = 2 + CLOCKS, ROWS = FIRST_LEVEL + LEVELS, LAST_ROW = ROWS - 1,
+                     LAST_CLOCK = FIRST_LEVEL - 1;
 
   // ---- TCK: looks
 
@@ -147,7 +149,7 @@ module ostrel_serdes #(
   wire [ROWS-1:0] visited;
   wire [EDGE_BITS*ROWS-1:0] rises;
   assign visited[0] = row == 0;
-  assign rises[0+:EDGE_BITS] = 1'b1;
+  assign rises[0+:EDGE_BITS] = ONE_EDGE;
   generate
     for (i = 1; i < ROWS; i = i + 1) begin : counted
       reg was;
@@ -159,7 +161,7 @@ module ostrel_serdes #(
       end
       always @(posedge clk) begin
         was <= sync[i];
-        count <= (visited[i] ? {EDGE_BITS{1'b0}} : count) + rise;
+        count <= (visited[i] ? {EDGE_BITS{1'b0}} : count) + (rise ? ONE_EDGE : {EDGE_BITS{1'b0}});
       end
       assign visited[i] = row == i;
       assign rises[EDGE_BITS*i+:EDGE_BITS] = count;
@@ -187,7 +189,7 @@ module ostrel_serdes #(
   reg [COUNT_BITS-1:0] count_q;
   reg changed_q, was_q, level_q, clear_q, clock_q, stopped;
   reg [EDGE_BITS-1:0] edges_q;
-  wire is_clock = row < FIRST_LEVEL;
+  wire is_clock = row <= LAST_CLOCK[ROW_BITS-1:0];
   wire cleared = clearing & ~is_clock;
   wire [CELL_BITS-1:0] cell_now = rows[row];
 
@@ -204,7 +206,7 @@ module ostrel_serdes #(
 
   wire full = &count_q[COUNT_BITS-1:EDGE_BITS];
   wire counts = ~full & ~(clock_q & stopped);
-  wire [COUNT_BITS-1:0] sum = count_q + (edges_q & {EDGE_BITS{counts}});
+  wire [COUNT_BITS-1:0] sum = count_q + {{(COUNT_BITS-EDGE_BITS){1'b0}}, edges_q & {EDGE_BITS{counts}}};
   wire changed = changed_q | (~clear_q & (level_q != was_q | (|edges_q)));
 
   always @(posedge clk) begin
@@ -228,10 +230,10 @@ module ostrel_serdes #(
   // ---- Reply: bit 0 of all rows, then bit 1 of them, ... so that only the rows are filled up to a power of two
 
   localparam integer STATUS_LAST = (CELL_BITS << ROW_BITS) - 1;
-  wire [31:0] copy = copies[index[ROW_BITS-1:0]];
+  wire [CELL_BITS-1:0] copy = copies[index[ROW_BITS-1:0]];
   wire [127:0] info = INFO;
   assign permit = select & (op_status | op_info);
-  assign payload = select & (op_info ? info[index[6:0]] : copy[index[ROW_BITS+:5]]);
+  assign payload = select & (op_info ? info[index[6:0]] : copy[index[ROW_BITS+:4]]);
   assign word_last = select & index == STATUS_LAST[INDEX_BITS-1:0];
   assign block_end = select;
   assign flags = {fresh, 3'b000, asked};

@@ -3,7 +3,8 @@
 `default_nettype none
 
 module ostrel_serial #(
-    parameter integer LENGTH = 8
+    parameter integer LENGTH = 8,
+    parameter integer STAGES = 1  // Clocks from cur to hit, 1 or 2.
 ) (
     input  wire                clk,
     input  wire                clear,        // No run: clears the history.
@@ -31,7 +32,15 @@ module ostrel_serial #(
     end
   endgenerate
 
-  assign hit = matched[LENGTH-1];
+  generate
+    if (STAGES > 1) begin : two_stages
+      reg hit_q;
+      always @(posedge clk) hit_q <= matched[LENGTH-1];
+      assign hit = hit_q;
+    end else begin : one_stage
+      assign hit = matched[LENGTH-1];
+    end
+  endgenerate
 endmodule
 
 `default_nettype wire

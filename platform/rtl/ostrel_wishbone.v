@@ -201,8 +201,10 @@ module ostrel_wishbone #(
       .write_data(row),
       .read_clk(clk), .read(state == ASK), .read_address(word), .read_data(sent)
   );
+  // The last word read is the buffer's last: the transfer then ends with a block of the read-out, and a short one is
+  // read in a short scan.
   ostrel_memory #(.WIDTH(32), .WORDS(WORDS), .ADDRESS_BITS(WORD_BITS)) incoming (
-      .write_clk(clk), .write(cyc & known_ack), .write_address(word), .write_data(lanes_of(known_dat_i)),
+      .write_clk(clk), .write(cyc & known_ack), .write_address(word + ~last), .write_data(lanes_of(known_dat_i)),
       .read_clk(tck), .read(fetch & select), .read_address(address[WORD_BITS-1:0]), .read_data(received)
   );
 

@@ -27,6 +27,12 @@ QList<DebugPort> wishbonePorts(const PlanWishbone& wishbone) {
           bus("wb_sel", 4, true)};
 }
 
+QByteArray wishbonePortName(const DebugPort& port, const QByteArray& prefix) {
+  if (port.name == "wb_busy" || port.name == kWishboneGrant) return {};
+  const QByteArray signal = port.name.mid(3);
+  return prefix + (signal.startsWith("dat_") ? signal : signal + (port.output ? "_o" : "_i"));
+}
+
 void writeWishbone(QByteArray& out, const InsertPlan& plan) {
   const PlanWishbone& wishbone = *plan.wishbone;
   QList<Connection> ports = {{"clk", "wb_clk"}, {"busy", "wb_busy"}, {"dat_i", "wb_dat_i"}, {"ack", "wb_ack"},

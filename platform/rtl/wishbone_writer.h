@@ -12,6 +12,10 @@ QList<DebugPort> wishbonePorts(const PlanWishbone& wishbone);
 /// The master's instance.
 void writeWishbone(QByteArray& out, const InsertPlan& plan);
 
+/// What the top calls a port of the bus when this is not connected: "<prefix>adr_o" for wb_adr. Empty for wb_busy and
+/// wb_grant, which only a shared bus needs.
+QByteArray wishbonePortName(const DebugPort& port, const QByteArray& prefix);
+
 /// Name of the output that is 1 while the master has the bus.
 constexpr char kWishboneGrant[] = "wb_grant";
 

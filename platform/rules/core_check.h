@@ -95,6 +95,9 @@ class CoreCheck {
   int tracedBits_ = 0;  ///< That the design has.
 };
 
+/// Finds whether the core's enables belong to its sample clock.
+void findForeignEnables(const Netlist& netlist, ResolvedCore& core);
+
 /// The limits of what a reader can hold, which count what the plan makes of all names.
 void checkPlan(const InsertPlan& plan, FindingList& findings);
 

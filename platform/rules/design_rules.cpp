@@ -6,6 +6,7 @@
 #include "platform/plan/planner.h"
 #include "platform/rules/core_check.h"
 #include "platform/rules/serdes_checks.h"
+#include "platform/rules/wishbone_target.h"
 
 namespace ost {
 
@@ -18,12 +19,26 @@ void checkProject(const mero::ostrel::istProject& project, size_t enabled, Findi
     findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("it has no core"));
   else if (enabled == 0 && !project.cores.empty())
     findings.add(DesignRule::NoCoreEnabled, object, QStringLiteral("none of its cores is enabled"));
-  if (enabled > size_t(kMaxPlanCores))
+  // The Wishbone master and the serdes core have numbers on the hub, too.
+  const size_t numbers = enabled + (project.wishbone ? 1 : 0) + (project.serdes ? 1 : 0);
+  if (numbers > size_t(kMaxPlanCores))
     findings.add(DesignRule::TooManyCores, object,
-                 QStringLiteral("%1 of its cores are enabled, at most %2 can be read").arg(enabled).arg(kMaxPlanCores));
-  if (project.wishbone)
-    findings.add(DesignRule::WishboneNotSupported, object,
-                 QStringLiteral("a Wishbone master cannot be inserted: not supported yet"));
+                 QStringLiteral("%1 of its cores are enabled, at most %2 can be read").arg(numbers).arg(kMaxPlanCores));
+}
+
+/// The master as the project has it; connected, with the slave that the design marks for it.
+std::optional<PlanWishbone> checkWishbone(const mero::ostrel::istProject& project, const Netlist* netlist,
+                                          FindingList& findings) {
+  if (!project.wishbone) return {};
+  PlanWishbone wishbone;
+  wishbone.isBigEndian = project.wishboneEndian == mero::ostrel::ENDIAN_BIG;
+  if (!project.wishboneConnected || !netlist) return wishbone;
+  const WishboneFault fault = findWishboneSlave(netlist->bits(), wishbone);
+  constexpr DesignRule kRules[] = {DesignRule::WishboneNoSlave, DesignRule::WishboneNoSlave,
+                                   DesignRule::WishboneSeveralSlaves, DesignRule::WishbonePorts,
+                                   DesignRule::WishboneClock};
+  if (fault.kind) findings.add(kRules[fault.kind], QStringLiteral("Wishbone master"), fault.text);
+  return wishbone;
 }
 
 /// What the top module has of that name: "a net", "an instance", or empty.
@@ -104,6 +119,7 @@ DesignCheck checkDesignRules(const mero::ostrel::istProject& project, const Desi
   checkProject(project, enabled.size(), findings);
   checkTriggerOutputs(enabled, design, findings);
   if (project.serdes) checkSerdes(*project.serdes, design, netlist, findings);
+  const std::optional<PlanWishbone> wishbone = checkWishbone(project, netlist, findings);
   std::vector<ResolvedCore> cores;
   cores.reserve(enabled.size());
   qint64 totalBits = 0;
@@ -115,7 +131,10 @@ DesignCheck checkDesignRules(const mero::ostrel::istProject& project, const Desi
     check.checkUnits();
     check.checkExpressions();
     check.checkMemory();
-    if (netlist) check.checkNets(*netlist);
+    if (netlist) {
+      check.checkNets(*netlist);
+      findForeignEnables(*netlist, cores.back());
+    }
     totalBits += check.bufferBits();
   }
   if (totalBits > kMemoryBudgetBits)
@@ -126,8 +145,8 @@ DesignCheck checkDesignRules(const mero::ostrel::istProject& project, const Desi
 
   DesignCheck result;
   InsertPlan plan;
-  const bool planned =
-      pulse.beat() && !hasErrors(findings.findings()) && planInsertion(project, design, cores, plan, result.fault);
+  const bool planned = pulse.beat() && !hasErrors(findings.findings()) &&
+                       planInsertion(project, design, cores, wishbone, plan, result.fault);
   if (planned) checkPlan(plan, findings);
   result.findings = findings.findings();
   if (planned && !hasErrors(result.findings)) result.plan = std::make_shared<const InsertPlan>(std::move(plan));

@@ -39,8 +39,9 @@ void CoreCheck::checkBlockRam(int samples, int width, const QString& asked) cons
     fills = {
         {QStringLiteral("Implementation=DRAM, or a greater BufferDepth"), QStringLiteral("BufferDepth=%1").arg(depth)}};
   report(DesignRule::BlockRamWaste, QString(),
-         asked + QStringLiteral(" and takes %1 of 18 Kbit, %2 bits")
-                     .arg(counted(blocks, "block RAM"))
+         asked + QStringLiteral(" and takes %1 block RAM%2 of 36 Kbit, %3 bits")
+                     .arg(double(blocks) / 2)
+                     .arg(QLatin1String(blocks == 2 ? "" : "s"))
                      .arg(blocks * kBlockRamBits),
          fills);
 }

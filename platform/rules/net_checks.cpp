@@ -73,11 +73,23 @@ QString faultText(const NetFault& fault) {
     case DesignRule::NetConstant:
       return text + QLatin1String(one ? " is constant" : " are constant");
     case DesignRule::ClockCrossing:
+      if (fault.detail.isEmpty())
+        return text + QLatin1String(one ? " is an input of the top" : " are inputs of the top");
       return text + QLatin1String(one ? " is clocked by \"" : " are clocked by \"") + fault.detail +
              QLatin1String("\", not by the sample clock");
     default:
       return text + QLatin1String(" is the sample clock of the core");
   }
+}
+
+/// To which clock a net belongs: the one of its register. Unknown: logic, or what has no clock.
+enum class Domain { Unknown, SampleClock, OtherClock, TopInput };
+
+Domain domainOf(const BitDriver& driver, const NetBit& clock) {
+  if (driver.kind == BitDriver::TopPort) return Domain::TopInput;
+  const bool isRegister = driver.kind == BitDriver::FlipFlop || driver.kind == BitDriver::Memory;
+  if (!isRegister || !driver.hasClock) return Domain::Unknown;
+  return driver.clock == clock ? Domain::SampleClock : Domain::OtherClock;
 }
 
 /// The nets of one core against its sample clock.
@@ -89,7 +101,7 @@ class DomainCheck {
 
   void lookTraced(const QString& object, const NetBit& bit) {
     const Domain domain = look(object, bit);
-    tracedRegisters_ += domain != Domain::None;
+    tracedRegisters_ += domain == Domain::SampleClock || domain == Domain::OtherClock;
     registersOfClock_ += domain == Domain::SampleClock;
   }
   void lookAll(const QString& object, const QVector<NetBit>& bits) {
@@ -102,24 +114,26 @@ class DomainCheck {
   const QSet<QString>& otherClocks() const { return otherClocks_; }
 
  private:
-  enum class Domain { None, SampleClock, Other };  ///< None: no register, or not known.
-
   Domain look(const QString& object, const NetBit& bit) {
     BitDriver driver;
-    if (!pulse_.beat() || !netlist_.driver(bit, driver)) return Domain::None;
+    if (!pulse_.beat() || !netlist_.driver(bit, driver)) return Domain::Unknown;
     if (driver.kind == BitDriver::Undriven)
       faults_.add(DesignRule::NetUndriven, object, bit);
     else
       faults_.addDriven(object, bit);
     if (driver.kind == BitDriver::Constant) faults_.add(DesignRule::NetConstant, object, bit);
-    if (!clock_) return Domain::None;
-    if (netlist_.canonical(bit) == *clock_) faults_.add(DesignRule::SampleClockTraced, object, bit);
-    const bool isRegister = driver.kind == BitDriver::FlipFlop || driver.kind == BitDriver::Memory;
-    if (!isRegister || !driver.hasClock) return Domain::None;
-    if (driver.clock == *clock_) return Domain::SampleClock;
-    faults_.add(DesignRule::ClockCrossing, object, bit, driver.clock.name);
-    otherClocks_.insert(driver.clock.name);
-    return Domain::Other;
+    if (!clock_) return Domain::Unknown;
+    if (netlist_.canonical(bit) == *clock_) {
+      faults_.add(DesignRule::SampleClockTraced, object, bit);
+      return Domain::Unknown;
+    }
+    const Domain domain = domainOf(driver, *clock_);
+    if (domain == Domain::TopInput) faults_.add(DesignRule::ClockCrossing, object, bit);
+    if (domain == Domain::OtherClock) {
+      faults_.add(DesignRule::ClockCrossing, object, bit, driver.clock.name);
+      otherClocks_.insert(driver.clock.name);
+    }
+    return domain;
   }
 
   const Netlist& netlist_;
@@ -131,6 +145,18 @@ class DomainCheck {
 };
 
 }  // namespace
+
+void findForeignEnables(const Netlist& netlist, ResolvedCore& core) {
+  const auto isForeign = [&](const ResolvedName& enable) {
+    BitDriver driver;
+    if (core.sampleClock.bits.size() != 1 || enable.bits.size() != 1 || !netlist.driver(enable.bits.first(), driver))
+      return false;
+    const Domain domain = domainOf(driver, netlist.canonical(core.sampleClock.bits.first()));
+    return domain == Domain::OtherClock || domain == Domain::TopInput;
+  };
+  core.sampleEnableForeign = isForeign(core.sampleEnable);
+  core.triggerEnableForeign = isForeign(core.triggerEnable);
+}
 
 bool CoreCheck::findRunningClock(const Netlist& netlist, NetBit& clock) const {
   if (resolved_.sampleClock.bits.size() != 1) return false;  // reported already

@@ -9,10 +9,9 @@
 namespace ost {
 
 /// The numbers are stable: a rule that goes leaves a gap. 01: project, 10: sampling, 20: units, 30: expressions,
-/// 40: names, 50: memory, 60: drivers and clocks, 80: serdes core.
+/// 40: names, 50: memory, 60: drivers and clocks, 70: the Wishbone master, 80: serdes core.
 enum class DesignRule {
   NoCoreEnabled = 1,
-  WishboneNotSupported = 2,
   TooManyCores = 4,
   TooManyNets = 5,
   NoSampleClock = 10,
@@ -52,6 +51,10 @@ enum class DesignRule {
   SampleClockNotRunning = 64,
   SampleClockTraced = 65,
   NetPartlyUndriven = 66,
+  WishboneNoSlave = 70,
+  WishboneSeveralSlaves = 71,
+  WishbonePorts = 72,
+  WishboneClock = 73,
   SerdesNoBlock = 80,
   SerdesSeveralBlocks = 81,
   SerdesNothingWatched = 82,

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "framework/tcl_cmdex.h"
+#include "platform/system/interrupt.h"
 #include "platform/tclcmdex/call_record.h"
 #include "platform/tclcmdex/command_table.h"
 #include "platform/tclcmdex/help_text.h"
@@ -78,7 +79,10 @@ bool fitsPattern(const char* name, const char* pattern) {
 
 bool servePendingEvents() {
   Tcl_Interp* interp = currentInterpreter();
+  if (ost::InterruptScope::signal()) return false;
   if (!tclIsReady(interp)) return true;
+  // A signal that a script or a host handles; Tcl_DoOneEvent() would lose what the handler says.
+  if (interp && Tcl_AsyncReady() && Tcl_AsyncInvoke(interp, TCL_OK) != TCL_OK) return false;
   // Bounded, so that an event that always arms the next one cannot hold up the task that serves it.
   const int mostEvents = 64;
   if (interp == nullptr) {

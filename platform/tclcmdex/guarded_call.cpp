@@ -7,6 +7,7 @@
 #include <mutex>
 #include <new>
 
+#include "platform/system/interrupt.h"
 #include "platform/tclcmdex/call_record.h"
 #include "platform/tclcmdex/host.h"
 #include "platform/tclcmdex/tcl_access.h"
@@ -96,10 +97,7 @@ int runToItsEnd(Tcl_Interp* interp, const CallRecord& record, int (*body)(void*)
   }
 }
 
-}  // namespace
-
-int runGuarded(Tcl_Interp* interp, const char* name, int (*body)(void*), void* data) {
-  if (!tclIsReady(interp)) return TCL_ERROR;
+int runOnThisThread(Tcl_Interp* interp, const char* name, int (*body)(void*), void* data) {
   if (!threadMayCall())
     return refuse(interp,
                   "\"%.40s\" is in use on another thread: there is one project and one design for the process; use it "
@@ -117,6 +115,19 @@ int runGuarded(Tcl_Interp* interp, const char* name, int (*body)(void*), void* d
     reserve.release();
     return refuse(interp, "out of memory: \"%.100s\" was not completed", record.name, "MEMORY");
   }
+}
+
+}  // namespace
+
+int runGuarded(Tcl_Interp* interp, const char* name, int (*body)(void*), void* data) {
+  if (!tclIsReady(interp)) return TCL_ERROR;
+  const int status = runOnThisThread(interp, name, body, data);
+  const int signal = ost::InterruptScope::signal();
+  if (!signal || dispatchDepth() > 0 || !membership.owner) return status;
+  // All is in order. Exit handlers give up locks, and whoever waits for the process sees the signal.
+  ost::InterruptScope::endBy(signal);
+  Tcl_Exit(128 + signal);
+  return status;
 }
 
 int dispatchDepth() {

@@ -43,8 +43,9 @@ TCLCMDEX_API Tcl_Interp* currentInterpreter();
 /// within runGuarded().
 TCLCMDEX_API bool fitsPattern(const char* name, const char* pattern);
 
-/// Serves the events that are pending now, without waiting. False when the interpreter that runs the innermost
-/// command has been deleted meanwhile.
+/// Serves the events that are pending now, without waiting. False when the task should end: the interpreter that runs
+/// the innermost command has been deleted meanwhile, a handler of signals has returned an error, or a signal has come
+/// that ends the process (see ProgressLine).
 TCLCMDEX_API bool servePendingEvents();
 
 }  // namespace tcl_cmdex

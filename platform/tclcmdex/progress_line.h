@@ -5,11 +5,12 @@
 #include <string>
 
 #include "framework/tcl_cmdex.h"
+#include "platform/system/interrupt.h"
 
 namespace tcl_cmdex {
 
 /// On a terminal what is under way stands in the last line and is written anew each second; elsewhere it becomes a line
-/// of its own when nothing was said for 20 s.
+/// of its own when nothing was said for 20 s. While one lives, a signal that would end the process ends the task first.
 class TCLCMDEX_API ProgressLine {
  public:
   /// `stage`: what is under way, for example "Reading the design".
@@ -28,6 +29,7 @@ class TCLCMDEX_API ProgressLine {
   void clear();
   double secondsSince(std::chrono::steady_clock::time_point then) const;
 
+  const ost::InterruptScope interrupts_;
   std::string stage_;
   bool terminal_;
   size_t shown_ = 0;  ///< Characters of the line that is written anew.

@@ -4,40 +4,28 @@
 # minimised, and left behind with the words that repeat it.
 #
 #   tools/in_build BUILD tclsh tests/fuzz/designs.tcl -work FOLDER ?-cases N? ?-seconds N? ?-seed N? ?-minimise SECONDS? ?-proof on|off?
-#     ?-file DESIGN.v?
+#     ?-tamper N? ?-file DESIGN.v?
+#
+# With -tamper, N single faults are put into what each design is written as (tools/field/tamper.tcl); OST_YOSYS is
+# tools/field/given_yosys then.
 package require ost_platform
 package require ost_tclwrapper
 set here [file dirname [file normalize [info script]]]
 source [file join $here random_design.tcl]
-source [file join $here .. .. tools field beside.tcl]
+source [file join $here .. .. tools field tamper.tcl]
 set beside::patience 60
 
-array set option {-work "" -cases 1000000 -seconds 1000000 -seed 1 -file "" -minimise 120 -proof on}
+array set option {-work "" -cases 1000000 -seconds 1000000 -seed 1 -file "" -minimise 120 -proof on -tamper 0}
 array set option $argv
-if {$option(-work) eq "" || [array size option] != 7} {
+if {$option(-work) eq "" || [array size option] != 8} {
   puts stderr "usage: designs.tcl -work FOLDER ?-cases N? ?-seconds N? ?-seed N? ?-minimise SECONDS? ?-proof on|off?\
-    ?-file DESIGN.v?"
+    ?-tamper N? ?-file DESIGN.v?"
   exit 2
 }
 set work [file normalize $option(-work)/[pid]]
-set patience 20
+set patience 60
 file mkdir $work
-array set count {designs 0 refused 0 bits 0 unknown 0 excused 0 moved 0 undecided 0 byYosys 0 columns 0 lint 0 slowest 0}
-
-# What the commands print; a transform of stdout while one of them runs.
-namespace eval console {
-  variable text ""
-  proc initialize args { return {initialize finalize write} }
-  proc finalize args {}
-  proc write {channel bytes} { append ::console::text $bytes; return "" }
-  namespace export *
-  namespace ensemble create
-}
-proc quietly {args} {
-  set console::text ""
-  chan push stdout console
-  try { uplevel 1 $args } finally { chan pop stdout }
-}
+array set count {designs 0 refused 0 bits 0 unknown 0 excused 0 vague 0 moved 0 undecided 0 byYosys 0 columns 0 lint 0 slowest 0}
 
 proc without {list unwanted} {
   return [lmap item $list { if {$item in $unwanted} continue; set item }]
@@ -57,12 +45,6 @@ proc chooseProbes {} {
     set nets [lreplace $nets $at $at]
   }
   return $chosen
-}
-
-# Of what a run printed, the lines of its error.
-proc complaint {text} {
-  set lines [regexp -all -inline -line {^(?:ERROR|DRC-\d+ error).*} $console::text]
-  return [expr {$lines eq {} ? $text : [join $lines \n]}]
 }
 
 # A project over the design that is loaded. Probes that are not there (any more) are left out.
@@ -93,6 +75,7 @@ proc check {source probes {only ""}} {
   if {[catch {quietly makeProject $probes} text]} { return [list run $text] }
   ost_design prove $::option(-proof)
   set refused ""
+  set ::undecided ""
   if {[catch {quietly ost_project run -save} text]} {
     # Nets that the design rules refuse (nobody drives them) are left out.
     set bad {}
@@ -110,7 +93,7 @@ proc check {source probes {only ""}} {
     set ::undecided [regexp -inline -line {^Undecided: module.*} $console::text]
   }
   if {$only eq "proof" && $refused eq ""} { return {"" ""} }
-  return [judge $file $refused $only]
+  return [judge $file $refused $only [expr {$::option(-proof) eq "on" && $refused eq "" && $::undecided eq ""}]]
 }
 
 # The verdict on what cannot be read: the text, unless Yosys alone writes the design so, too.
@@ -122,7 +105,7 @@ proc spoilt {file text} {
   }]} { incr ::count(byYosys); return {"" ""} }
   return [list lint $text]
 }
-proc judge {file refused only} {
+proc judge {file refused only proved} {
   global work count
   if {[catch {beside::output $work/case_debug} output]} { return [list run "the output cannot be read: $output"] }
   if {$only in {"" lint}} {
@@ -131,14 +114,14 @@ proc judge {file refused only} {
     # What Verilator has not learnt yet is no fault of the text.
     if {"ERROR" in $new && "ERRORUNSUPPORTED" ni $new} { return [spoilt $file "Verilator finds an error"] }
   }
-  set bench [beside::bench top [dict get $output ports] {ca cb} {rn 0 rs 1} 1]
+  set bench [beside::bench top [dict get $output ports] {ca cb} {rn 0 rs 1} 1 1]
   if {[catch {
-    beside::judge $work $output [list -g2005 $file] $bench field_tb.dut {field_tb.dut.ca field_tb.dut.cb} 400
+    beside::judge $work $output [list -g2005 $file] $bench field_tb.dut {field_tb.dut.ca field_tb.dut.cb} 400 $proved
   } result]} {
     if {[string match *source.build* $result]} { return [list refused $result] }
     return [spoilt $file $result]
   }
-  foreach key {bits unknown excused moved columns byYosys} { incr count($key) [dict get $result $key] }
+  foreach key {bits unknown excused vague moved columns byYosys} { incr count($key) [dict get $result $key] }
   if {[dict get $result rows] < 400} { return [list simulation "only [dict get $result rows] rows were recorded"] }
   if {[dict get $result differences] ne {} && ![dict get $result byYosys]} {
     return [list simulation "row, net, source, instrumented: [lindex [dict get $result differences] 0]"]
@@ -205,9 +188,12 @@ for {set seed $option(-seed)} {$seed < $option(-seed) + $option(-cases)} {incr s
   set source [random_design::make $seed]
   set verdict [check $source choose]
   incr count(designs)
-  if {$undecided ne ""} { puts "designs: seed $seed: $undecided"; set undecided "" }
+  if {$undecided ne ""} { puts "designs: seed $seed: $undecided" }
   set count(slowest) [expr {max($count(slowest), [clock milliseconds] - $start)}]
   if {[lindex $verdict 0] eq "refused"} { incr count(refused) }
+  if {[lindex $verdict 0] eq "" && $option(-tamper)} {
+    tamper::campaign "seed $seed" {loudly ost_project run -save} $work/case_debug $work/tamper $option(-tamper) $seed 5000
+  }
   if {[lindex $verdict 0] in {"" refused}} continue
   incr failed
   fails "seed $seed" $source $verdict
@@ -215,7 +201,9 @@ for {set seed $option(-seed)} {$seed < $option(-seed) + $option(-cases)} {incr s
 quietly catch {ost_project close -force}
 puts "designs: $count(designs) designs from seed $option(-seed) in [expr {([clock milliseconds] - $begun) / 1000}] s, the slowest\
   $count(slowest) ms: $failed failed, $count(undecided) undecided, $count(refused) refused by Yosys or Icarus; $count(bits) bits compared ($count(unknown) of them x in the\
-  source, $count(excused) as in Yosys alone, $count(byYosys) designs that Yosys alone spoils), $count(moved) of $count(columns)\
+  source, $count(excused) as in Yosys alone, $count(vague) x as proved, $count(byYosys) designs that Yosys alone spoils), $count(moved) of $count(columns)\
   columns moved; $count(lint) kinds of new warnings"
+if {$option(-tamper)} { puts "designs: faults: [tamper::report]" }
+incr failed $tamper::count(different)
 if {!$failed} { file delete -force $work }
 exit [expr {$failed > 0}]

@@ -119,7 +119,7 @@ class Netlists final : public SampleDriver {
     const auto project = sampleProject();
     std::vector<ResolvedCore> cores;
     for (const auto& core : project->cores) cores.push_back(resolveCore(*core, *design));
-    expect(planInsertion(*project, *design, cores, plan_, error), error.toStdString());
+    expect(planInsertion(*project, *design, cores, {}, plan_, error), error.toStdString());
     QTemporaryFile netlist;
     YosysJob job;
     job.script = design->elaborationScript();

@@ -8,6 +8,7 @@ namespace eval random_design {
   variable settled {} ;# Registers, which a tri-state driver may depend on without a loop.
   variable clocks {}
   variable functions {}
+  variable floating z ;# What stands for z in values: x for what is stored, which in hardware cannot float.
   variable number 0
 }
 
@@ -63,8 +64,9 @@ proc random_design::expression {{depth 2}} {
 }
 # What is assigned: now and then bits that are x or z.
 proc random_design::value {{depth 2}} {
+  variable floating
   if {[oneIn 8]} { return [literal {0 1 x}] }
-  if {[oneIn 25]} { return [literal {0 1 x z}] }
+  if {[oneIn 25]} { return [literal [list 0 1 x $floating]] }
   return [expression [expr {min($depth, 3)}]]
 }
 
@@ -307,9 +309,11 @@ proc random_design::GatedClock {} {
   variable clocks
   variable number
   set clock gc[incr number]
-  say "  reg en$clock = 0;"
+  # Neither an edge when the simulation begins, nor an enable that may be x.
+  say "  wire ew$clock = [expression 1];"
+  say "  reg en$clock = 1;"
   say "  always @(negedge ca)"
-  say "    en$clock <= [expression 1];"
+  say "    en$clock <= [expr {$number % 2 ? "gate" : "!gate"}];"
   say "  wire $clock = [pick [list "ca & en$clock" "~(ca & en$clock)"]];"
   lappend clocks "posedge $clock"
 }
@@ -348,9 +352,16 @@ proc random_design::Instances {modules} {
   if {$bus ne ""} { publish [list [list $bus 2 0 0]] }
 }
 
+proc random_design::Item {kind} {
+  variable floating
+  set floating [expr {$kind in {Registers Memory Latch} ? "x" : "z"}]
+  $kind
+}
+
 # One module over others; its text ends up in `source`. Returns {name has-inout}.
 proc random_design::Module {name modules sourceName} {
   upvar 1 $sourceName source
+  variable floating
   variable text {}
   variable pool {{a 4 0 0} {b 8 0 0}}
   variable settled {}
@@ -358,11 +369,11 @@ proc random_design::Module {name modules sourceName} {
   variable clocks {{posedge ca} {posedge ca} {posedge cb} {negedge ca} {negedge cb}}
   set inout [expr {$modules ne {} || [oneIn 2]}]
   set kinds {Wire Wire Registers Registers Registers Logic Logic Table Memory Latch TriState Function Loop GatedClock}
-  for {set items [expr {3 + [below 5]}]} {$items > 0} {incr items -1} { [pick $kinds] }
+  for {set items [expr {3 + [below 5]}]} {$items > 0} {incr items -1} { Item [pick $kinds] }
   if {$modules ne {}} { Instances $modules }
-  for {set items [below 3]} {$items > 0} {incr items -1} { [pick $kinds] }
+  for {set items [below 3]} {$items > 0} {incr items -1} { Item [pick $kinds] }
   set io [expr {$modules eq {} ? "io" : "pad"}]
-  if {$settled eq {}} { Registers }
+  if {$settled eq {}} { Item Registers }
   if {$inout && $modules eq {}} {
     say "  assign io = [lindex [pick $settled] 0] ? [lindex [pick $settled] 0] : 2'bz;"
     publish {{io 2 0 0}}
@@ -370,6 +381,7 @@ proc random_design::Module {name modules sourceName} {
   }
   say "  assign y = [expression];"
   say "  always @([pick $clocks])"
+  set floating x
   say "    q <= [value];"
   lappend source "module $name #(parameter W = 6, parameter K = 3) (" \
     "  input ca, input cb, input rn, input rs, input gate," \

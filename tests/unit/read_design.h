@@ -22,9 +22,11 @@ inline std::shared_ptr<const Design> readDesign(const DesignSource& source, QStr
 
 /// A design of one file and its netlist; throws the reader's text.
 struct DesignAndNetlist {
-  explicit DesignAndNetlist(const QString& file) {
+  explicit DesignAndNetlist(const QString& file, const QString& top = QString()) {
     QString error;
-    design = readDesign(sourceOf({file}), error);
+    DesignSource source = sourceOf({file});
+    source.top = top;
+    design = readDesign(source, error);
     if (design) netlist = Netlist::load(*design, error);
     if (!netlist) throw std::runtime_error(plain(error));
   }

@@ -151,7 +151,8 @@ endmodule
 
 # A test bench `field_tb` with the instance `dut` of the top. Clocks run with different periods and never change at one
 # time; every other input has a time of its own in each 10 ns at which it may change. `resets` is a list of names and active levels.
-proc beside::bench {top ports clocks resets seed} {
+# `apart`: one reset after the other at first, since Yosys does not keep the source's order of two that are active at once.
+proc beside::bench {top ports clocks resets seed {apart 0}} {
   set text "`timescale 1ps / 1ps\nmodule field_tb;\n  integer seed = $seed, ticks = 0;\n"
   set drive ""
   set connections {}
@@ -171,8 +172,13 @@ proc beside::bench {top ports clocks resets seed} {
         forever #[expr {5000 + 2000 * $clock}] p$number = ~p$number; end\n"
     } elseif {[dict exists $resets $name]} {
       set level [dict get $resets $name]
-      append text "  reg p$number = [expr {!$level}];\n  initial #15 p$number = $level;\n"
-      append drive "    p$number <= #$at (ticks < 20 || (\$random(seed) & 255) == 0) ? 1'b$level : 1'b[expr {!$level}];\n"
+      set turn [expr {$apart ? [lsearch -exact [dict keys $resets] $name] : 0}]
+      append text "  reg p$number = [expr {!$level}];\n"
+      if {!$turn} { append text "  initial #15 p$number = $level;\n" }
+      set begin [expr {20 * $turn}]
+      set alone [expr {$apart ? 20 * [dict size $resets] : 0}]
+      append drive "    p$number <= #$at ((ticks >= $begin && ticks < [expr {$begin + 20}])\
+        || ((\$random(seed) & 255) == 0 && ticks >= $alone)) ? 1'b$level : 1'b[expr {!$level}];\n"
     } elseif {$direction eq "input"} {
       append text "  reg ${range}p$number = 0;\n"
       append drive "    if (\$random(seed) & 16) p$number <= #$at $random;\n"
@@ -184,6 +190,39 @@ proc beside::bench {top ports clocks resets seed} {
   }
   append text "  always #10000 begin\n    ticks = ticks + 1;\n$drive  end\n"
   return "$text  $top dut ([join $connections {, }]);\nendmodule\n"
+}
+
+# What field.tcl in the folder says, over what the design's ports suggest.
+proc beside::settings {folder output rows} {
+  set clocks {}
+  set resets {}
+  foreach port [dict get $output ports] {
+    lassign $port direction name range width
+    if {$direction ne "input" || $width != 1} continue
+    if {[regexp -nocase {clk|clock|(^|_)ck(_|$)} $name]} { lappend clocks $name; continue }
+    if {[regexp -nocase {rst|reset} $name]} {
+      lappend resets $name [expr {![regexp -nocase {(_n|_ni|_b|n|_l)$|^n} $name]}]
+    }
+  }
+  foreach core [dict get $output map cores] {
+    lassign [dict get $core sampleClock] name instance net
+    if {$instance eq "" && $net ni $clocks && $net in [lmap port [dict get $output ports] { lindex $port 1 }]} {
+      lappend clocks $net
+      set resets [dict remove $resets $net]
+    }
+  }
+  set bench [expr {[file exists [file join $folder tb.v]] ? "tb.v" : ""}]
+  set result [dict create clocks $clocks resets $resets bench $bench rows $rows halfTck 2 dut "" patience 60]
+  set own [file join $folder field.tcl]
+  if {[file exists $own]} {
+    set safe [interp create -safe]
+    $safe eval [readFile $own]
+    foreach name [dict keys $result] {
+      if {[$safe eval [list info exists $name]]} { dict set result $name [$safe eval [list set $name]] }
+    }
+    interp delete $safe
+  }
+  return $result
 }
 
 # Compiles `words` (options and files of Icarus) with the bench and a watch into NAME.vvp, its record being NAME.rec.
@@ -203,8 +242,8 @@ proc beside::simulate {folder name args} {
 
 # Simulates the source and the instrumented design and compares what they did, as `compare` does. Where they differ, the
 # source once through Yosys, without an insertion, is simulated too: what it does alike is not the insertion's doing.
-# `bench` holds the top as `dut`; `events` are the moments of the record, in names below `dut`.
-proc beside::judge {folder output words bench dut events rows} {
+# `bench` holds the top as `dut`; `events` are the moments of the record, in names below `dut`. `proved`: see compare.
+proc beside::judge {folder output words bench dut events rows {proved 0}} {
   lassign [columns $output $dut] names source netlist instrumented
   set common [list $events $rows]
   set width [llength $names]
@@ -212,13 +251,13 @@ proc beside::judge {folder output words bench dut events rows} {
   set standard [lsearch -inline $words -g20*]
   simulate $folder debug [concat $standard [dict get $output files]] $bench $width $instrumented {*}$common
   set records [list [file join $folder source.rec] [file join $folder debug.rec]]
-  set result [compare $names {*}$records]
+  set result [compare $names $proved {*}$records]
   dict set result byYosys 0
   if {[dict get $result differences] eq {}} { return $result }
   if {[catch {
     roundTrip $folder $words [dict get $output map top]
     simulate $folder trip [list $standard [file join $folder trip.v]] $bench $width $netlist {*}$common
-    set result [compare $names {*}$records [file join $folder trip.rec]]
+    set result [compare $names $proved {*}$records [file join $folder trip.rec]]
     dict set result byYosys 0
   }]} {
     # Yosys writes some x and z so that nobody reads it.
@@ -228,10 +267,11 @@ proc beside::judge {folder output words bench dut events rows} {
 }
 
 # Compares two records row by row. A bit that is x in the first may be anything in the second. With a third record, a bit
-# that differs from the first but equals the third is excused. A dict: rows, bits, unknown (bits), moved (columns that changed),
-# excused, differences (at most ten of {row column first second}).
-proc beside::compare {names first second {third ""}} {
-  set result [dict create rows 0 bits 0 unknown 0 moved 0 excused 0 differences {}]
+# that differs from the first but equals the third is excused. With `proved` so is one that is x in the second: a source takes
+# a branch of its own where a condition is x, the proof knows that the netlists have the same x. A dict: rows, bits, unknown (bits),
+# moved (columns that changed), excused, vague (excused by the proof), differences (at most ten of {row column first second}).
+proc beside::compare {names proved first second {third ""}} {
+  set result [dict create rows 0 bits 0 unknown 0 moved 0 excused 0 vague 0 differences {}]
   set others [expr {$third eq "" ? {} : [split [readFile $third] \n]}]
   set moved [dict create]
   set before ""
@@ -258,6 +298,7 @@ proc beside::compare {names first second {third ""}} {
       set y [string index $b $i]
       if {$x eq $y || $x eq "x"} continue
       if {$c ne "" && ([string index $c $i] eq $y || [string index $c $i] eq "x")} { dict incr result excused; continue }
+      if {$proved && $y eq "x"} { dict incr result vague; continue }
       if {[llength [dict get $result differences]] < 10} {
         dict lappend result differences [list $row [lindex $names $i] $x $y]
       }
@@ -268,14 +309,14 @@ proc beside::compare {names first second {third ""}} {
   return $result
 }
 
-# The source once through Yosys, without an insertion, as trip.v. Nets are declared [N:0] there: Yosys writes single bits of
+# The source once through Yosys, without an insertion, as trip.v; a tri-state ahead of a latch stays one. Nets are declared [N:0] there: Yosys writes single bits of
 # others by wrong names.
 proc beside::roundTrip {folder words top} {
   set base [file join $folder trip]
   set sources [lsearch -all -inline -not $words -g20*]
   set read "read_verilog[expr {"-g2012" in $words ? " -sv" : ""}]"
   set yosys [expr {[info exists ::env(OST_YOSYS)] ? $::env(OST_YOSYS) : "yosys"}]
-  writeFile $base.ys "$read $sources\nhierarchy -check -top $top\nproc\nwrite_json $base.json\n"
+  writeFile $base.ys "$read $sources\nhierarchy -check -top $top\ntribuf\nproc\nwrite_json $base.json\n"
   runTool $base.log $yosys -q -s $base.ys
   writeFile $base.json [regsub -all {"(?:upto|offset)": -?\d+,} [readFile $base.json] ""]
   writeFile $base.ys "read_json $base.json\nwrite_verilog -noattr $base.v\n"

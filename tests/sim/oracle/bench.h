@@ -44,10 +44,17 @@ struct Settings {
 
 /// Makes the folder `name` below the work folder, empty but for an insertion to be used again.
 BenchFiles prepareFolder(const Settings& settings, const QString& name, const Project& project);
+/// The same with the device's files, relative to the sources.
+BenchFiles prepareFolder(const Settings& settings, const QString& name, const QStringList& design);
 /// Removes it, unless the settings say otherwise.
 void leaveFolder(const Settings& settings, const BenchFiles& files);
 /// Inserts and compiles capture.vvp. Throws Difference when the plan or the written core is not what was asked for.
 ost::InsertPlan insert(const Project& project, const Settings& settings, const BenchFiles& files);
+/// Runs a script that inserts a project "oracle" unless that has been done.
+ost::InsertPlan insertScript(const QString& script, const Settings& settings, const BenchFiles& files);
+/// Compiles capture.vvp from a bench whose top is `tb`.
+void compileText(const QByteArray& bench, const ost::InsertPlan& plan, const Settings& settings,
+                 const BenchFiles& files);
 /// Compiles capture.vvp once more, for another rate of TCK.
 void compileBench(const Project& project, const ost::InsertPlan& plan, const Settings& settings,
                   const BenchFiles& files);

@@ -48,9 +48,13 @@ void checkWritten(const Project& project, const ost::InsertPlan& plan, const Ben
 }  // namespace
 
 BenchFiles prepareFolder(const Settings& settings, const QString& name, const Project& project) {
+  return prepareFolder(settings, name, project.dut->files);
+}
+
+BenchFiles prepareFolder(const Settings& settings, const QString& name, const QStringList& design) {
   BenchFiles files;
   files.folder = settings.work + "/" + name;
-  for (const QString& file : project.dut->files) files.design += settings.sources + "/" + file;
+  for (const QString& file : design) files.design += settings.sources + "/" + file;
   files.jtagFile = settings.sources + "/platform/jtag/sim/ostrel_jtag_sim.v";
   if (!settings.reuse) QDir(files.folder).removeRecursively();
   need(QDir().mkpath(files.folder), "cannot make " + files.folder);
@@ -61,15 +65,20 @@ void leaveFolder(const Settings& settings, const BenchFiles& files) {
   if (!settings.keep && !settings.reuse) QDir(files.folder).removeRecursively();
 }
 
-ost::InsertPlan insert(const Project& project, const Settings& settings, const BenchFiles& files) {
+ost::InsertPlan insertScript(const QString& script, const Settings& settings, const BenchFiles& files) {
   const QString map = outputFolder(files) + "/capture_map.json";
   if (!QFile::exists(map)) {
-    writeFile(files.folder + "/project.tcl", projectScript(project, settings.sources, settings.jtag).toUtf8());
+    writeFile(files.folder + "/project.tcl", script.toUtf8());
     runTool({"env", "TCLLIBPATH=" + settings.package, "tclsh", "project.tcl"}, files.folder, "insert.log");
   }
   ost::InsertPlan plan;
   QString error;
   need(ost::readCaptureMap(contentsOf(map), plan, error), error);
+  return plan;
+}
+
+ost::InsertPlan insert(const Project& project, const Settings& settings, const BenchFiles& files) {
+  const ost::InsertPlan plan = insertScript(projectScript(project, settings.sources, settings.jtag), settings, files);
   checkWritten(project, plan, files);
   compileBench(project, plan, settings, files);
   return plan;
@@ -77,7 +86,12 @@ ost::InsertPlan insert(const Project& project, const Settings& settings, const B
 
 void compileBench(const Project& project, const ost::InsertPlan& plan, const Settings& settings,
                   const BenchFiles& files) {
-  writeFile(files.folder + "/capture_tb.v", captureBench(project, plan));
+  compileText(captureBench(project, plan), plan, settings, files);
+}
+
+void compileText(const QByteArray& bench, const ost::InsertPlan& plan, const Settings& settings,
+                 const BenchFiles& files) {
+  writeFile(files.folder + "/capture_tb.v", bench);
   QStringList sources;
   for (const QString& name : QDir(outputFolder(files)).entryList({"*.v"}, QDir::Files, QDir::Name)) {
     const QString other = settings.core + "/" + name;

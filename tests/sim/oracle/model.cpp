@@ -101,10 +101,11 @@ Expected expectedCapture(const Core& core, const RunChoice& choice, const Record
   int triggerIndex = -1, events = 0, samples = 0;
   const int rows = endRow < 0 ? record.rows.size() : std::min(endRow, int(record.rows.size()));
   for (int row = armRow; row < rows; ++row) {
-    const bool sampled =
-        core.sampleEnable.isEmpty() || record.is(core.sampleEnableLow ? '0' : '1', row, core.sampleEnable);
-    const bool looked =
-        core.triggerEnable.isEmpty() || record.is(core.triggerEnableLow ? '0' : '1', row, core.triggerEnable);
+    const auto isActive = [&](const QString& enable, bool isLow, int edges) {
+      return enable.isEmpty() || record.is(isLow ? '0' : '1', std::max(row - edges, 0), enable);
+    };
+    const bool sampled = isActive(core.sampleEnable, core.sampleEnableLow, core.sampleEnableEdges);
+    const bool looked = isActive(core.triggerEnable, core.triggerEnableLow, core.triggerEnableEdges);
     if (sampled) {
       ++samples;
       window.append({row, states.next(row)});

@@ -37,9 +37,24 @@ Net netOf(const QString& word) {
 
 Dut dutOf(const char* name, const QStringList& files, const char* clocks, const char* inputs, const char* others,
           const char* nets, const char* enables) {
-  Dut dut = {name, files, wordsOf(clocks), portsOf(inputs), portsOf(others), {}, wordsOf(enables)};
+  Dut dut = {name, files, wordsOf(clocks), portsOf(inputs), portsOf(others), {}, {}, {}};
+  for (const QString& word : wordsOf(enables)) {
+    dut.enables += word.section('@', 0, 0);
+    if (word.contains('@')) dut.enableClocks[dut.enables.last()] = word.section('@', 1);
+  }
   for (const QString& word : wordsOf(nets)) dut.nets += netOf(word);
   return dut;
+}
+
+bool Dut::isForeign(const QString& enable, const QString& clock) const {
+  for (const Port& input : inputs)
+    if (enable.section('[', 0, 0) == input.name) return true;
+  return enable == "rst" || enableClocks.value(enable, clock) != clock;
+}
+
+void Core::findEnableEdges(const Dut& dut) {
+  sampleEnableEdges = dut.isForeign(sampleEnable, clock) ? 2 : 0;
+  triggerEnableEdges = dut.isForeign(triggerEnable, clock) ? 2 : 0;
 }
 
 const QVector<Dut>& duts() {
@@ -48,11 +63,11 @@ const QVector<Dut>& duts() {
       dutOf("lanes", {"tests/sim/designs/lanes.v"}, "clk_a clk_b", "go; din:8", "out_a:8; out_b:8; hit",
             "u_a/count[7:0] u_a/phase[0:3] u_a/noise[15:0] u_a/strobe u_a/match u_b/count[7:0] u_b/noise[15:0] "
             "u_b/strobe u_c/count[7:0] u_c/phase[0:3] g[0].tick g[1].tick level[3:0] word[7:0] din[7:0] go hit rst",
-            "u_a/strobe go u_a/match g[0].tick u_b/noise[2] u_a/phase[1]"),
+            "u_a/strobe@clk_a go u_a/match g[0].tick@clk_a u_b/noise[2]@clk_b u_a/phase[1]@clk_a"),
       dutOf("steps", {"tests/sim/designs/steps.v"}, "clk", "line; pause", "state:2; sum:20; busy",
             "u_ctl/state[1:0] u_ctl/sum[19:0] u_ctl/u_in/data[7:0] u_ctl/u_in/valid u_ctl/u_in/bit_count[2:0] "
             "u_ctl/error history[31:0] odd busy line pause",
-            "odd busy u_ctl/u_in/bit_count[0] line pause history[9]"),
+            "odd busy@clk u_ctl/u_in/bit_count[0]@clk line pause history[9]@clk"),
       // Start marks and short lengths are frequent, so that whole frames come by chance.
       dutOf("frame_link",
             {links.arg("beat_source"), links.arg("frame_link"), links.arg("frame_parser"), links.arg("lane"),
@@ -66,7 +81,7 @@ const QVector<Dut>& duts() {
             "u_lane0/u_fifo/stored[5:0] u_lane1/u_fifo/stored[5:0] u_lane1/u_fifo/out_word[8:0] u_lane0/u_fifo/bypass "
             "u_lane1/push u_merge/busy u_merge/moved stat[0].frames[7:0] stat[1].faults[7:0] uptime[7:0] "
             "u_beat/count[6:0] host_out[7:0] host_addr[2:0] tx_data[7:0] tx_ready alive rx0_valid",
-            "tx_ready u_merge/busy u_lane1/push u_beat/count[0] rx0_valid host_addr[1]")};
+            "tx_ready u_merge/busy@clk u_lane1/push@clk u_beat/count[0]@ref_clk rx0_valid host_addr[1]")};
   return all;
 }
 

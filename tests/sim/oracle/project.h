@@ -2,6 +2,7 @@
 // oracle, the Tcl script and the test bench are all made from this.
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -36,9 +37,13 @@ struct Dut {
   QVector<Port> inputs;  ///< Driven at random; not clocks nor `rst`.
   QVector<Port> others;  ///< Outputs, and inouts that the device alone drives.
   QVector<Net> nets;
-  QStringList enables;  ///< Single bits that make sensible enables.
+  QStringList enables;                   ///< Single bits that make sensible enables.
+  QHash<QString, QString> enableClocks;  ///< Of those that are registers.
+  /// An input, or a register of another clock: as an enable it counts two edges later.
+  bool isForeign(const QString& enable, const QString& clock) const;
 };
-/// From words with blanks between them, nets as "name[left:right]", and ports as "name:width drive; ...".
+/// From words with blanks between them, nets as "name[left:right]", enables as "name@clock" or "name", and ports as
+/// "name:width drive; ...".
 Dut dutOf(const char* name, const QStringList& files, const char* clocks, const char* inputs, const char* others,
           const char* nets, const char* enables);
 const QVector<Dut>& duts();
@@ -86,6 +91,8 @@ struct Core {
   QString clock;
   QString sampleEnable, triggerEnable;  ///< Empty: none.
   bool sampleEnableLow = false, triggerEnableLow = false;
+  int sampleEnableEdges = 0, triggerEnableEdges = 0;  ///< For which an enable is on its way to the core.
+  void findEnableEdges(const Dut& dut);
   QVector<Probe> probes;
   int busFrom = -1, busTo = -1;  ///< Probes that are grouped as BUS1.
   int depth = 16;

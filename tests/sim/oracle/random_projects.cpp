@@ -45,6 +45,11 @@ bool seesMovement(const Core& core, const RunChoice& choice, const Record& recor
   return toggles > 0;
 }
 
+/// A simulation in which each TCK takes many sample clocks.
+bool isSlow(const Project& project) {
+  return project.tckHalfPeriod > 5 * *std::min_element(project.clockPeriods.begin(), project.clockPeriods.end());
+}
+
 class Generator {
  public:
   explicit Generator(quint32 seed) : random_(seed * 7919u + 17u) {}
@@ -154,10 +159,12 @@ class Generator {
     unit.name = QString("TU%1").arg(index + 1);
     unit.op = pick(ops);
     unit.radix = unit.op == ".SC." ? "bin" : pick(radices);
-    const int names = unit.op == ".SC." ? 1 : 1 + below(2);
+    // Some are wider than what one stage of the pipeline compares.
+    const bool wide = chance(10);
+    const int names = unit.op == ".SC." ? 1 : (wide ? 3 : 1) + below(2);
     for (int i = 0; i < names; ++i) {
       QString word;
-      const QStringList bits = select(dut, word, unit.op == ".SC." ? 1 : 8);
+      const QStringList bits = select(dut, word, unit.op == ".SC." ? 1 : wide ? 16 : 8);
       if (unit.op == ".SC." && bits.size() > 1) {
         word = bits[0];
         unit.bits = QStringList{bits[0]};
@@ -218,7 +225,8 @@ class Generator {
     core.multiple = chance(45);
     if (chance(45)) core.triggerEnable = pick(dut.enables);
     core.triggerEnableLow = chance(50);
-    core.depth = chance(4) ? 1024 : 16 << below(4);
+    core.findEnableEdges(dut);
+    core.depth = chance(4) && !isSlow(project) ? 1024 : 16 << below(4);
     core.windowSamples = core.depth;
     if (core.multiple) {
       core.windowSamples = 16;
@@ -243,7 +251,7 @@ class Generator {
       Expression expression;
       expression.name = QString("TE%1").arg(core.expressions.size() + 1);
       expression.ebr = chance(40);
-      const int steps = chance(50) ? 1 : 2 + below(2);
+      const int steps = chance(50) ? 1 : 2 + below(chance(20) ? 5 : 2);
       for (int s = 0; s < steps; ++s) expression.steps += {makeTerm(core.units, 2), chance(60) ? 1 : 2 + below(3)};
       while (expression.maxSteps < steps || chance(20)) expression.maxSteps *= expression.maxSteps < 8 ? 2 : 1;
       int most = 1;
@@ -283,9 +291,7 @@ QVector<Run> captureAll(const Project& project, const ost::InsertPlan& plan, con
   QVector<Run> runs;
   QString error;
   mustHold(live.reader.identify(error), error);
-  double fastest = project.clockPeriods[0];
-  for (double period : project.clockPeriods) fastest = std::min(fastest, period);
-  const int passes = project.tckHalfPeriod > 5 * fastest ? 1 : kRunsPerCore;
+  const int passes = isSlow(project) ? 1 : kRunsPerCore;
   for (int pass = 0; pass < passes || (pass < 12 && !anyToggled(runs)); ++pass) {
     for (int i = 0; i < project.cores.size(); ++i) {
       const Core& core = project.cores[i];

@@ -274,7 +274,14 @@ void compareReasons(const Core& core, const Run& run, const QString& where, cons
              where + ": the reader counts other events: " + text);
 }
 
-/// The output's pulses: active right after edge t + 3 of each trigger's edge t, for the minimum pulse.
+/// Edges from that of a trigger to that right behind which the trigger output is active.
+int triggerOutEdges(const Core& core) {
+  const bool wide = std::any_of(core.units.begin(), core.units.end(),
+                                [](const Unit& unit) { return unit.op != ".SC." && unit.bits.size() > 16; });
+  return wide ? 5 : 4;
+}
+
+/// The output's pulses: active from that edge on, for the minimum pulse.
 void compareTriggerOut(const Core& core, const QVector<qint64>& triggers, const QVector<qint64>& ends,
                        const QVector<Level>& levels, const QString& where, Totals& totals) {
   QVector<qint64> rises, falls, seenRises, seenFalls;
@@ -387,8 +394,9 @@ class Comparison {
       }
     }
     for (int row : expected.triggerRows) {
-      state.outputRises += record.times[row + 3];
-      state.outputFalls += record.times[row + 3 + std::max(1, core.triggerOutMinPulse)];
+      const int active = row + triggerOutEdges(core);
+      state.outputRises += record.times[active];
+      state.outputFalls += record.times[active + std::max(1, core.triggerOutMinPulse)];
     }
   }
 

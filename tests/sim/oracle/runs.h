@@ -98,5 +98,9 @@ void runSeed(quint32 seed, const Settings& settings, Totals& totals);  ///< One 
 void playScenes(const Settings& settings, Totals& totals);
 /// On a device whose nets are x or z at times: what is known is captured as it is, and the simulation names the rest.
 void unknownLevels(const Settings& settings, Totals& totals);
+/// A serdes block that loses lock, has glitches, stopped clocks and resets, seen by the serdes core.
+void serdesBlock(const Settings& settings);
+/// The Wishbone master, without an insertion.
+void wishboneMaster(const Settings& settings, Totals& totals);
 
 }  // namespace oracle

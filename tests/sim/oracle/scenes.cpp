@@ -42,6 +42,7 @@ Project sceneProject() {
   project.cores[2].name = "c2";
   project.cores[2].clock = "clk_b";
   project.cores[2].triggerEnable = "rst";
+  for (Core& one : project.cores) one.findEnableEdges(*project.dut);
   return project;
 }
 
@@ -303,9 +304,19 @@ void readOutCost(const Settings& settings, Totals& totals) {
 
 void playScenes(const Settings& settings, Totals& totals) {
   try {
+    wishboneMaster(settings, totals);
+  } catch (const Difference& difference) {
+    throw Difference{"Wishbone master: " + difference.text};
+  }
+  try {
     unknownLevels(settings, totals);
   } catch (const Difference& difference) {
     throw Difference{"unknown levels: " + difference.text};
+  }
+  try {
+    serdesBlock(settings);
+  } catch (const Difference& difference) {
+    throw Difference{"serdes block: " + difference.text};
   }
   Scenes scenes(settings, totals);
   const struct {

@@ -35,6 +35,7 @@ Project unknownProject() {
   core.depth = core.windowSamples = 256;
   core.sampleEnable = "en";
   core.triggerEnable = "look";
+  core.findEnableEdges(device());
   const auto unit = [&](const Net& net, const char* op, const char* digits) {
     core.units.append({QString("TU%1").arg(core.units.size() + 1), {net.name}, net.bits(), op, "bin", digits});
   };

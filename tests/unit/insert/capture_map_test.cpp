@@ -91,5 +91,58 @@ TEST(CaptureMap, IsRefusedDamagedWithThePlace) {
   }
 }
 
+TEST(CaptureMap, TellsOfTheWishboneMaster) {
+  InsertPlan plan = planFromText("wb=12"), back;
+  QString error;
+  const QByteArray hash = planHash(plan);
+  plan.wishbone->portPrefix = "ostrel1_wb_";
+  EXPECT_EQ(planHash(plan), hash) << "where the bus is does not count";
+  plan.wishbone->isConnected = true;
+  plan.wishbone->instance = "u_bus";
+  plan.wishbone->clock = {"", "clk", 0, "clk"};
+  plan.wishbone->pins = {{WishboneSignal::Cycle, "cyc_i", 1}, {WishboneSignal::Address, "adr_i", 10}};
+  plan.projectHash = planHash(plan);
+  const QByteArray json = captureMapJson(plan);
+  ASSERT_TRUE(readCaptureMap(json, back, error)) << plain(error);
+  EXPECT_EQ(captureMapJson(back), json);
+  const struct {
+    const char *from, *to, *complaint;
+  } table[] = {
+      {"\"core\": 0", "\"core\": 1", "wishbone.core"},
+      {"[\"adr\", \"adr_i\", 10]", "[\"adr\", \"adr_i\", 33]", "wishbone.pins[1]: expected [signal, port, width]"},
+      {"[\"cyc\"", "[\"cycle\"", "wishbone.pins[0]"},
+      {"\"addressBits\": 12", "\"addressBits\": 33", "wishbone.addressBits"},
+      {"\"bigEndian\": true", "\"bigEndian\": false", "hash"},
+  };
+  for (const auto& row : table) {
+    EXPECT_FALSE(readCaptureMap(damaged(json, row.from, row.to), back, error));
+    EXPECT_TRUE(has(error, row.complaint)) << plain(error);
+  }
+}
+
+TEST(CaptureMap, HasTheSerdesCore) {
+  InsertPlan plan = planFromText("probes=2 depth=16 serdes=1:2:rst");
+  PlanSerdes& serdes = *plan.serdes;
+  plan.cores[0].sampleClock = serdes.clock = serdes.reset = plan.cores[0].probeBits[0];
+  serdes.clocks[0] = {plan.cores[0].probeBits[1], "clock"};
+  serdes.levels = {{plan.cores[0].probeBits[0], "lock"}, {plan.cores[0].probeBits[1], "los"}};
+  plan.projectHash = planHash(plan);
+  const QByteArray json = captureMapJson(plan);
+  InsertPlan back;
+  QString error;
+  ASSERT_TRUE(readCaptureMap(json, back, error)) << plain(error);
+  EXPECT_EQ(captureMapJson(back), json);
+  const struct {
+    const char *from, *to, *complaint;
+  } table[] = {{"\"core\": 1", "\"core\": 0", "serdes.core"},
+               {"\"word\": \"los\"", "\"word\": \"l os\"", "watched[2].word: is not a word"},
+               {"\"word\": \"los\"", "\"word\": \"clock\"", "hash"},
+               {"\"reset\"", "\"rest\"", "serdes"}};
+  for (const auto& row : table) {
+    EXPECT_FALSE(readCaptureMap(damaged(json, row.from, row.to), back, error));
+    EXPECT_TRUE(has(error, row.complaint));
+  }
+}
+
 }  // namespace
 }  // namespace ost

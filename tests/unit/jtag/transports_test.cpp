@@ -194,11 +194,31 @@ TEST(Transports, DevicesAheadAndBehindAreSteppedOver) {
   EXPECT_TRUE(port.sent == QByteArray("\0\1\1\1\0\0", 6) && read == QByteArray(3, 1));
 }
 
+/// What a good server replies to a scan of six bits.
+const QByteArray kReplies[] = {"000000", QByteArray(2, 0), "0 00\x1a"};
+
+TEST(Transports, WhatComesUnaskedIsNoAnswer) {
+  for (const Way& way : kWays) {
+    SCOPED_TRACE(way.name);
+    Server server(way, [&](int in, int& out) {
+      swallow(in, 1), answer(out, kReplies[way.protocol]);
+      usleep(50000), answer(out, kReplies[way.protocol]), swallow(in);
+    });
+    const ConnectedTap client = server.client();
+    QByteArray read;
+    QString error;
+    EXPECT_TRUE(client.tap->scanData(QByteArray(6, 0), &read, error)) << plain(error);
+    usleep(200000);
+    EXPECT_FALSE(client.tap->scanData(QByteArray(6, 0), &read, error));
+    EXPECT_TRUE(has(error, "more than it was asked for"));
+  }
+}
+
 TEST(Transports, AnEndIsNoticedAtOnceBehindWhicheverByte) {
   for (const Way& way : kWays) {
     const QByteArray request[] = {QByteArray(24, 0), QByteArray(14, 0),
                                   "format {%d %s} [catch {drscan a.tap 6 0x00} ostrel_result] $ostrel_result\x1a"};
-    const QByteArray replies[] = {"000000", QByteArray(2, 0), "0 00\x1a"}, reply = replies[way.protocol];
+    const QByteArray reply = kReplies[way.protocol];
     for (int answers = 0; answers <= reply.size(); ++answers) {
       SCOPED_TRACE(testing::Message() << way.name << ", behind " << answers);
       Server server(way, [&](int in, int& out) {

@@ -83,6 +83,8 @@ TEST(CaptureOptions, ThatDoNotFitAreNamedAndChangeNothing) {
       {"-period c=10", "or CORE=6.25ns", false},
       {"-replay u", "give both", false},
       {"-wave -csv -", "leave one out", false},
+      {"-serdes -vcd x", "only \"-json\"", false},
+      {"-clear", "give both", false},
       {"-count 6", "1 to 5 events", false},
       {"-windows 2", "1 to 1 windows", false},
   };

@@ -1,4 +1,5 @@
 // Decoded captures as VCD, waveform and comma-separated text.
+#include <QMap>
 #include <QProcess>
 #include <QStandardPaths>
 
@@ -282,6 +283,26 @@ TEST(Viewers, SigrokReadsTheBitsOfTheVcd) {
       << csv.constData();
 }
 
+/// What a dump says at each of its times, in order: "TIME NAME VALUE".
+QStringList changesIn(const QByteArray& vcd) {
+  QMap<QByteArray, QByteArray> names;
+  QStringList changes;
+  QByteArray time;
+  for (const QByteArray& line : vcd.split('\n')) {
+    const QList<QByteArray> words = line.simplified().split(' ');
+    if (words[0] == "$var")
+      names[words[3]] = words[4];
+    else if (line.startsWith('#'))
+      time = line;
+    else if (!time.isEmpty() && words.size() == 2)
+      changes << QString(time + ' ' + names.value(words[1]) + ' ' + words[0]);
+    else if (!time.isEmpty() && !line.isEmpty() && !line.startsWith('$'))
+      changes << QString(time + ' ' + names.value(line.mid(1)) + ' ' + line[0]);
+  }
+  changes.sort();
+  return changes;
+}
+
 /// GTKWave's own reader of dumps, and the names under which the save file asks for what it has read.
 TEST(Viewers, GtkwaveReadsTheVcd) {
   const Scratch scratch;
@@ -291,7 +312,7 @@ TEST(Viewers, GtkwaveReadsTheVcd) {
   const OutputFile vcd{scratch.write("a.vcd", capturesToVcd({capture}, "top"))}, save{scratch.path("a.gtkw")};
   READ_BY(back, "sh", "-c", "vcd2fst -v \"$1\" -f \"$1.fst\" >&2 && fst2vcd -f \"$1.fst\"", "sh", vcd.name);
   if (process.exitCode() == 127) GTEST_SKIP() << "gtkwave is not installed";
-  EXPECT_EQ(back.count("\n#"), scratch.read("a.vcd").count("\n#")) << back.constData();
+  EXPECT_EQ(changesIn(back), changesIn(scratch.read("a.vcd"))) << back.constData();
   for (const char* part : {"\\u+x $end", "\\e.n $end", "l[0] $end", "asc [-1:0] $end", "n [2:0] $end", "\nsFIVE "})
     EXPECT_TRUE(has(back, part));
   const QList<OutputText> view = gtkwaveView({capture}, "top", {}, vcd, save);
@@ -300,6 +321,22 @@ TEST(Viewers, GtkwaveReadsTheVcd) {
   for (const char* part : {"*-2.954196 6 -1", "-top.u_a.u_b\n@2028\n^1 /", "a_filter1.txt\ntop.u_a.u_b.n[2:0]\n",
                            "@28\ntop.l[0].asc[-1:0]\n", "top.\\u+x.\\e.n\n", "\nostrel.trigger\n"})
     EXPECT_TRUE(has(view[0].text, part));
+}
+
+/// The program itself, on a display that nobody sees: what it shows at the marker, the trigger.
+TEST(Viewers, DisplayOfGtkwave) {
+  const Scratch scratch;
+  Capture capture = counterCapture(1, 8, 5);
+  capture.core.probes[0].names = {{"FIVE", "101"}};
+  const OutputFile vcd{scratch.write("a.vcd", capturesToVcd({capture}, "top"))}, save{scratch.path("a.gtkw")};
+  QString error;
+  ASSERT_TRUE(storeAll(gtkwaveView({capture}, "top", {}, vcd, save), error)) << plain(error);
+  const QString script = scratch.write("show.tcl",
+                                       "foreach n [gtkwave::getDisplayedSignals] {\n"
+                                       "  puts \"$n [gtkwave::getTraceValueAtMarkerFromName $n]\"\n}\n"
+                                       "gtkwave::/File/Quit\n");
+  READ_BY(said, "xvfb-run", "-a", "gtkwave", "-S", script, save.name);
+  EXPECT_TRUE(has(said, "top.BUS1[1:0] 01\ntop.u_a.u_b.n[2:0] FIVE\nostrel.trigger 1\n"));
 }
 
 TEST(Viewers, ABrowserShowsThePage) {

@@ -38,10 +38,13 @@ const char* const kPlans[] = {
     "probes=3 depth=16 incl unit=match:0:2",
     "probes=7 depth=64 windows=4 ws=16 ts=63 incl se=low te=high event=5 out=3 outlow unit=match:0:3 unit=order:2:4 "
     "unit=serial:1:5 expr=0+1+2:4:9:ebr expr=0 expr=1:3:1",
-    // Tables in all three stores, several cores, windows of two samples, steps and counts that are no powers of two.
-    "probes=300 depth=64 windows=32 ws=2 dram unit=match:0:1 unit=match:1:1 unit=match:2:1 unit=match:3:1 "
+    // Tables in all three stores, several cores, a wide unit, steps and counts that are no powers of two.
+    "probes=300 depth=64 windows=4 ws=16 dram unit=match:0:1 unit=match:1:1 unit=match:2:1 unit=match:3:1 "
     "unit=order:4:1 expr=0+1+2+3+4:3:5 expr=0:3:5 core probes=1 depth=16 dram nodram unit=serial:0:1 expr=0 "
-    "core probes=2 depth=65536 event=65536 out=0 unit=order:0:64 expr=0:16:65536",
+    "core probes=2 depth=65536 event=65536 out=0 unit=order:0:64 expr=0:16:65536 serdes=40:214:rst",
+    "probes=1 depth=16 serdes=1:0",
+    "probes=1 depth=16 serdes=0:1",
+    "probes=1 depth=16 wb=3",
 };
 
 TEST(DebugModule, CompilersTakeItWithoutAWarning) {
@@ -78,13 +81,31 @@ TEST(DebugModule, SynthesisKnowsEverythingButTheDevicesPrimitive) {
 TEST(DebugModule, ConstraintsCoverEveryPathBetweenTheClocks) {
   InsertPlan plan = planFromText(
       "probes=7 depth=16 dram ts=10 incl se=low te=high event=5 out=3 unit=match:0:3 unit=order:2:4 unit=serial:1:5 "
-      "expr=0+1+2:4:9:ebr expr=0:2:2 core probes=3 depth=32 windows=2 ws=16 unit=match:0:1 expr=0:2");
+      "expr=0+1+2:4:9:ebr expr=0:2:2 core probes=3 depth=32 windows=2 ws=16 unit=match:0:17 unit=order:0:17 "
+      "expr=0+1:2 wb=32 serdes=2:3:rst");
   plan.pins = {"jtag_tck", "jtag_tms", "jtag_tdi", "jtag_tdo"};
   const Written written(plan);
+  // The Wishbone master's buffers are flip-flops here: eight words of them.
+  written.write(
+      "ostrel_wishbone.v",
+      QByteArray(written.read("ostrel_wishbone.v")).replace("WORDS = 512, WORD_BITS = 9", "WORDS = 8, WORD_BITS = 3"));
   written.write("core_top.sdc", constraintsText(plan, "dut", ConstraintDialect::Sdc));
-  EXPECT_EQ(plain(written.run("cp " OST_TIMING "/* . && yosys -q -p 'read_verilog *.v; script netlist.ys' && "
-                              "sta -no_splash check.tcl")),
+  written.write("core_top.xdc", constraintsText(plan, "dut", ConstraintDialect::Xdc));
+  EXPECT_EQ(plain(written.run("cp " OST_TIMING "/* . && yosys -q -w . -p 'read_verilog *.v; script names.ys; "
+                              "script netlist.ys' && tclsh xdc.tcl && sta -no_splash check.tcl")),
             "Saving command history\n");
+}
+
+TEST(DebugModule, ConstraintsNameThePrimitivesOfDevices) {
+  for (const JtagWay way : {JtagWay::Bscane2, JtagWay::GwJtag}) {
+    InsertPlan plan = planFromText(kPlans[1]);
+    plan.jtag.way = way;
+    const Written written(plan);
+    written.write("core_top.xdc", constraintsText(plan, "dut", ConstraintDialect::Xdc));
+    EXPECT_EQ(plain(written.run("cp " OST_TIMING "/* . && yosys -q -w . -p 'read_verilog -lib +/xilinx/cells_sim.v "
+                                "+/xilinx/cells_xtra.v; read_verilog *.v; script names.ys' && tclsh xdc.tcl")),
+              "");
+  }
 }
 
 TEST(DebugModule, MemoriesGoWhereThePlanPutsThem) {

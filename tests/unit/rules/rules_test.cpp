@@ -52,11 +52,40 @@ module top(input clk, input clk2, input [3:0] din, output reg [3:0] count, outpu
 endmodule
 )";
 
+QByteArray replaced(QByteArray text, const char* from, const char* to) {
+  return text.replace(from, to);
+}
+
 /// Read once for all tests.
 const DesignAndNetlist& board() {
   static const DesignAndNetlist read(Scratch().write("top.v", kDesign));
   return read;
 }
+
+/// Blocks for the serdes core, each with its faults.
+const char kBlocks[] = R"(
+(* ostrel_role = "dcu" *)
+module phy(input clk, (* ostrel_watch = "lock" *) input lock, (* ostrel_watch = "clock" *) input [1:0] rx);
+  reg seen;
+  always @(posedge clk) seen <= lock;
+endmodule
+(* ostrel_role = "dcu" *) module bare(input clk); wire quiet = clk; endmodule
+(* ostrel_role = "dcu, j2w" *)
+module odd(input clk, (* ostrel_watch = "in lock" *) input lock, (* ostrel_watch *) input [253:0] many);
+  (* ostrel_watch = "los" *) wire floating;
+endmodule
+module one(input clk, input rst, input lock, input [1:0] rx);
+  wire low = 1'b0;
+  phy u_phy(.clk(clk), .lock(lock), .rx(rx));
+endmodule
+module two(input clk, input lock, input [1:0] rx);
+  phy a(.clk(clk), .lock(lock), .rx(rx));
+  bare b(.clk(clk));
+endmodule
+module worst(input clk, input lock, input [253:0] many);
+  odd u_odd(.clk(clk), .lock(lock), .many(many));
+endmodule
+)";
 
 /// The findings with the rules that need drivers.
 QList<Finding> findingsOf(const Project& project) {
@@ -98,7 +127,11 @@ void change(Project& project, const QString& word, const QString& value) {
       {"core", [&] { addGoodCore(project, value); }},
       {"cores", [&] { times([&](int i) { addGoodCore(project, QString("c_%1").arg(i)); }); }},
       {"no_core", [&] { project.cores.clear(); }},
-      {"wishbone", [&] { project.wishbone.reset(new mero::ostrel::istWishboneMaster); }},
+      {"wishbone",
+       [&] {
+         project.wishbone.reset(new mero::ostrel::istWishboneMaster);
+         project.wishboneConnected = value == "connected";
+       }},
       {"serdes", [&] { project.serdes.reset(new mero::ostrel::istSerdesCore); }},
       {"off", [&] { core.enabled = false; }},
       {"clock", [&] { o.sampleClock = value; }},
@@ -144,7 +177,12 @@ const struct {
     {"no_core", {1}},
     {"off", {1}},
     {"clock=; off; core=c2", {}},  // faults of a core that is not enabled do not count
-    {"wishbone; serdes", {2, 3}},
+    {"serdes", {80, 85}},
+    {"wishbone", {}},
+    {"wishbone; no_core", {}},
+    {"wishbone; off", {1}},
+    {"wishbone; cores=255", {4}},
+    {"wishbone=connected", {70}},
     {"cores=255", {}},
     {"cores=256", {4}},
     {"clock=", {10}},
@@ -181,7 +219,7 @@ const struct {
     {"depth=65536; stamp=63; dram; core=c2; depth=65536; stamp=63", {52, 53}},
     {"dram; no_dram", {54}},
     {"trace=half[3] half[2] half[1] fixed[0]; signals=floating din[2:0]; enable; enable_signal=fixed[1]",
-     {60, 61, 61, 66}},
+     {60, 61, 61, 62, 62, 66}},
     {"trace=u_slow/u_reg/q mixed", {62}},
     {"trace=u_pad/through[1]", {62}},
     {"clock=u_deep/u_reg/clk; trace=u_deep/q", {}},  // the same clock under another name
@@ -195,6 +233,27 @@ const struct {
 
 TEST(DesignRules, EachProjectBreaksExactlyItsRules) {
   std::set<int> seen;
+  const struct {
+    const char *top, *clock, *reset;
+    std::multiset<int> rules;
+  } serdes[] = {{"one", "clk", "VLO", {}},
+                {"one", "u_phy/rx[1]", "rst", {}},
+                {"one", "clc", "rts", {86, 87}},
+                {"one", "u_phy/rx", "rx", {86, 87}},
+                {"one", "low", "VLO", {88}},
+                {"two", "clk", "VLO", {81, 82}},
+                {"worst", "clk", "VLO", {83, 84, 89, 90}}};
+  const Scratch folder;
+  const QString blocks = folder.write("blocks.v", kBlocks);
+  for (const auto& row : serdes) {
+    Project project;
+    project.serdes.reset(new mero::ostrel::istSerdesCore{row.clock, row.reset});
+    const DesignAndNetlist read(blocks, row.top);
+    const DesignCheck check = checkDesignRules(project, *read.design, read.netlist.get());
+    EXPECT_EQ(numbersOf(check.findings), row.rules) << plain(designRuleReport(check.findings));
+    EXPECT_EQ(check.plan != nullptr, !hasErrors(check.findings));
+    for (const Finding& finding : check.findings) seen.insert(finding.number);
+  }
   for (const auto& row : kProjects) {
     SCOPED_TRACE(row.changes);
     Project project;
@@ -225,7 +284,7 @@ TEST(DesignRules, EachProjectBreaksExactlyItsRules) {
   large.cores[1].timestampBits = 300000;
   checkPlan(large, limits);
   EXPECT_EQ(numbersOf(limits.findings()), (std::multiset<int>{5, 5, 55, 55}));
-  seen.insert({5, 55});
+  seen.insert({5, 55, 71, 72, 73});  // The last ones: WishboneSlave.
   for (const RuleRow& row : ruleTable()) EXPECT_TRUE(seen.count(int(row.rule))) << "no row for rule " << int(row.rule);
 }
 
@@ -249,7 +308,8 @@ TEST(DesignRules, ReportNamesObjectAndWayOutErrorsFirst) {
             "DRC-33 error: core c1, expression TE1: it has 4 steps, its max_seq_depth is 1 "
             "(ost_te set -core c1 -max_seq_depth 4 TE1)\n"
             "DRC-62 warning: core c1: \"u_slow/u_reg/q\" is clocked by \"clk2\", not by the sample clock "
-            "(ost_core add <name> for a core of its own with SampleClk=clk2)\n"
+            "(ost_core add <name> for a core of its own with SampleClk=clk2, or observe a register that takes the net "
+            "in)\n"
             "Design rules: 2 errors, 1 warning.\n");
 }
 
@@ -261,6 +321,53 @@ TEST(DesignRuleReport, CountsTheFindingsOfARuleAfterTheTwentieth) {
   EXPECT_EQ(report.count("DRC-14 error: core c1: gone (look)\n"), 20);
   EXPECT_TRUE(has(report, "DRC-14 error: 3 more of this rule\nDRC-62"));
   EXPECT_TRUE(has(report, "Design rules: 23 errors, 1 warning.\n"));
+}
+
+TEST(WishboneSlave, IsFoundByItsMarksAndPorts) {
+  const QByteArray ports =
+      "input clk, input wb_cyc_i, wb_stb_i, wb_we_i, input [5:2] wb_adr_i, input [31:0] wb_dat_i, output [31:0] "
+      "wb_dat_o, "
+      "output wb_ack_o";
+  const QByteArray mark = "(* ostrel_wishbone = \"slave\" *) ", role = "(* ostrel_role = \"dcu, jtag2wb\" *) ";
+  const QByteArray one = "s u1(.clk(clk));", two = one + " s u2(.clk(clk));";
+  const struct {
+    QByteArray role, ports, instances;
+    int rule;          ///< 0: none.
+    const char* text;  ///< Of the fault, or the instance's name with the bits of the address.
+  } table[] = {
+      {"", ports, one, 70, "no instance in the top"},
+      {role, ports, one, 0, "u1:6"},
+      {role, ports, two, 71, "\"u1\" and \"u2\""},
+      {role, ports, one + mark + "s u2(.clk(clk));", 0, "u2:6"},
+      {role, replaced(ports, "[5:2]", "[7:0]"), one, 0, "u1:8"},
+      {"", replaced(ports, "[5:2]", "[3:0]"), "(* ostrel_wishbone = \"slave, words\" *) " + one, 0, "u1:6"},
+      {role, replaced(ports, "[5:2]", "[8:3]"), one, 72, "must begin with bit 0 or 2"},
+      {role, replaced(ports, "wb_ack_o", "wb_ack"), one, 72, "lacks the port \"wb_ack_o\""},
+      {role, replaced(ports, "input [31:0]", "input [15:0]"), one, 72, "has 16 bits, 32 are wanted"},
+      {role, replaced(ports, "output wb_ack_o", "input wb_ack_o"), one, 72, "is no output"},
+      {role, ports + ", output wb_stall_o", one, 72, "pipelined"},
+      {role, ports + ", input b_cyc_i", one, 72, "several slave ports"},
+      {role, "input clk", one, 72, "no port whose name ends"},
+      {role, replaced(ports, "clk", "tick"), "s u1(.tick(clk));", 73, "has no clock"},
+      {role, replaced(ports, "input clk", "(* ostrel_wishbone = \"clock\" *) input tick"), "s u1(.tick(clk));", 0,
+       "u1:6"},
+      {role, ports, "s u1(.clk(1'b0));", 73, "is constant or has no driver"},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.text);
+    const QByteArray text =
+        row.role + "module s(" + row.ports + "); endmodule\nmodule top(input clk);\n" + row.instances + "\nendmodule\n";
+    const DesignAndNetlist read(Scratch().write("top.v", text));
+    Project project;
+    project.wishbone.reset(new mero::ostrel::istWishboneMaster);
+    project.wishboneConnected = true;
+    const DesignCheck check = checkDesignRules(project, *read.design, read.netlist.get());
+    EXPECT_EQ(numbersOf(check.findings), row.rule ? std::multiset<int>({row.rule}) : std::multiset<int>());
+    const QString found =
+        check.plan ? check.plan->wishbone->instance + ':' + QString::number(check.plan->wishbone->addressBits)
+                   : check.findings.value(0).text;
+    EXPECT_TRUE(has(found, row.text)) << plain(found);
+  }
 }
 
 }  // namespace

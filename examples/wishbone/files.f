@@ -1,0 +1,5 @@
+rtl/beat.v
+rtl/bus.v
+rtl/memory.v
+rtl/pwm.v
+rtl/pwm_system.v
