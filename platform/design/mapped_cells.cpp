@@ -2,6 +2,8 @@
 // carry chains again.
 #include "platform/design/mapped_cells.h"
 
+#include <algorithm>
+
 #include "platform/design/name_index.h"
 
 namespace ost {
@@ -121,6 +123,12 @@ YosysScript plainCellsScript(const YosysScript& hierarchy, bool isNetlist, const
     script.line("select -set ost_unnamed @ost_unnamed @ost_boxes");
   }
   return script.line("rename -enumerate -pattern unnamed$% @ost_unnamed");
+}
+
+bool isGivenName(const QByteArray& name) {
+  static const QByteArray start = "unnamed$";
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  return name.startsWith(start) && std::all_of(name.begin() + start.size(), name.end(), isDigit);
 }
 
 }  // namespace ost

@@ -14,4 +14,7 @@ bool isRawCell(const QByteArray& type);
 /// drives is another net than what drives it.
 YosysScript plainCellsScript(const YosysScript& hierarchy, bool isNetlist, const QList<QByteArray>& boxes);
 
+/// True for one of those names: "unnamed$12".
+bool isGivenName(const QByteArray& name);
+
 }  // namespace ost

@@ -1,6 +1,7 @@
 // Goes through the modules below an instance.
 #include "platform/netlist/instance_outline.h"
 
+#include "platform/design/mapped_cells.h"
 #include "platform/text/byte_text.h"
 
 namespace ost {
@@ -70,6 +71,7 @@ void forEachRegisterNet(const NetlistBits& netlist, const PlacedBit& instance,
   forEachBelow(netlist, instance, [&](const PlacedBit& place) {
     const ModuleIndex& index = netlist.index(place.module);
     index.forEachPublicNet([&](const QByteArray& name, const QVector<int>& bits, bool hasInitialValue) {
+      if (isGivenName(name)) return;
       int registers = 0;
       for (const int bit : bits) {
         const bool isRegister = isRegisterBit(index, bit);

@@ -16,7 +16,7 @@ BitSource sourceOf(const NetlistBits& netlist, const PlacedBit& bit);
 /// The sources of all clocks of registers and memories in the instance and below.
 std::set<BitSource> clocksOf(const NetlistBits& netlist, const PlacedBit& instance);
 
-/// A public net with bits that are registers'; its others are constant or undriven.
+/// A net that the source names, with bits that are registers'; its others are constant or undriven.
 struct RegisterNet {
   PlacedBit place;  ///< Of the instance that holds it.
   QByteArray name;

@@ -252,7 +252,10 @@ int CaptureObject::write(const SubCall& call) {
   CaptureOptions options;
   QString error;
   if (!parseCaptureOptions(call.words.mid(1), options, error, kUseWrite)) return call.failUsage(error);
-  if (!askForFile(call.words[0], options, error)) return call.fail(error, capture_error::kValue);
+  QStringList cores;
+  for (const Capture& capture : set_.cores) cores += capture.core.name;
+  if (!checkPeriods(cores, options, error) || !askForFile(call.words[0], options, error))
+    return call.fail(error, capture_error::kValue);
   options.allCores = set_.cores.size() > 1;
   CaptureSet shown = set_;
   for (Capture& capture : shown.cores) {

@@ -45,7 +45,7 @@ QList<OutputText> captureFiles(const CaptureOptions& options, const CaptureSet& 
   const QString& topModule = set.topModule;
   QStringList cores;
   for (const Capture& capture : captures) cores += capture.core.name;
-  const ClockPeriod& period = options.vcdStyle.period;
+  const auto periodOf = [&](int core) { return options.vcdStyle.periodOf(captures[core]); };
   QList<OutputText> files;
   OutputFile vcd;
   for (const PlannedFile& planned : plannedFiles(options, cores, number)) {
@@ -62,13 +62,13 @@ QList<OutputText> captureFiles(const CaptureOptions& options, const CaptureSet& 
         files.append({file, captureToCsv(captures[planned.core])});
         break;
       case FileForm::SigrokSession:
-        files.append({file, captureToSigrok(captures[planned.core], period)});
+        files.append({file, captureToSigrok(captures[planned.core], periodOf(planned.core))});
         break;
       case FileForm::Page:
-        files.append({file, captureToPage(captures[planned.core], topModule, period)});
+        files.append({file, captureToPage(captures[planned.core], topModule, periodOf(planned.core))});
         break;
       case FileForm::Json:
-        files.append({file, capturesToJson(set)});
+        files.append({file, capturesToJson(set, options.vcdStyle)});
         break;
       case FileForm::Replay:
         for (const Capture& capture : captures) {

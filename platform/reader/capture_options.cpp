@@ -79,9 +79,14 @@ bool keepPlace(CaptureOptions& options, const QString& option, const QString& va
 bool keepInstruction(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
   return parseInstruction(option, value, options.instruction, error);
 }
+/// Of all cores, or of the one named.
 bool keepPeriod(CaptureOptions& options, const QString& option, const QString& value, QString& error) {
-  return parsePeriod(value, options.vcdStyle.period) ||
-         wrongValue(option, value, "a time from fs to ms, for example 10ns or 6.25ns", error);
+  const int equals = value.lastIndexOf(QLatin1Char('='));
+  ClockPeriod period;
+  if (equals == 0 || !parsePeriod(value.mid(equals + 1), period))
+    return wrongValue(option, value, "a time from fs to ms, for example 10ns, or CORE=6.25ns", error);
+  (equals < 0 ? options.vcdStyle.period : options.vcdStyle.corePeriods[value.left(equals)]) = period;
+  return true;
 }
 bool keepSingleBits(CaptureOptions& options, const QString&, const QString&, QString&) {
   return options.vcdStyle.singleBits = true;
@@ -144,7 +149,8 @@ const Option kOptions[] = {
     {"-out", "FILE", "the Verilog file of -replay", keepFile<&CaptureOptions::replayFile>},
     {"-window", "N", "the window of -replay, counted from 0 (default: 0)", keepWindow, kUseReplay},
     {"-wave", nullptr, "a small waveform on the terminal (default without a file)", raise<&CaptureOptions::wave>},
-    {"-period", "TIME", "of the sample clock, for example 10ns: files for viewers get real time", keepPeriod,
+    {"-period", "TIME|CORE=TIME",
+     "of the sample clocks, or of one, for example 10ns: files for viewers get real time; repeatable", keepPeriod,
      kUseWrite},
     {"-radix", "RADIX", "of vectors, instead of the core's: Bin, Oct, Dec or Hex", keepRadix, kUseWrite | kUseValues},
     {"-range", "FROM:TO", "only these samples, counted from the trigger", keepRange, kUseWrite | kUseReplay},

@@ -41,7 +41,7 @@ struct CaptureOptions {
   QString replay;  ///< The instance of which `replayFile` gets a test bench,
   OutputFile replayFile;
   int window = 0;     ///< and the window that it replays.
-  VcdStyle vcdStyle;  ///< Its period holds for all files.
+  VcdStyle vcdStyle;  ///< Its periods hold for all files.
   ViewChoice view;
   QVector<WishboneCommand> wishbone;  ///< In order of appearance.
   bool wave = false, status = false, info = false;

@@ -88,15 +88,15 @@ void ViewWriter::addScope(const QByteArray& path, const VcdScope& scope) {
 
 QList<OutputText> gtkwaveView(const QVector<Capture>& captures, const QString& topModule, const VcdStyle& style,
                               const OutputFile& vcdFile, const OutputFile& file) {
-  const VcdClock clock(captures, style.period);
+  const VcdClock clock(captures, style);
   qint64 marker = -1, end = 1;
   for (const Capture& capture : captures) {
     const QVector<qint64> times = sampleTimes(capture);
     const qint64 start = clock.startOf(capture);
-    if (!times.isEmpty()) end = qMax(end, clock.scaled(start + times.last() + 1));
+    if (!times.isEmpty()) end = qMax(end, clock.scaled(capture, start + times.last() + 1));
     const int trigger = capture.windows.isEmpty() ? -1 : capture.windows[0].trigger;
     if (marker < 0 && trigger >= 0 && trigger < capture.windows[0].samples)
-      marker = clock.scaled(start + times[trigger]);
+      marker = clock.scaled(capture, start + times[trigger]);
   }
   const VcdLayout layout = layOutVcd(captures, topModule, style.singleBits);
   ViewWriter writer(captures, file);

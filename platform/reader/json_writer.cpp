@@ -20,6 +20,7 @@ struct Bytes {
 
 class CaptureJson {
  public:
+  explicit CaptureJson(const VcdStyle& style) : style_(style) {}
   QByteArray write(const CaptureSet& set);
 
  private:
@@ -54,6 +55,7 @@ class CaptureJson {
   void signal(const Capture& capture, const PlanProbe& probe);
   void core(const Capture& capture);
 
+  const VcdStyle& style_;
   Bytes bytes_;
   rapidjson::Writer<Bytes, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator> writer_{bytes_};
 };
@@ -82,6 +84,11 @@ void CaptureJson::core(const Capture& capture) {
   writer_.StartObject();
   text("name", plan.name.toLatin1());
   text("sampleClock", plan.sampleClock.name.toLatin1());
+  const ClockPeriod period = style_.periodOf(capture);
+  if (period.isKnown()) {
+    writer_.Key("periodFemtoseconds");
+    writer_.Int64(period.femtoseconds);
+  }
   list("windows", capture.windows, [&](const CaptureWindow& window) {
     writer_.StartObject();
     number("samples", window.samples);
@@ -119,8 +126,8 @@ QByteArray CaptureJson::write(const CaptureSet& set) {
 
 }  // namespace
 
-QByteArray capturesToJson(const CaptureSet& set) {
-  return CaptureJson().write(set);
+QByteArray capturesToJson(const CaptureSet& set, const VcdStyle& style) {
+  return CaptureJson(style).write(set);
 }
 
 }  // namespace ost

@@ -3,7 +3,7 @@
 
 #include <QByteArray>
 
-#include "platform/reader/capture.h"
+#include "platform/reader/vcd_writer.h"
 
 namespace ost {
 
@@ -11,6 +11,6 @@ namespace ost {
 constexpr int kCaptureJsonVersion = 1;
 
 /// One object; values are numbers without a limit of width.
-QByteArray capturesToJson(const CaptureSet& set);
+QByteArray capturesToJson(const CaptureSet& set, const VcdStyle& style = {});
 
 }  // namespace ost

@@ -40,6 +40,7 @@ QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, 
     all += i;
     names += plan.cores[i].name;
   }
+  if (!checkPeriods(names, options, error)) return {};
   const QVector<int> chosen =
       named.isEmpty() && options.core.isEmpty() && (all.size() == 1 || options.allCores) ? all : named;
   for (const auto& change : options.changes) {
@@ -59,6 +60,16 @@ QVector<int> chooseCores(const InsertPlan& plan, const CaptureOptions& options, 
               ? QStringLiteral("The design has several cores; choose one of %1 with -core NAME, or -all.").arg(list)
               : QStringLiteral("There is no core \"%1\"; choose one of %2.").arg(options.core, list);
   return {};
+}
+
+bool checkPeriods(const QStringList& names, const CaptureOptions& options, QString& error) {
+  for (const QString& core : options.vcdStyle.corePeriods.keys()) {
+    if (names.contains(core)) continue;
+    error = QStringLiteral("\"-period\" is for the core \"%1\", which is none of %2.")
+                .arg(core, names.join(QLatin1String(", ")));
+    return false;
+  }
+  return true;
 }
 
 bool applyRunOptions(const CaptureOptions& options, RunSettings& settings, QString& error) {

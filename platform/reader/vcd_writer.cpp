@@ -9,6 +9,8 @@
 namespace ost {
 namespace {
 
+constexpr qint64 kUnknownPeriod = 1000000;  ///< Femtoseconds.
+
 /// A variable with its identifier code and the value written last.
 struct Written {
   const VcdVariable* variable = nullptr;
@@ -87,12 +89,19 @@ QByteArray unitOfTime(const Capture& capture, const ClockPeriod& period) {
 
 }  // namespace
 
-VcdClock::VcdClock(const QVector<Capture>& captures, const ClockPeriod& period) : several_(captures.size() > 1) {
-  if (!period.isKnown()) return;
+VcdClock::VcdClock(const QVector<Capture>& captures, const VcdStyle& style) : several_(captures.size() > 1) {
+  bool isReal = false;
+  for (const Capture& capture : captures) {
+    const ClockPeriod period = style.periodOf(capture);
+    isReal = isReal || period.isKnown();
+    factors_[capture.core.name] = period.isKnown() ? period.femtoseconds : kUnknownPeriod;
+  }
   // Never 10 or 100 of a unit: GTKWave's save files count in the units themselves.
   static const char* const kUnits[] = {"1 fs", "1 ps", "1 ns", "1 us", "1 ms"};
+  const auto isDivisible = [](qint64 factor) { return factor % 1000 == 0; };
   int unit = 0;
-  for (factor_ = period.femtoseconds; unit < 4 && factor_ % 1000 == 0; factor_ /= 1000) ++unit;
+  for (; unit < (isReal ? 4 : 2) && std::all_of(factors_.begin(), factors_.end(), isDivisible); ++unit)
+    for (qint64& factor : factors_) factor /= 1000;
   timescale_ = kUnits[unit];
 }
 
@@ -101,16 +110,17 @@ qint64 VcdClock::startOf(const Capture& capture) const {
   return static_cast<qint64>(capture.timestamp(capture.windows[0].firstRow));
 }
 
-qint64 VcdClock::scaled(qint64 time) const {
-  const qint64 most = std::numeric_limits<qint64>::max();
-  return time > most / factor_ ? most : time * factor_;
+qint64 VcdClock::scaled(const Capture& capture, qint64 time) const {
+  const qint64 most = std::numeric_limits<qint64>::max(), factor = factors_.value(capture.core.name, 1);
+  return time > most / factor ? most : time * factor;
 }
 
 QByteArray capturesToVcd(const QVector<Capture>& captures, const QString& topModule, const VcdStyle& style) {
-  const VcdClock clock(captures, style.period);
+  const VcdClock clock(captures, style);
   const VcdLayout layout = layOutVcd(captures, topModule, style.singleBits);
   QByteArray text = "$version ost_capture $end\n";
-  for (const Capture& capture : captures) text += "$comment " + unitOfTime(capture, style.period) + " $end\n";
+  for (const Capture& capture : captures)
+    text += "$comment " + unitOfTime(capture, style.periodOf(capture)) + " $end\n";
   text += "$timescale " + clock.timescale() + " $end\n";
   QVector<Written> variables;
   declare(layout.topName, layout.top, variables, text);
@@ -122,14 +132,16 @@ QByteArray capturesToVcd(const QVector<Capture>& captures, const QString& topMod
     QVector<Written*> mine;
     for (Written& written : variables)
       if (written.variable->capture == i) mine += &written;
-    events += eventsOf(captures[i], mine, clock.startOf(captures[i]));
-    if (captures.size() > 1) addUnknown(mine, events.takeLast().time, events);
+    QVector<Event> own = eventsOf(captures[i], mine, clock.startOf(captures[i]));
+    if (captures.size() > 1) addUnknown(mine, own.takeLast().time, own);
+    for (Event& event : own) event.time = clock.scaled(captures[i], event.time);
+    events += own;
   }
   const auto isEarlier = [](const Event& one, const Event& other) { return one.time < other.time; };
   std::stable_sort(events.begin(), events.end(), isEarlier);
   qint64 time = -1;
   for (const Event& event : events) {
-    if (event.time != time) text += '#' + QByteArray::number(clock.scaled(event.time)) + '\n';
+    if (event.time != time) text += '#' + QByteArray::number(event.time) + '\n';
     time = event.time;
     text += event.text;
   }

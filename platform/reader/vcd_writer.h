@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QMap>
 #include <QString>
 
 #include "platform/reader/capture.h"
@@ -10,8 +11,12 @@
 namespace ost {
 
 struct VcdStyle {
-  ClockPeriod period;       ///< Known: time is real, otherwise a sample or a sample clock counts as 1 ns.
-  bool singleBits = false;  ///< For programs that read no vectors.
+  ClockPeriod period;                      ///< Of all sample clocks but those
+  QMap<QString, ClockPeriod> corePeriods;  ///< of these cores, by name.
+  bool singleBits = false;                 ///< For programs that read no vectors.
+
+  /// Known: time is real, otherwise a sample or a sample clock counts as 1 ns.
+  ClockPeriod periodOf(const Capture& capture) const { return corePeriods.value(capture.core.name, period); }
 };
 
 /// Times are sampleTimes(); between two windows everything is x, when there is a unit of time for it. Next to the
@@ -29,15 +34,15 @@ QByteArray capturesToVcd(const QVector<Capture>& captures, const QString& topMod
 /// timescale.
 class VcdClock {
  public:
-  VcdClock(const QVector<Capture>& captures, const ClockPeriod& period);
+  VcdClock(const QVector<Capture>& captures, const VcdStyle& style);
   QByteArray timescale() const { return timescale_; }  ///< "1 ns".
-  qint64 startOf(const Capture& capture) const;        ///< In units of the axis, as are the times of samples.
+  qint64 startOf(const Capture& capture) const;        ///< In sample clocks of the core, as are the times of samples.
   /// The axis ends at the largest number, which a capture with known period reaches after weeks.
-  qint64 scaled(qint64 time) const;
+  qint64 scaled(const Capture& capture, qint64 time) const;
 
  private:
   bool several_;
-  qint64 factor_ = 1;
+  QMap<QString, qint64> factors_;  ///< By the cores' names.
   QByteArray timescale_ = "1 ns";
 };
 

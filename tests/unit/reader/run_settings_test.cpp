@@ -80,6 +80,8 @@ TEST(CaptureOptions, ThatDoNotFitAreNamedAndChangeNothing) {
       {"-serve tcp:70000", "tcp:PORT", false},
       {"-bypass 1", "AHEAD:BEHIND", false},
       {"-range 5:2", "FROM:TO", false},
+      {"-period c=10", "or CORE=6.25ns", false},
+      {"-replay u", "give both", false},
       {"-wave -csv -", "leave one out", false},
       {"-serdes -vcd x", "only \"-json\"", false},
       {"-clear", "give both", false},

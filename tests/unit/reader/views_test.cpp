@@ -121,6 +121,14 @@ TEST(Vcd, SeveralCoresShareAnAxis) {
   EXPECT_TRUE(has(vcd, "$scope module c2 $end\n$var wire 1 ) trigger $end") && has(vcd, "n_2 [2:0]"));
   EXPECT_TRUE(has(vcd, "\n#4\n") && vcd.count("\n#") == 7) << plain(vcd);
   EXPECT_TRUE(has(vcd, "\n#5\nx!\n"));
+  // Each has its own period, and the axis a unit that both are whole numbers of.
+  VcdStyle style;
+  ASSERT_TRUE(parsePeriod("10ns", style.period) && parsePeriod("6.25ns", style.corePeriods["c2"]));
+  const QString real = capturesToVcd(captures, "top", style);
+  EXPECT_TRUE(has(real, "$timescale 1 ps $end") && has(real, "core c2, one sample clock takes 6.25 ns") &&
+              has(real, "\n#20000\n") && has(real, "\n#25000\n"))
+      << plain(real);
+  EXPECT_TRUE(has(capturesToJson({"top", "p", "0f", captures}, style), "\"periodFemtoseconds\":6250000"));
 }
 
 TEST(Json, EachWindowOfEachSignalAndUnit) {
