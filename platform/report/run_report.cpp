@@ -1,12 +1,9 @@
 // What the report says, section by section.
 #include "platform/report/run_report.h"
 
-#include <QDir>
-#include <QFileInfo>
-
+#include "platform/report/next_steps.h"
 #include "platform/rtl/debug_module.h"
 #include "platform/text/byte_text.h"
-#include "platform/text/names.h"
 
 namespace ost {
 namespace {
@@ -25,26 +22,6 @@ QString count(qint64 number, const char* what) {
 
 QString percent(int part, int whole) {
   return QStringLiteral("%1 %").arg(100.0 * part / whole, 0, 'f', 1);
-}
-
-/// A word as a POSIX shell takes it.
-QString shellWord(const QString& word) {
-  bool plain = !word.isEmpty();
-  for (const QChar c : word) plain = plain && (c.isLetterOrNumber() || QStringLiteral("_./:=+-,@").contains(c));
-  if (plain) return word;
-  QString quoted = word;
-  return QLatin1Char('\'') + quoted.replace(QLatin1Char('\''), QStringLiteral("'\\''")) + QLatin1Char('\'');
-}
-
-/// A word within the command of -launch.
-QString launchWord(const QString& word) {
-  if (shellWord(word) == word) return word;
-  QString escaped;
-  for (const QChar c : word) {
-    if (c == QLatin1Char('"') || c == QLatin1Char('\\')) escaped += QLatin1Char('\\');
-    escaped += c;
-  }
-  return QLatin1Char('"') + escaped + QLatin1Char('"');
 }
 
 QStringList unicode(const QStringList& texts) {
@@ -72,7 +49,9 @@ class RunReport {
     document.picture = ProbePicture(plan_);
     document.sections = {overview(), picture()};
     for (const PlanCore& core : plan_.cores) document.sections.append(coreSection(core));
-    document.sections += {cost(), rules(), proof(), goOn()};
+    if (plan_.wishbone) document.sections.append(wishboneSection(*plan_.wishbone));
+    if (plan_.serdes) document.sections.append(serdesSection(*plan_.serdes));
+    document.sections += {cost(), rules(), proof(), nextSteps(plan_, facts_)};
     return document;
   }
 
@@ -80,12 +59,12 @@ class RunReport {
   ReportSection overview() const;
   ReportSection picture() const;
   ReportSection coreSection(const PlanCore& core) const;
+  ReportSection wishboneSection(const PlanWishbone& wishbone) const;
+  ReportSection serdesSection(const PlanSerdes& serdes) const;
   ReportSection cost() const;
   ReportSection rules() const;
   ReportSection proof() const;
-  ReportSection goOn() const;
   QString wayText() const;
-  void sayCapture(ReportSection& section) const;
 
   const InsertPlan& plan_;
   const Design& design_;
@@ -115,7 +94,7 @@ ReportSection RunReport::overview() const {
                            QStringLiteral("%1, %2, %3 as named nets")
                                .arg(count(design_.moduleCount(), "module"), count(design_.instanceCount(), "instance"),
                                     count(design_.netBitCount(), "bit"))},
-                          {QStringLiteral("Debug cores"), QString::number(plan_.cores.size())},
+                          {QStringLiteral("Logic-analyzer cores"), QString::number(plan_.cores.size())},
                           {QStringLiteral("Way to the chip"), wayText()},
                           {QStringLiteral("Hash of the project"), QString::fromLatin1(plan_.projectHash)},
                           {QStringLiteral("Output folder"), facts_.folder}};
@@ -178,6 +157,33 @@ ReportSection RunReport::coreSection(const PlanCore& core) const {
   return section;
 }
 
+ReportSection RunReport::wishboneSection(const PlanWishbone& wishbone) const {
+  ReportSection section{QStringLiteral("Wishbone master"), {}};
+  const QString bus = wishbone.isConnected
+                          ? QStringLiteral("shared with the masters of %1").arg(unicodeFromText(wishbone.instance))
+                          : QStringLiteral("ports %1* of the top").arg(wishbone.portPrefix);
+  QList<QStringList> rows{
+      {QStringLiteral("Bus"), bus},
+      {QStringLiteral("Address"), count(wishbone.addressBits, "bit")},
+      {QStringLiteral("Byte order"), QLatin1String(wishbone.isBigEndian ? "big-endian" : "little-endian")}};
+  if (wishbone.isConnected) rows.append({QStringLiteral("Clock"), unicodeFromText(wishbone.clock.name)});
+  section.table({QStringLiteral("What"), QStringLiteral("Value")}, rows);
+  return section;
+}
+
+ReportSection RunReport::serdesSection(const PlanSerdes& serdes) const {
+  ReportSection section{QStringLiteral("Serdes core"), {}};
+  section.table(
+      {QStringLiteral("Option"), QStringLiteral("Value")},
+      {{QStringLiteral("Sample clock"), unicodeFromText(serdes.clock.name)},
+       {QStringLiteral("Reset"), serdes.hasReset ? unicodeFromText(serdes.reset.name) : QStringLiteral("none")}});
+  QList<QStringList> rows;
+  for (const QVector<PlanWatched>& watched : {serdes.clocks, serdes.levels})
+    for (const PlanWatched& one : watched) rows.append({unicodeFromText(one.net.name), unicodeFromText(one.word)});
+  section.table({QStringLiteral("Signal"), QStringLiteral("Watched as")}, rows);
+  return section;
+}
+
 ReportSection RunReport::cost() const {
   ReportSection section{QStringLiteral("Estimated cost"), {}};
   QList<QStringList> rows;
@@ -193,6 +199,7 @@ ReportSection RunReport::cost() const {
   for (const PlanCore& core : plan_.cores)
     add(QStringLiteral("Core ") + unicodeFromText(core.name), estimateCore(core));
   if (plan_.wishbone) add(QStringLiteral("Wishbone master"), estimateWishbone(*plan_.wishbone));
+  if (plan_.serdes) add(QStringLiteral("Serdes core"), estimateSerdes(*plan_.serdes));
   add(QStringLiteral("JTAG hub"), estimateHub(plan_));
   const ResourceEstimate sum = total;
   add(QStringLiteral("Together"), sum);
@@ -222,42 +229,6 @@ ReportSection RunReport::proof() const {
     section.say(QStringLiteral("Not asked for. It is made by a run after: ost_design prove on"));
   else
     section.blocks.append({ReportBlock::Text, unicode(facts_.proof), {}, {}});
-  return section;
-}
-
-/// The commands that begin with a simulation, or with a board.
-void RunReport::sayCapture(ReportSection& section) const {
-  const QString map = shellWord(facts_.folder + QStringLiteral("/capture_map.json"));
-  const QString base = QFileInfo(facts_.folder).absolutePath() + QLatin1Char('/') + unicodeFromText(plan_.projectName);
-  if (plan_.jtag.way == JtagWay::Pins) {
-    const QString simulation = base + QStringLiteral(".vvp");
-    section.say(QStringLiteral(
-                    "Simulate: the test bench instantiates ostrel_jtag_sim (ostrel_jtag_sim.v of the package) on the "
-                    "pins %1, %2, %3, %4.")
-                    .arg(plan_.pins.tck, plan_.pins.tms, plan_.pins.tdi, plan_.pins.tdo));
-    section.command({QStringLiteral("(cd %1 && iverilog -g2012 -o %2 -c files.f BENCH.v ostrel_jtag_sim.v)")
-                         .arg(shellWord(facts_.folder), shellWord(simulation)),
-                     QStringLiteral("ost_capture -map %1 -launch %2 -vcd %3")
-                         .arg(map, shellWord(QStringLiteral("vvp -n ") + launchWord(simulation)),
-                              shellWord(base + QStringLiteral(".vcd")))});
-  }
-  section.say(
-      QStringLiteral("Capture on the board, through OpenOCD or a server of the Xilinx Virtual Cable protocol:"));
-  section.command({QStringLiteral("ost_capture -map %1 -connect openocd:localhost:6666 -wave").arg(map),
-                   QStringLiteral("ost_capture -map %1 -connect xvc:localhost:2542 -wave").arg(map)});
-}
-
-ReportSection RunReport::goOn() const {
-  ReportSection section{QStringLiteral("How to go on"), {}};
-  section.say(QStringLiteral("Synthesise: all files of files.f, in its order%1. Constraints: %2.sdc or %2.xdc.")
-                  .arg(QLatin1String(facts_.blackBoxes.isEmpty() ? "" : ", and the sources of the black boxes"))
-                  .arg(unicodeFromText(facts_.constraints)));
-  const QString top = isVerilogIdentifier(plan_.topModule) ? QStringLiteral(" -top ") + plan_.topModule : QString();
-  const QString script =
-      QStringLiteral("\"read_verilog $(tr '\\n' ' ' <files.f); %1%2; stat\"")
-          .arg(QLatin1String(plan_.jtag.way == JtagWay::GwJtag ? "synth_gowin" : "synth_xilinx"), top);
-  section.command({QStringLiteral("(cd %1 && yosys -p %2)").arg(shellWord(facts_.folder), script)});
-  sayCapture(section);
   return section;
 }
 
