@@ -4,6 +4,7 @@ foreach name [split [lindex $lines 0] ,] { set column($name) [llength [array nam
 set high 0
 set compared {}
 foreach line [lrange $lines 1 end] {
+  set states([lindex [split $line ,] $column(u_meter/state)]) 1
   foreach name {pulse u_meter/valid u_meter/count} {
     scan [lindex [split $line ,] $column($name)] %x value($name)
   }
@@ -13,5 +14,6 @@ foreach line [lrange $lines 1 end] {
   }
   if {$value(u_meter/valid)} { set high 0 } elseif {$value(pulse)} { incr high }
 }
+if {[lsort [array names states]] ne {Counting Done Idle}} { error "states in the capture: [array names states]" }
 if {[llength [lsort -unique $compared]] < 8} { error "lengths in the capture: $compared" }
 puts "[llength $compared] pulses of 1 to 8 clocks were measured rightly."

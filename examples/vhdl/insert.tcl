@@ -13,6 +13,6 @@ ost_trace trig_option DefaultRadix=hex
 # Names of VHDL have no case.
 ost_trace add_sig {phase pulse u_meter/STATE u_meter/Count u_meter/valid}
 ost_tu add -name long -radix bin {u_meter/Count == 01000}
-ost_tu add -name measured -radix bin {u_meter/valid == 1}
+ost_tu add -name measured {u_meter/State == Done}
 ost_te add -name eight -expression {long & measured}
 ost_project run -save
