@@ -98,7 +98,7 @@ YosysScript plainCellsScript(const YosysScript& hierarchy, bool isNetlist, const
   // The steps of `proc`. Ahead of a latch its search for one would make an ordinary driver of a tri-state.
   script.line(
       "proc_clean\nproc_rmdead\nproc_prune\nproc_init\nproc_arst\nproc_rom\nproc_mux\ntribuf\n"
-      "proc_dlatch\nproc_dff\nproc_memwr\nproc_clean\nopt_expr -keepdc");
+      "proc_dlatch\nproc_dff\nproc_memwr\nproc_clean");
   // Verilog has no buffer but "+", which makes an x of a z: what may float is connected as before.
   if (!isNetlist)
     script.line(
@@ -106,6 +106,8 @@ YosysScript plainCellsScript(const YosysScript& hierarchy, bool isNetlist, const
         "select -set ost_floats @ost_floats %co1 w:* %i %co1 w:* %i %co1 w:* %i\n"
         "techmap -map %ost_cells @ost_floats %co1 t:$_BUF_ %i\n"
         "setparam -type $pos -set A_SIGNED 0 -set A_WIDTH 1 -set Y_WIDTH 1 t:$_BUF_");
+  // Not before: what has become a constant z is driven by no cell that is known to float.
+  script.line("opt_expr -keepdc");
   // A clocked read port becomes a read without a clock and a register, as sources have them.
   script.line("memory_unpack\nmemory_nordff\nmaccmap -unmap t:$macc");
   // The nets of a replaced cell take its name, and would be public ones.
