@@ -1,5 +1,6 @@
 // Prints tables of the program for the documentation: `live_tables options`, the options that `ost_trace trc_option`
-// and `ost_trace trig_option` take (the help leaves some of them out) and those of the Wishbone master, and `live_tables rules`, the design rules.
+// and `ost_trace trig_option` take (the help leaves some of them out) and those of the Wishbone master, and
+// `live_tables rules`, the design rules.
 #include <iomanip>
 #include <iostream>
 #include <string>

@@ -210,10 +210,9 @@ struct SubCommand {
   int (*run)(Tcl_Interp*, int, Tcl_Obj* const[]);
 };
 
-const SubCommand kSubCommands[] = {{"close", runClose}, {"help", runHelp},   {"info", runInfo},
-                                   {"jtag", runJtag},   {"level", runLevel}, {"nets", runNets},
-                                   {"ports", runPorts}, {"prove", runProve}, {"read", runRead},
-                                   {"wishbone", runWishbone}};
+const SubCommand kSubCommands[] = {
+    {"close", runClose}, {"help", runHelp},   {"info", runInfo},   {"jtag", runJtag}, {"level", runLevel},
+    {"nets", runNets},   {"ports", runPorts}, {"prove", runProve}, {"read", runRead}, {"wishbone", runWishbone}};
 
 int runSubCommand(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
   const std::string word = objc > 1 ? Tcl_GetString(objv[1]) : "help";

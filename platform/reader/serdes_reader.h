@@ -38,8 +38,8 @@ class SerdesReader {
   SerdesReader(HubLink& hub, const InsertPlan& plan) : hub_(hub), plan_(plan) {}
 
   /// Two looks, kMeasuredCycles of TCK apart or more: what changed until the second one, and the clocks in between.
-  /// `restart`: the counts of levels start anew with the second look. False with the reason in `error`; what had changed
-  /// until then is no longer known, the counts are.
+  /// `restart`: the counts of levels start anew with the second look. False with the reason in `error`; what had
+  /// changed until then is no longer known, the counts are.
   bool read(bool restart, SerdesLook& look, QString& error);
 
   static constexpr int kMeasuredCycles = 8192;  ///< Of TCK.
