@@ -101,7 +101,7 @@ void Lister::run() {
     hit_.path.push_back(&instance);
     const ModuleEntry& below = index_.modules[size_t(instance.module)];
     if (!visitNets(below)) return;
-    stack.push_back({&below, 0, path_.size()});
+    stack.push_back({&below, 0, int(path_.size())});
   }
 }
 

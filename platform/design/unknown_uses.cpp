@@ -134,7 +134,7 @@ bool readUnknownUses(const QByteArray& json, const QList<QByteArray>& types, QLi
       const QJsonObject ports = cell.value(QStringLiteral("connections")).toObject();
       for (auto p = ports.begin(); p != ports.end(); ++p) {
         const QJsonArray bits = p.value().toArray();
-        use.ports.insert(keyBytes(p.key()), {bits.size(), table.evidence(bits)});
+        use.ports.insert(keyBytes(p.key()), {int(bits.size()), table.evidence(bits)});
       }
       uses.append(use);
     }

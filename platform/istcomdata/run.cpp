@@ -62,7 +62,7 @@ bool IstComData::Private::loadNetlist(const ost::Design& design, QString& error)
 QByteArray IstComData::Private::state() const {
   QCryptographicHash hash(QCryptographicHash::Sha256);
   hash.addData(ost::projectToJson(*project));
-  for (const auto& core : project->cores) hash.addData(core->enabled ? "+" : "-", 1);
+  for (const auto& core : project->cores) hash.addData(QByteArray(core->enabled ? "+" : "-"));
   return hash.result();
 }
 

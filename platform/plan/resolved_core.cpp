@@ -53,8 +53,8 @@ void CoreResolver::resolveTraced(const QList<TraceNode*>& nodes, std::vector<Res
     if (node->kind != mero::ostrel::TRACE_NODE_SIGNAL) continue;
     NetSelection found;
     const QVector<NetBit> bits = bitsOf(node->displayName(), found, traced.empty() ? nullptr : &traced.back().bit);
-    traced.push_back({node, bits.size(), bits.size() == 1 ? bits.first() : NetBit(), found.netWidth, found.enumNames,
-                      found.wholeName});
+    traced.push_back({node, int(bits.size()), bits.size() == 1 ? bits.first() : NetBit(), found.netWidth,
+                      found.enumNames, found.wholeName});
   }
 }
 

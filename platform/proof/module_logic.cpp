@@ -111,10 +111,14 @@ void ModuleLogic::readCells(const PinOfType& low) {
       read.ports = {{"A", read.ports.value("D")}, {"Y", read.ports.value("Q")}};
       type = "$pos";
     }
-    Cell cell{intern(type),           int(ports_.size()), read.ports.size(), int(parameters_.size()),
-              read.parameters.size(), isBitwise(type)};
+    Cell cell{intern(type),
+              int(ports_.size()),
+              int(read.ports.size()),
+              int(parameters_.size()),
+              int(read.parameters.size()),
+              isBitwise(type)};
     for (auto port = read.ports.begin(); port != read.ports.end(); ++port) {
-      ports_.push_back({intern(port.key()), int(pool_.size()), port->size()});
+      ports_.push_back({intern(port.key()), int(pool_.size()), int(port->size())});
       pool_.insert(pool_.end(), port->begin(), port->end());
     }
     for (auto entry = read.parameters.begin(); entry != read.parameters.end(); ++entry)

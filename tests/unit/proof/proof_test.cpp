@@ -32,7 +32,7 @@ struct Inserted {
     core.sampleClock = bitsOf(clock).first();
     for (const QString& name : names)
       for (const NetBit& bit : bitsOf(name)) {
-        core.probes.append(PlanProbe{bit.name, {core.probeBits.size()}});
+        core.probes.append(PlanProbe{bit.name, {int(core.probeBits.size())}});
         core.probeBits.append(bit);
       }
     core.triggerBits = {core.probeBits[0]};
